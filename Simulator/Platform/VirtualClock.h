@@ -1,0 +1,21 @@
+#pragma once
+
+#include <atomic>
+
+#include "Platform/Clock.h"
+
+namespace vorlane {
+
+/// A clock that stands still until it is told otherwise.
+class VirtualClock : public Clock {
+public:
+    explicit VirtualClock(double start) : now_(start) {}
+
+    double now() const override { return now_; }
+    void setNow(double now) { now_ = now; }
+
+private:
+    std::atomic<double> now_;
+};
+
+}  // namespace vorlane

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "Public/VLValue.h"
+
+namespace vorlane {
+
+/// Whether the bytes are well-formed UTF-8.
+bool vl_isUTF8(std::string_view bytes);
+/// The bytes as text; nothing when they are not UTF-8.
+std::optional<std::string> vl_stringWithUTF8Data(const Data& bytes);
+
+}  // namespace vorlane

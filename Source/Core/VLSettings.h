@@ -1,0 +1,125 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+
+#include "Core/VLUserNotificationSettings.h"
+#include "Public/VLValue.h"
+
+namespace vorlane {
+
+class UIDevice;
+
+/// The one store of the library's state: identities, the notification hash, the push token, session counters, geofencing values.
+///
+/// Kept in memory and in "VLLibSettings.plist" in the documents folder, which is rewritten whole on every change. Any thread; each
+/// read, and each write with its file rewrite, is one step under the store's lock. A stored value of the wrong kind reads as absent.
+class VLSettings {
+public:
+    /// Reads the file. A missing one is written at once; one that cannot be parsed is first kept with the suffix ".corrupt".
+    explicit VLSettings(std::shared_ptr<UIDevice> device);
+
+    /// `getSettingsValueForKey:`
+    std::optional<Value> getSettingsValueForKey(const std::string& key) const;
+    /// `getSettingsValueForKey:defaultValue:`
+    Value getSettingsValueForKey(const std::string& key, Value defaultValue) const;
+    /// `setSettingsValue:key:` replaces the entry, or removes it for nothing, then writes the file.
+    void setSettingsValue(std::optional<Value> value, const std::string& key);
+    /// Writes the file; a failure is silent and what is in memory stays.
+    void writeSettingsToFile() const;
+
+    /// "" when absent.
+    std::string lastMigrationVersion() const;
+    void setLastMigrationVersion(const std::optional<std::string>& version);
+
+    /// Never absent: made and stored on first read, 32 characters that start with "@VL@".
+    std::string trackingId();
+    void setTrackingId(const std::optional<std::string>& trackingId);
+    std::optional<std::string> prevTrackingId() const;
+    void setPrevTrackingId(const std::optional<std::string>& trackingId);
+    std::optional<std::string> appKey() const;
+    void setAppKey(const std::optional<std::string>& appKey);
+    /// Never absent: an upper-case UUID, made and stored on first read.
+    std::string deviceId();
+
+    std::optional<std::string> phash() const;
+    void setPhash(const std::optional<std::string>& phash);
+    std::optional<Data> deviceToken() const;
+    void setDeviceToken(const std::optional<Data>& token);
+    std::optional<VLUserNotificationSettings> notificationSettings() const;
+    void setNotificationSettings(const std::optional<VLUserNotificationSettings>& settings);
+
+    /// The number of finished sessions, and their length in whole seconds.
+    std::int64_t sessionCount() const;
+    void setSessionCount(std::int64_t count);
+    std::int64_t totalSessionLength() const;
+    void setTotalSessionLength(std::int64_t seconds);
+
+    /// Seconds since 1970.
+    double lastPermissionInterstitial() const;
+    void setLastPermissionInterstitial(double time);
+
+    bool forceGeoConfigUpdate() const;
+    void setForceGeoConfigUpdate(bool force);
+    std::optional<Dictionary> oldLocation() const;
+    void setOldLocation(const std::optional<Dictionary>& location);
+    double significantDistance() const;
+    void setSignificantDistance(double metres);
+    double significantTime() const;
+    void setSignificantTime(double seconds);
+    double geoRegionStateChangeTime() const;
+    void setGeoRegionStateChangeTime(double seconds);
+    /// A number: the integer 66 when absent.
+    Value desiredHorizontalAccuracy() const;
+    void setDesiredHorizontalAccuracy(const Value& metres);
+    double fetchGeoRegionTimestamp() const;
+    void setFetchGeoRegionTimestamp(double time);
+
+    /// Unix milliseconds in decimal: when the application was installed, and when the library first ran.
+    std::string appCleanInstallTime();
+    std::string libInstallTime();
+
+    std::optional<std::string> containerName() const;
+    void setContainerName(const std::optional<std::string>& name);
+    std::optional<std::string> containerVersion() const;
+    void setContainerVersion(const std::optional<std::string>& version);
+    std::optional<std::string> containerVlSdkVersion() const;
+    void setContainerVlSdkVersion(const std::optional<std::string>& version);
+
+    /// In memory only: an upper-case UUID, made on the first read and after it was set to nothing.
+    std::string sessionId();
+    void setSessionId(const std::optional<std::string>& sessionId);
+
+    std::string deviceModel() const;
+    /// "2.0.1", with the container's name and version appended by hyphens when there is a container.
+    std::string libraryVersion() const;
+    /// Whole minutes with a sign, "+330" or "-300". Offsets below one minute east read "-0": the rule is meant so.
+    std::string timezoneOffSetFromGMT() const;
+    /// "desired_horizontal_accuracy", the only key in snake case: the word of the server's geo configuration.
+    static const char* desiredHorizontalAccuracyKey();
+
+    /// The stored dictionary as compact JSON.
+    std::string description() const;
+    /// The whole stored dictionary.
+    Dictionary dictionary() const;
+
+private:
+    std::optional<std::string> storedString(const char* key) const;
+    double storedDouble(const char* key) const;
+    std::int64_t storedInteger(const char* key) const;
+    void storeString(const std::optional<std::string>& value, const char* key);
+
+    // Fixed at construction.
+    const std::shared_ptr<UIDevice> device_;
+    const std::string settingsFilePath_;
+
+    mutable std::recursive_mutex mutex_;
+    // Guarded by mutex_.
+    Dictionary settingsFileDictionary_;
+    std::optional<std::string> sessionId_;
+};
+
+}  // namespace vorlane

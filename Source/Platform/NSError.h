@@ -1,0 +1,69 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "Public/VLExport.h"
+#include "Public/VLValue.h"
+
+namespace vorlane {
+
+/// The user-info key of an error's description.
+inline constexpr const char* NSLocalizedDescriptionKey = "NSLocalizedDescription";
+
+/// The domain of transport errors, with the codes of `NSURLError`.
+inline constexpr const char* NSURLErrorDomain = "NSURLErrorDomain";
+/// The domain of errors in reading data, with the codes of `NSCocoaError`.
+inline constexpr const char* NSCocoaErrorDomain = "NSCocoaErrorDomain";
+
+/// Codes in `NSURLErrorDomain`.
+enum class NSURLError : std::int64_t {
+    unknown = -1,
+    cancelled = -999,
+    badURL = -1000,
+    timedOut = -1001,
+    unsupportedURL = -1002,
+    cannotFindHost = -1003,
+    cannotConnectToHost = -1004,
+    networkConnectionLost = -1005,
+    httpTooManyRedirects = -1007,
+    notConnectedToInternet = -1009,
+    badServerResponse = -1011,
+    cannotDecodeContentData = -1016,
+    dataLengthExceedsMaximum = -1103,
+    secureConnectionFailed = -1200,
+    serverCertificateHasBadDate = -1201,
+    serverCertificateUntrusted = -1202,
+    serverCertificateHasUnknownRoot = -1203,
+    serverCertificateNotYetValid = -1204,
+    clientCertificateRejected = -1205,
+    clientCertificateRequired = -1206,
+};
+
+/// The code in `NSCocoaErrorDomain` of data that cannot be read as what it should be.
+inline constexpr std::int64_t NSPropertyListReadCorruptError = 3840;
+
+/// What went wrong: a domain, a code within it, and free-form information. An immutable value.
+class VORLANE_EXPORT NSError {
+public:
+    NSError(std::string domain, std::int64_t code, Dictionary userInfo = {});
+
+    const std::string& domain() const { return domain_; }
+    std::int64_t code() const { return code_; }
+    const Dictionary& userInfo() const { return userInfo_; }
+
+    /// The text under `NSLocalizedDescriptionKey`; the domain and code in words when there is none.
+    std::string localizedDescription() const;
+
+    /// `Error Domain=D Code=C "description"`.
+    std::string description() const;
+
+    bool operator==(const NSError&) const = default;
+
+private:
+    std::string domain_;
+    std::int64_t code_;
+    Dictionary userInfo_;
+};
+
+}  // namespace vorlane

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <exception>
+#include <string>
+
+#include "Public/VLExport.h"
+
+namespace vorlane {
+
+/// A programming error of the host application, told by name. Nothing in the library catches it.
+class VORLANE_EXPORT NSException : public std::exception {
+public:
+    NSException(std::string name, std::string reason);
+    ~NSException() override;
+
+    const std::string& name() const { return name_; }
+    const std::string& reason() const { return reason_; }
+
+    /// The name and the reason in one text.
+    const char* what() const noexcept override { return what_.c_str(); }
+
+private:
+    std::string name_;
+    std::string reason_;
+    std::string what_;
+};
+
+}  // namespace vorlane

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "Public/VLExport.h"
+
+namespace vorlane {
+
+/// The kinds of line that the system's log knows.
+enum class OSLogType : std::uint8_t { defaultType = 0, info = 1, debug = 2, error = 16 };
+
+/// A handle on the system's log, for one subsystem and category. Never fails visibly.
+class VORLANE_EXPORT OSLog {
+public:
+    virtual ~OSLog();
+
+    virtual void log(OSLogType type, const std::string& text) = 0;
+};
+
+}  // namespace vorlane

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "Platform/Clock.h"
+#include "Platform/DispatchQueue.h"
+#include "Public/VLExport.h"
+
+namespace vorlane {
+
+class NSBundle;
+class NSNotificationCenter;
+class NSURLSession;
+class OSLog;
+class UIApplication;
+class UIDevice;
+struct NSURLSessionConfiguration;
+
+/// Everything that the library needs of the device, with an accessor for each object. Any thread.
+///
+/// Every accessor gives the same object each time; the ones named `make…` give a new one.
+class VORLANE_EXPORT Platform {
+public:
+    virtual ~Platform();
+
+    /// Puts a platform of the host's own in place, before the first use of `Vorlane`. Installing another one later starts the
+    /// library afresh: its shared objects are dropped and made again on next use.
+    static void install(std::shared_ptr<Platform> platform);
+
+    /// The installed platform; the Linux platform is made when there is none. Lives until another one is installed, never
+    /// destroyed at process exit.
+    static Platform& current();
+
+    /// Stops the library's machinery: cancels requests (their handlers run), runs what is queued, joins every thread, and returns
+    /// within 2 seconds. Nothing of the library runs afterwards. To be called on the main thread, outside any handler; does
+    /// nothing when no platform was ever used.
+    static void shutdown();
+
+    /// The platform generation: below 10, 10 to 11, 12 and later differ in how notifications work.
+    virtual double systemVersion() const = 0;
+
+    virtual const Clock& clock() const = 0;
+
+    /// The queue of the application's main thread.
+    virtual std::shared_ptr<DispatchQueue> mainQueue() = 0;
+    virtual std::shared_ptr<DispatchQueue> makeSerialQueue(const std::string& label) = 0;
+
+    /// The folder that holds the library's files; it may not exist yet.
+    virtual std::string documentsFolder() const = 0;
+    /// When the application was installed, in seconds since 1970: the date that folder was made. Nothing when it cannot be told.
+    virtual std::optional<double> documentsCreationDate() const = 0;
+
+    virtual std::shared_ptr<NSURLSession> makeURLSession(const NSURLSessionConfiguration& configuration) = 0;
+    virtual std::shared_ptr<UIApplication> application() = 0;
+    virtual std::shared_ptr<UIDevice> device() = 0;
+    virtual std::shared_ptr<NSNotificationCenter> notificationCenter() = 0;
+    virtual std::shared_ptr<NSBundle> mainBundle() = 0;
+
+    /// A handle on the system's log.
+    virtual std::shared_ptr<OSLog> makeOSLog(const std::string& subsystem, const std::string& category) = 0;
+    /// Writes one line to the console.
+    virtual void NSLog(const std::string& line) = 0;
+
+protected:
+    /// What `shutdown()` does to this platform. Called once.
+    virtual void stop() = 0;
+};
+
+/// Posts `task` to the main queue.
+VORLANE_EXPORT void onMainQueue(std::function<void()> task);
+
+}  // namespace vorlane
