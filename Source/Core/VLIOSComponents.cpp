@@ -1,0 +1,33 @@
+#include "Core/VLIOSComponents.h"
+
+#include "Core/VLBootstrap.h"
+#include "Platform/NSBundle.h"
+#include "Platform/NSNotificationCenter.h"
+#include "Platform/NSURLSession.h"
+#include "Platform/Platform.h"
+#include "Platform/UIApplication.h"
+#include "Platform/UIDevice.h"
+
+namespace vorlane {
+
+namespace {
+
+constexpr TimeInterval kTimeoutIntervalForRequest = 10.0;
+
+std::shared_ptr<NSURLSession> createURLSession() {
+    NSURLSessionConfiguration configuration;
+    configuration.timeoutIntervalForRequest = kTimeoutIntervalForRequest;
+    return Platform::current().makeURLSession(configuration);
+}
+
+}  // namespace
+
+void VLIOSComponents::defaultUIKitDependencies() {
+    bootstrap_.addComponent<NSURLSession>(createURLSession);
+    bootstrap_.addComponent<UIDevice>([] { return Platform::current().device(); });
+    bootstrap_.addComponent<UIApplication>([] { return Platform::current().application(); });
+    bootstrap_.addComponent<NSNotificationCenter>([] { return Platform::current().notificationCenter(); });
+    bootstrap_.addComponent<NSBundle>([] { return Platform::current().mainBundle(); });
+}
+
+}  // namespace vorlane

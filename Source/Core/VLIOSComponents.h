@@ -1,0 +1,20 @@
+#pragma once
+
+namespace vorlane {
+
+class VLBootstrap;
+
+/// Registers the platform's objects with the registry, each under its class name.
+class VLIOSComponents {
+public:
+    explicit VLIOSComponents(VLBootstrap& bootstrap) : bootstrap_(bootstrap) {}
+
+    /// The URL session (10 s without progress is a time-out), the device, the application, the notification centre, the
+    /// bundle.
+    void defaultUIKitDependencies();
+
+private:
+    VLBootstrap& bootstrap_;
+};
+
+}  // namespace vorlane

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Platform/NSNotificationCenter.h"
+#include "Public/VLSDKOptions.h"
+#include "Public/VLValue.h"
+
+namespace vorlane {
+
+class NSBundle;
+class UIApplication;
+class VLConfigService;
+class VLSessionService;
+class VLSettings;
+
+/// Starts the library and turns the application's changes of state into session starts and ends. Called by the facade
+/// and the notification centre; main queue only.
+class VLLifeCycleManager : public std::enable_shared_from_this<VLLifeCycleManager> {
+public:
+    /// `initWithSettings:sessionService:configService:`, with the platform's objects. The services are held weakly: the
+    /// registry owns them.
+    VLLifeCycleManager(std::weak_ptr<VLSettings> settings, std::weak_ptr<VLSessionService> sessionService,
+                       std::weak_ptr<VLConfigService> configService,
+                       std::shared_ptr<NSNotificationCenter> notificationCenter, std::shared_ptr<NSBundle> mainBundle);
+    ~VLLifeCycleManager();
+
+    /// `initialiseSDKWithApplication:launchOptions:sdkOptions:` may be called again; it observes the states once all
+    /// the same. Throws an `NSException` named "Missing / Invalid Project Key".
+    void initialiseSDKWithApplication(const std::shared_ptr<UIApplication>& application,
+                                      const std::optional<Dictionary>& launchOptions, const VLSDKOptions& options);
+
+    void applicationDidBecomeActive();
+    void applicationDidEnterBackground();
+    void applicationWillTerminate();
+
+    bool isAppInForeground() const { return isAppInForeground_; }
+    /// The options of the last start-up, refused or not.
+    const VLSDKOptions& options() const { return options_; }
+
+private:
+    std::string checkedAppKey() const;
+    void observeApplicationStates();
+    void observe(const char* notificationName, void (VLLifeCycleManager::*operation)());
+    void removeObservers();
+    void storePhashOfLaunchNotification(const std::optional<Dictionary>& launchOptions);
+    void registerWithPlatform();
+    void loadConfig();
+    void endSession();
+
+    // Fixed at construction.
+    const std::weak_ptr<VLSettings> settings_;
+    const std::weak_ptr<VLSessionService> sessionService_;
+    const std::weak_ptr<VLConfigService> configService_;
+    const std::shared_ptr<NSNotificationCenter> notificationCenter_;
+    const std::shared_ptr<NSBundle> mainBundle_;
+    // Main queue only.
+    bool isAppInForeground_ = false;
+    VLSDKOptions options_;
+    std::weak_ptr<UIApplication> application_;
+    std::vector<NSNotificationCenter::Token> observers_;
+};
+
+}  // namespace vorlane

@@ -1,0 +1,130 @@
+#include "Public/Vorlane.h"
+
+#include <mutex>
+#include <utility>
+
+#include "Core/VLBootstrap.h"
+#include "Core/VLLifeCycleManager.h"
+#include "Core/VLSettings.h"
+#include "Platform/ProcessWide.h"
+#include "Tracking/VLEventService.h"
+#include "Tracking/VLSessionService.h"
+#include "Tracking/VLTagsService.h"
+
+namespace vorlane {
+
+namespace {
+
+/// The class-wide endpoint set.
+struct EndpointSet {
+    std::mutex mutex;
+    // Guarded by mutex.
+    std::shared_ptr<VLURLs> urls;
+};
+
+constinit ProcessWide<Vorlane> sharedVorlane;
+constinit ProcessWide<EndpointSet> endpointSet;
+
+}  // namespace
+
+Vorlane& Vorlane::sharedInstance() {
+    return sharedVorlane.get([] { return std::unique_ptr<Vorlane>(new Vorlane); });
+}
+
+Vorlane::Vorlane() {
+    if (!getURLs()) setURLs(std::make_shared<VLURLsProduction>());
+    bootstrap_ = VLBootstrap::bootstrapWithURLs(getURLs());
+    settings_ = bootstrap_->getComponent<VLSettings>();
+    tagsService_ = bootstrap_->getComponent<VLTagsService>();
+    eventService_ = bootstrap_->getComponent<VLEventService>();
+    sessionService_ = bootstrap_->getComponent<VLSessionService>();
+    lifeCycleManager_ = bootstrap_->getComponent<VLLifeCycleManager>();
+}
+
+Vorlane::~Vorlane() = default;
+
+void Vorlane::initialiseSDKWithApplication(const std::shared_ptr<UIApplication>& application,
+                                           const std::optional<Dictionary>& launchOptions,
+                                           const VLSDKOptions& sdkOptions) {
+    VLLog::sharedInstance().setLogLevel(sdkOptions.logLevel());
+    sharedInstance().lifeCycleManager_->initialiseSDKWithApplication(application, launchOptions, sdkOptions);
+}
+
+void Vorlane::setURLs(std::shared_ptr<VLURLs> urls) {
+    auto& set = endpointSet.get();
+    const std::lock_guard lock(set.mutex);
+    set.urls = std::move(urls);
+}
+
+std::shared_ptr<VLURLs> Vorlane::getURLs() {
+    auto& set = endpointSet.get();
+    const std::lock_guard lock(set.mutex);
+    return set.urls;
+}
+
+void Vorlane::setTrackingId(const std::optional<std::string>& trackingId) {
+    sharedInstance().sessionService_->setTrackingID(trackingId);
+}
+
+std::string Vorlane::trackingId() { return sharedInstance().settings_->trackingId(); }
+
+std::optional<std::string> Vorlane::appKey() { return sharedInstance().settings_->appKey(); }
+
+std::string Vorlane::deviceId() { return sharedInstance().settings_->deviceId(); }
+
+std::optional<Data> Vorlane::deviceToken() { return sharedInstance().settings_->deviceToken(); }
+
+void Vorlane::setPhash(const std::optional<std::string>& phash) { sharedInstance().settings_->setPhash(phash); }
+
+std::optional<std::string> Vorlane::phash() { return sharedInstance().settings_->phash(); }
+
+void Vorlane::registerEventWithType(const std::string& type, const std::optional<std::string>& label) {
+    sharedInstance().eventService_->registerEventWithType(type, label);
+}
+
+void Vorlane::registerEventWithType(const std::string& type, const std::optional<std::string>& label,
+                                    const std::optional<std::string>& phash) {
+    sharedInstance().eventService_->registerEventWithType(type, label, phash);
+}
+
+void Vorlane::registerEventWithType(const std::string& type, const Dictionary& data) {
+    sharedInstance().eventService_->registerEventWithType(type, data);
+}
+
+void Vorlane::registerEventWithType(const std::string& type, const Dictionary& data,
+                                    const std::optional<std::string>& phash) {
+    sharedInstance().eventService_->registerEventWithType(type, data, phash);
+}
+
+void Vorlane::getTag(const std::optional<std::string>& name, TagHandler completionHandler) {
+    sharedInstance().tagsService_->getTag(name, std::move(completionHandler));
+}
+
+void Vorlane::setTag(const std::optional<std::string>& name, const std::optional<std::string>& value, VLTagType type,
+                     ErrorHandler completionHandler) {
+    sharedInstance().tagsService_->setTag(name, value, type, std::move(completionHandler));
+}
+
+void Vorlane::batchSetTags(const Value& tags, ErrorHandler completionHandler) {
+    sharedInstance().tagsService_->batchSetTags(tags, std::move(completionHandler));
+}
+
+void Vorlane::deleteAllTagsWithCompletionHandler(ErrorHandler completionHandler) {
+    sharedInstance().tagsService_->deleteAllTagsWithCompletionHandler(std::move(completionHandler));
+}
+
+void Vorlane::setContainer(const std::optional<std::string>& name, const std::optional<std::string>& version,
+                           const std::optional<std::string>& vlSdkVersion) {
+    const auto& settings = sharedInstance().settings_;
+    settings->setContainerName(name);
+    settings->setContainerVersion(version);
+    settings->setContainerVlSdkVersion(vlSdkVersion);
+}
+
+void Vorlane::addCommonJsonData(Dictionary& json) {
+    json["sid"] = settings_->sessionId();
+    json["lv"] = settings_->libraryVersion();
+    json["acit"] = settings_->appCleanInstallTime();
+}
+
+}  // namespace vorlane

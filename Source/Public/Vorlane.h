@@ -1,0 +1,154 @@
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "Platform/NSError.h"
+#include "Platform/NSException.h"
+#include "Platform/Platform.h"
+#include "Platform/UIApplication.h"
+#include "Public/VLConstants.h"
+#include "Public/VLErrorDomains.h"
+#include "Public/VLExport.h"
+#include "Public/VLLog.h"
+#include "Public/VLLogger.h"
+#include "Public/VLSDKOptions.h"
+#include "Public/VLTagType.h"
+#include "Public/VLURLs.h"
+#include "Public/VLURLsProduction.h"
+#include "Public/VLValue.h"
+
+namespace vorlane {
+
+class VLBootstrap;
+class VLEventService;
+class VLLifeCycleManager;
+class VLSessionService;
+class VLSettings;
+class VLTagsService;
+
+/// The one class that an application talks to.
+///
+/// Start it once at launch with `initialiseSDKWithApplication()`, report the application's states to
+/// `Platform::current().application()`, and call the class operations from the main thread. Nothing happens before the
+/// first call: it makes the shared object, its services and the settings file. An operation called before start-up
+/// works, but its requests carry no app key.
+///
+/// Results arrive through completion handlers, which may be empty. Each runs exactly once, on the main queue, after the
+/// call that took it has returned. Failures are told there and in the log (`VLLog`); the only exceptions thrown are
+/// `NSException`s for mistakes of the application itself.
+class VORLANE_EXPORT Vorlane {
+public:
+    /// Nothing on success, else what went wrong.
+    using ErrorHandler = std::function<void(std::optional<NSError> error)>;
+    /// The value, or an error; neither when the service knows no value.
+    using TagHandler = std::function<void(std::optional<std::string> value, std::optional<NSError> error)>;
+
+    // Start-up.
+
+    /// `initialiseSDKWithApplication:launchOptions:sdkOptions:` starts the library. Call it once, when the application
+    /// launches.
+    ///
+    /// Sets the log's threshold, takes the app key from the options or the Info dictionary, observes the application's
+    /// states, takes the phash of a notification that launched the application, asks for a push token, loads the remote
+    /// configuration, and starts a session when the application is active already. `launchOptions` may hold what opened
+    /// the application under `UIApplicationLaunchOptionsRemoteNotificationKey` or
+    /// `UIApplicationLaunchOptionsLocalNotificationKey`; nothing when it was opened otherwise.
+    /// Throws an `NSException` named "Missing / Invalid Project Key" unless the key has exactly 32 characters; then
+    /// nothing but the threshold and the options has been set.
+    static void initialiseSDKWithApplication(const std::shared_ptr<UIApplication>& application,
+                                             const std::optional<Dictionary>& launchOptions,
+                                             const VLSDKOptions& sdkOptions);
+
+    /// `sharedInstance` is the one object of this class, made on first use.
+    static Vorlane& sharedInstance();
+
+    /// `setURLs:` sets the service's base URLs. Takes effect only before the first use of any other operation.
+    static void setURLs(std::shared_ptr<VLURLs> urls);
+    /// `getURLs` gives what was set last; the production set once the library was used, and nothing before.
+    static std::shared_ptr<VLURLs> getURLs();
+
+    // Identities.
+
+    /// `setTrackingId:` changes the application's user and tells the service. Nothing or "" is ignored.
+    static void setTrackingId(const std::optional<std::string>& trackingId);
+    /// `trackingId` names the application's user; made when there is none yet.
+    static std::string trackingId();
+    /// `appKey` is the key that start-up accepted last; nothing before the first.
+    static std::optional<std::string> appKey();
+    /// `deviceId` names this installation; made when there is none yet.
+    static std::string deviceId();
+    /// `deviceToken` is the push token registered last; nothing when there is none.
+    static std::optional<Data> deviceToken();
+    /// `setPhash:` sets the hash of the notification that opened the application; nothing forgets it.
+    static void setPhash(const std::optional<std::string>& phash);
+    /// `phash`; nothing when no notification opened the application in this session.
+    static std::optional<std::string> phash();
+
+    // Events. Each is sent at once; an event sent while offline is lost. Any thread.
+
+    /// `registerEventWithType:label:`; no label is sent as "".
+    static void registerEventWithType(const std::string& type, const std::optional<std::string>& label);
+    /// `registerEventWithType:label:phash:`; the phash, when given, replaces the stored one in this event.
+    static void registerEventWithType(const std::string& type, const std::optional<std::string>& label,
+                                      const std::optional<std::string>& phash);
+    /// `registerEventWithType:data:` sends a dictionary in place of the label.
+    static void registerEventWithType(const std::string& type, const Dictionary& data);
+    /// `registerEventWithType:data:phash:`
+    static void registerEventWithType(const std::string& type, const Dictionary& data,
+                                      const std::optional<std::string>& phash);
+
+    // Tags: named values that the service keeps for the current user. Any thread.
+
+    /// `getTag:completionHandler:` reads one tag; a number comes as its decimal text.
+    /// Errors: `VLErrorDomainTag` 0 for a blank name, 1 for a user that the service does not know, 2 for a tag that
+    /// does not exist; `VLErrorDomainNetwork`, `NSURLErrorDomain` and `NSCocoaErrorDomain` for a failed request or an
+    /// unreadable answer.
+    static void getTag(const std::optional<std::string>& name, TagHandler completionHandler);
+    /// `setTag:value:type:completionHandler:` sets one tag; no value sends none.
+    /// Errors: `VLErrorDomainTag` 0 for a blank name; those of a failed request. Throws an `NSException` named "Invalid
+    /// Tag Type Exception" for a type outside the enumeration.
+    static void setTag(const std::optional<std::string>& name, const std::optional<std::string>& value, VLTagType type,
+                       ErrorHandler completionHandler);
+    /// `batchSetTags:completionHandler:` sends the collection as it is, a list of {"name", "value", "type"} with the
+    /// type as "string", "numeric" or "timestamp". Errors: those of a failed request.
+    static void batchSetTags(const Value& tags, ErrorHandler completionHandler);
+    /// `deleteAllTagsWithCompletionHandler:` deletes every tag of the user. Errors: those of a failed request.
+    static void deleteAllTagsWithCompletionHandler(ErrorHandler completionHandler);
+
+    // For libraries that wrap this one.
+
+    /// `setContainer:withContainerVersion:withContainerVlSdkVersion:` names the wrapping library, its version and the
+    /// version of its binding; the reported library version then carries name and version. Nothing removes a value.
+    static void setContainer(const std::optional<std::string>& name, const std::optional<std::string>& version,
+                             const std::optional<std::string>& vlSdkVersion);
+
+    /// `addCommonJsonData:` adds "sid", "lv" and "acit" to a request body under construction.
+    void addCommonJsonData(Dictionary& json);
+
+    /// Whether a notification opened the application since it last became active. Any thread.
+    bool isNotificationOpen() const { return isNotificationOpen_; }
+    /// For the library's own use.
+    void setNotificationOpen(bool isOpen) { isNotificationOpen_ = isOpen; }
+
+    Vorlane(const Vorlane&) = delete;
+    Vorlane& operator=(const Vorlane&) = delete;
+    ~Vorlane();
+
+private:
+    Vorlane();
+
+    std::atomic<bool> isNotificationOpen_ = false;
+    // Fixed at construction.
+    std::shared_ptr<VLBootstrap> bootstrap_;
+    std::shared_ptr<VLSettings> settings_;
+    std::shared_ptr<VLLifeCycleManager> lifeCycleManager_;
+    std::shared_ptr<VLSessionService> sessionService_;
+    std::shared_ptr<VLTagsService> tagsService_;
+    std::shared_ptr<VLEventService> eventService_;
+};
+
+}  // namespace vorlane
