@@ -60,6 +60,7 @@ private:
     std::string appKey() const;
     /// "{application key}/{tracking id}" and then `rest`.
     std::string userPath(const char* rest) const;
+    std::string tagsPath() const;
 
     // Fixed at construction.
     const std::shared_ptr<VLURLs> urls_;

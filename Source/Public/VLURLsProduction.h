@@ -60,8 +60,6 @@ private:
     static constexpr std::size_t kRoles = 16;
     using Table = std::array<NSURL, kRoles>;
 
-    explicit VLURLsProduction(Table urls);
-
     NSURL url(std::size_t role) const;
     void setURL(std::size_t role, NSURL url);
 

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+
+#include "Platform/NSError.h"
+#include "Platform/NSURL.h"
+#include "Platform/NSURLSession.h"
+#include "Platform/UIApplication.h"
+#include "Public/VLValue.h"
+
+namespace vorlane {
+
+/// One request of VLURLSession from its start to its end: its background task, its closing log line and its handler.
+/// Kept alive by the data task's completion handler and by the background task's expiration handler. Any thread.
+class VLRequestInFlight : public std::enable_shared_from_this<VLRequestInFlight> {
+public:
+    using TextHandler =
+        std::function<void(std::optional<std::string> text, std::int64_t statusCode, std::optional<NSError> error)>;
+
+    VLRequestInFlight(const NSURLRequest& request, std::uint32_t requestId, std::weak_ptr<UIApplication> application,
+                      TextHandler completionHandler);
+
+    /// Begins the background task, then resumes the data task. Once.
+    void start(const std::shared_ptr<NSURLSessionDataTask>& dataTask);
+
+    /// What the data task ended with: logs it, calls the handler, ends the background task. Once, after `start()`.
+    void complete(const std::optional<Data>& data, const NSURLResponse* response, std::optional<NSError> error);
+
+private:
+    enum class Phase { beginning, expiredWhileBeginning, running, ended };
+
+    void succeed(std::optional<std::string> text, const NSHTTPURLResponse& response);
+    void failedWithError(NSError error, std::int64_t statusCode);
+    void endBackgroundTask();
+
+    void backgroundTimeExpired();
+    void forceStop(UIBackgroundTaskIdentifier backgroundTask);
+    std::string backgroundTaskName() const;
+
+    // Fixed at construction.
+    const std::string method_;
+    const NSURL url_;
+    const std::uint32_t requestId_;
+    const std::weak_ptr<UIApplication> application_;
+    const TextHandler completionHandler_;
+    // Set once by start(), before anything else can look at it.
+    std::weak_ptr<NSURLSessionDataTask> dataTask_;
+
+    std::mutex mutex_;
+    // Guarded by mutex_.
+    Phase phase_ = Phase::beginning;
+    UIBackgroundTaskIdentifier backgroundTask_ = UIBackgroundTaskInvalid;
+};
+
+}  // namespace vorlane

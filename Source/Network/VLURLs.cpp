@@ -1,0 +1,7 @@
+#include "Public/VLURLs.h"
+
+namespace vorlane {
+
+VLURLs::~VLURLs() = default;
+
+}  // namespace vorlane
