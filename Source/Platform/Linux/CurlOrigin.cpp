@@ -1,0 +1,35 @@
+#include "Platform/Linux/CurlOrigin.h"
+
+#include <algorithm>
+#include <cctype>
+
+namespace vorlane {
+
+namespace {
+
+char lowercased(char c) { return static_cast<char>(std::tolower(static_cast<unsigned char>(c))); }
+
+bool startsWith(std::string_view text, std::string_view start) {
+    return text.size() >= start.size() &&
+           std::equal(start.begin(), start.end(), text.begin(), [](char a, char b) { return a == lowercased(b); });
+}
+
+}  // namespace
+
+std::string originOfURL(std::string_view url) {
+    const auto separator = url.find("://");
+    const auto start = separator == std::string_view::npos ? 0 : separator + 3;
+    std::string_view authority = url.substr(start, url.find_first_of("/?#\\", start) - start);
+    if (const auto at = authority.rfind('@'); at != std::string_view::npos) authority.remove_prefix(at + 1);
+
+    std::string origin(url.substr(0, start));
+    origin += authority;
+    std::transform(origin.begin(), origin.end(), origin.begin(), lowercased);
+    return origin;
+}
+
+bool isSecureURL(std::string_view url) { return startsWith(url, "https://"); }
+
+bool isWebURL(std::string_view url) { return isSecureURL(url) || startsWith(url, "http://"); }
+
+}  // namespace vorlane
