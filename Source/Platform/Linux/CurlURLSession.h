@@ -32,8 +32,11 @@ public:
     std::shared_ptr<NSURLSessionDataTask> dataTaskWithRequest(NSURLRequest request,
                                                               CompletionHandler completionHandler) override;
 
-    /// Cancels all tasks, ends the network thread and lets the handlers run until the deadline. A task that is resumed
-    /// later ends as cancelled. Not to be called from a handler.
+    /// Cancels all tasks and ends the network thread, until the deadline. A task that is resumed later ends as
+    /// cancelled.
+    void cancelAll(TimePoint deadline);
+
+    /// As `cancelAll()`, and lets the handlers run until the deadline. Not to be called from a handler.
     void stop(TimePoint deadline);
 
     /// Whether no handler is running or waiting.
