@@ -37,6 +37,8 @@ private:
         std::shared_ptr<const Observer> observer;
     };
 
+    bool isRegistered(Token token);
+
     std::mutex mutex_;
     // Guarded by mutex_.
     Token nextToken_ = 1;

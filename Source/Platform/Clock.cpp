@@ -1,0 +1,7 @@
+#include "Platform/Clock.h"
+
+namespace vorlane {
+
+Clock::~Clock() = default;
+
+}  // namespace vorlane

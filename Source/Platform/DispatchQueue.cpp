@@ -1,0 +1,7 @@
+#include "Platform/DispatchQueue.h"
+
+namespace vorlane {
+
+DispatchQueue::~DispatchQueue() = default;
+
+}  // namespace vorlane

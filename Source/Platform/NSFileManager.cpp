@@ -1,0 +1,129 @@
+#include "Platform/NSFileManager.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <utility>
+
+namespace vorlane {
+
+namespace {
+
+constexpr std::size_t kLongestFile = 64U * 1024U * 1024U;
+constexpr mode_t kFolderMode = 0700;
+
+/// A file descriptor that closes itself.
+class Descriptor {
+public:
+    explicit Descriptor(int number) : number_(number) {}
+    ~Descriptor() { close(); }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    bool isOpen() const { return number_ >= 0; }
+    int number() const { return number_; }
+    bool close() { return number_ < 0 || ::close(std::exchange(number_, -1)) == 0; }
+
+private:
+    int number_;
+};
+
+bool hasNUL(const std::string& path) { return path.find('\0') != std::string::npos; }
+
+bool writeAll(int descriptor, const Data& bytes) {
+    std::size_t done = 0;
+    while (done < bytes.size()) {
+        const auto count = ::write(descriptor, bytes.data() + done, bytes.size() - done);
+        if (count < 0 && errno == EINTR) continue;
+        if (count <= 0) return false;
+        done += static_cast<std::size_t>(count);
+    }
+    return true;
+}
+
+/// A new file beside the path, with mode 0600 and a name that no other one has; its folder is made when it is missing.
+int makeTemporaryFile(std::string& temporary, const std::string& path) {
+    temporary = path + ".XXXXXX";
+    const int file = mkostemp(temporary.data(), O_CLOEXEC);
+    if (file >= 0 || errno != ENOENT) return file;
+    if (!NSFileManager::createDirectoryAtPath(std::filesystem::path(path).parent_path())) return -1;
+    temporary = path + ".XXXXXX";
+    return mkostemp(temporary.data(), O_CLOEXEC);
+}
+
+double seconds(const statx_timestamp& time) {
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
+}
+
+}  // namespace
+
+std::optional<Data> NSFileManager::contentsAtPath(const std::string& path) {
+    if (hasNUL(path)) return std::nullopt;
+    // Not blocking, so that a named pipe in the file's place cannot hold the caller up.
+    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    struct stat information {};
+    if (!file.isOpen() || fstat(file.number(), &information) != 0 || !S_ISREG(information.st_mode)) return std::nullopt;
+    if (information.st_size < 0 || static_cast<std::size_t>(information.st_size) > kLongestFile) return std::nullopt;
+    Data bytes(static_cast<std::size_t>(information.st_size));
+    std::size_t done = 0;
+    while (done < bytes.size()) {
+        const auto count = ::read(file.number(), bytes.data() + done, bytes.size() - done);
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) return std::nullopt;
+        if (count == 0) break;
+        done += static_cast<std::size_t>(count);
+    }
+    bytes.resize(done);
+    return bytes;
+}
+
+bool NSFileManager::writeToFile(const Data& bytes, const std::string& path) {
+    if (path.empty() || hasNUL(path)) return false;
+    std::string temporary;
+    Descriptor file(makeTemporaryFile(temporary, path));
+    if (!file.isOpen()) return false;
+    const bool isReplaced = writeAll(file.number(), bytes) && fdatasync(file.number()) == 0 && file.close() &&
+                            ::rename(temporary.c_str(), path.c_str()) == 0;
+    if (!isReplaced) ::unlink(temporary.c_str());
+    return isReplaced;
+}
+
+bool NSFileManager::createDirectoryAtPath(const std::string& path) {
+    if (path.empty() || hasNUL(path)) return false;
+    for (std::size_t end = path.find('/', 1);; end = path.find('/', end + 1)) {
+        const auto folder = path.substr(0, end);
+        if (::mkdir(folder.c_str(), kFolderMode) != 0 && errno != EEXIST) {
+            std::error_code error;
+            if (!std::filesystem::is_directory(folder, error)) return false;
+        }
+        if (end == std::string::npos) break;
+    }
+    std::error_code error;
+    return std::filesystem::is_directory(path, error);
+}
+
+bool NSFileManager::moveItemAtPath(const std::string& path, const std::string& destination) {
+    if (hasNUL(path) || hasNUL(destination)) return false;
+    return ::rename(path.c_str(), destination.c_str()) == 0;
+}
+
+bool NSFileManager::fileExistsAtPath(const std::string& path) {
+    std::error_code error;
+    return !hasNUL(path) && std::filesystem::exists(path, error);
+}
+
+std::optional<double> NSFileManager::creationDateOfItemAtPath(const std::string& path) {
+    struct statx information {};
+    if (hasNUL(path) || ::statx(AT_FDCWD, path.c_str(), 0, STATX_BTIME | STATX_BASIC_STATS, &information) != 0) {
+        return std::nullopt;
+    }
+    if ((information.stx_mask & STATX_BTIME) != 0) return seconds(information.stx_btime);
+    return std::min({seconds(information.stx_atime), seconds(information.stx_mtime), seconds(information.stx_ctime)});
+}
+
+}  // namespace vorlane

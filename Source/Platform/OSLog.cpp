@@ -1,0 +1,7 @@
+#include "Platform/OSLog.h"
+
+namespace vorlane {
+
+OSLog::~OSLog() = default;
+
+}  // namespace vorlane

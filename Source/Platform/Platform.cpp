@@ -1,0 +1,68 @@
+#include "Platform/Platform.h"
+
+#include <atomic>
+#include <mutex>
+#include <utility>
+
+#include "Platform/Linux/LinuxPlatform.h"
+#include "Platform/ProcessWide.h"
+
+namespace vorlane {
+
+namespace {
+
+/// The platform in force. Never destroyed, so that a late thread or a host's static object may still use it.
+struct PlatformHolder {
+    std::mutex mutex;
+    // Guarded by mutex.
+    std::shared_ptr<Platform> owner;
+    bool isStopped = false;
+};
+
+constinit std::atomic<Platform*> currentPlatform = nullptr;
+
+PlatformHolder& platformHolder() {
+    static auto* const holder = new PlatformHolder;
+    return *holder;
+}
+
+}  // namespace
+
+Platform::~Platform() = default;
+
+void Platform::install(std::shared_ptr<Platform> platform) {
+    resetProcessWideObjects();
+    auto& holder = platformHolder();
+    const std::lock_guard lock(holder.mutex);
+    currentPlatform = platform.get();
+    holder.isStopped = false;
+    // What was there before is let go of outside the lock.
+    holder.owner.swap(platform);
+}
+
+Platform& Platform::current() {
+    if (auto* platform = currentPlatform.load(std::memory_order_acquire)) return *platform;
+    auto& holder = platformHolder();
+    const std::lock_guard lock(holder.mutex);
+    if (!holder.owner) {
+        holder.owner = makeDefaultPlatform();
+        holder.isStopped = false;
+        currentPlatform.store(holder.owner.get(), std::memory_order_release);
+    }
+    return *holder.owner;
+}
+
+void Platform::shutdown() {
+    auto& holder = platformHolder();
+    std::shared_ptr<Platform> platform;
+    {
+        const std::lock_guard lock(holder.mutex);
+        if (!holder.owner || std::exchange(holder.isStopped, true)) return;
+        platform = holder.owner;
+    }
+    platform->stop();
+}
+
+void onMainQueue(std::function<void()> task) { Platform::current().mainQueue()->post(std::move(task)); }
+
+}  // namespace vorlane

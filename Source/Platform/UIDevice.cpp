@@ -1,0 +1,7 @@
+#include "Platform/UIDevice.h"
+
+namespace vorlane {
+
+UIDevice::~UIDevice() = default;
+
+}  // namespace vorlane

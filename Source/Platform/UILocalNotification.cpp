@@ -1,0 +1,70 @@
+#include "Platform/UILocalNotification.h"
+
+#include <fmt/format.h>
+
+#include <limits>
+
+namespace vorlane {
+
+namespace {
+
+void put(Dictionary& dictionary, const char* key, const auto& field) {
+    if (field) dictionary[key] = *field;
+}
+
+std::optional<std::string> stringField(const Dictionary& dictionary, const char* key) {
+    const auto found = dictionary.find(key);
+    if (found == dictionary.end() || !found->second.is_string()) return std::nullopt;
+    return found->second.get<std::string>();
+}
+
+const Value* numberField(const Dictionary& dictionary, const char* key) {
+    const auto found = dictionary.find(key);
+    return found != dictionary.end() && found->second.is_number() ? &found->second : nullptr;
+}
+
+/// Cut off and held to the range of 64 bits.
+std::int64_t integerOf(const Value& number) {
+    if (!number.is_number_float()) return number.get<std::int64_t>();
+    const auto value = number.get<double>();
+    constexpr double kLimit = 9223372036854775808.0;
+    if (!(value > -kLimit)) return value == value ? std::numeric_limits<std::int64_t>::min() : 0;
+    return value < kLimit ? static_cast<std::int64_t>(value) : std::numeric_limits<std::int64_t>::max();
+}
+
+}  // namespace
+
+Dictionary UILocalNotification::toDictionary() const {
+    Dictionary dictionary{{"applicationIconBadgeNumber", applicationIconBadgeNumber}};
+    put(dictionary, "fireDate", fireDate);
+    put(dictionary, "timeZone", timeZone);
+    put(dictionary, "alertBody", alertBody);
+    put(dictionary, "alertAction", alertAction);
+    put(dictionary, "soundName", soundName);
+    put(dictionary, "userInfo", userInfo);
+    return dictionary;
+}
+
+UILocalNotification UILocalNotification::fromDictionary(const Dictionary& dictionary) {
+    UILocalNotification notification;
+    if (const auto* date = numberField(dictionary, "fireDate")) notification.fireDate = date->get<double>();
+    notification.timeZone = stringField(dictionary, "timeZone");
+    notification.alertBody = stringField(dictionary, "alertBody");
+    notification.alertAction = stringField(dictionary, "alertAction");
+    notification.soundName = stringField(dictionary, "soundName");
+    if (const auto* badge = numberField(dictionary, "applicationIconBadgeNumber")) {
+        notification.applicationIconBadgeNumber = integerOf(*badge);
+    }
+    const auto userInfo = dictionary.find("userInfo");
+    if (userInfo != dictionary.end() && userInfo->second.is_object()) {
+        notification.userInfo = userInfo->second.get_ref<const Dictionary&>();
+    }
+    return notification;
+}
+
+std::string UILocalNotification::description() const {
+    return fmt::format("<UILocalNotification {}>",
+                       Value(toDictionary()).dump(-1, ' ', false, Value::error_handler_t::replace));
+}
+
+}  // namespace vorlane
