@@ -27,4 +27,7 @@ std::optional<std::int64_t> integerValue(const Value& value);
 /// A number as decimal text, the shortest that reads back the same (42, 4.5, 1e+22); nothing for any other kind.
 std::optional<std::string> stringValue(const Value& value);
 
+/// Drops every null inside the value, which property lists cannot hold. Does not recurse.
+void vl_removeNulls(Value& value);
+
 }  // namespace vorlane

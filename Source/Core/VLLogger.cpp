@@ -1,0 +1,7 @@
+#include "Public/VLLogger.h"
+
+namespace vorlane {
+
+VLLogger::~VLLogger() = default;
+
+}  // namespace vorlane
