@@ -36,9 +36,6 @@ constexpr const char* kNoConfigText =
     "                        cached config to fall back on. Check device connectivity.";
 constexpr TimeInterval kBackgroundFetchInterval = 86400.0;
 
-// Load statuses of VLConfigService.
-constexpr std::int64_t kConfigUnavailable = 2;
-
 void assertMainQueue() { assert(Platform::current().mainQueue()->isCurrent()); }
 
 /// Logs what launched the application and gives the value under "p"; null when it was no notification, or one without
@@ -152,8 +149,8 @@ void VLLifeCycleManager::registerWithPlatform() {
 void VLLifeCycleManager::loadConfig() {
     const auto configService = configService_.lock();
     if (!configService) return;
-    configService->loadConfigWithCompletion([](std::int64_t status) {
-        if (status == kConfigUnavailable) logMessage(VLLogLevel::Error, kNoConfigText);
+    configService->loadConfigWithCompletion([](VLConfigService::LoadStatus status) {
+        if (status == VLConfigService::LoadStatus::unavailable) logMessage(VLLogLevel::Error, kNoConfigText);
     });
 }
 

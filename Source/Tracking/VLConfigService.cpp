@@ -1,0 +1,119 @@
+#include "Tracking/VLConfigService.h"
+
+#include <utility>
+
+#include "Categories/NSDictionary+VLLookup.h"
+#include "Core/VLSettings.h"
+#include "Network/VLURLBuilder.h"
+#include "Network/VLURLSession.h"
+#include "Platform/NSPropertyListSerialization.h"
+#include "Platform/Platform.h"
+#include "Public/VLLog.h"
+
+namespace vorlane {
+
+namespace {
+
+constexpr const char* kFileName = "VLConfig.plist";
+
+/// The object under the key of a document that may not be there.
+const Dictionary* sectionOf(const std::shared_ptr<const Dictionary>& config, const char* key) {
+    return config ? dictionaryForKey(*config, key) : nullptr;
+}
+
+}  // namespace
+
+VLConfigService::VLConfigService(std::shared_ptr<VLSettings> settings, std::shared_ptr<VLURLBuilder> urlBuilder,
+                                 std::shared_ptr<VLURLSession> urlSession)
+    : settings_(std::move(settings)), urlBuilder_(std::move(urlBuilder)), urlSession_(std::move(urlSession)) {}
+
+void VLConfigService::loadConfigWithCompletion(LoadHandler completionHandler) {
+    urlSession_->GETJSON(
+        urlBuilder_->configURL(),
+        [weakSelf = weak_from_this(), handler = std::move(completionHandler)](
+            std::optional<Dictionary> config, std::int64_t /*statusCode*/, const std::optional<NSError>& error) {
+            const auto self = weakSelf.lock();
+            if (!self) {
+                if (handler) handler(LoadStatus::unavailable);
+            } else if (config && !error) {
+                self->configFetched(std::move(*config), handler);
+            } else {
+                self->loadCachedConfig(handler);
+            }
+        });
+}
+
+void VLConfigService::configFetched(Dictionary config, const LoadHandler& completionHandler) {
+    // A property list cannot hold null: dropped now, memory and file agree.
+    Value document(std::move(config));
+    vl_removeNulls(document);
+    const auto inForce = std::make_shared<const Dictionary>(std::move(document.get_ref<Dictionary&>()));
+    setConfigDictonary(inForce);
+    NSPropertyListSerialization::writeToFile(*inForce, getFilePath());
+    logMessage(VLLogLevel::Info, "Successfully loaded config from remote server");
+    if (completionHandler) completionHandler(LoadStatus::fetched);
+}
+
+void VLConfigService::loadCachedConfig(const LoadHandler& completionHandler) {
+    auto cached = NSPropertyListSerialization::dictionaryWithContentsOfFile(getFilePath());
+    if (!cached) {
+        setConfigDictonary(nullptr);
+        if (completionHandler) completionHandler(LoadStatus::unavailable);
+        logMessage(VLLogLevel::Error, "Failed to fetch config from remote server and no config is cached locally.");
+        return;
+    }
+    const auto inForce = std::make_shared<const Dictionary>(std::move(*cached));
+    setConfigDictonary(inForce);
+    if (completionHandler) completionHandler(LoadStatus::cached);
+    logMessage(VLLogLevel::Info, "Couldn't fetch config from remote server, config loaded from local cache instead.");
+    logMessage(VLLogLevel::Debug, "Cached config payload:", Value(*inForce));
+}
+
+bool VLConfigService::serviceEnabled(const std::string& name) const {
+    const auto config = configDictonary();
+    const auto* services = sectionOf(config, "services");
+    return services && boolForKey(*services, name).value_or(false);
+}
+
+std::optional<Dictionary> VLConfigService::serviceConfig(const std::string& name) const {
+    const auto config = configDictonary();
+    const auto* configs = sectionOf(config, "configs");
+    const auto* found = configs ? dictionaryForKey(*configs, name) : nullptr;
+    if (!found) return std::nullopt;
+    return *found;
+}
+
+Value VLConfigService::objectForService(const std::string& name, const std::string& key,
+                                        const Value& defaultValue) const {
+    const auto config = configDictonary();
+    const auto* configs = sectionOf(config, "configs");
+    const auto* service = configs ? dictionaryForKey(*configs, name) : nullptr;
+    const auto* value = service ? valueForKey(*service, key) : nullptr;
+    return value ? *value : defaultValue;
+}
+
+Value VLConfigService::numberForService(const std::string& name, const std::string& key,
+                                        const Value& defaultNumber) const {
+    const auto value = objectForService(name, key, defaultNumber);
+    if (value.is_boolean()) return static_cast<std::int64_t>(value.get<bool>());
+    return value.is_number() ? value : defaultNumber;
+}
+
+std::int64_t VLConfigService::integerForService(const std::string& name, const std::string& key,
+                                                std::int64_t defaultInteger) const {
+    return integerValue(numberForService(name, key, Value(defaultInteger))).value_or(defaultInteger);
+}
+
+std::shared_ptr<const Dictionary> VLConfigService::configDictonary() const {
+    const std::lock_guard lock(mutex_);
+    return configDictonary_;
+}
+
+void VLConfigService::setConfigDictonary(std::shared_ptr<const Dictionary> config) {
+    const std::lock_guard lock(mutex_);
+    configDictonary_.swap(config);
+}
+
+std::string VLConfigService::getFilePath() const { return Platform::current().documentsFolder() + "/" + kFileName; }
+
+}  // namespace vorlane

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "Platform/NSError.h"
+#include "Public/VLValue.h"
+
+namespace vorlane {
+
+class VLPayloadBuilder;
+class VLSettings;
+class VLURLBuilder;
+class VLURLSession;
+
+/// Sends each event at once, as one request of its own; an event sent while offline is lost. Called by the facade. Any
+/// thread.
+class VLEventService {
+public:
+    using CompletionHandler = std::function<void(std::optional<NSError> error)>;
+
+    /// `initWithSettings:urlBuilder:payloadBuilder:urlSession:`
+    VLEventService(std::shared_ptr<VLSettings> settings, std::shared_ptr<VLURLBuilder> urlBuilder,
+                   std::shared_ptr<VLPayloadBuilder> payloadBuilder, std::shared_ptr<VLURLSession> urlSession);
+
+    /// `registerEventWithType:label:`
+    void registerEventWithType(const std::string& type, const std::optional<std::string>& label);
+    /// `registerEventWithType:label:phash:`
+    void registerEventWithType(const std::string& type, const std::optional<std::string>& label,
+                               const std::optional<std::string>& phash);
+    /// `registerEventWithType:data:`
+    void registerEventWithType(const std::string& type, const Dictionary& data);
+    /// `registerEventWithType:data:phash:`
+    void registerEventWithType(const std::string& type, const Dictionary& data,
+                               const std::optional<std::string>& phash);
+
+    /// `registerEventWithType:labelObject:phash:completionHandler:` sends the event; no label is sent as "". The phash,
+    /// when given, replaces the stored one. The handler may be empty; it runs on the main queue once the request has
+    /// ended. Errors: those of the HTTP layer.
+    void registerEventWithType(const std::string& type, std::optional<Value> labelObject,
+                               const std::optional<std::string>& phash, CompletionHandler completionHandler);
+
+private:
+    // Fixed at construction.
+    const std::shared_ptr<VLSettings> settings_;
+    const std::shared_ptr<VLURLBuilder> urlBuilder_;
+    const std::shared_ptr<VLPayloadBuilder> payloadBuilder_;
+    const std::shared_ptr<VLURLSession> urlSession_;
+};
+
+}  // namespace vorlane
