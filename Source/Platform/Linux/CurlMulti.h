@@ -47,6 +47,8 @@ public:
 
     /// What has ended since the last call, in order.
     std::vector<CurlCompletion> takeCompletions();
+    /// How many it would give.
+    std::size_t completionCount() const { return completions_.size(); }
 
 private:
     struct Waiting {

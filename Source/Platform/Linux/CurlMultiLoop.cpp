@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <csignal>
+#include <cstddef>
 #include <system_error>
 #include <utility>
 
@@ -18,6 +19,7 @@ namespace vorlane {
 namespace {
 
 constexpr std::chrono::seconds kLongestHalt{1};
+constexpr std::size_t kMostHeldBack = 16;
 
 std::chrono::milliseconds millisecondsOf(TimeInterval seconds) {
     constexpr TimeInterval kUsual = 60;
@@ -80,7 +82,10 @@ void CurlMultiLoop::cancel(std::shared_ptr<CurlDataTask> task) {
 }
 
 void CurlMultiLoop::deliver(std::optional<CurlCompletion> completion) {
-    if (completion && completion->handler) delivery_(std::move(*completion));
+    if (!completion) return;
+    std::vector<CurlCompletion> completions;
+    completions.push_back(std::move(*completion));
+    delivery_(std::move(completions));
 }
 
 void CurlMultiLoop::stop(TimePoint deadline) { leave(std::unique_lock(mutex_), Phase::stopped, deadline); }
@@ -123,7 +128,8 @@ void CurlMultiLoop::run() {
     while (takeMail(mail)) {
         open(mail);
         multi_->step();
-        deliverEnded();
+        // Waking the handlers' thread for each one would cost more than a small request does.
+        if (!multi_->isBusy() || multi_->completionCount() >= kMostHeldBack) delivery_(multi_->takeCompletions());
         if (!multi_->isBusy() && maySleep()) multi_->wait();
     }
 
@@ -132,7 +138,7 @@ void CurlMultiLoop::run() {
         lock.unlock();
         open(mail);
         multi_->cancelAll();
-        deliverEnded();
+        delivery_(multi_->takeCompletions());
         multi_.reset();
         lock.lock();
     }
@@ -153,10 +159,6 @@ void CurlMultiLoop::open(Mail& mail) {
     for (const auto& task : mail.cancelled) multi_->cancel(*task);
     mail.started.clear();
     mail.cancelled.clear();
-}
-
-void CurlMultiLoop::deliverEnded() {
-    for (auto& completion : multi_->takeCompletions()) deliver(std::move(completion));
 }
 
 bool CurlMultiLoop::maySleep() {

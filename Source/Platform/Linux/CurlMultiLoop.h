@@ -24,8 +24,8 @@ class CurlMulti;
 class CurlMultiLoop : public ExitGate::Worker, public std::enable_shared_from_this<CurlMultiLoop> {
 public:
     using TimePoint = std::chrono::steady_clock::time_point;
-    /// Takes one task that has ended; called on any thread, with no lock held.
-    using Delivery = std::function<void(CurlCompletion)>;
+    /// Takes tasks that have ended, in order; called on any thread, with no lock held.
+    using Delivery = std::function<void(std::vector<CurlCompletion>)>;
 
     /// A request without progress for `timeout` seconds has timed out.
     CurlMultiLoop(TimeInterval timeout, CurlCertificates certificates, Delivery delivery);
@@ -57,7 +57,6 @@ private:
     void run();
     bool takeMail(Mail& mail);
     void open(Mail& mail);
-    void deliverEnded();
     bool maySleep();
 
     // Fixed at construction.

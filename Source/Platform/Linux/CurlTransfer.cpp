@@ -29,7 +29,9 @@ bool isClean(const std::string& text) { return text.find_first_of(std::string("\
 
 CurlTransfer::CurlTransfer(const TimePoint& now, const CurlCertificates& certificates,
                            std::chrono::milliseconds timeout)
-    : now_(now), certificates_(certificates), timeout_(timeout), handle_(curl_easy_init()) {}
+    : now_(now), certificates_(certificates), timeout_(timeout), handle_(curl_easy_init()) {
+    setUpForGood();
+}
 
 CurlTransfer::~CurlTransfer() = default;
 
@@ -63,18 +65,14 @@ void CurlTransfer::prepare() {
     isTooLong_ = false;
     errorText_.front() = '\0';
 
-    // Keeps connections and caches, forgets every option.
-    curl_easy_reset(handle());
     setUpConnection();
-    setUpCallbacks();
     setUpMethod();
     setUpHeaders();
 }
 
-void CurlTransfer::setUpConnection() {
+/// Sets what is the same for every request.
+void CurlTransfer::setUpForGood() {
     CURL* const easy = handle();
-    const std::string& text = url().absoluteString();
-    curl_easy_setopt(easy, CURLOPT_URL, text.c_str());
     curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
     curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 0L);
     curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(timeout_.count()));
@@ -82,9 +80,12 @@ void CurlTransfer::setUpConnection() {
     curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L);
     curl_easy_setopt(easy, CURLOPT_USERAGENT, kUserAgent);
     curl_easy_setopt(easy, CURLOPT_ACCEPT_ENCODING, "");
-    if (!isSecureURL(text)) return;
+    setUpVerification();
+    setUpCallbacks();
+}
 
-    curl_easy_setopt(easy, CURLOPT_PIPEWAIT, 1L);
+void CurlTransfer::setUpVerification() {
+    CURL* const easy = handle();
     curl_easy_setopt(easy, CURLOPT_SSL_VERIFYPEER, 1L);
     curl_easy_setopt(easy, CURLOPT_SSL_VERIFYHOST, 2L);
     curl_easy_setopt(easy, CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
@@ -105,21 +106,33 @@ void CurlTransfer::setUpCallbacks() {
     curl_easy_setopt(easy, CURLOPT_HEADERDATA, this);
     curl_easy_setopt(easy, CURLOPT_PREREQFUNCTION, &CurlTransfer::connected);
     curl_easy_setopt(easy, CURLOPT_PREREQDATA, this);
+    curl_easy_setopt(easy, CURLOPT_XFERINFOFUNCTION, &CurlTransfer::progressed);
+    curl_easy_setopt(easy, CURLOPT_XFERINFODATA, this);
 }
 
+void CurlTransfer::setUpConnection() {
+    const std::string& text = url().absoluteString();
+    curl_easy_setopt(handle(), CURLOPT_URL, text.c_str());
+    // Waits for the first connection to tell whether it carries several requests, instead of opening another.
+    curl_easy_setopt(handle(), CURLOPT_PIPEWAIT, isSecureURL(text) ? 1L : 0L);
+}
+
+/// Sets whatever an earlier request may have left otherwise.
 void CurlTransfer::setUpMethod() {
     CURL* const easy = handle();
-    if (method_ == "HEAD") {
+    const bool isHead = method_ == "HEAD";
+    const bool hasPostForm = hasBody_ || method_ == "POST" || method_ == "PUT" || method_ == "PATCH";
+    curl_easy_setopt(easy, CURLOPT_HTTPGET, 1L);
+    curl_easy_setopt(easy, CURLOPT_NOPROGRESS, 1L);
+    // Of the body that a HEAD only speaks of, nothing is to come.
+    curl_easy_setopt(easy, CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(isHead ? 0 : kLongestAnswer));
+    if (isHead) {
         curl_easy_setopt(easy, CURLOPT_NOBODY, 1L);
-        return;
-    }
-    curl_easy_setopt(easy, CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(kLongestAnswer));
-    if (hasBody_ || method_ == "POST" || method_ == "PUT" || method_ == "PATCH") {
+    } else if (hasPostForm) {
         setUpBody();
-        if (method_ != "POST") curl_easy_setopt(easy, CURLOPT_CUSTOMREQUEST, method_.c_str());
-    } else if (method_ != "GET") {
-        curl_easy_setopt(easy, CURLOPT_CUSTOMREQUEST, method_.c_str());
     }
+    const bool isUsual = isHead || method_ == (hasPostForm ? "POST" : "GET");
+    curl_easy_setopt(easy, CURLOPT_CUSTOMREQUEST, isUsual ? nullptr : method_.c_str());
 }
 
 void CurlTransfer::setUpBody() {
@@ -130,10 +143,7 @@ void CurlTransfer::setUpBody() {
     curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(isEmpty ? 0 : body->size()));
     // Not copied: the task outlives the transfer.
     curl_easy_setopt(easy, CURLOPT_POSTFIELDS, isEmpty ? "" : reinterpret_cast<const char*>(body->data()));
-    if (isEmpty || body->size() < kLongBody) return;
-    curl_easy_setopt(easy, CURLOPT_NOPROGRESS, 0L);
-    curl_easy_setopt(easy, CURLOPT_XFERINFOFUNCTION, &CurlTransfer::progressed);
-    curl_easy_setopt(easy, CURLOPT_XFERINFODATA, this);
+    if (!isEmpty && body->size() >= kLongBody) curl_easy_setopt(easy, CURLOPT_NOPROGRESS, 0L);
 }
 
 void CurlTransfer::setUpHeaders() {

@@ -65,8 +65,10 @@ private:
     };
 
     void prepare();
-    void setUpConnection();
+    void setUpForGood();
+    void setUpVerification();
     void setUpCallbacks();
+    void setUpConnection();
     void setUpMethod();
     void setUpBody();
     void setUpHeaders();

@@ -10,8 +10,8 @@
 
 namespace vorlane {
 
+class CurlHandlerQueue;
 class CurlMultiLoop;
-class LinuxSerialQueue;
 
 /// A session over libcurl. All requests share one network thread, which starts with the first `resume()`; handlers run
 /// one after another on a queue of the session's own.
@@ -49,7 +49,7 @@ public:
 
 private:
     // Fixed at construction.
-    const std::shared_ptr<LinuxSerialQueue> queue_;
+    const std::shared_ptr<CurlHandlerQueue> handlerQueue_;
     const std::shared_ptr<CurlMultiLoop> loop_;
 };
 

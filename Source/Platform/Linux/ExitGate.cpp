@@ -65,14 +65,18 @@ bool ExitGate::watch(const std::shared_ptr<Worker>& worker) {
 bool ExitGate::run(std::function<void()> task) {
     if (!enter()) {
         // Its captures are the host's, whose destructors must not run now either.
-        const std::lock_guard lock(mutex_);
-        tasksPutAside_.push_back(std::move(task));
+        putAside(std::move(task));
         return false;
     }
     if (task) task();
     task = nullptr;
     leave();
     return true;
+}
+
+void ExitGate::putAside(std::function<void()> task) {
+    const std::lock_guard lock(mutex_);
+    tasksPutAside_.push_back(std::move(task));
 }
 
 bool ExitGate::enter() {

@@ -35,6 +35,11 @@ public:
     /// Runs `task`, if any, and returns true; or, when the gate is closed, puts it aside unrun and undestroyed.
     bool run(std::function<void()> task);
 
+    bool isClosed() const { return isClosed_; }
+
+    /// Keeps `task`, and with it what it holds, from being run or destroyed.
+    void putAside(std::function<void()> task);
+
     /// Lets no further task start, halts the workers, and waits up to 200 ms for tasks that other threads are running.
     /// Idempotent.
     void close();
