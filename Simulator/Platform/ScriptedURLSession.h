@@ -29,8 +29,8 @@ struct RecordedRequest {
     std::optional<std::string> header(const std::string& name) const;
 };
 
-/// A network that records every request and answers only as it is told. Handlers run on its own serial queue, as on a real one; a
-/// call that answers returns when the handler has run. Any thread but that queue.
+/// A network that records every request and answers only as it is told. Handlers run on its own serial queue, as on a
+/// real one; a call that answers returns when the handler has run. Any thread but that queue.
 class ScriptedURLSession : public NSURLSession, public std::enable_shared_from_this<ScriptedURLSession> {
 public:
     explicit ScriptedURLSession(std::shared_ptr<SerialDispatchQueue> delegateQueue);
@@ -47,13 +47,15 @@ public:
     /// Fails it as the network would, with an error in `NSURLErrorDomain`.
     void fail(const std::string& part, NSURLError code = NSURLError::notConnectedToInternet);
 
-    /// From now on requests whose URL contains `part` are answered at once, open ones included. The newest rule that fits wins.
+    /// From now on requests whose URL contains `part` are answered at once, open ones included. The newest rule that
+    /// fits wins.
     void alwaysAnswer(const std::string& part, std::int64_t status, const std::string& body = {});
     void alwaysFail(const std::string& part, NSURLError code = NSURLError::notConnectedToInternet);
     /// From now on requests stay open again.
     void forgetRules();
 
-    /// Every request that was sent, oldest first; those whose URL contains `part`; the last of them (throws when there is none).
+    /// Every request that was sent, oldest first; those whose URL contains `part`; the last of them (throws when there
+    /// is none).
     std::vector<RecordedRequest> requests(const std::string& part = {}) const;
     RecordedRequest lastRequest(const std::string& part = {}) const;
     /// How many requests wait for an answer.

@@ -23,7 +23,8 @@ public:
     /// Every background task ever begun, by name, in order. Any thread.
     std::vector<std::string> begunBackgroundTasks() const;
 
-    /// Called for everything the application object is told, with the event's name and its fields as the phone's protocol has them
+    /// Called for everything the application object is told, with the event's name and its fields as the phone's
+    /// protocol has them
     /// ("registerForRemoteNotifications", "backgroundTask" …). May be called on any thread; with no lock held.
     void setEventObserver(std::function<void(const std::string& event, const Dictionary& fields)> observer);
 

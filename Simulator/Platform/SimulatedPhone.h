@@ -14,11 +14,12 @@
 
 namespace vorlane {
 
-/// A phone in memory: everything that the library asks of a device, under the control of a test, the demo or the console.
+/// A phone in memory: everything that the library asks of a device, under the control of a test, the demo or the
+/// console.
 ///
-/// Time stands still until `advance()` (unless the real clock was chosen); the network is scripted (unless real HTTP was chosen).
-/// The thread that makes the phone is its main thread, and it alone calls the phone's own operations. Serial queues are real threads;
-/// `settle()` waits for them, so nothing in a test needs to sleep.
+/// Time stands still until `advance()` (unless the real clock was chosen); the network is scripted (unless real HTTP
+/// was chosen). The thread that makes the phone is its main thread, and it alone calls the phone's own operations.
+/// Serial queues are real threads; `settle()` waits for them, so nothing in a test needs to sleep.
 class SimulatedPhone : public Platform {
 public:
     struct Options {
@@ -62,8 +63,12 @@ public:
     /// Runs what is due on the main queue, and what that makes due at this moment, until nothing is.
     void runMainQueue();
 
-    /// Runs the main queue and waits for every serial queue, over and over, until nothing is left to do at this moment. With real
-    /// HTTP it also waits until no request is in flight. False when that takes longer than `timeout` real seconds.
+    /// Waits until something is due on the main queue. For a program that has nothing else to do meanwhile.
+    void waitForMainQueue();
+
+    /// Runs the main queue and waits for every serial queue, over and over, until nothing is left to do at this moment.
+    /// With real HTTP it also waits until no request is in flight. False when that takes longer than `timeout` real
+    /// seconds.
     bool settle(TimeInterval timeout = 10.0);
 
     /// Virtual clock only: moves time forward, running what falls due in order of time and settling after each.

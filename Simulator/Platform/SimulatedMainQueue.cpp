@@ -1,0 +1,97 @@
+#include "Simulator/Platform/SimulatedMainQueue.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace vorlane {
+
+using SteadyClock = std::chrono::steady_clock;
+
+SimulatedMainQueue::SimulatedMainQueue(const Clock& clock, std::shared_ptr<ActivityCounter> activity)
+    : clock_(clock), activity_(std::move(activity)) {}
+
+void SimulatedMainQueue::post(std::function<void()> task) { postAfter(0, std::move(task)); }
+
+void SimulatedMainQueue::postAfter(TimeInterval delay, std::function<void()> task) {
+    const std::lock_guard lock(mutex_);
+    if (isStopped_) return;
+    ++*activity_;
+    if (delay > 0) {
+        delayed_.emplace(clock_.now() + delay, std::move(task));
+    } else {
+        tasks_.push_back(std::move(task));
+    }
+    posted_.notify_all();
+}
+
+void SimulatedMainQueue::runDueTasks() {
+    while (const auto task = takeDueTask()) task();
+}
+
+std::function<void()> SimulatedMainQueue::takeDueTask() {
+    const std::lock_guard lock(mutex_);
+    std::function<void()> task;
+    if (!tasks_.empty()) {
+        task = std::move(tasks_.front());
+        tasks_.pop_front();
+    } else if (isDue()) {
+        task = std::move(delayed_.begin()->second);
+        delayed_.erase(delayed_.begin());
+    }
+    return task;
+}
+
+bool SimulatedMainQueue::isDue() const {
+    return !tasks_.empty() || (!delayed_.empty() && delayed_.begin()->first <= clock_.now());
+}
+
+bool SimulatedMainQueue::hasDueTask() const {
+    const std::lock_guard lock(mutex_);
+    return isDue();
+}
+
+void SimulatedMainQueue::waitForDueTask(std::optional<SteadyClock::time_point> deadline) {
+    std::unique_lock lock(mutex_);
+    while (!isDue()) {
+        const auto now = SteadyClock::now();
+        if (deadline && now >= *deadline) return;
+        std::optional<SteadyClock::time_point> wake = deadline;
+        if (!delayed_.empty()) {
+            const std::chrono::duration<double> left(delayed_.begin()->first - clock_.now());
+            // A virtual clock stands still, so its delayed tasks are looked at again only now and then.
+            const auto due = now + std::chrono::duration_cast<SteadyClock::duration>(
+                                       std::min(left, std::chrono::duration<double>(3600.0)));
+            wake = wake ? std::min(*wake, due) : due;
+        }
+        if (wake) {
+            posted_.wait_until(lock, *wake);
+        } else {
+            posted_.wait(lock);
+        }
+    }
+}
+
+std::optional<double> SimulatedMainQueue::nextDueTime() const {
+    const std::lock_guard lock(mutex_);
+    if (delayed_.empty()) return std::nullopt;
+    return delayed_.begin()->first;
+}
+
+std::vector<double> SimulatedMainQueue::dueTimes() const {
+    const std::lock_guard lock(mutex_);
+    std::vector<double> times;
+    for (const auto& [time, task] : delayed_) times.push_back(time);
+    return times;
+}
+
+void SimulatedMainQueue::stop() {
+    // Dropped outside the lock: destroying a task may run the code of whoever posted it.
+    decltype(tasks_) tasks;
+    decltype(delayed_) delayed;
+    const std::lock_guard lock(mutex_);
+    isStopped_ = true;
+    tasks_.swap(tasks);
+    delayed_.swap(delayed);
+}
+
+}  // namespace vorlane
