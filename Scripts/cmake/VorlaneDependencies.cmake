@@ -9,3 +9,10 @@ find_package(PkgConfig REQUIRED)
 pkg_check_modules(PLIST REQUIRED IMPORTED_TARGET libplist-2.0)
 pkg_check_modules(UUID REQUIRED IMPORTED_TARGET uuid)
 pkg_check_modules(SYSTEMD REQUIRED IMPORTED_TARGET libsystemd)
+
+# The same for those who link the library: as CMake targets, as linker options, and as the Debian packages that hold them.
+set(VORLANE_PRIVATE_LIBRARIES CURL::libcurl SQLite::SQLite3 fmt::fmt OpenSSL::Crypto PkgConfig::PLIST PkgConfig::UUID
+    PkgConfig::SYSTEMD Threads::Threads)
+set(VORLANE_PC_PRIVATE_LIBRARIES "-lcurl -lsqlite3 -lfmt -lcrypto -lplist-2.0 -luuid -lsystemd -pthread")
+set(VORLANE_DEVELOPMENT_PACKAGES nlohmann-json3-dev libcurl4-openssl-dev libsqlite3-dev libfmt-dev libssl-dev libplist-dev
+    uuid-dev libsystemd-dev)

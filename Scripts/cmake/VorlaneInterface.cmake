@@ -1,0 +1,25 @@
+# What a host sees of the build: the headers and the names of the targets.
+include(VorlaneHeaders)
+
+foreach(library vorlane_static vorlane_shared vorlane_simulator)
+    target_include_directories(${library} INTERFACE $<BUILD_INTERFACE:${VORLANE_STAGED_INCLUDES}>
+                               $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+    target_compile_features(${library} INTERFACE cxx_std_20)
+endforeach()
+
+if(BUILD_SHARED_LIBS)
+    set(VORLANE_DEFAULT_LIBRARY vorlane_shared)
+else()
+    set(VORLANE_DEFAULT_LIBRARY vorlane_static)
+endif()
+add_library(Vorlane::vorlane ALIAS ${VORLANE_DEFAULT_LIBRARY})
+add_library(Vorlane::simulator ALIAS vorlane_simulator)
+
+# The project's own programs see the library's insides, which only the static one has.
+if(PROJECT_IS_TOP_LEVEL)
+    set(VORLANE_SIMULATED_LIBRARY vorlane_static)
+else()
+    set(VORLANE_SIMULATED_LIBRARY ${VORLANE_DEFAULT_LIBRARY})
+endif()
+target_link_libraries(vorlane_simulator INTERFACE $<BUILD_INTERFACE:${VORLANE_SIMULATED_LIBRARY}>
+                      $<INSTALL_INTERFACE:Vorlane::vorlane>)
