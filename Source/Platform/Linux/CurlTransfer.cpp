@@ -12,7 +12,7 @@ namespace vorlane {
 namespace {
 
 constexpr const char* kUserAgent = "Vorlane/2.0.1";
-constexpr std::size_t kLongestHeader = std::size_t{1} << 20;
+constexpr std::size_t kLongestHeader = std::size_t{256} << 10;
 // A body of this size goes out in one piece or two; the way of a longer one is watched.
 constexpr std::size_t kLongBody = std::size_t{64} << 10;
 

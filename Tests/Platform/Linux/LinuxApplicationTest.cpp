@@ -1,0 +1,123 @@
+#include "Platform/Linux/LinuxApplication.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "Platform/DispatchQueue.h"
+#include "Platform/NSNotificationCenter.h"
+
+namespace vorlane {
+namespace {
+
+/// Keeps delayed tasks until the test says that their time has come.
+class HeldQueue : public DispatchQueue {
+public:
+    void post(std::function<void()> task) override { postAfter(0, std::move(task)); }
+    void postAfter(TimeInterval delay, std::function<void()> task) override {
+        delays.push_back(delay);
+        tasks_.push_back(std::move(task));
+    }
+
+    /// The time of the oldest task has come.
+    void runOldest() {
+        const auto task = std::move(tasks_.front());
+        tasks_.erase(tasks_.begin());
+        task();
+    }
+
+    std::vector<TimeInterval> delays;
+
+private:
+    std::vector<std::function<void()>> tasks_;
+};
+
+class LinuxApplicationTest : public testing::Test {
+protected:
+    void beginTask() {
+        application->beginBackgroundTaskWithName("task", [this] { ++expirations; });
+    }
+
+    int expirations = 0;
+    int registrations = 0;
+    std::vector<TimeInterval> fetchIntervals;
+    std::shared_ptr<HeldQueue> queue = std::make_shared<HeldQueue>();
+    std::shared_ptr<LinuxApplication> application = std::make_shared<LinuxApplication>(
+        std::make_shared<NSNotificationCenter>(), queue,
+        LinuxApplication::Callbacks{[this] { ++registrations; },
+                                    [this](TimeInterval seconds) { fetchIntervals.push_back(seconds); }});
+};
+
+TEST_F(LinuxApplicationTest, PushRegistrationAndBackgroundFetchAreTheHosts) {
+    application->registerForRemoteNotifications();
+    application->setMinimumBackgroundFetchInterval(600);
+    EXPECT_EQ(registrations, 1);
+    EXPECT_THAT(fetchIntervals, testing::ElementsAre(600));
+}
+
+TEST_F(LinuxApplicationTest, WithoutCallbacksNothingHappens) {
+    LinuxApplication quiet(std::make_shared<NSNotificationCenter>(), queue, {});
+    quiet.registerForRemoteNotifications();
+    quiet.setMinimumBackgroundFetchInterval(600);
+}
+
+TEST_F(LinuxApplicationTest, TasksExpireThreeMinutesAfterTheForegroundWasLeft) {
+    application->didBecomeActive();
+    beginTask();
+    application->didEnterBackground();
+    EXPECT_THAT(queue->delays, testing::ElementsAre(180));
+    EXPECT_EQ(expirations, 0);
+    queue->runOldest();
+    EXPECT_EQ(expirations, 1);
+    EXPECT_TRUE(application->backgroundTasks().empty());
+}
+
+TEST_F(LinuxApplicationTest, ATaskThatEndedInTimeDoesNotExpire) {
+    const auto task = application->beginBackgroundTaskWithName("task", [this] { ++expirations; });
+    application->didEnterBackground();
+    application->endBackgroundTask(task);
+    queue->runOldest();
+    EXPECT_EQ(expirations, 0);
+}
+
+TEST_F(LinuxApplicationTest, AnApplicationThatCameBackKeepsItsTasks) {
+    beginTask();
+    application->didEnterBackground();
+    application->willEnterForeground();
+    queue->runOldest();
+    EXPECT_EQ(expirations, 0);
+    EXPECT_EQ(application->backgroundTasks().size(), 1U);
+}
+
+TEST_F(LinuxApplicationTest, AnApplicationThatBecameActiveKeepsItsTasks) {
+    beginTask();
+    application->didEnterBackground();
+    application->didBecomeActive();
+    queue->runOldest();
+    EXPECT_EQ(expirations, 0);
+}
+
+TEST_F(LinuxApplicationTest, EachStayInTheBackgroundHasItsWholeTime) {
+    application->didEnterBackground();
+    application->willEnterForeground();
+    beginTask();
+    application->didEnterBackground();
+    queue->runOldest();  // the time of the first stay
+    EXPECT_EQ(expirations, 0);
+    queue->runOldest();
+    EXPECT_EQ(expirations, 1);
+}
+
+TEST_F(LinuxApplicationTest, AnApplicationThatIsGoneIsNotMissed) {
+    beginTask();
+    application->didEnterBackground();
+    application.reset();
+    queue->runOldest();
+    EXPECT_EQ(expirations, 0);
+}
+
+}  // namespace
+}  // namespace vorlane
