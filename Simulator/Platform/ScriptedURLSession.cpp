@@ -87,6 +87,8 @@ struct ScriptedURLSession::Impl {
     struct Entry {
         RecordedRequest record;
         CompletionHandler handler;
+        /// The task from its start until the answer: a request on its way keeps it alive.
+        std::shared_ptr<NSURLSessionDataTask> task = nullptr;
 
         bool isOpen() const { return !record.answered && !record.cancelled; }
         bool fits(const std::string& part) const {
@@ -100,7 +102,7 @@ struct ScriptedURLSession::Impl {
 
     explicit Impl(std::shared_ptr<SerialDispatchQueue> queue) : delegateQueue(std::move(queue)) {}
 
-    void send(const std::shared_ptr<Entry>& entry);
+    void send(const std::shared_ptr<Entry>& entry, std::shared_ptr<NSURLSessionDataTask> task);
     void cancel(const std::shared_ptr<Entry>& entry);
     void answerOldest(const std::string& part, const Answer& answer);
     void addRule(const std::string& part, const Answer& answer);
@@ -117,10 +119,11 @@ struct ScriptedURLSession::Impl {
     bool isInvalid = false;
 };
 
-void ScriptedURLSession::Impl::send(const std::shared_ptr<Entry>& entry) {
+void ScriptedURLSession::Impl::send(const std::shared_ptr<Entry>& entry, std::shared_ptr<NSURLSessionDataTask> task) {
     std::optional<Answer> answer;
     {
         const std::lock_guard lock(mutex);
+        entry->task = std::move(task);
         entries.push_back(entry);
         if (isInvalid) {
             answer = Answer{.failure = NSURLError::cancelled};
@@ -148,8 +151,9 @@ void ScriptedURLSession::Impl::closeAs(Entry& entry, bool isCancelled) {
 }
 
 void ScriptedURLSession::Impl::post(const std::shared_ptr<Entry>& entry, const Answer& answer) const {
-    delegateQueue->post(
-        [entry, answer] { give(std::exchange(entry->handler, nullptr), answer, entry->record.request.URL); });
+    delegateQueue->post([entry, answer, task = std::exchange(entry->task, nullptr)] {
+        give(std::exchange(entry->handler, nullptr), answer, entry->record.request.URL);
+    });
 }
 
 void ScriptedURLSession::Impl::waitForHandlers() const {
@@ -190,13 +194,14 @@ void ScriptedURLSession::Impl::addRule(const std::string& part, const Answer& an
 namespace {
 
 /// A task that hands its request to the session when it is resumed.
-class ScriptedTask : public NSURLSessionDataTask {
+class ScriptedTask : public NSURLSessionDataTask, public std::enable_shared_from_this<ScriptedTask> {
 public:
-    ScriptedTask(std::function<void()> send, std::function<void()> cancel)
-        : send_(std::move(send)), cancel_(std::move(cancel)) {}
+    using Send = std::function<void(std::shared_ptr<NSURLSessionDataTask> task)>;
+
+    ScriptedTask(Send send, std::function<void()> cancel) : send_(std::move(send)), cancel_(std::move(cancel)) {}
 
     void resume() override {
-        if (const auto send = take(send_)) send();
+        if (const auto send = take(send_)) send(shared_from_this());
     }
 
     /// One that was not resumed yet is sent first, so that its handler runs.
@@ -206,14 +211,15 @@ public:
     }
 
 private:
-    std::function<void()> take(std::function<void()>& function) {
+    template <class Function>
+    Function take(Function& function) {
         const std::lock_guard lock(mutex_);
         return std::exchange(function, nullptr);
     }
 
     std::mutex mutex_;
     // Guarded by mutex_; empty once called.
-    std::function<void()> send_;
+    Send send_;
     std::function<void()> cancel_;
 };
 
@@ -222,12 +228,19 @@ private:
 ScriptedURLSession::ScriptedURLSession(std::shared_ptr<SerialDispatchQueue> delegateQueue)
     : impl_(std::make_shared<Impl>(std::move(delegateQueue))) {}
 
-ScriptedURLSession::~ScriptedURLSession() = default;
+ScriptedURLSession::~ScriptedURLSession() {
+    // Requests that were never answered: they and their tasks hold each other.
+    std::vector<std::shared_ptr<NSURLSessionDataTask>> tasks;
+    const std::lock_guard lock(impl_->mutex);
+    for (const auto& entry : impl_->entries) {
+        if (entry->isOpen()) tasks.push_back(std::exchange(entry->task, nullptr));
+    }
+}
 
 std::shared_ptr<NSURLSessionDataTask> ScriptedURLSession::dataTaskWithRequest(NSURLRequest request,
                                                                               CompletionHandler handler) {
     auto entry = std::make_shared<Impl::Entry>(Impl::Entry{{std::move(request)}, std::move(handler)});
-    return std::make_shared<ScriptedTask>([impl = impl_, entry] { impl->send(entry); },
+    return std::make_shared<ScriptedTask>([impl = impl_, entry](auto task) { impl->send(entry, std::move(task)); },
                                           [impl = impl_, entry] { impl->cancel(entry); });
 }
 
