@@ -11,8 +11,8 @@
 
 namespace vorlane {
 
-/// A network of one request, completed by the test itself on the test's thread. It keeps no task alive, and writes down
-/// what is done to one.
+/// A network of one request, completed by the test itself on the test's thread. It writes down what is done to a task,
+/// and keeps none alive unless it is told to.
 class HandDrivenURLSession : public NSURLSession {
 public:
     explicit HandDrivenURLSession(std::vector<std::string>& events) : events_(events) {}
@@ -21,8 +21,13 @@ public:
                                                               CompletionHandler handler) override {
         request_ = std::move(request);
         *handler_ = std::move(handler);
-        return std::make_shared<Task>(events_, handler_);
+        auto task = std::make_shared<Task>(events_, handler_);
+        if (keepsTasks_) tasks_.push_back(task);
+        return task;
     }
+
+    /// From now on keeps every task alive, as a real network does while one is on its way.
+    void keepTasks() { keepsTasks_ = true; }
 
     const NSURLRequest& request() const { return *request_; }
 
@@ -52,6 +57,8 @@ private:
 
     std::vector<std::string>& events_;
     std::optional<NSURLRequest> request_;
+    bool keepsTasks_ = false;
+    std::vector<std::shared_ptr<NSURLSessionDataTask>> tasks_;
     const std::shared_ptr<CompletionHandler> handler_ = std::make_shared<CompletionHandler>();
 };
 
