@@ -79,6 +79,11 @@ std::string makeTemporaryFolder() {
     return path;
 }
 
+SteadyClock::time_point deadlineAfter(TimeInterval seconds) {
+    return SteadyClock::now() +
+           std::chrono::duration_cast<SteadyClock::duration>(std::chrono::duration<double>(seconds));
+}
+
 std::string versionText(double version) {
     auto text = std::to_string(version);
     while (text.ends_with('0') && !text.ends_with(".0")) text.pop_back();
@@ -129,8 +134,9 @@ struct SimulatedPhone::Impl {
         return live;
     }
 
-    bool settleOnce(SteadyClock::time_point deadline);
-    bool settle(SteadyClock::time_point deadline);
+    enum class Requests { awaited, ignored };
+    bool settleOnce(SteadyClock::time_point deadline, Requests requests);
+    bool settle(SteadyClock::time_point deadline, Requests requests);
     void stopQueues(SteadyClock::time_point deadline);
 
     const Options options;
@@ -159,20 +165,21 @@ struct SimulatedPhone::Impl {
 };
 
 /// True when a whole pass over every queue found nothing to do.
-bool SimulatedPhone::Impl::settleOnce(SteadyClock::time_point deadline) {
+bool SimulatedPhone::Impl::settleOnce(SteadyClock::time_point deadline, Requests requests) {
+    const auto mustWait = [&] { return network && requests == Requests::awaited && !requestCount->isZero(); };
     const auto before = activity->load();
     mainQueue->runDueTasks();
     for (const auto& queue : liveQueues()) {
         if (!queue->waitUntilIdle(deadline)) return false;
     }
     // Each completed request posts to the main queue, which wakes this thread.
-    if (network && !requestCount->isZero()) mainQueue->waitForDueTask(deadline);
+    if (mustWait()) mainQueue->waitForDueTask(deadline);
     const bool isQuiet = !mainQueue->hasDueTask() && activity->load() == before;
-    return isQuiet && (!network || requestCount->isZero());
+    return isQuiet && !mustWait();
 }
 
-bool SimulatedPhone::Impl::settle(SteadyClock::time_point deadline) {
-    while (!settleOnce(deadline)) {
+bool SimulatedPhone::Impl::settle(SteadyClock::time_point deadline, Requests requests) {
+    while (!settleOnce(deadline, requests)) {
         if (SteadyClock::now() >= deadline) return false;
     }
     return true;
@@ -253,8 +260,11 @@ void SimulatedPhone::runMainQueue() { impl_->mainQueue->runDueTasks(); }
 void SimulatedPhone::waitForMainQueue() { impl_->mainQueue->waitForDueTask(std::nullopt); }
 
 bool SimulatedPhone::settle(TimeInterval timeout) {
-    return impl_->settle(SteadyClock::now() +
-                         std::chrono::duration_cast<SteadyClock::duration>(std::chrono::duration<double>(timeout)));
+    return impl_->settle(deadlineAfter(timeout), Impl::Requests::awaited);
+}
+
+bool SimulatedPhone::settleQueues(TimeInterval timeout) {
+    return impl_->settle(deadlineAfter(timeout), Impl::Requests::ignored);
 }
 
 void SimulatedPhone::advance(TimeInterval seconds) {
@@ -298,7 +308,7 @@ void SimulatedPhone::stop() {
     impl_->session->invalidateAndCancel();
     // Its end cancels every request, and their handlers run.
     impl_->network.reset();
-    impl_->settle(deadline);
+    impl_->settle(deadline, Impl::Requests::ignored);
     impl_->stopQueues(deadline);
 }
 

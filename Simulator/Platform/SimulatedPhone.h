@@ -71,6 +71,9 @@ public:
     /// seconds.
     bool settle(TimeInterval timeout = 10.0);
 
+    /// As `settle()`, but without waiting for requests in flight.
+    bool settleQueues(TimeInterval timeout = 10.0);
+
     /// Virtual clock only: moves time forward, running what falls due in order of time and settling after each.
     void advance(TimeInterval seconds);
     /// Virtual clock only: moves the clock without running anything, also backwards, as a user does who sets it.

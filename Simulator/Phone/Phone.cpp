@@ -1,0 +1,71 @@
+#include "Simulator/Phone/Phone.h"
+
+#include "Categories/NSDictionary+VLJSON.h"
+#include "Categories/NSDictionary+VLLookup.h"
+#include "Platform/NSException.h"
+#include "Public/Vorlane.h"
+#include "Simulator/Phone/PhoneCommands.h"
+#include "Simulator/Phone/PhoneValues.h"
+
+namespace vorlane::phone {
+
+namespace {
+
+SimulatedPhone::Options deviceOptions(const PhoneOptions& options) {
+    return {.documentsFolder = options.dataDirectory,
+            .systemVersion = options.systemVersion,
+            .virtualClock = options.virtualClock,
+            .realHTTP = true,
+            .infoDictionary = options.info,
+            .resourceFolder = options.resources};
+}
+
+void setEndpoints(const PhoneOptions& options) {
+    if (options.serviceOrigin) {
+        Vorlane::setURLs(VLURLsProduction::URLsWithOrigin(*NSURL::URLWithString(*options.serviceOrigin)));
+    } else if (!options.urls.empty()) {
+        Vorlane::setURLs(URLsFrom(options.urls));
+    }
+}
+
+}  // namespace
+
+Phone::Phone(const PhoneOptions& options)
+    : options_(options), device_(std::make_shared<SimulatedPhone>(deviceOptions(options))), commands_(allCommands()) {
+    Platform::install(device_);
+    device_->simulatedApplication().setEventObserver(
+        [this](const std::string& event, const Dictionary& fields) { output_.event(event, fields); });
+    VLLog::sharedInstance().addLogger(std::make_shared<PhoneLogger>(output_));
+    setEndpoints(options_);
+}
+
+Phone::~Phone() { Platform::shutdown(); }
+
+void Phone::take(const std::string& line) {
+    std::optional<NSError> error;
+    const auto parsed = vl_dictionaryWithJSON(line, error);
+    if (!parsed) {
+        output_.error(nullptr, error ? error->localizedDescription() : "no JSON object");
+        return;
+    }
+    const auto* id = valueForKey(*parsed, "id");
+    answer(*parsed, id ? *id : Value());
+}
+
+void Phone::answer(const Dictionary& line, const Value& id) {
+    try {
+        const auto word = stringFrom(requiredField(line, "do"), "do");
+        const auto command = commands_.find(word);
+        if (command == commands_.end()) throw BadLine("unknown word " + word);
+        auto value = command->second(*this, line);
+        device_->settleQueues();
+        output_.reply(id, std::move(value));
+    } catch (const NSException& exception) {
+        device_->settleQueues();
+        output_.exception(id, exception.name(), exception.reason());
+    } catch (const std::exception& exception) {
+        output_.error(id, exception.what());
+    }
+}
+
+}  // namespace vorlane::phone

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "Public/VLValue.h"
+#include "Simulator/Phone/PhoneOptions.h"
+#include "Simulator/Phone/PhoneOutput.h"
+#include "Simulator/Platform/SimulatedPhone.h"
+
+namespace vorlane::phone {
+
+/// The host application: takes one line after another, does what it says with the library and the simulated phone, and
+/// answers. Main thread only.
+class Phone {
+public:
+    /// Does one kind of line and gives the reply's value. Throws BadLine for a line that it cannot take.
+    using Command = std::function<Value(Phone& phone, const Dictionary& line)>;
+    using Commands = std::map<std::string, Command>;
+
+    explicit Phone(const PhoneOptions& options);
+    ~Phone();
+    Phone(const Phone&) = delete;
+    Phone& operator=(const Phone&) = delete;
+
+    /// Answers one line, whatever it holds.
+    void take(const std::string& line);
+    /// Whether a line said that this is the end.
+    bool hasQuit() const { return hasQuit_; }
+    void quit() { hasQuit_ = true; }
+
+    const PhoneOptions& options() const { return options_; }
+    SimulatedPhone& device() { return *device_; }
+    PhoneOutput& output() { return output_; }
+
+private:
+    void answer(const Dictionary& line, const Value& id);
+
+    const PhoneOptions options_;
+    PhoneOutput output_;
+    std::shared_ptr<SimulatedPhone> device_;
+    const Commands commands_;
+    bool hasQuit_ = false;
+};
+
+}  // namespace vorlane::phone

@@ -1,0 +1,13 @@
+#include "Simulator/Phone/PhoneCommands.h"
+
+namespace vorlane::phone {
+
+Phone::Commands allCommands() {
+    Phone::Commands all;
+    for (auto* const group : {lifeCycleCommands, libraryCommands, timeCommands, queryCommands, helperCommands}) {
+        all.merge(group());
+    }
+    return all;
+}
+
+}  // namespace vorlane::phone

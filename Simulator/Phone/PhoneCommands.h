@@ -1,0 +1,17 @@
+#pragma once
+
+#include "Simulator/Phone/Phone.h"
+
+namespace vorlane::phone {
+
+/// Every word that the phone knows. A new group of words is added here, and nowhere else.
+Phone::Commands allCommands();
+
+// The groups, one file each.
+Phone::Commands lifeCycleCommands();
+Phone::Commands libraryCommands();
+Phone::Commands timeCommands();
+Phone::Commands queryCommands();
+Phone::Commands helperCommands();
+
+}  // namespace vorlane::phone

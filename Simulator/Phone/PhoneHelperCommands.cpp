@@ -1,0 +1,64 @@
+// The library's pure operations, by their labelled names.
+
+#include <functional>
+
+#include "Categories/NSDictionary+VLLookup.h"
+#include "Categories/NSString+VLHash.h"
+#include "Core/VLUserNotificationSettings.h"
+#include "Public/VLLog.h"
+#include "Simulator/Phone/PhoneCommands.h"
+#include "Simulator/Phone/PhoneValues.h"
+
+namespace vorlane::phone {
+
+namespace {
+
+using Helper = std::function<Value(const Array& arguments)>;
+
+const Value& argument(const Array& arguments, std::size_t place) {
+    if (place >= arguments.size()) throw BadLine("missing argument " + std::to_string(place + 1));
+    return arguments[place];
+}
+
+/// A helper from a number to a text, and one from a text to a number.
+Helper fromNumber(const std::function<std::string(std::int64_t)>& convert) {
+    return
+        [convert](const Array& arguments) { return Value(convert(integerFrom(argument(arguments, 0), "argument 1"))); };
+}
+Helper fromText(const std::function<Value(const std::string&)>& convert) {
+    return [convert](const Array& arguments) { return convert(stringFrom(argument(arguments, 0), "argument 1")); };
+}
+
+const std::map<std::string, Helper>& helpers() {
+    using Settings = VLUserNotificationSettings;
+    static const std::map<std::string, Helper> table = {
+        {"logLevelToString:", fromNumber([](std::int64_t level) {
+             return VLLog::logLevelToString(static_cast<VLLogLevel>(static_cast<std::uint64_t>(level)));
+         })},
+        {"stringToLogLevel:", fromText([](const std::string& text) {
+             return Value(static_cast<std::uint64_t>(VLLog::stringToLogLevel(text)));
+         })},
+        {"vl_md5", fromText([](const std::string& text) { return Value(vl_md5(text)); })},
+        {"authorisationStatusToString:", fromNumber(Settings::authorisationStatusToString)},
+        {"stringToAuthorisationStatus:", fromText(Settings::stringToAuthorisationStatus)},
+        {"notificationSettingToString:", fromNumber(Settings::notificationSettingToString)},
+        {"stringToNotificationSetting:", fromText(Settings::stringToNotificationSetting)},
+        {"alertStyleToString:", fromNumber(Settings::alertStyleToString)},
+        {"stringToAlertStyle:", fromText(Settings::stringToAlertStyle)},
+    };
+    return table;
+}
+
+Value help(Phone& /*phone*/, const Dictionary& line) {
+    const auto name = stringFrom(requiredField(line, "name"), "name");
+    const auto helper = helpers().find(name);
+    if (helper == helpers().end()) throw BadLine("unknown helper " + name);
+    const auto* arguments = arrayForKey(line, "args");
+    return helper->second(arguments ? *arguments : Array());
+}
+
+}  // namespace
+
+Phone::Commands helperCommands() { return {{"helper", help}}; }
+
+}  // namespace vorlane::phone

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <optional>
+
+#include "Public/VLSDKOptions.h"
+#include "Public/VLValue.h"
+#include "Simulator/Phone/PhoneOptions.h"
+
+namespace vorlane::phone {
+
+/// The start-up options of a line: its "preset" to start from, and what its "options" name. Throws BadLine.
+VLSDKOptions sdkOptionsFrom(const Dictionary& line, const PhoneOptions& phoneOptions);
+
+/// "remote" (a payload) and "local" (a notification) under the platform's keys; nothing for null. Throws BadLine.
+std::optional<Dictionary> launchOptionsFrom(const Value& value);
+
+}  // namespace vorlane::phone

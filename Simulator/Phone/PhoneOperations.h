@@ -1,0 +1,52 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+
+#include "Platform/NSError.h"
+#include "Public/VLValue.h"
+
+namespace vorlane::phone {
+
+class Phone;
+
+/// One call of a class operation: its arguments in order, and where its completion handler's results go.
+class OperationCall {
+public:
+    OperationCall(Phone& phone, std::string name, Value id, Array arguments, bool hasHandler);
+
+    Phone& phone() const { return phone_; }
+
+    // The argument at a place. Each throws BadLine when it is missing or of another kind.
+    const Value& argument(std::size_t place) const;
+    std::string string(std::size_t place) const;
+    /// Nothing for null.
+    std::optional<std::string> optionalString(std::size_t place) const;
+    const Dictionary& dictionary(std::size_t place) const;
+    std::int64_t integer(std::size_t place) const;
+
+    /// Tells the results of a completion handler as an event.
+    void tell(Array values) const;
+
+    /// Handlers that tell what they receive; empty when the line asked for none.
+    std::function<void(std::optional<NSError>)> errorHandler() const;
+    std::function<void(std::optional<std::string>, std::optional<NSError>)> tagHandler() const;
+
+private:
+    std::string placeName(std::size_t place) const;
+
+    Phone& phone_;
+    std::string name_;
+    Value id_;
+    Array arguments_;
+    bool hasHandler_;
+};
+
+using Operation = std::function<Value(const OperationCall& call)>;
+
+/// Every class operation of `Vorlane` by its full labelled name. A new operation is added here, and nowhere else.
+const std::map<std::string, Operation>& operations();
+
+}  // namespace vorlane::phone

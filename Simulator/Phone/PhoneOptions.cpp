@@ -1,0 +1,101 @@
+#include "Simulator/Phone/PhoneOptions.h"
+
+#include <charconv>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <map>
+#include <stdexcept>
+
+#include "Categories/NSDictionary+VLJSON.h"
+#include "Platform/NSURL.h"
+
+namespace vorlane::phone {
+
+namespace {
+
+constexpr double kVirtualClockStart = 1'700'000'000.0;
+
+double number(const std::string& text, const std::string& option) {
+    double value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size()) {
+        throw std::invalid_argument(option + " takes a number, not " + text);
+    }
+    return value;
+}
+
+Dictionary dictionaryInFile(const std::string& path, const std::string& option) {
+    std::ifstream file(path, std::ios::binary);
+    if (!file) throw std::invalid_argument(option + ": cannot read " + path);
+    const std::string text{std::istreambuf_iterator<char>(file), {}};
+    std::optional<NSError> error;
+    auto dictionary = vl_dictionaryWithJSON(text, error);
+    if (!dictionary) throw std::invalid_argument(option + ": " + path + " holds no JSON object");
+    return std::move(*dictionary);
+}
+
+std::string absoluteURL(const std::string& text, const std::string& option) {
+    if (!NSURL::URLWithString(text)) throw std::invalid_argument(option + " takes an absolute URL, not " + text);
+    return text;
+}
+
+void setClock(PhoneOptions& options, const std::string& text) {
+    constexpr const char* kVirtual = "virtual";
+    if (text == "real") {
+        options.virtualClock.reset();
+    } else if (text == kVirtual) {
+        options.virtualClock = kVirtualClockStart;
+    } else if (text.starts_with("virtual=")) {
+        options.virtualClock = number(text.substr(std::string("virtual=").size()), "--clock");
+    } else {
+        throw std::invalid_argument("--clock takes real, virtual or virtual=SECONDS, not " + text);
+    }
+}
+
+void setLogLevel(PhoneOptions& options, const std::string& text) {
+    const double level = number(text, "--log-level");
+    if (level != 0 && level != 1 && level != 2 && level != 3 && level != 4) {
+        throw std::invalid_argument("--log-level takes 0 to 4, not " + text);
+    }
+    options.logLevel = static_cast<VLLogLevel>(static_cast<std::uint64_t>(level));
+}
+
+using Setter = std::function<void(PhoneOptions&, const std::string&)>;
+
+const std::map<std::string, Setter>& setters() {
+    static const std::map<std::string, Setter> table = {
+        {"--data-dir", [](auto& options, const auto& text) { options.dataDirectory = text; }},
+        {"--service", [](auto& options, const auto& text) { options.serviceOrigin = absoluteURL(text, "--service"); }},
+        {"--urls", [](auto& options, const auto& text) { options.urls = dictionaryInFile(text, "--urls"); }},
+        {"--info", [](auto& options, const auto& text) { options.info = dictionaryInFile(text, "--info"); }},
+        {"--os-version", [](auto& options, const auto& text) { options.systemVersion = number(text, "--os-version"); }},
+        {"--clock", setClock},
+        {"--log-level", setLogLevel},
+        {"--resources", [](auto& options, const auto& text) { options.resources = text; }},
+    };
+    return table;
+}
+
+}  // namespace
+
+const char* PhoneOptions::usage() {
+    return "usage: vorlane-phone --data-dir DIR [--service ORIGIN | --urls FILE] [--info FILE] [--os-version 12.0]\n"
+           "                     [--clock real | virtual[=SECONDS_SINCE_1970]] [--log-level 0..4] [--resources DIR]\n"
+           "Takes one JSON object a line on standard input, and answers the same way on standard output.\n";
+}
+
+PhoneOptions PhoneOptions::parse(int count, char** arguments) {
+    PhoneOptions options;
+    for (int i = 1; i < count; i += 2) {
+        const std::string option = arguments[i];
+        const auto setter = setters().find(option);
+        if (setter == setters().end()) throw std::invalid_argument("unknown option " + option);
+        if (i + 1 == count) throw std::invalid_argument(option + " needs a value");
+        setter->second(options, arguments[i + 1]);
+    }
+    if (options.dataDirectory.empty()) throw std::invalid_argument("--data-dir is missing");
+    return options;
+}
+
+}  // namespace vorlane::phone

@@ -1,0 +1,52 @@
+#include "Simulator/Phone/PhoneOutput.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <string_view>
+#include <utility>
+
+#include "Simulator/Phone/PhoneValues.h"
+
+namespace vorlane::phone {
+
+namespace {
+
+void writeAll(std::string_view text) {
+    while (!text.empty()) {
+        const auto count = ::write(STDOUT_FILENO, text.data(), text.size());
+        if (count < 0 && errno == EINTR) continue;
+        // Nobody reads any more, so there is nothing left to do.
+        if (count <= 0) ::_exit(0);
+        text.remove_prefix(static_cast<std::size_t>(count));
+    }
+}
+
+}  // namespace
+
+void PhoneOutput::event(const std::string& name, Dictionary fields) {
+    fields["event"] = name;
+    write(fields);
+}
+
+void PhoneOutput::reply(const Value& id, Value value) { write({{"reply", id}, {"value", std::move(value)}}); }
+
+void PhoneOutput::exception(const Value& id, const std::string& name, const std::string& reason) {
+    write({{"reply", id}, {"exception", Dictionary{{"name", name}, {"reason", reason}}}});
+}
+
+void PhoneOutput::error(const Value& id, const std::string& what) { write({{"reply", id}, {"error", what}}); }
+
+void PhoneOutput::write(const Dictionary& line) {
+    const auto text = printable(Value(line)).dump(-1, ' ', false, Value::error_handler_t::replace) + "\n";
+    const std::lock_guard lock(mutex_);
+    writeAll(text);
+}
+
+void PhoneLogger::logMessage(const std::string& message, const std::optional<Value>& payload, VLLogLevel level) {
+    Dictionary fields{{"level", static_cast<std::uint64_t>(level)}, {"message", message}};
+    if (payload) fields["payload"] = *payload;
+    output_.event("log", std::move(fields));
+}
+
+}  // namespace vorlane::phone

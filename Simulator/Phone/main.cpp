@@ -1,0 +1,46 @@
+// A host application that does what JSON lines on its standard input say.
+
+#include <csignal>
+#include <cstdio>
+#include <exception>
+
+#include "Platform/DispatchQueue.h"
+#include "Simulator/Phone/LineReader.h"
+#include "Simulator/Phone/Phone.h"
+
+namespace {
+
+using vorlane::phone::LineReader;
+using vorlane::phone::Phone;
+using vorlane::phone::PhoneOptions;
+
+void run(Phone& phone) {
+    const auto mainQueue = phone.device().mainQueue();
+    LineReader reader([mainQueue] { mainQueue->post([] {}); });
+    while (!phone.hasQuit()) {
+        phone.device().runMainQueue();
+        const auto line = reader.next();
+        if (!line) {
+            phone.device().waitForMainQueue();
+        } else if (line->isEnd) {
+            return;
+        } else {
+            phone.take(line->text);
+        }
+    }
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+    // A reader that went away shows when a line is written.
+    std::signal(SIGPIPE, SIG_IGN);
+    try {
+        Phone phone(PhoneOptions::parse(count, arguments));
+        run(phone);
+        return 0;
+    } catch (const std::exception& exception) {
+        std::fprintf(stderr, "vorlane-phone: %s\n%s", exception.what(), PhoneOptions::usage());
+        return 2;
+    }
+}
