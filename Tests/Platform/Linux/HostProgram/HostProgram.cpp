@@ -1,8 +1,11 @@
-// Leaves the process without a shutdown while requests are under way, in one of several ways, and ends with a status
-// other than 0 if a callback of the host runs while the host's own statics are being destroyed.
+// A host application in small, for what a test cannot do to its own process:
 //
-// Usage: vorlane_exit_program WAY URL COUNT, where WAY is return, exit, thread, queue, handler or busy. But for
-// "handler" and "busy" it waits, before it leaves, for a line on standard input.
+//   describe                  prints its bundle identifier, its documents folder and whether it finds its resource
+//   "sound.txt" journal TEXT              writes TEXT to the system journal, once at each level leave WAY URL COUNT
+//   starts COUNT requests and leaves without a shutdown: by return, exit, thread, queue, handler or busy.
+//                             It ends with status 66 if a callback of the host runs while the host's statics are being
+//                             destroyed. But for "handler" and "busy" it waits, before it leaves, for a line on
+//                             standard input.
 
 #include <unistd.h>
 
@@ -14,7 +17,9 @@
 #include <thread>
 
 #include "Platform/Linux/LinuxPlatform.h"
+#include "Platform/NSBundle.h"
 #include "Platform/NSURLSession.h"
+#include "Platform/OSLog.h"
 
 namespace {
 
@@ -94,14 +99,27 @@ private:
     std::atomic<int> answers_ = 0;
 };
 
-}  // namespace
+int describe() {
+    LinuxPlatform platform;
+    const auto bundle = platform.mainBundle();
+    std::cout << bundle->bundleIdentifier().value_or("none") << "\n"
+              << platform.documentsFolder() << "\n"
+              << (bundle->pathForResource("sound", "txt") ? "found" : "missing") << "\n";
+    return 0;
+}
 
-int main(int argc, char** argv) {
-    if (argc != 4) return 2;
-    const std::string way = argv[1];
+int writeToJournal(const std::string& text) {
+    const auto log = LinuxPlatform().makeOSLog("vorlane.sdk", "VL");
+    for (const auto type : {OSLogType::error, OSLogType::defaultType, OSLogType::info, OSLogType::debug}) {
+        log->log(type, text);
+    }
+    return 0;
+}
+
+int leave(const std::string& way, const std::string& url, int count) {
     // Never destroyed: many a host keeps what it uses for ever.
-    static Host* const host = new Host(way, argv[2]);
-    for (int i = std::atoi(argv[3]); i > 0; --i) host->request();
+    static Host* const host = new Host(way, url);
+    for (int i = 0; i < count; ++i) host->request();
     if (way == "busy") {
         host->waitForAnswers(20);
     } else if (way != "handler") {
@@ -110,4 +128,14 @@ int main(int argc, char** argv) {
     }
     host->leave();
     return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const std::string task = argc > 1 ? argv[1] : "";
+    if (task == "describe" && argc == 2) return describe();
+    if (task == "journal" && argc == 3) return writeToJournal(argv[2]);
+    if (task == "leave" && argc == 5) return leave(argv[2], argv[3], std::atoi(argv[4]));
+    return 2;
 }

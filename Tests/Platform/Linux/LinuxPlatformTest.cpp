@@ -1,0 +1,331 @@
+#include "Platform/Linux/LinuxPlatform.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <cmath>
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+#include <future>
+#include <iterator>
+#include <thread>
+#include <vector>
+
+#include "Platform/NSBundle.h"
+#include "Platform/NSNotificationCenter.h"
+#include "Platform/OSLog.h"
+#include "Platform/UIApplication.h"
+#include "Platform/UIDevice.h"
+#include "Tests/Platform/Linux/ChildProcess.h"
+#include "Tests/Platform/Linux/LoopbackServer.h"
+#include "Tests/Platform/Linux/SessionOutcome.h"
+
+namespace vorlane {
+namespace {
+
+using SteadyClock = std::chrono::steady_clock;
+
+std::ptrdiff_t entriesOf(const char* folder) {
+    return std::distance(std::filesystem::directory_iterator(folder), std::filesystem::directory_iterator());
+}
+
+class LinuxPlatformTest : public testing::Test {
+protected:
+    LinuxPlatformTest() {
+        std::string pattern = (std::filesystem::temp_directory_path() / "vorlane-platform-XXXXXX").string();
+        folder = mkdtemp(pattern.data());
+    }
+
+    ~LinuxPlatformTest() override {
+        Platform::install(nullptr);
+        std::filesystem::remove_all(folder);
+    }
+
+    void write(const std::string& path, const std::string& text) const { std::ofstream(folder / path) << text; }
+
+    std::shared_ptr<LinuxPlatform> install(LinuxPlatform::Options options = {}) const {
+        auto platform = std::make_shared<LinuxPlatform>(std::move(options));
+        Platform::install(platform);
+        return platform;
+    }
+
+    /// What the host program says of itself.
+    std::string description(const std::string& program, const std::map<std::string, std::string>& environment) const {
+        return ChildProcess({program, "describe"}, environment).readOutput();
+    }
+
+    std::filesystem::path folder;
+};
+
+TEST_F(LinuxPlatformTest, MakingOneStartsAndOpensNothing) {
+    const auto threads = entriesOf("/proc/self/task");
+    const auto files = entriesOf("/proc/self/fd");
+    const LinuxPlatform platform;
+    EXPECT_EQ(entriesOf("/proc/self/task"), threads);
+    EXPECT_EQ(entriesOf("/proc/self/fd"), files);
+}
+
+TEST_F(LinuxPlatformTest, ItIsOfTheLatestGeneration) { EXPECT_EQ(LinuxPlatform().systemVersion(), 12.0); }
+
+TEST_F(LinuxPlatformTest, ItsClockIsTheSystems) {
+    EXPECT_NEAR(LinuxPlatform().clock().now(), static_cast<double>(std::time(nullptr)), 2.0);
+}
+
+TEST_F(LinuxPlatformTest, WithoutAPlatformOfTheHostsOwnItIsTheOneInForce) {
+    Platform::install(nullptr);
+    EXPECT_NE(dynamic_cast<LinuxPlatform*>(&Platform::current()), nullptr);
+}
+
+TEST_F(LinuxPlatformTest, EveryAccessorGivesTheSameObjectEachTime) {
+    LinuxPlatform platform;
+    EXPECT_EQ(platform.mainQueue(), platform.mainQueue());
+    EXPECT_EQ(platform.application(), platform.application());
+    EXPECT_EQ(platform.device(), platform.device());
+    EXPECT_EQ(platform.notificationCenter(), platform.notificationCenter());
+    EXPECT_EQ(platform.mainBundle(), platform.mainBundle());
+    EXPECT_NE(platform.makeSerialQueue("a"), platform.makeSerialQueue("a"));
+    EXPECT_NE(platform.makeURLSession({}), platform.makeURLSession({}));
+    EXPECT_NE(platform.makeOSLog("a", "b"), nullptr);
+}
+
+TEST_F(LinuxPlatformTest, TheApplicationTellsThePlatformsNotificationCentre) {
+    LinuxPlatform platform;
+    int count = 0;
+    platform.notificationCenter()->addObserver(UIApplicationDidBecomeActiveNotification,
+                                               [&count](const auto&) { ++count; });
+    platform.application()->didBecomeActive();
+    EXPECT_EQ(count, 1);
+}
+
+TEST_F(LinuxPlatformTest, TheHostsCallbacksServeTheApplication) {
+    LinuxPlatform::Options options;
+    int registrations = 0;
+    TimeInterval interval = 0;
+    options.registerForRemoteNotifications = [&registrations] { ++registrations; };
+    options.setMinimumBackgroundFetchInterval = [&interval](TimeInterval seconds) { interval = seconds; };
+    LinuxPlatform platform(options);
+    platform.application()->registerForRemoteNotifications();
+    platform.application()->setMinimumBackgroundFetchInterval(900);
+    EXPECT_EQ(registrations, 1);
+    EXPECT_EQ(interval, 900);
+}
+
+TEST_F(LinuxPlatformTest, TheBundleIsWhatTheHostSays) {
+    write("sound.txt", "x");
+    LinuxPlatform::Options options;
+    options.infoDictionary = {{"CFBundleIdentifier", "com.example.app"}};
+    options.resourceFolder = folder.string();
+    LinuxPlatform platform(options);
+    EXPECT_EQ(platform.mainBundle()->bundleIdentifier(), "com.example.app");
+    EXPECT_EQ(platform.mainBundle()->pathForResource("sound", "txt"), (folder / "sound.txt").string());
+}
+
+TEST_F(LinuxPlatformTest, TheDocumentsFolderIsTheHostsChoice) {
+    LinuxPlatform::Options options;
+    options.documentsFolder = (folder / "documents").string();
+    const LinuxPlatform platform(options);
+    EXPECT_EQ(platform.documentsFolder(), (folder / "documents").string());
+    EXPECT_EQ(platform.documentsCreationDate(), std::nullopt);
+    std::filesystem::create_directory(folder / "documents");
+    ASSERT_NE(platform.documentsCreationDate(), std::nullopt);
+    EXPECT_NEAR(*platform.documentsCreationDate(), static_cast<double>(std::time(nullptr)), 10.0);
+}
+
+TEST_F(LinuxPlatformTest, OtherwiseTheDocumentsFolderFollowsTheXDGRules) {
+    EXPECT_EQ(description(VORLANE_HOST_PROGRAM, {{"XDG_DATA_HOME", "/data"}}),
+              "none\n/data/vorlane_host_program\nmissing\n");
+    EXPECT_EQ(description(VORLANE_HOST_PROGRAM, {{"XDG_DATA_HOME", ""}, {"HOME", "/home/me"}}),
+              "none\n/home/me/.local/share/vorlane_host_program\nmissing\n");
+}
+
+TEST_F(LinuxPlatformTest, ThePropertyListBesideTheExecutableDescribesIt) {
+    std::filesystem::copy_file(VORLANE_HOST_PROGRAM, folder / "host");
+    write("sound.txt", "x");
+    write("Info.plist", R"(<?xml version="1.0"?><plist version="1.0"><dict>
+                            <key>CFBundleIdentifier</key><string>com.example.app</string></dict></plist>)");
+    EXPECT_EQ(description(folder / "host", {{"XDG_DATA_HOME", "/data"}}),
+              "com.example.app\n/data/com.example.app\nfound\n");
+}
+
+TEST_F(LinuxPlatformTest, AnIdentifierThatLeadsElsewhereNamesNoFolder) {
+    std::filesystem::copy_file(VORLANE_HOST_PROGRAM, folder / "host");
+    write("Info.plist", R"(<?xml version="1.0"?><plist version="1.0"><dict>
+                            <key>CFBundleIdentifier</key><string>../../etc</string></dict></plist>)");
+    EXPECT_EQ(description(folder / "host", {{"XDG_DATA_HOME", "/data"}}), "../../etc\n/data/host\nmissing\n");
+}
+
+TEST_F(LinuxPlatformTest, ALineForTheConsoleGoesToStandardError) {
+    LinuxPlatform platform;
+    testing::internal::CaptureStderr();
+    platform.NSLog("a line %s");
+    platform.NSLog("");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "a line %s\n\n");
+}
+
+TEST_F(LinuxPlatformTest, ItsSessionsFetch) {
+    const LoopbackServer server(
+        LoopbackServer::answering([](const auto&) { return LoopbackServer::answer(200, "x"); }));
+    LinuxPlatform platform;
+    EXPECT_EQ(fetch(*platform.makeURLSession({}), requestOf(server.url())).text(), "x");
+}
+
+TEST_F(LinuxPlatformTest, TheHostRunsOrPollsTheMainQueue) {
+    LinuxPlatform platform;
+    int count = 0;
+    platform.mainQueue()->post([&count] { ++count; });
+    EXPECT_EQ(platform.poll(), 1U);
+    platform.mainQueue()->post([&] {
+        ++count;
+        platform.stopRunning();
+    });
+    platform.run();
+    platform.mainQueue()->post([&count] { ++count; });
+    platform.runFor(0.01);
+    EXPECT_EQ(count, 3);
+}
+
+TEST_F(LinuxPlatformTest, AShutdownCancelsRequestsAndRunsTheirHandlers) {
+    const LoopbackServer silent([](LoopbackServer::Connection& connection) { connection.staySilent(); });
+    const auto platform = install();
+    const auto session = platform->makeURLSession({});
+    std::vector<PendingRequest> requests;
+    for (int i = 0; i < 100; ++i) requests.emplace_back(*session, requestOf(silent.url())).resume();
+    silent.waitForConnections(6);
+    Platform::shutdown();
+    for (auto& request : requests) {
+        ASSERT_TRUE(request.hasEnded());
+        EXPECT_EQ(request.outcome().errorCode(), static_cast<std::int64_t>(NSURLError::cancelled));
+    }
+}
+
+TEST_F(LinuxPlatformTest, AShutdownRunsWhatIsQueuedAndWhatThatQueuesInTurn) {
+    const auto platform = install();
+    const auto queue = platform->makeSerialQueue("test");
+    std::atomic<int> steps = 0;
+    std::function<void()> step = [&] {
+        if (++steps < 20) (steps % 2 == 0 ? queue : platform->mainQueue())->post(step);
+    };
+    queue->post(step);
+    Platform::shutdown();
+    EXPECT_EQ(steps, 20);
+}
+
+TEST_F(LinuxPlatformTest, AfterAShutdownNothingRuns) {
+    const auto platform = install();
+    const auto queue = platform->makeSerialQueue("test");
+    const auto session = platform->makeURLSession({});
+    std::atomic<bool> hasRun = false;
+    const auto run = [&hasRun] { hasRun = true; };
+    queue->postAfter(0.01, run);
+    platform->mainQueue()->postAfter(0, [] {});
+    platform->mainQueue()->postAfter(60, run);
+    Platform::shutdown();
+    queue->post(run);
+    platform->mainQueue()->post(run);
+    platform->makeSerialQueue("late")->post(run);
+    session->dataTaskWithRequest(requestOf("http://127.0.0.1:1/"), [run](auto, auto, auto) { run(); })->resume();
+    platform->makeURLSession({})
+        ->dataTaskWithRequest(requestOf("http://127.0.0.1:1/"), [run](auto, auto, auto) { run(); })
+        ->resume();
+    EXPECT_EQ(platform->poll(), 0U);
+    platform->run();
+    EXPECT_FALSE(hasRun);
+}
+
+TEST_F(LinuxPlatformTest, AShutdownLeavesNoThread) {
+    const LoopbackServer server(
+        LoopbackServer::answering([](const auto&) { return LoopbackServer::answer(200, "x"); }));
+    const auto platform = install();
+    // Both a sanitizer's threads and the server's are there before and after.
+    const auto session = platform->makeURLSession({});
+    EXPECT_EQ(fetch(*session, requestOf(server.url())).text(), "x");
+    const auto queue = platform->makeSerialQueue("test");
+    std::promise<void> started;
+    queue->post([&started] { started.set_value(); });
+    started.get_future().get();
+    const auto threads = entriesOf("/proc/self/task");
+    Platform::shutdown();
+    // The kernel may take a moment to strike a joined thread off its list; one that was left would stay on it for ever.
+    while (entriesOf("/proc/self/task") > threads - 3) std::this_thread::yield();
+}
+
+TEST_F(LinuxPlatformTest, AShutdownOfTheIdleIsQuick) {
+    const auto platform = install();
+    const auto session = platform->makeURLSession({});
+    const auto start = SteadyClock::now();
+    Platform::shutdown();
+    EXPECT_LT(SteadyClock::now() - start, std::chrono::milliseconds(500));
+}
+
+TEST_F(LinuxPlatformTest, AShutdownDoesNotWaitForEverForATaskThatDoesNotEnd) {
+    const auto platform = install();
+    const auto queue = platform->makeSerialQueue("test");
+    // Outlives the test, as the task may.
+    const auto release = std::make_shared<std::promise<void>>();
+    const auto ended = std::make_shared<std::promise<void>>();
+    queue->post([released = std::make_shared<std::future<void>>(release->get_future()), ended] {
+        released->wait();
+        ended->set_value();
+    });
+    const auto start = SteadyClock::now();
+    Platform::shutdown();
+    EXPECT_LT(SteadyClock::now() - start, std::chrono::seconds(2));
+    release->set_value();
+    ended->get_future().get();
+}
+
+/// A host's main loop of its own.
+class HostLoop : public DispatchQueue {
+public:
+    void post(std::function<void()> task) override { tasks.push_back(std::move(task)); }
+    void postAfter(TimeInterval, std::function<void()> task) override { tasks.push_back(std::move(task)); }
+    bool isCurrent() const override { return isRunning; }
+
+    void runAll() {
+        isRunning = true;
+        for (const auto& task : std::exchange(tasks, {})) task();
+        isRunning = false;
+    }
+
+    bool isRunning = false;
+    std::vector<std::function<void()>> tasks;
+};
+
+TEST_F(LinuxPlatformTest, AHostMayBringItsOwnMainQueue) {
+    LinuxPlatform::Options options;
+    const auto loop = std::make_shared<HostLoop>();
+    options.mainQueue = loop;
+    LinuxPlatform platform(options);
+    std::vector<int> ran;
+    platform.mainQueue()->post([&] {
+        EXPECT_TRUE(platform.mainQueue()->isCurrent());
+        ran.push_back(1);
+    });
+    platform.mainQueue()->postAfter(5, [&ran] { ran.push_back(2); });
+    EXPECT_FALSE(platform.mainQueue()->isCurrent());
+    platform.run();
+    platform.runFor(60);
+    EXPECT_EQ(platform.poll(), 0U);
+    EXPECT_THAT(ran, testing::ElementsAre());
+    loop->runAll();
+    EXPECT_THAT(ran, testing::ElementsAre(1, 2));
+}
+
+TEST_F(LinuxPlatformTest, AfterAShutdownTheHostsQueueRunsNothingOfTheLibrary) {
+    LinuxPlatform::Options options;
+    const auto loop = std::make_shared<HostLoop>();
+    options.mainQueue = loop;
+    const auto platform = install(options);
+    bool hasRun = false;
+    platform->mainQueue()->post([&hasRun] { hasRun = true; });
+    Platform::shutdown();
+    platform->mainQueue()->post([&hasRun] { hasRun = true; });
+    loop->runAll();
+    EXPECT_FALSE(hasRun);
+}
+
+}  // namespace
+}  // namespace vorlane
