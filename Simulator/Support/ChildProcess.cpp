@@ -1,0 +1,128 @@
+#include "Simulator/Support/ChildProcess.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <stdexcept>
+#include <utility>
+
+namespace vorlane::support {
+
+namespace {
+
+using SteadyClock = std::chrono::steady_clock;
+
+void closeDescriptor(int& descriptor) {
+    if (descriptor >= 0) ::close(std::exchange(descriptor, -1));
+}
+
+/// Both ends close themselves in other programs that are started meanwhile.
+std::array<int, 2> makePipe() {
+    std::array<int, 2> ends{};
+    if (pipe2(ends.data(), O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
+    return ends;
+}
+
+/// A socket instead of a pipe, so that writing to a program that is gone fails without a signal.
+std::array<int, 2> makeSocketPair() {
+    std::array<int, 2> ends{};
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0)
+        throw std::runtime_error("no socket pair");
+    return ends;
+}
+
+int statusOf(int status) { return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status); }
+
+}  // namespace
+
+ChildProcess::ChildProcess(const std::vector<std::string>& arguments) {
+    auto input = makeSocketPair();
+    auto output = makePipe();
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, input[0], STDIN_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, output[1], STDOUT_FILENO);
+    std::vector<char*> argv;
+    for (const auto& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
+    argv.push_back(nullptr);
+    const int failed = posix_spawnp(&process_, argv[0], &actions, nullptr, argv.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    closeDescriptor(input[0]);
+    closeDescriptor(output[1]);
+    input_ = input[1];
+    output_ = output[0];
+    if (failed == 0) return;
+    closeDescriptor(input_);
+    closeDescriptor(output_);
+    throw std::runtime_error("cannot start " + arguments.front());
+}
+
+ChildProcess::~ChildProcess() {
+    kill(SIGKILL);
+    wait();
+    closeDescriptor(input_);
+    closeDescriptor(output_);
+}
+
+bool ChildProcess::writeLine(const std::string& line) {
+    const auto text = line + "\n";
+    std::size_t done = 0;
+    while (done < text.size()) {
+        const auto count = ::send(input_, text.data() + done, text.size() - done, MSG_NOSIGNAL);
+        if (count < 0 && errno == EINTR) continue;
+        if (count <= 0) return false;
+        done += static_cast<std::size_t>(count);
+    }
+    return true;
+}
+
+void ChildProcess::closeInput() { closeDescriptor(input_); }
+
+std::optional<std::string> ChildProcess::readLine(std::chrono::milliseconds timeout) {
+    const auto deadline = SteadyClock::now() + timeout;
+    while (true) {
+        if (const auto end = pending_.find('\n'); end != std::string::npos) {
+            auto line = pending_.substr(0, end);
+            pending_.erase(0, end + 1);
+            return line;
+        }
+        if (!readMore(deadline)) return std::nullopt;
+    }
+}
+
+bool ChildProcess::readMore(SteadyClock::time_point deadline) {
+    pollfd descriptor{output_, POLLIN, 0};
+    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - SteadyClock::now()).count();
+    const int ready = ::poll(&descriptor, 1, static_cast<int>(std::max<long long>(left, 0)));
+    if (ready < 0 && errno == EINTR) return true;
+    if (ready == 0) throw std::runtime_error("no line in time");
+    std::array<char, 65536> chunk{};
+    const auto count = ::read(output_, chunk.data(), chunk.size());
+    if (count < 0 && errno == EINTR) return true;
+    if (count <= 0) return false;
+    pending_.append(chunk.data(), static_cast<std::size_t>(count));
+    return true;
+}
+
+int ChildProcess::wait() {
+    if (hasEnded_) return 0;
+    int status = 0;
+    while (waitpid(process_, &status, 0) < 0 && errno == EINTR) {
+    }
+    hasEnded_ = true;
+    return statusOf(status);
+}
+
+void ChildProcess::kill(int signal) {
+    if (!hasEnded_) ::kill(process_, signal);
+}
+
+}  // namespace vorlane::support
