@@ -17,6 +17,8 @@ protected:
         std::vector<JSONAnswer> answers;
         urlSession.GETJSON(url, into(answers));
         session().answer("h.test", status, body);
+        // A large body may take longer than an answer waits for, where every access is checked.
+        EXPECT_TRUE(phone().settle(100.0));
         EXPECT_EQ(answers.size(), 1u);
         return answers.empty() ? JSONAnswer{} : answers.front();
     }
