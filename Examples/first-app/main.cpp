@@ -1,6 +1,7 @@
 // The first program of a host: starts the library, reports an event and a tag, ends its session, and leaves.
 #include <cstdlib>
 #include <iostream>
+
 #include <vorlane/Platform/Linux/LinuxPlatform.h>
 #include <vorlane/Vorlane.h>
 

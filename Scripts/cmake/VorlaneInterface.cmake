@@ -21,5 +21,5 @@ if(PROJECT_IS_TOP_LEVEL)
 else()
     set(VORLANE_SIMULATED_LIBRARY ${VORLANE_DEFAULT_LIBRARY})
 endif()
-target_link_libraries(vorlane_simulator INTERFACE $<BUILD_INTERFACE:${VORLANE_SIMULATED_LIBRARY}>
-                      $<INSTALL_INTERFACE:Vorlane::vorlane>)
+# Once installed, VorlaneConfig.cmake links it to the library that the host asked for.
+target_link_libraries(vorlane_simulator INTERFACE $<BUILD_INTERFACE:${VORLANE_SIMULATED_LIBRARY}>)
