@@ -15,8 +15,8 @@ namespace vorlane {
 
 class DispatchQueue;
 
-/// The one log that all of the library writes to: filters by level, then hands each line to the sinks on the serial queue
-/// "vorlane.sdk.logger", whose thread starts with the first line that passes. Any thread.
+/// The one log that all of the library writes to: filters by level, then hands each line to the sinks on the serial
+/// queue "vorlane.sdk.logger", whose thread starts with the first line that passes. Any thread.
 class VORLANE_EXPORT VLLog {
 public:
     using Loggers = std::vector<std::shared_ptr<VLLogger>>;
@@ -26,7 +26,8 @@ public:
     VLLog();
     ~VLLog();
 
-    /// The threshold; a line of a higher level is dropped. `Info` until it is set; start-up sets it from `VLSDKOptions`.
+    /// The threshold; a line of a higher level is dropped. `Info` until it is set; start-up sets it from
+    /// `VLSDKOptions`.
     VLLogLevel logLevel() const { return logLevel_.load(std::memory_order_relaxed); }
     void setLogLevel(VLLogLevel level) { logLevel_.store(level, std::memory_order_relaxed); }
 

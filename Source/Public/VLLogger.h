@@ -18,8 +18,8 @@ inline constexpr const char* VL_LOG_STRING_WARN = "WARN";
 inline constexpr const char* VL_LOG_STRING_INFO = "INFO";
 inline constexpr const char* VL_LOG_STRING_DEBUG = "DEBUG";
 
-/// A sink of log lines. The log calls its sinks one after another on its own serial queue, never on the caller's thread, so a sink
-/// needs no lock of its own.
+/// A sink of log lines. The log calls its sinks one after another on its own serial queue, never on the caller's
+/// thread, so a sink needs no lock of its own.
 class VORLANE_EXPORT VLLogger {
 public:
     virtual ~VLLogger();

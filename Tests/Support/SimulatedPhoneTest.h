@@ -20,10 +20,10 @@ protected:
         VLLog::sharedInstance().addLogger(logger_);
     }
 
-    ~SimulatedPhoneTest() override {
-        Platform::shutdown();
-        Platform::install(nullptr);
-    }
+    ~SimulatedPhoneTest() override { Platform::install(nullptr); }
+
+    /// Runs what is still open while the fixture's members, which handlers may write to, are there.
+    void TearDown() override { Platform::shutdown(); }
 
     SimulatedPhone& phone() { return *phone_; }
     ScriptedURLSession& session() { return phone_->session(); }

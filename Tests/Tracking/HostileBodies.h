@@ -1,0 +1,46 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Public/VLValue.h"
+
+namespace vorlane {
+
+/// A body that no honest server sends.
+struct HostileBody {
+    std::string name;
+    std::optional<Data> bytes;
+};
+
+/// `open` and `close` that many times around `core`.
+inline std::string nestedJSON(int levels, const std::string& open, const std::string& core, const std::string& close) {
+    std::string text;
+    for (int i = 0; i < levels; ++i) text += open;
+    text += core;
+    for (int i = 0; i < levels; ++i) text += close;
+    return text;
+}
+
+/// Bodies that are no JSON object, in every way.
+inline std::vector<HostileBody> bodiesThatAreNoObject() {
+    const auto data = [](const std::string& text) { return std::optional<Data>(Data(text.begin(), text.end())); };
+    return {{"nothing", std::nullopt},
+            {"empty", Data()},
+            {"not JSON", data("<html>")},
+            {"an array", data("[1,2]")},
+            {"a number", data("42")},
+            {"null", data("null")},
+            {"a string", data("\"value\"")},
+            {"cut off", data(R"({"value":"a)")},
+            {"two objects", data("{}{}")},
+            {"arrays 100,000 deep", data(nestedJSON(100'000, "[", "", "]"))},
+            {"objects 100,000 deep", data(nestedJSON(100'000, R"({"value":)", "1", "}"))},
+            {"invalid UTF-8", data("{\"value\":\"\xff\xfe\"}")},
+            {"a NUL byte behind the object", data(std::string("{\"value\":\"a\"}\0", 14))},
+            {"a NUL byte in a string", data(std::string("{\"value\":\"a\0b\"}", 15))},
+            {"40 MiB of blanks", Data(40U * 1024U * 1024U, ' ')}};
+}
+
+}  // namespace vorlane

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "Core/VLSettings.h"
+#include "Network/VLPayloadBuilder.h"
+#include "Network/VLURLBuilder.h"
+#include "Network/VLURLSession.h"
+#include "Public/VLURLsProduction.h"
+#include "Tests/Support/SimulatedPhoneTest.h"
+
+namespace vorlane {
+
+/// A scene with everything that the tracking services are made with, and identities that a test can name.
+class TrackingTest : public SimulatedPhoneTest {
+protected:
+    explicit TrackingTest(SimulatedPhone::Options options = {}) : SimulatedPhoneTest(std::move(options)) {
+        phone().setDocumentsCreationDate(1'600'000'000.0);
+        settings->setAppKey("K");
+        settings->setTrackingId("T");
+    }
+
+    /// The basic fields, with "app_key" and "tracking_id" or "appkey" and "trackingid".
+    Dictionary basicFields(bool hasSeparator) const {
+        return {{"lv", "2.0.1"},
+                {"acit", "1600000000000"},
+                {"device_id", settings->deviceId()},
+                {"sid", settings->sessionId()},
+                {hasSeparator ? "app_key" : "appkey", "K"},
+                {hasSeparator ? "tracking_id" : "trackingid", settings->trackingId()},
+                {"phash", settings->phash().value_or("")}};
+    }
+
+    /// Both together; a field of `own` wins.
+    static Value merged(Dictionary own, Dictionary basic) {
+        own.merge(basic);
+        return own;
+    }
+
+    std::shared_ptr<VLSettings> settings = std::make_shared<VLSettings>(phone().device());
+    std::shared_ptr<VLURLBuilder> urlBuilder =
+        std::make_shared<VLURLBuilder>(std::make_shared<VLURLsProduction>(), settings);
+    std::shared_ptr<VLPayloadBuilder> payloadBuilder = std::make_shared<VLPayloadBuilder>(phone().device(), settings);
+    std::shared_ptr<VLURLSession> urlSession =
+        std::make_shared<VLURLSession>(phone().makeURLSession({}), phone().application());
+};
+
+}  // namespace vorlane

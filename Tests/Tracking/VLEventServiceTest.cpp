@@ -1,0 +1,119 @@
+#include "Tracking/VLEventService.h"
+
+#include <gtest/gtest.h>
+
+#include "Public/VLErrorDomains.h"
+#include "Tests/Tracking/TrackingTest.h"
+
+namespace vorlane {
+
+namespace {
+
+class VLEventServiceTest : public TrackingTest {
+protected:
+    RecordedRequest lastRequest() { return session().lastRequest("register_app_event"); }
+
+    Value expected(const Value& label, const std::optional<std::string>& phash = std::nullopt) {
+        Dictionary own{{"event_type", "buy"}, {"event_label", label}};
+        if (phash) own["phash"] = *phash;
+        return merged(own, basicFields(true));
+    }
+
+    std::shared_ptr<VLEventService> service =
+        std::make_shared<VLEventService>(settings, urlBuilder, payloadBuilder, urlSession);
+};
+
+TEST_F(VLEventServiceTest, AnEventIsOneFormWithEveryField) {
+    service->registerEventWithType("buy", "shoes");
+    EXPECT_EQ(lastRequest().request.HTTPMethod, "POST");
+    EXPECT_EQ(lastRequest().request.URL, urlBuilder->registerEventURL());
+    EXPECT_EQ(lastRequest().header("Content-Type"), "application/x-www-form-urlencoded");
+    EXPECT_TRUE(lastRequest().bodyText().starts_with("payload=%7B"));
+    EXPECT_EQ(lastRequest().payload(), expected("shoes"));
+}
+
+TEST_F(VLEventServiceTest, NoLabelIsSentAsAnEmptyText) {
+    service->registerEventWithType("buy", std::nullopt);
+    EXPECT_EQ(lastRequest().payload(), expected(""));
+}
+
+TEST_F(VLEventServiceTest, AGivenPhashReplacesTheStoredOne) {
+    settings->setPhash("stored");
+    service->registerEventWithType("buy", "shoes");
+    EXPECT_EQ(lastRequest().payload()["phash"], Value("stored"));
+    service->registerEventWithType("buy", "shoes", "given");
+    EXPECT_EQ(lastRequest().payload(), expected("shoes", "given"));
+}
+
+TEST_F(VLEventServiceTest, DataIsANestedObjectAndNoText) {
+    const Dictionary data{{"item", "shoes"}, {"sizes", Array{41, 42.5}}, {"gift", false}, {"note", nullptr}};
+    service->registerEventWithType("buy", data);
+    EXPECT_EQ(lastRequest().payload(), expected(data));
+    service->registerEventWithType("buy", data, "given");
+    EXPECT_EQ(lastRequest().payload(), expected(data, "given"));
+}
+
+TEST_F(VLEventServiceTest, AChangedTrackingIdIsToldInEveryEvent) {
+    settings->setPrevTrackingId("before");
+    service->registerEventWithType("buy", "shoes");
+    EXPECT_EQ(lastRequest().payload()["prev_tracking_id"], Value("before"));
+}
+
+TEST_F(VLEventServiceTest, EventsBackToBackAreRequestsWithConsecutiveNumbers) {
+    service->registerEventWithType("buy", "one");
+    service->registerEventWithType("buy", "two");
+    EXPECT_EQ(session().requests().size(), 2U);
+    EXPECT_EQ(log().linesContaining("RQST0001 POST").size(), 1U);
+    EXPECT_EQ(log().linesContaining("RQST0002 POST").size(), 1U);
+}
+
+TEST_F(VLEventServiceTest, TheHandlerGetsNothingOnTheMainQueueAfterASuccess) {
+    int calls = 0;
+    std::optional<NSError> received = NSError("none", 0);
+    service->registerEventWithType("buy", Value("shoes"), std::nullopt, [&](auto error) {
+        ++calls;
+        received = error;
+        EXPECT_TRUE(phone().mainQueue()->isCurrent());
+    });
+    session().answer("register_app_event", 200, "whatever");
+    EXPECT_EQ(calls, 0);
+    phone().runMainQueue();
+    EXPECT_EQ(calls, 1);
+    EXPECT_FALSE(received);
+}
+
+TEST_F(VLEventServiceTest, TheHandlerGetsTheErrorOfAFailedRequest) {
+    std::optional<NSError> received;
+    service->registerEventWithType("buy", std::nullopt, std::nullopt, [&](auto error) { received = error; });
+    session().answer("register_app_event", 500);
+    phone().runMainQueue();
+    ASSERT_TRUE(received);
+    EXPECT_EQ(received->domain(), VLErrorDomainNetwork);
+    EXPECT_EQ(received->code(), 500);
+}
+
+TEST_F(VLEventServiceTest, AnEventThatFailedIsNotSentAgain) {
+    service->registerEventWithType("buy", "shoes");
+    session().fail("register_app_event");
+    phone().advance(3600);
+    EXPECT_EQ(session().requests().size(), 1U);
+}
+
+TEST_F(VLEventServiceTest, TheRequestOutlivesTheService) {
+    int calls = 0;
+    service->registerEventWithType("buy", std::nullopt, std::nullopt, [&](auto) { ++calls; });
+    service.reset();
+    session().answer("register_app_event", 204);
+    phone().runMainQueue();
+    EXPECT_EQ(calls, 1);
+}
+
+TEST_F(VLEventServiceTest, TextThatIsNotUTF8IsLoggedAndSentAsNothing) {
+    service->registerEventWithType("buy", "\xff\xfe");
+    EXPECT_EQ(lastRequest().bodyText(), "payload=");
+    EXPECT_EQ(log().linesContaining("Error converting dictionary to JSON string").size(), 1U);
+}
+
+}  // namespace
+
+}  // namespace vorlane
