@@ -47,9 +47,9 @@ ExitGate& ExitGate::shared() {
 void ExitGate::arm() {
     watchMainThread();
     if (isArmed_.load(std::memory_order_relaxed) || isArmed_.exchange(true)) return;
-    // Exit handlers run newest first. Starting OpenSSL, without loading anything yet, registers its clean-up now, so
-    // that ours runs before it.
-    OPENSSL_init_crypto(0, nullptr);
+    // Exit handlers run newest first, so ours must come after OpenSSL's. The cheapest way to have OpenSSL register its
+    // own now is an option that loads nothing; without any option the call does nothing at all.
+    OPENSSL_init_crypto(OPENSSL_INIT_ATFORK, nullptr);
     std::atexit([] { ExitGate::shared().close(); });
 }
 
