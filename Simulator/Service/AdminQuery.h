@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstdint>
+#include <initializer_list>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace vorlane::service {
+
+struct ServiceRequest;
+
+/// Throws MalformedRequest when the query has a name that is none of these, which would otherwise go unnoticed.
+void requireKnownNames(const ServiceRequest& request, std::initializer_list<std::string_view> names);
+
+/// Nothing when the query does not have the name. Throws MalformedRequest for what is no whole number from 0 on.
+std::optional<std::int64_t> integerInQuery(const ServiceRequest& request, const std::string& name);
+
+/// Nothing when the query does not have the name. Throws MalformedRequest for what is no number from 0 to `most`.
+std::optional<double> numberInQuery(const ServiceRequest& request, const std::string& name, double most);
+
+}  // namespace vorlane::service

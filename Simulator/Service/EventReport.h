@@ -1,0 +1,25 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "Public/VLValue.h"
+
+namespace vorlane::service {
+
+/// One event of an app's. A plain value.
+struct EventReport {
+    double time = 0;
+    std::string appKey;
+    std::string trackingId;
+    std::optional<std::string> deviceId;
+    std::optional<std::string> sid;
+    std::string type;
+    /// Text, or an object of data.
+    Value label;
+    std::optional<std::string> phash;
+    /// All of it, as it was sent.
+    Dictionary payload;
+};
+
+}  // namespace vorlane::service

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstdio>
+#include <memory>
+#include <mutex>
+#include <string>
+
+namespace vorlane::service {
+
+struct RecordedRequest;
+
+/// Writes requests to a file as they come, one JSON object a line. Any thread.
+class RequestJournal {
+public:
+    /// Adds to the file of this path, or writes to standard output for "-". Throws ServiceError.
+    explicit RequestJournal(const std::string& path);
+
+    void write(const RecordedRequest& request);
+
+private:
+    struct Closer {
+        void operator()(std::FILE* file) const;
+    };
+
+    std::mutex mutex_;
+    // Guarded by mutex_.
+    std::unique_ptr<std::FILE, Closer> file_;
+};
+
+}  // namespace vorlane::service

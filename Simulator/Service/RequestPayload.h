@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+
+#include "Public/VLValue.h"
+
+namespace vorlane::service {
+
+struct ServiceRequest;
+
+/// The object in a body of type "application/x-www-form-urlencoded": the JSON text of its field "payload".
+/// Throws MalformedRequest.
+Dictionary formPayload(const ServiceRequest& request);
+
+/// The object in a body of type "application/json". Throws MalformedRequest.
+Dictionary jsonPayload(const ServiceRequest& request);
+
+/// The object that the body holds, whatever its type says. Throws MalformedRequest.
+Dictionary jsonObject(const std::string& text);
+
+/// Whichever of the two payloads the request has; null when it has none.
+Value payloadOrNull(const ServiceRequest& request);
+
+/// The text under the key. Throws MalformedRequest when it is absent, empty or no text.
+std::string requiredText(const Dictionary& dictionary, const std::string& key);
+
+}  // namespace vorlane::service

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "Public/VLValue.h"
+
+struct sqlite3_stmt;
+
+namespace vorlane::service {
+
+class SQLiteDatabase;
+
+/// One statement of SQL with its parameters, to be run once. Lives no longer than its database. Everything throws
+/// ServiceError.
+class SQLiteStatement {
+public:
+    SQLiteStatement(SQLiteDatabase& database, const std::string& sql);
+
+    /// Gives the parameters ?1, ?2, … in this order.
+    template <class... Values>
+    SQLiteStatement& bind(const Values&... values) {
+        (bindNext(values), ...);
+        return *this;
+    }
+
+    /// Goes to the next row; false when there is none.
+    bool step();
+    /// For a statement without rows.
+    void run();
+
+    /// The current row: its columns by name. A column declared JSON TEXT holds a value as its JSON text, one declared
+    /// BOOLEAN a boolean.
+    Dictionary row() const;
+    /// All rows from here on.
+    Array rows();
+    std::string text(int column) const;
+
+private:
+    struct Finalizer {
+        void operator()(sqlite3_stmt* statement) const;
+    };
+
+    void bindNext(const std::string& text);
+    void bindNext(const std::optional<std::string>& text);
+    void bindNext(const std::optional<std::int64_t>& number);
+    void bindNext(double number);
+    void check(int status) const;
+    Value value(int column) const;
+
+    SQLiteDatabase& database_;
+    std::unique_ptr<sqlite3_stmt, Finalizer> statement_;
+    int bound_ = 0;
+};
+
+}  // namespace vorlane::service

@@ -1,0 +1,54 @@
+#include "Simulator/Service/ServiceSchema.h"
+
+#include <string>
+
+#include "Simulator/Service/SQLiteDatabase.h"
+#include "Simulator/Service/SQLiteStatement.h"
+#include "Simulator/Service/ServiceError.h"
+
+namespace vorlane::service {
+namespace {
+
+constexpr const char* kVersion = "1";
+
+constexpr const char* kSchema = R"(
+CREATE TABLE users (
+    app_key TEXT NOT NULL, tracking_id TEXT NOT NULL,
+    PRIMARY KEY (app_key, tracking_id)) WITHOUT ROWID;
+CREATE TABLE devices (
+    app_key TEXT NOT NULL, device_id TEXT NOT NULL, tracking_id TEXT NOT NULL, prev_tracking_id TEXT,
+    time REAL NOT NULL, platform TEXT, device JSON TEXT, token TEXT, registered BOOLEAN NOT NULL DEFAULT 0,
+    notification_settings JSON TEXT,
+    PRIMARY KEY (app_key, device_id)) WITHOUT ROWID;
+CREATE TABLE sessions (
+    number INTEGER PRIMARY KEY AUTOINCREMENT, time REAL NOT NULL, kind TEXT NOT NULL, app_key TEXT NOT NULL,
+    tracking_id TEXT NOT NULL, device_id TEXT NOT NULL, sid TEXT, session_length INTEGER,
+    average_session_length INTEGER, phash TEXT, prev_tracking_id TEXT, payload JSON TEXT NOT NULL);
+CREATE TABLE events (
+    number INTEGER PRIMARY KEY AUTOINCREMENT, time REAL NOT NULL, app_key TEXT NOT NULL, tracking_id TEXT NOT NULL,
+    device_id TEXT, sid TEXT, type TEXT NOT NULL, label JSON TEXT NOT NULL, phash TEXT, payload JSON TEXT NOT NULL);
+CREATE TABLE tags (
+    app_key TEXT NOT NULL, tracking_id TEXT NOT NULL, name TEXT NOT NULL, type TEXT NOT NULL, value TEXT NOT NULL,
+    PRIMARY KEY (app_key, tracking_id, name)) WITHOUT ROWID;
+CREATE TABLE configurations (app_key TEXT PRIMARY KEY, document JSON TEXT NOT NULL) WITHOUT ROWID;
+)";
+
+std::string firstText(SQLiteDatabase& database, const std::string& sql) {
+    SQLiteStatement statement(database, sql);
+    return statement.step() ? statement.text(0) : std::string();
+}
+
+}  // namespace
+
+void prepareSchema(SQLiteDatabase& database) {
+    const auto version = firstText(database, "PRAGMA user_version");
+    if (version == kVersion) return;
+    if (version != "0" || firstText(database, "SELECT count(*) FROM sqlite_schema") != "0")
+        throw ServiceError("the database is not one of this service's");
+    database.inTransaction([&database] {
+        database.execute(kSchema);
+        database.execute(std::string("PRAGMA user_version = ") + kVersion);
+    });
+}
+
+}  // namespace vorlane::service

@@ -1,0 +1,10 @@
+#pragma once
+
+namespace vorlane::service {
+
+class SQLiteDatabase;
+
+/// Makes the service's tables in a new database. Throws ServiceError, also for a database that is not the service's.
+void prepareSchema(SQLiteDatabase& database);
+
+}  // namespace vorlane::service
