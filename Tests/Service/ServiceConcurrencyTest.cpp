@@ -1,0 +1,97 @@
+#include <future>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "Simulator/Service/RequestFilter.h"
+#include "Tests/Service/ServiceTest.h"
+
+namespace vorlane::service {
+namespace {
+
+constexpr int kClients = 16;
+constexpr int kRequests = 10;
+
+class ServiceConcurrencyTest : public ServiceTest {
+protected:
+    /// Runs `work` as so many clients at the same time.
+    template <class Work>
+    static void atOnce(Work work) {
+        std::vector<std::thread> threads;
+        for (int i = 0; i < kClients; ++i) threads.emplace_back([work, i] { work(std::to_string(i)); });
+        for (auto& thread : threads) thread.join();
+    }
+};
+
+TEST_F(ServiceConcurrencyTest, ManyClientsAreServedAtOnceAndNothingIsLost) {
+    auto waiting = std::async(std::launch::async, [this] {
+        return client().get("/_admin/requests?waitFor=" + std::to_string(3 * kClients * kRequests) + "&timeout=600");
+    });
+    atOnce([this](const std::string& user) {
+        for (int i = 0; i < kRequests; ++i) {
+            const auto name = "t" + std::to_string(i);
+            const auto tags = "/api/apps/K/tracking/" + user;
+            expectOK(client().postJSON(tags, {{"name", name}, {"value", i}}));
+            EXPECT_EQ(client().get(tags + "/tag/" + name).json(), Value({{"value", i}}));
+            expectOK(client().postForm(
+                "/0.8/register_app_event",
+                {{"app_key", "K"}, {"tracking_id", user}, {"event_type", name}, {"event_label", ""}}));
+        }
+    });
+    const auto records = waiting.get().json()["requests"];
+    ASSERT_EQ(records.size(), 3u * kClients * kRequests);
+    for (std::size_t i = 0; i < records.size(); ++i) EXPECT_EQ(records[i]["number"], i + 1);
+    EXPECT_EQ(listOf("events").size(), std::size_t{kClients * kRequests});
+    EXPECT_EQ(listOf("tags").size(), std::size_t{kClients * kRequests});
+}
+
+TEST_F(ServiceConcurrencyTest, ACountedFaultHappensExactlyAsOften) {
+    addFault({{"endpoint", "config"}, {"kind", "status"}, {"status", 500}, {"count", 20}});
+    atOnce([this](const std::string& appKey) {
+        for (int i = 0; i < kRequests; ++i) client().get("/config/application/ios/" + appKey);
+    });
+    EXPECT_EQ(listOf("requests", "?status=500").size(), 20u);
+    EXPECT_EQ(listOf("requests", "?status=200").size(), std::size_t{kClients * kRequests - 20});
+}
+
+TEST_F(ServiceConcurrencyTest, TheOperatorMayChangeThingsWhileAppsAreAtWork) {
+    atOnce([this](const std::string& user) {
+        for (int i = 0; i < kRequests; ++i) {
+            client().postJSON("/api/apps/K/tracking/" + user, {{"name", "a"}, {"value", i}});
+            client().put("/_admin/config/K", {{"a", i}});
+            client().get("/config/application/ios/K?trackingId=" + user);
+            client().post("/_admin/reset", "", "text/plain");
+            client().postJSON("/_admin/faults", {{"endpoint", "getTag"}, {"kind", "drop"}, {"count", 1}});
+            client().get("/api/apps/K/tracking/" + user + "/tag/a");
+            client().get("/_admin/tags");
+        }
+    });
+    expectOK(client().post("/_admin/reset", "", "text/plain"));
+    EXPECT_EQ(listOf("tags"), Value::array());
+}
+
+TEST_F(ServiceConcurrencyTest, ManyWaitingOperatorsDoNotKeepAppsFromBeingServed) {
+    std::vector<std::future<ServiceAnswer>> waiting;
+    for (int i = 0; i < 3 * kClients; ++i) {
+        waiting.push_back(
+            std::async(std::launch::async, [this] { return client().get("/_admin/requests?waitFor=1&timeout=600"); }));
+    }
+    EXPECT_EQ(client().get("/config/application/ios/K").status, 200);
+    for (auto& answer : waiting) EXPECT_EQ(answer.get().json()["complete"], true);
+}
+
+TEST_F(ServiceConcurrencyTest, TheServiceEndsInTheMidstOfWork) {
+    std::vector<std::thread> clients;
+    for (int i = 0; i < kClients; ++i) {
+        clients.emplace_back([this] {
+            // Until the service is gone.
+            while (client().get("/config/application/ios/K").status == 200) continue;
+        });
+    }
+    server().service().log().waitFor(50, {}, 600);
+    stopServer();
+    for (auto& thread : clients) thread.join();
+}
+
+}  // namespace
+}  // namespace vorlane::service

@@ -1,0 +1,123 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "Simulator/Service/SQLiteDatabase.h"
+#include "Simulator/Service/ServiceError.h"
+#include "Simulator/Service/ServiceServer.h"
+#include "Tests/Service/ServiceClient.h"
+#include "Tests/Service/TemporaryFolder.h"
+
+namespace vorlane::service {
+namespace {
+
+class ServicePersistenceTest : public ::testing::Test {
+protected:
+    ServiceOptions optionsWith(const std::string& database) const {
+        ServiceOptions options;
+        options.database = folder.path(database);
+        return options;
+    }
+
+    const TemporaryFolder folder;
+};
+
+/// One of everything.
+void fill(const ServiceClient& client) {
+    client.postForm("/0.8/session", {{"app_key", "K"}, {"tracking_id", "T"}, {"device_id", "D"}});
+    client.postForm("/0.8/register_app_event",
+                    {{"app_key", "K"}, {"tracking_id", "T"}, {"event_type", "e"}, {"event_label", {{"a", 1}}}});
+    client.postJSON("/api/apps/K/tracking/T", {{"name", "a"}, {"value", 1}});
+    client.postJSON(
+        "/v1/device",
+        {{"appkey", "K"}, {"trackingid", "T"}, {"device_id", "D"}, {"devicetoken", "00"}, {"type", "register"}});
+    client.put("/_admin/config/K", {{"a", 1}});
+}
+
+std::vector<Value> everything(const ServiceClient& client) {
+    std::vector<Value> answers;
+    for (const char* target : {"/_admin/sessions", "/_admin/events", "/_admin/tags", "/_admin/devices",
+                               "/_admin/config/K", "/api/apps/K/tracking/T/tag/a"})
+        answers.push_back(client.get(target).json());
+    return answers;
+}
+
+TEST_F(ServicePersistenceTest, AFileKeepsEverythingButTheRecordOfRequests) {
+    std::vector<Value> before;
+    {
+        const ServiceServer server(optionsWith("db"));
+        const ServiceClient client(server.port());
+        fill(client);
+        before = everything(client);
+        EXPECT_EQ(before[0]["sessions"].size(), 1u);
+    }
+    const ServiceServer server(optionsWith("db"));
+    const ServiceClient client(server.port());
+    EXPECT_EQ(everything(client), before);
+    EXPECT_EQ(client.get("/_admin/requests").json()["requests"].size(), 1u);
+}
+
+TEST_F(ServicePersistenceTest, MemoryKeepsNothing) {
+    {
+        const ServiceServer server;
+        fill(ServiceClient(server.port()));
+    }
+    const ServiceServer server;
+    EXPECT_EQ(ServiceClient(server.port()).get("/_admin/events").json()["events"], Value::array());
+}
+
+TEST_F(ServicePersistenceTest, NumbersGoOnAfterARestart) {
+    for (int i = 0; i < 2; ++i) {
+        const ServiceServer server(optionsWith("db"));
+        fill(ServiceClient(server.port()));
+    }
+    const ServiceServer server(optionsWith("db"));
+    const auto events = ServiceClient(server.port()).get("/_admin/events").json()["events"];
+    ASSERT_EQ(events.size(), 2u);
+    EXPECT_EQ(events[1]["number"], 2);
+}
+
+TEST_F(ServicePersistenceTest, ADatabaseThatCannotBeHadIsAnError) {
+    EXPECT_THROW(ServiceServer(optionsWith("no/such/folder")), ServiceError);
+    std::ofstream(folder.path("text")) << std::string(5000, 'x');
+    EXPECT_THROW(ServiceServer(optionsWith("text")), ServiceError);
+    EXPECT_EQ(std::filesystem::file_size(folder.path("text")), 5000u);
+}
+
+TEST_F(ServicePersistenceTest, ADatabaseOfSomethingElseIsLeftAlone) {
+    {
+        SQLiteDatabase other(folder.path("other"));
+        other.execute("CREATE TABLE mine (a)");
+    }
+    EXPECT_THROW(ServiceServer(optionsWith("other")), ServiceError);
+    {
+        SQLiteDatabase newer(folder.path("newer"));
+        newer.execute("PRAGMA user_version = 99");
+    }
+    EXPECT_THROW(ServiceServer(optionsWith("newer")), ServiceError);
+}
+
+TEST_F(ServicePersistenceTest, APortThatIsTakenIsAnError) {
+    const ServiceServer first;
+    ServiceOptions options;
+    options.port = first.port();
+    EXPECT_THROW(ServiceServer{options}, ServiceError);
+}
+
+TEST_F(ServicePersistenceTest, APortIsFreeAgainAtOnce) {
+    ServiceOptions options;
+    {
+        const ServiceServer first;
+        options.port = first.port();
+        EXPECT_EQ(ServiceClient(first.port()).get("/_admin/health").status, 200);
+    }
+    const ServiceServer second(options);
+    EXPECT_EQ(second.port(), options.port);
+    EXPECT_EQ(ServiceClient(second.port()).get("/_admin/health").status, 200);
+}
+
+}  // namespace
+}  // namespace vorlane::service
