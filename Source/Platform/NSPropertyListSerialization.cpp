@@ -24,7 +24,7 @@ using Node = std::unique_ptr<void, decltype(&plist_free)>;
 // Reading.
 
 bool isBinary(const Data& bytes) {
-    constexpr std::string_view kMagic = "bplist00";
+    constexpr std::string_view kMagic = "bplist";
     return std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()).starts_with(kMagic);
 }
 
@@ -203,7 +203,7 @@ plist_t dictionaryNodeOf(const Dictionary& dictionary, int depth) {
 
 /// Nothing for what a property list cannot hold: null, and what is nested deeper than can be read back.
 plist_t nodeOf(const Value& value, int depth) {
-    if (depth > kDeepestNesting) return nullptr;
+    if (depth >= kDeepestNesting && value.is_structured()) return nullptr;
     switch (value.type()) {
         case Value::value_t::boolean:
             return plist_new_bool(value.get<bool>() ? 1 : 0);

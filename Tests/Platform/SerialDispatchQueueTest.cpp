@@ -1,0 +1,150 @@
+#include "Platform/SerialDispatchQueue.h"
+
+#include <gtest/gtest.h>
+#include <pthread.h>
+
+#include <array>
+#include <atomic>
+#include <future>
+#include <numeric>
+#include <thread>
+#include <vector>
+
+namespace vorlane {
+
+namespace {
+
+using SteadyClock = std::chrono::steady_clock;
+
+SteadyClock::time_point inTime() { return SteadyClock::now() + std::chrono::seconds(10); }
+
+TEST(SerialDispatchQueueTest, TasksRunInOrderOnOneNamedThread) {
+    SerialDispatchQueue queue("a label longer than fifteen");
+    std::vector<int> order;
+    std::array<char, 16> name{};
+    for (int i = 0; i < 100; ++i) queue.post([&order, i] { order.push_back(i); });
+    queue.post([&name] { pthread_getname_np(pthread_self(), name.data(), name.size()); });
+    ASSERT_TRUE(queue.waitUntilIdle(inTime()));
+    std::vector<int> expected(100);
+    std::iota(expected.begin(), expected.end(), 0);
+    EXPECT_EQ(order, expected);
+    EXPECT_STREQ(name.data(), "a label longer ");
+}
+
+TEST(SerialDispatchQueueTest, ATaskMayPostAnother) {
+    SerialDispatchQueue queue("queue");
+    std::promise<void> done;
+    queue.post([&] { queue.post([&] { done.set_value(); }); });
+    EXPECT_EQ(done.get_future().wait_until(inTime()), std::future_status::ready);
+}
+
+TEST(SerialDispatchQueueTest, OnlyItsOwnThreadIsTheQueue) {
+    SerialDispatchQueue queue("queue");
+    bool isInside = false;
+    EXPECT_FALSE(queue.isCurrent());
+    queue.post([&] { isInside = queue.isCurrent(); });
+    ASSERT_TRUE(queue.waitUntilIdle(inTime()));
+    EXPECT_TRUE(isInside);
+    EXPECT_FALSE(queue.isCurrent());
+}
+
+TEST(SerialDispatchQueueTest, DelayedTasksRunInOrderOfTheirTime) {
+    SerialDispatchQueue queue("queue");
+    std::vector<int> order;
+    std::promise<void> done;
+    queue.postAfter(0.02, [&] {
+        order.push_back(2);
+        done.set_value();
+    });
+    queue.postAfter(0.01, [&] { order.push_back(1); });
+    queue.post([&] { order.push_back(0); });
+    ASSERT_EQ(done.get_future().wait_until(inTime()), std::future_status::ready);
+    ASSERT_TRUE(queue.waitUntilIdle(inTime()));
+    EXPECT_EQ(order, (std::vector<int>{0, 1, 2}));
+}
+
+TEST(SerialDispatchQueueTest, AQueueIsIdleOnceItsTasksHaveRun) {
+    SerialDispatchQueue queue("queue");
+    EXPECT_TRUE(queue.isIdle());
+    std::promise<void> gate;
+    auto opened = gate.get_future();
+    queue.post([&opened] { opened.wait(); });
+    EXPECT_FALSE(queue.isIdle());
+    EXPECT_FALSE(queue.waitUntilIdle(SteadyClock::now()));
+    gate.set_value();
+    EXPECT_TRUE(queue.waitUntilIdle(inTime()));
+    // One that is not due yet does not count.
+    queue.postAfter(3600, [] {});
+    EXPECT_TRUE(queue.isIdle());
+}
+
+TEST(SerialDispatchQueueTest, StoppingRunsWhatIsQueuedAndDropsWhatIsLate) {
+    SerialDispatchQueue queue("queue");
+    int runs = 0;
+    for (int i = 0; i < 10; ++i) queue.post([&runs] { ++runs; });
+    queue.postAfter(3600, [&runs] { runs = 1000; });
+    queue.stop(inTime());
+    EXPECT_EQ(runs, 10);
+    queue.post([&runs] { ++runs; });
+    EXPECT_TRUE(queue.isIdle());
+    EXPECT_EQ(runs, 10);
+}
+
+TEST(SerialDispatchQueueTest, StoppingAQueueThatNeverRanIsFine) {
+    SerialDispatchQueue queue("queue");
+    queue.stop(inTime());
+    queue.stop(inTime());
+}
+
+TEST(SerialDispatchQueueTest, ATaskBeyondTheDeadlineIsLeftAndNothingRunsAfterIt) {
+    const auto gate = std::make_shared<std::promise<void>>();
+    const auto ended = std::make_shared<std::promise<void>>();
+    const auto lateRuns = std::make_shared<std::atomic<int>>(0);
+    std::promise<void> started;
+    {
+        SerialDispatchQueue queue("queue");
+        queue.post([gate, ended, &started] {
+            started.set_value();
+            gate->get_future().wait();
+            ended->set_value();
+        });
+        queue.post([lateRuns] { ++*lateRuns; });
+        started.get_future().wait();
+        queue.stop(SteadyClock::now());
+    }
+    gate->set_value();
+    EXPECT_EQ(ended->get_future().wait_until(inTime()), std::future_status::ready);
+    EXPECT_EQ(*lateRuns, 0);
+}
+
+TEST(SerialDispatchQueueTest, AQueueMayLetGoOfItselfInItsLastTask) {
+    std::promise<void> done;
+    auto queue = std::make_shared<SerialDispatchQueue>("queue");
+    auto* const raw = queue.get();
+    std::promise<void> gate;
+    raw->post([&gate, &done, held = std::move(queue)]() mutable {
+        gate.get_future().wait();
+        held.reset();
+        done.set_value();
+    });
+    gate.set_value();
+    EXPECT_EQ(done.get_future().wait_until(inTime()), std::future_status::ready);
+}
+
+TEST(SerialDispatchQueueTest, ManyThreadsMayPost) {
+    SerialDispatchQueue queue("queue");
+    int runs = 0;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&] {
+            for (int task = 0; task < 250; ++task) queue.post([&runs] { ++runs; });
+        });
+    }
+    for (auto& thread : threads) thread.join();
+    ASSERT_TRUE(queue.waitUntilIdle(inTime()));
+    EXPECT_EQ(runs, 1000);
+}
+
+}  // namespace
+
+}  // namespace vorlane

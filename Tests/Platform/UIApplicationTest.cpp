@@ -1,0 +1,113 @@
+#include "Platform/UIApplication.h"
+
+#include <gtest/gtest.h>
+
+#include "Platform/NSNotificationCenter.h"
+
+namespace vorlane {
+
+namespace {
+
+class PlainApplication : public UIApplication {
+public:
+    using UIApplication::UIApplication;
+    void registerForRemoteNotifications() override {}
+    void setMinimumBackgroundFetchInterval(TimeInterval /*seconds*/) override {}
+
+    std::vector<std::string> events;
+
+protected:
+    void backgroundTaskDidBegin(UIBackgroundTaskIdentifier, const std::string& name) override {
+        events.push_back("begin " + name);
+    }
+    void backgroundTaskDidEnd(UIBackgroundTaskIdentifier, const std::string& name) override {
+        events.push_back("end " + name);
+    }
+    void backgroundTaskDidExpire(UIBackgroundTaskIdentifier, const std::string& name) override {
+        events.push_back("expired " + name);
+    }
+};
+
+class UIApplicationTest : public ::testing::Test {
+protected:
+    std::shared_ptr<NSNotificationCenter> center = std::make_shared<NSNotificationCenter>();
+    PlainApplication application{center};
+};
+
+TEST_F(UIApplicationTest, AnApplicationIsInactiveUntilItSaysOtherwise) {
+    EXPECT_EQ(application.applicationState(), UIApplicationState::inactive);
+    EXPECT_EQ(static_cast<int>(UIApplicationState::active), 0);
+    EXPECT_EQ(static_cast<int>(UIApplicationState::inactive), 1);
+    EXPECT_EQ(static_cast<int>(UIApplicationState::background), 2);
+}
+
+TEST_F(UIApplicationTest, EachReportSetsTheStateAndThenTellsIt) {
+    std::vector<std::pair<std::string, UIApplicationState>> told;
+    for (const auto* name : {UIApplicationDidBecomeActiveNotification, UIApplicationWillResignActiveNotification,
+                             UIApplicationDidEnterBackgroundNotification, UIApplicationWillEnterForegroundNotification,
+                             UIApplicationWillTerminateNotification}) {
+        center->addObserver(name, [&](const NSNotification& notification) {
+            told.emplace_back(notification.name, application.applicationState());
+        });
+    }
+    application.didBecomeActive();
+    application.willResignActive();
+    application.didEnterBackground();
+    application.willEnterForeground();
+    application.willTerminate();
+    application.setApplicationState(UIApplicationState::background);
+    application.willTerminate();
+    const std::vector<std::pair<std::string, UIApplicationState>> expected = {
+        {"UIApplicationDidBecomeActiveNotification", UIApplicationState::active},
+        {"UIApplicationWillResignActiveNotification", UIApplicationState::inactive},
+        {"UIApplicationDidEnterBackgroundNotification", UIApplicationState::background},
+        {"UIApplicationWillEnterForegroundNotification", UIApplicationState::inactive},
+        {"UIApplicationWillTerminateNotification", UIApplicationState::inactive},
+        {"UIApplicationWillTerminateNotification", UIApplicationState::background}};
+    EXPECT_EQ(told, expected);
+}
+
+TEST_F(UIApplicationTest, BackgroundTasksAreCountedUntilTheyEnd) {
+    const auto first = application.beginBackgroundTaskWithName("first", nullptr);
+    const auto second = application.beginBackgroundTaskWithExpirationHandler(nullptr);
+    EXPECT_NE(first, UIBackgroundTaskInvalid);
+    EXPECT_NE(first, second);
+    EXPECT_EQ(application.backgroundTasks(),
+              (std::map<UIBackgroundTaskIdentifier, std::string>{{first, "first"}, {second, ""}}));
+    application.endBackgroundTask(first);
+    application.endBackgroundTask(first);
+    application.endBackgroundTask(UIBackgroundTaskInvalid);
+    EXPECT_EQ(application.backgroundTasks().size(), 1U);
+    EXPECT_EQ(application.events, (std::vector<std::string>{"begin first", "begin ", "end first"}));
+}
+
+TEST_F(UIApplicationTest, ExpiryRunsEachHandlerOnceAndEndsTheTasks) {
+    int expired = 0;
+    UIBackgroundTaskIdentifier own = 0;
+    own = application.beginBackgroundTaskWithName("own", [&] {
+        ++expired;
+        application.endBackgroundTask(own);
+    });
+    application.beginBackgroundTaskWithName("lazy", [&] { ++expired; });
+    application.beginBackgroundTaskWithName("bare", nullptr);
+    application.expireBackgroundTasks();
+    application.expireBackgroundTasks();
+    EXPECT_EQ(expired, 2);
+    EXPECT_TRUE(application.backgroundTasks().empty());
+    EXPECT_EQ(application.events,
+              (std::vector<std::string>{"begin own", "begin lazy", "begin bare", "expired own", "end own",
+                                        "expired lazy", "end lazy", "expired bare", "end bare"}));
+}
+
+TEST_F(UIApplicationTest, ATaskThatAnotherOnesHandlerEndsDoesNotExpire) {
+    UIBackgroundTaskIdentifier second = 0;
+    bool secondExpired = false;
+    application.beginBackgroundTaskWithName("first", [&] { application.endBackgroundTask(second); });
+    second = application.beginBackgroundTaskWithName("second", [&] { secondExpired = true; });
+    application.expireBackgroundTasks();
+    EXPECT_FALSE(secondExpired);
+}
+
+}  // namespace
+
+}  // namespace vorlane
