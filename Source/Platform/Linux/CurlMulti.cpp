@@ -1,5 +1,7 @@
 #include "Platform/Linux/CurlMulti.h"
 
+#include <malloc.h>
+
 #include <algorithm>
 #include <utility>
 
@@ -18,6 +20,9 @@ constexpr std::size_t kMostTransfersOfPlainHost = 12;
 constexpr std::size_t kMostTransfersOfSecureHost = 100;
 constexpr std::size_t kMostTransfersKept = 8;
 constexpr std::chrono::milliseconds kLongestWait = std::chrono::minutes(10);
+// After that many requests, memory is returned to the system once that long nothing has happened.
+constexpr std::size_t kRush = 500;
+constexpr std::chrono::milliseconds kRest{200};
 
 std::size_t mostTransfersOf(const std::string& origin) {
     return isSecureURL(origin) ? kMostTransfersOfSecureHost : kMostTransfersOfPlainHost;
@@ -37,6 +42,7 @@ CurlMulti::~CurlMulti() {
 }
 
 void CurlMulti::add(std::shared_ptr<CurlDataTask> task) {
+    ++rush_;
     const std::string origin = originOfURL(task->request().URL.absoluteString());
     Host& host = hosts_[origin];
     Waiting waiting{std::move(task), now_};
@@ -85,9 +91,17 @@ void CurlMulti::wait() {
     const auto left = nextCheck_ == TimePoint::max()
                           ? kLongestWait
                           : std::chrono::ceil<std::chrono::milliseconds>(nextCheck_ - std::chrono::steady_clock::now());
-    const auto timeout = std::clamp(left, std::chrono::milliseconds(0), kLongestWait);
+    const bool mayRest = rush_ >= kRush && hosts_.empty();
+    const auto timeout = std::clamp(left, std::chrono::milliseconds(0), mayRest ? kRest : kLongestWait);
     curl_multi_poll(handle_.get(), nullptr, 0, static_cast<int>(timeout.count()), nullptr);
-    now_ = std::chrono::steady_clock::now();
+    const auto before = std::exchange(now_, std::chrono::steady_clock::now());
+    if (mayRest && now_ - before >= kRest) returnMemory();
+}
+
+void CurlMulti::returnMemory() {
+    // What thousands of waiting requests took would otherwise stay with the process for good.
+    malloc_trim(0);
+    rush_ = 0;
 }
 
 void CurlMulti::wake() { curl_multi_wakeup(handle_.get()); }

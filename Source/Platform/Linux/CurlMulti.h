@@ -71,6 +71,7 @@ private:
     void hand(CurlTransfer& transfer);
     void release(CurlTransfer& transfer);
     void end(std::optional<CurlCompletion> completion);
+    void returnMemory();
     void endOverdue();
     void endOverdueWaiting(Host& host);
     void endTimedOut(CurlDataTask& task, const NSURL& url);
@@ -87,6 +88,8 @@ private:
     // No later than the first transfer or waiting task is overdue.
     TimePoint nextCheck_ = TimePoint::max();
     bool isBusy_ = false;
+    // How many tasks were added since memory was last returned.
+    std::size_t rush_ = 0;
     std::unordered_map<std::string, Host> hosts_;
     std::vector<std::unique_ptr<CurlTransfer>> active_;
     std::vector<std::unique_ptr<CurlTransfer>> idle_;
