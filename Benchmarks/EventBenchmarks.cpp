@@ -1,0 +1,163 @@
+#include <benchmark/benchmark.h>
+#include <curl/curl.h>
+
+#include <algorithm>
+#include <chrono>
+#include <string>
+#include <vector>
+
+#include "Benchmarks/Support/Host.h"
+#include "Benchmarks/Support/LoopbackServer.h"
+#include "Benchmarks/Support/Process.h"
+#include "Categories/NSCharacterSet+VLURLEncoding.h"
+#include "Public/Vorlane.h"
+
+namespace vorlane::benchmarks {
+
+namespace {
+
+constexpr int kEvents = 5000;
+constexpr long kConnections = 6;
+
+using SteadyClock = std::chrono::steady_clock;
+
+Dictionary fiveKeys() {
+    return {{"item", "running shoes"}, {"size", 42}, {"price", 129.95}, {"currency", "EUR"}, {"gift", false}};
+}
+
+/// The body that an event with five keys has, without what the library takes from its settings at run time.
+Value eventBody() {
+    Value body = Value::object();
+    body["lv"] = "2.0.1";
+    body["acit"] = "1700000000000";
+    body["device_id"] = "01234567-89AB-CDEF-0123-456789ABCDEF";
+    body["sid"] = "FEDCBA98-7654-3210-FEDC-BA9876543210";
+    body["app_key"] = "0123456789abcdef0123456789abcdef";
+    body["tracking_id"] = "@VL@456789abcdef0123456789abcdef";
+    body["phash"] = "";
+    body["event_type"] = "purchase";
+    body["event_label"] = fiveKeys();
+    return body;
+}
+
+double secondsSince(SteadyClock::time_point start) {
+    return std::chrono::duration<double>(SteadyClock::now() - start).count();
+}
+
+void BareBuildAndDump(benchmark::State& state) {
+    for (auto _ : state) benchmark::DoNotOptimize(eventBody().dump());
+}
+BENCHMARK(BareBuildAndDump)->Iterations(20000);
+
+/// One event on the caller's thread, while the sender works on those before.
+void RecordEvent(benchmark::State& state) {
+    const TemporaryFolder folder;
+    LoopbackServer server;
+    installLinuxPlatform(folder.path(), server.origin());
+    startLibrary();
+    std::vector<double> times;
+    times.reserve(static_cast<std::size_t>(state.max_iterations));
+    for (auto _ : state) {
+        const auto start = SteadyClock::now();
+        Vorlane::registerEventWithType("purchase", fiveKeys());
+        times.push_back(secondsSince(start));
+        state.SetIterationTime(times.back());
+    }
+    const auto p99 = times.begin() + static_cast<std::ptrdiff_t>(times.size() * 99 / 100);
+    std::nth_element(times.begin(), p99, times.end());
+    state.counters["p99"] = *p99;
+    Platform::shutdown();
+    Platform::install(nullptr);
+}
+BENCHMARK(RecordEvent)->Iterations(kEvents)->UseManualTime();
+
+/// Thousands of events, one request each, until the server has them all.
+void SendEvents(benchmark::State& state) {
+    const TemporaryFolder folder;
+    LoopbackServer server;
+    server.expect(1);
+    installLinuxPlatform(folder.path(), server.origin());
+    startLibrary();
+    server.wait();
+    for (auto _ : state) {
+        server.expect(kEvents);
+        const auto processor = processorTime();
+        const auto start = SteadyClock::now();
+        for (int i = 0; i < kEvents; ++i) Vorlane::registerEventWithType("purchase", fiveKeys());
+        server.wait();
+        state.SetIterationTime(secondsSince(start));
+        state.counters["cpu"] += processorTime() - processor;
+    }
+    Platform::shutdown();
+    Platform::install(nullptr);
+}
+BENCHMARK(SendEvents)->Iterations(3)->UseManualTime();
+
+/// What the same requests take with nothing but libcurl: prepared bodies, six connections.
+class BareSender {
+public:
+    explicit BareSender(std::string url) : url_(std::move(url)), multi_(curl_multi_init()) {
+        curl_multi_setopt(multi_, CURLMOPT_MAX_HOST_CONNECTIONS, kConnections);
+    }
+    ~BareSender() { curl_multi_cleanup(multi_); }
+    BareSender(const BareSender&) = delete;
+    BareSender& operator=(const BareSender&) = delete;
+
+    void send(const std::string& body, int count) {
+        int begun = 0;
+        int running = 0;
+        for (; begun < kConnections; ++begun) curl_multi_add_handle(multi_, makeTransfer(body));
+        for (int done = 0; done < count;) {
+            curl_multi_perform(multi_, &running);
+            int left = 0;
+            while (const CURLMsg* message = curl_multi_info_read(multi_, &left)) {
+                CURL* transfer = message->easy_handle;
+                curl_multi_remove_handle(multi_, transfer);
+                ++done;
+                if (begun++ < count) {
+                    curl_multi_add_handle(multi_, transfer);
+                } else {
+                    curl_easy_cleanup(transfer);
+                }
+            }
+            if (done < count) curl_multi_poll(multi_, nullptr, 0, 1000, nullptr);
+        }
+    }
+
+private:
+    static std::size_t discard(char* /*bytes*/, std::size_t size, std::size_t count, void* /*context*/) {
+        return size * count;
+    }
+
+    CURL* makeTransfer(const std::string& body) const {
+        CURL* transfer = curl_easy_init();
+        curl_easy_setopt(transfer, CURLOPT_URL, url_.c_str());
+        curl_easy_setopt(transfer, CURLOPT_POSTFIELDSIZE, static_cast<long>(body.size()));
+        curl_easy_setopt(transfer, CURLOPT_POSTFIELDS, body.c_str());
+        curl_easy_setopt(transfer, CURLOPT_WRITEFUNCTION, &discard);
+        return transfer;
+    }
+
+    const std::string url_;
+    CURLM* const multi_;
+};
+
+void BareSendEvents(benchmark::State& state) {
+    curl_global_init(CURL_GLOBAL_DEFAULT);
+    LoopbackServer server;
+    BareSender sender(server.origin() + "/0.8/register_app_event?app_key=0123456789abcdef0123456789abcdef");
+    const auto body =
+        "payload=" + stringByAddingPercentEncoding(eventBody().dump(), vl_formURLEncodingAllowedCharacterSet());
+    for (auto _ : state) {
+        const auto processor = processorTime();
+        const auto start = SteadyClock::now();
+        sender.send(body, kEvents);
+        state.SetIterationTime(secondsSince(start));
+        state.counters["cpu"] += processorTime() - processor;
+    }
+}
+BENCHMARK(BareSendEvents)->Iterations(3)->UseManualTime();
+
+}  // namespace
+
+}  // namespace vorlane::benchmarks

@@ -1,0 +1,138 @@
+#include "Benchmarks/Roles.h"
+
+#include <chrono>
+#include <functional>
+#include <map>
+#include <string>
+
+#include "Benchmarks/Support/BareFile.h"
+#include "Benchmarks/Support/Host.h"
+#include "Benchmarks/Support/LoopbackServer.h"
+#include "Benchmarks/Support/Process.h"
+#include "Core/VLBootstrap.h"
+#include "Platform/NSFileManager.h"
+#include "Public/Vorlane.h"
+#include "Tracking/VLSessionService.h"
+
+namespace vorlane::benchmarks {
+
+namespace {
+
+constexpr int kEvents = 5000;
+constexpr int kWritesOfAStartUp = 2;  // the app key, and the phash that is cleared
+constexpr const char* kSettingsFile = "/VLLibSettings.plist";
+
+double secondsOf(const std::function<void()>& work) {
+    const auto start = std::chrono::steady_clock::now();
+    work();
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+/// Lives through a first launch, so that the folder is one of an application that ran before.
+void makeExistingFolder(const std::string& folder) {
+    installOfflinePlatform(folder);
+    startLibrary();
+    Platform::current().application()->didBecomeActive();
+    Platform::current().application()->didEnterBackground();
+    Platform::shutdown();
+    Platform::install(nullptr);
+}
+
+/// Waits until the server has been told of everything that was sent.
+void sendEvents(LoopbackServer& server, int count) {
+    server.expect(static_cast<std::uint64_t>(count));
+    for (int i = 0; i < count; ++i) Vorlane::registerEventWithType("benchmark", "event");
+    server.wait();
+}
+
+double startUp() {
+    const TemporaryFolder folder;
+    makeExistingFolder(folder.path());
+    LoopbackServer server;
+    const auto seconds = secondsOf([&] {
+        installLinuxPlatform(folder.path(), server.origin());
+        startLibrary();
+    });
+    Platform::shutdown();
+    return seconds;
+}
+
+double bareStartUp() {
+    const TemporaryFolder folder;
+    makeExistingFolder(folder.path());
+    const auto bytes = NSFileManager::contentsAtPath(folder.path() + kSettingsFile).value();
+    return secondsOf([&] {
+        for (int i = 0; i < kWritesOfAStartUp; ++i) writeBareFile(bytes, folder.path() + kSettingsFile);
+    });
+}
+
+double shutdownWith(LoopbackServer::Manner manner, int requests) {
+    const TemporaryFolder folder;
+    LoopbackServer server(manner);
+    server.expect(1);
+    installLinuxPlatform(folder.path(), server.origin());
+    startLibrary();
+    server.wait();  // the configuration is being asked for, so the network thread runs
+    for (int i = 0; i < requests; ++i) Vorlane::registerEventWithType("benchmark", "event");
+    return secondsOf([] { Platform::shutdown(); });
+}
+
+double memoryAfter(int events) {
+    const TemporaryFolder folder;
+    LoopbackServer server;
+    server.expect(1);
+    const auto before = residentMemory();
+    const auto platform = installLinuxPlatform(folder.path(), server.origin());
+    startLibrary();
+    server.wait();
+    if (events > 0) sendEvents(server, events);
+    platform->runFor(1.0);
+    return static_cast<double>(residentMemory() - before);
+}
+
+double threads() {
+    const TemporaryFolder folder;
+    LoopbackServer server;
+    server.expect(1);
+    const auto platform = installLinuxPlatform(folder.path(), server.origin());
+    startLibrary();
+    server.wait();
+    sendEvents(server, 100);
+    platform->runFor(0.2);
+    return static_cast<double>(threadCount());
+}
+
+double sessionStart() {
+    constexpr int kWarmUp = 200;
+    constexpr int kRounds = 20000;
+    const TemporaryFolder folder;
+    installOfflinePlatform(folder.path());
+    startLibrary();
+    const auto bootstrap = VLBootstrap::bootstrapWithURLs(Vorlane::getURLs());
+    const auto sessionService = bootstrap->getComponent<VLSessionService>();
+    // Started again while it runs, a session sends another start request and writes no file.
+    for (int i = 0; i < kWarmUp; ++i) sessionService->sessionStart();
+    const auto seconds = secondsOf([&sessionService] {
+        for (int i = 0; i < kRounds; ++i) sessionService->sessionStart();
+    });
+    Platform::shutdown();
+    return seconds / kRounds;
+}
+
+}  // namespace
+
+double figureOfRole(const std::string& role) {
+    static const std::map<std::string, std::function<double()>> roles = {
+        {"start-up", startUp},
+        {"bare-start-up", bareStartUp},
+        {"shutdown-idle", [] { return shutdownWith(LoopbackServer::Manner::answers, 0); }},
+        {"shutdown-busy", [] { return shutdownWith(LoopbackServer::Manner::isSilent, 100); }},
+        {"memory-after-start-up", [] { return memoryAfter(0); }},
+        {"memory-after-events", [] { return memoryAfter(kEvents); }},
+        {"threads", threads},
+        {"session-start", sessionStart},
+    };
+    return roles.at(role)();
+}
+
+}  // namespace vorlane::benchmarks

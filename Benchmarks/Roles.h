@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+
+namespace vorlane::benchmarks {
+
+/// Measures one thing in this process, which does nothing else, and gives the figure: seconds, bytes or a count.
+///
+/// "start-up", "bare-start-up" (the file writes that a start-up must make, alone), "shutdown-idle", "shutdown-busy",
+/// "memory-after-start-up", "memory-after-events", "threads", "session-start".
+double figureOfRole(const std::string& role);
+
+}  // namespace vorlane::benchmarks

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <atomic>
+#include <cstdint>
+#include <string>
+
+namespace vorlane::benchmarks {
+
+/// A web server on loopback in a process of its own, so that its work does not count as the library's. Answers every
+/// request with
+/// "{}", or never answers. Ends with the object.
+class LoopbackServer {
+public:
+    enum class Manner { answers, isSilent };
+
+    explicit LoopbackServer(Manner manner = Manner::answers);
+    ~LoopbackServer();
+    LoopbackServer(const LoopbackServer&) = delete;
+    LoopbackServer& operator=(const LoopbackServer&) = delete;
+
+    std::string origin() const { return "http://127.0.0.1:" + std::to_string(port_); }
+    std::uint64_t requests() const { return shared_->requests.load(); }
+
+    /// Counts from 0 again and asks to be told at `count`. To be called before the first of these requests.
+    void expect(std::uint64_t count);
+    /// Waits until the expected number of requests has arrived.
+    void wait() const;
+
+private:
+    struct Shared {
+        std::atomic<std::uint64_t> requests;
+        std::atomic<std::uint64_t> expected;
+    };
+
+    [[noreturn]] static void serve(int listener, Manner manner, Shared& shared, int reached);
+
+    Shared* shared_ = nullptr;
+    std::uint16_t port_ = 0;
+    int reached_ = -1;
+    pid_t process_ = -1;
+};
+
+}  // namespace vorlane::benchmarks

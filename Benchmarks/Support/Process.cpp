@@ -1,0 +1,81 @@
+#include "Benchmarks/Support/Process.h"
+
+#include <spawn.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+
+namespace vorlane::benchmarks {
+
+namespace {
+
+/// The first number in the line of /proc/self/status that starts with `name`.
+std::int64_t statusNumber(const std::string& name) {
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);) {
+        if (line.starts_with(name)) return std::stoll(line.substr(name.size()));
+    }
+    return 0;
+}
+
+double seconds(const timeval& time) {
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
+}
+
+}  // namespace
+
+double figureOf(const std::string& program, const std::vector<std::string>& arguments) {
+    std::array<int, 2> ends{};
+    if (pipe(ends.data()) != 0) throw std::runtime_error("pipe");
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
+    posix_spawn_file_actions_addclose(&actions, ends[0]);
+    std::vector<char*> argv{const_cast<char*>(program.c_str())};
+    for (const auto& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
+    argv.push_back(nullptr);
+    pid_t child = 0;
+    const int failed = posix_spawn(&child, program.c_str(), &actions, nullptr, argv.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    close(ends[1]);
+    std::string output;
+    std::array<char, 256> chunk{};
+    for (ssize_t count = 0; !failed && (count = read(ends[0], chunk.data(), chunk.size())) > 0;) {
+        output.append(chunk.data(), static_cast<std::size_t>(count));
+    }
+    close(ends[0]);
+    int status = 1;
+    if (!failed) waitpid(child, &status, 0);
+    if (status != 0 || output.empty()) throw std::runtime_error(program + " failed");
+    return std::stod(output);
+}
+
+std::string thisProgram() { return std::filesystem::read_symlink("/proc/self/exe"); }
+
+double processorTime() {
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+}
+
+std::int64_t residentMemory() { return statusNumber("VmRSS:") * 1024; }
+
+std::int64_t threadCount() { return statusNumber("Threads:"); }
+
+TemporaryFolder::TemporaryFolder() {
+    path_ = (std::filesystem::temp_directory_path() / "vorlane-benchmark-XXXXXX").string();
+    if (!mkdtemp(path_.data())) throw std::runtime_error("mkdtemp");
+}
+
+TemporaryFolder::~TemporaryFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+}
+
+}  // namespace vorlane::benchmarks

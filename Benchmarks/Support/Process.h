@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace vorlane::benchmarks {
+
+/// What one run of a program measured of itself: it prints a number on a line.
+double figureOf(const std::string& program, const std::vector<std::string>& arguments);
+
+/// The program that is running.
+std::string thisProgram();
+
+/// The processor time that this process has used, in seconds.
+double processorTime();
+/// The memory that this process has resident, in bytes.
+std::int64_t residentMemory();
+/// How many threads this process has.
+std::int64_t threadCount();
+
+/// A fresh folder below $TMPDIR or /tmp, removed with the object.
+class TemporaryFolder {
+public:
+    TemporaryFolder();
+    ~TemporaryFolder();
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+    const std::string& path() const { return path_; }
+
+private:
+    std::string path_;
+};
+
+}  // namespace vorlane::benchmarks
