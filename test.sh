@@ -36,12 +36,6 @@ check_format() {
     sources | xargs -0 -n 20 -P "$jobs" clang-format --dry-run -Werror
 }
 
-check_tidy() {
-    cmake --preset tidy >"$logs/tidy-configure.log" || { cat "$logs/tidy-configure.log"; return 1; }
-    run-clang-tidy -quiet -p build/tidy -j "$jobs" "$PWD/(Source|Simulator|Examples)/.*\.cpp\$" >"$logs/tidy.log" 2>&1 ||
-        { grep -E '(warning|error):|^ ' "$logs/tidy.log" | head -100; return 1; }
-}
-
 run_suite() {
     local preset=$1 start=$SECONDS
     cmake --preset "$preset" >"$logs/$preset-configure.log" || { cat "$logs/$preset-configure.log"; return 1; }
@@ -60,7 +54,8 @@ wanted=("$@")
 [[ ${#wanted[@]} -gt 0 ]] || wanted=(format tidy debug asan tsan)
 for name in "${wanted[@]}"; do
     case $name in
-        format | tidy) part "$name" "check_$name" ;;
+        format) part "$name" check_format ;;
+        tidy) part "$name" Scripts/tidy ;;
         debug | asan | tsan) part "$name" run_suite "$name" ;;
         *) echo "test.sh: no part is called '$name'" >&2; exit 2 ;;
     esac

@@ -13,21 +13,30 @@ fresh_folder() {
     echo "$WORK/$1"
 }
 
-# Runs a first-app against a local service, and checks what the service was told.
+# Runs a first-app against a local service, and checks what the service has stored then.
 check_first_app() {
-    local program=$1 folder line
+    local program=$1 folder line origin
     folder=$(fresh_folder "run-$2")
-    coproc SERVICE { exec "$PYTHON" "$here/recording_service.py" "$folder/requests" 2>"$folder/service-errors"; }
-    local service=$SERVICE_PID
-    trap "kill $service 2>/dev/null || true" EXIT
-    read -r -t 30 line <&"${SERVICE[0]}" || fail "the service did not start: $(cat "$folder/service-errors")"
+    coproc LOCAL_SERVICE { exec "$SERVICE" 2>"$folder/service-errors"; }
+    trap "kill $LOCAL_SERVICE_PID 2>/dev/null || true" EXIT
+    read -r -t 30 line <&"${LOCAL_SERVICE[0]}" || fail "the service did not start: $(cat "$folder/service-errors")"
     [[ $line == "listening on http://"* ]] || fail "the service says: $line"
+    origin=${line#listening on }
 
-    XDG_DATA_HOME=$folder/data VORLANE_SERVICE_ORIGIN=${line#listening on } timeout 60 "$program" \
+    XDG_DATA_HOME=$folder/data VORLANE_SERVICE_ORIGIN=$origin timeout 60 "$program" \
         >"$folder/output" 2>"$folder/errors" || fail "first-app failed: $(cat "$folder/output" "$folder/errors")"
 
     grep -qx "tag: set" "$folder/output" || fail "first-app says: $(cat "$folder/output")"
-    for expected in "POST /0.8/register_app_event?" '"event_type":"Purchase"' '"event_label":"Coffee"' favourite_drink; do
-        grep -qF "$expected" "$folder/requests" || fail "no '$expected' in: $(cat "$folder/requests")"
-    done
+    check_stored events '"type":"Purchase"'
+    check_stored events '"label":"Coffee"'
+    check_stored tags '"name":"favourite_drink"'
+    check_stored sessions '"kind":"start"'
+    check_stored sessions '"kind":"end"'
+}
+
+# What the service has of a kind holds a text.
+check_stored() {
+    local stored
+    stored=$(curl --silent --show-error --fail --max-time 30 "$origin/_admin/$1")
+    grep -qF "$2" <<<"$stored" || fail "no $2 in the service's $1: $stored"
 }
