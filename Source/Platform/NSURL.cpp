@@ -2,7 +2,10 @@
 
 #include <curl/curl.h>
 
+#include <strings.h>
+
 #include <algorithm>
+#include <charconv>
 #include <memory>
 #include <string_view>
 
@@ -75,6 +78,35 @@ std::size_t portColon(std::string_view hostAndPort) {
     return hostAndPort.find(':', bracket == std::string_view::npos ? 0 : bracket);
 }
 
+/// The digits behind the colon; nothing when there are none, or when they are no port.
+std::optional<std::int64_t> portOf(std::string_view hostAndPort) {
+    const auto colon = portColon(hostAndPort);
+    if (colon == std::string_view::npos) return std::nullopt;
+    const auto digits = hostAndPort.substr(colon + 1);
+    std::uint16_t port = 0;
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), port);
+    if (error != std::errc() || end != digits.data() + digits.size()) return std::nullopt;
+    return port;
+}
+
+/// Whether a host and port are such for any scheme (RFC 3986, 3.2): hosts of a scheme that is not the network's may
+/// hold what no host name can, as in "app://item=5".
+bool isHostAndPort(std::string_view hostAndPort) {
+    const auto colon = portColon(hostAndPort);
+    const auto host = hostAndPort.substr(0, colon);
+    const bool isBracketed = host.starts_with('[') && host.ends_with(']');
+    const auto name = isBracketed ? host.substr(1, host.size() - 2) : host;
+    if (name.find_first_of("[]@") != std::string_view::npos) return false;
+    return colon == std::string_view::npos || colon + 1 == hostAndPort.size() || portOf(hostAndPort).has_value();
+}
+
+bool isHTTP(std::string_view scheme) {
+    const auto is = [scheme](std::string_view name) {
+        return scheme.size() == name.size() && strncasecmp(scheme.data(), name.data(), name.size()) == 0;
+    };
+    return is("http") || is("https");
+}
+
 }  // namespace
 
 std::optional<NSURL> NSURL::URLWithString(const std::string& text) {
@@ -83,7 +115,11 @@ std::optional<NSURL> NSURL::URLWithString(const std::string& text) {
         return std::nullopt;
     }
     const auto pieces = piecesOf(text);
-    if (pieces.authority && !pieces.authority->empty() && !curlAccepts(text)) return std::nullopt;
+    if (pieces.authority && !pieces.authority->empty()) {
+        const bool isAuthority =
+            isHTTP(pieces.scheme) ? curlAccepts(text) : isHostAndPort(withoutUserInfo(*pieces.authority));
+        if (!isAuthority) return std::nullopt;
+    }
     return NSURL(text);
 }
 
@@ -99,11 +135,7 @@ std::optional<std::string> NSURL::host() const {
 std::optional<std::int64_t> NSURL::port() const {
     const auto pieces = piecesOf(absoluteString_);
     if (!pieces.authority) return std::nullopt;
-    const auto hostAndPort = withoutUserInfo(*pieces.authority);
-    const auto colon = portColon(hostAndPort);
-    if (colon == std::string_view::npos || colon + 1 == hostAndPort.size()) return std::nullopt;
-    // libcurl has checked that it is a port.
-    return std::stoll(std::string(hostAndPort.substr(colon + 1)));
+    return portOf(withoutUserInfo(*pieces.authority));
 }
 
 std::string NSURL::path() const { return std::string(piecesOf(absoluteString_).path); }

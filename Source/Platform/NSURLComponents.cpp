@@ -73,13 +73,14 @@ NSURL NSURLComponents::URLRelativeToURL(const NSURL& base) const {
     std::string reference = safeReference(encodedPath_);
     if (encodedQuery_) reference += "?" + *encodedQuery_;
     if (reference.empty()) return base;
+    // A fragment is no part of what a reference is resolved against; libcurl would take slashes in it for the path's.
+    const auto baseText = base.absoluteString().substr(0, base.absoluteString().find('#'));
     const CurlURL url(curl_url(), &curl_url_cleanup);
     constexpr unsigned kFlags = CURLU_NON_SUPPORT_SCHEME;
     char* resolved = nullptr;
-    const bool isResolved =
-        curl_url_set(url.get(), CURLUPART_URL, base.absoluteString().c_str(), kFlags) == CURLUE_OK &&
-        curl_url_set(url.get(), CURLUPART_URL, reference.c_str(), kFlags) == CURLUE_OK &&
-        curl_url_get(url.get(), CURLUPART_URL, &resolved, 0) == CURLUE_OK;
+    const bool isResolved = curl_url_set(url.get(), CURLUPART_URL, baseText.c_str(), kFlags) == CURLUE_OK &&
+                            curl_url_set(url.get(), CURLUPART_URL, reference.c_str(), kFlags) == CURLUE_OK &&
+                            curl_url_get(url.get(), CURLUPART_URL, &resolved, 0) == CURLUE_OK;
     if (!isResolved) return base;
     const std::unique_ptr<char, decltype(&curl_free)> text(resolved, &curl_free);
     return NSURL(text.get());

@@ -1,17 +1,31 @@
 #include "Platform/SerialDispatchQueue.h"
 
 #include <pthread.h>
+#include <signal.h>
 
+#include <algorithm>
 #include <condition_variable>
 #include <deque>
 #include <map>
 #include <mutex>
+#include <system_error>
 #include <thread>
 #include <utility>
 
 namespace vorlane {
 
 using SteadyClock = std::chrono::steady_clock;
+
+namespace {
+
+/// When a task is due; delays beyond what the clock can count are held to some thirty years.
+SteadyClock::time_point dueAfter(TimeInterval delay) {
+    constexpr TimeInterval kLongest = 1e9;
+    return SteadyClock::now() +
+           std::chrono::duration_cast<SteadyClock::duration>(std::chrono::duration<double>(std::min(delay, kLongest)));
+}
+
+}  // namespace
 
 struct SerialDispatchQueue::State {
     explicit State(std::string name) : label(std::move(name)) {}
@@ -27,10 +41,25 @@ struct SerialDispatchQueue::State {
     bool isStopping = false;
     bool hasEnded = false;
     std::thread thread;
+    // Nobody's before the thread runs and after it has ended, because the system gives an ended thread's id out again.
     std::thread::id threadId;
 
-    bool isIdle() const { return tasks.empty() && !isRunningTask && (delayed.empty() || !isDue()); }
+    bool isIdle() const { return tasks.empty() && !isRunningTask && !isDue(); }
     bool isDue() const { return !delayed.empty() && delayed.begin()->first <= SteadyClock::now(); }
+
+    /// Signals are the host's to handle: the thread blocks them all, from its first instruction on.
+    void startThread(std::shared_ptr<State> self) {
+        sigset_t all;
+        sigset_t previous;
+        sigfillset(&all);
+        pthread_sigmask(SIG_SETMASK, &all, &previous);
+        try {
+            thread = std::thread([self = std::move(self)] { self->run(); });
+        } catch (const std::system_error&) {
+            // Out of threads: what is queued waits until a later post can start one.
+        }
+        pthread_sigmask(SIG_SETMASK, &previous, nullptr);
+    }
 
     void takeDueTasks() {
         while (isDue()) {
@@ -74,6 +103,7 @@ struct SerialDispatchQueue::State {
                 waitForWork(lock);
             }
         }
+        threadId = {};
         hasEnded = true;
         changed.notify_all();
     }
@@ -83,19 +113,18 @@ SerialDispatchQueue::SerialDispatchQueue(std::string label) : state_(std::make_s
 
 SerialDispatchQueue::~SerialDispatchQueue() { stop(SteadyClock::now() + std::chrono::seconds(2)); }
 
-void SerialDispatchQueue::post(std::function<void()> task) { postAfter(0, std::move(task)); }
+void SerialDispatchQueue::post(std::function<void()> task) { SerialDispatchQueue::postAfter(0, std::move(task)); }
 
 void SerialDispatchQueue::postAfter(TimeInterval delay, std::function<void()> task) {
+    if (!task) return;
     const std::lock_guard lock(state_->mutex);
     if (state_->isStopping) return;
     if (delay > 0) {
-        const auto due = SteadyClock::now() +
-                         std::chrono::duration_cast<SteadyClock::duration>(std::chrono::duration<double>(delay));
-        state_->delayed.emplace(due, std::move(task));
+        state_->delayed.emplace(dueAfter(delay), std::move(task));
     } else {
         state_->tasks.push_back(std::move(task));
     }
-    if (!state_->thread.joinable()) state_->thread = std::thread([state = state_] { state->run(); });
+    if (!state_->thread.joinable()) state_->startThread(state_);
     state_->changed.notify_all();
 }
 
@@ -124,17 +153,17 @@ void SerialDispatchQueue::stop(SteadyClock::time_point deadline) {
         state_->isStopping = true;
         state_->delayed.swap(droppedDelayed);
         state_->changed.notify_all();
-        if (!state_->thread.joinable()) return;
-        const bool isOwnThread = state_->threadId == std::this_thread::get_id();
-        if (!isOwnThread) state_->changed.wait_until(lock, deadline, [this] { return state_->hasEnded; });
+        // Its own thread cannot wait for itself, and of several callers only one gets the thread.
+        if (state_->threadId != std::this_thread::get_id()) {
+            state_->changed.wait_until(lock, deadline,
+                                       [this] { return state_->hasEnded || !state_->thread.joinable(); });
+        }
         state_->tasks.swap(droppedTasks);
         thread = std::move(state_->thread);
-        if (!state_->hasEnded) {
-            thread.detach();
-            return;
-        }
+        if (thread.joinable() && !state_->hasEnded) thread.detach();
+        state_->changed.notify_all();
     }
-    thread.join();
+    if (thread.joinable()) thread.join();
 }
 
 }  // namespace vorlane

@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <cmath>
 #include <limits>
 
 namespace vorlane {
@@ -25,11 +27,16 @@ const Value* numberField(const Dictionary& dictionary, const char* key) {
 
 /// Cut off and held to the range of 64 bits.
 std::int64_t integerOf(const Value& number) {
+    constexpr auto kLeast = std::numeric_limits<std::int64_t>::min();
+    constexpr auto kMost = std::numeric_limits<std::int64_t>::max();
+    if (number.is_number_unsigned()) {
+        return static_cast<std::int64_t>(std::min(number.get<std::uint64_t>(), static_cast<std::uint64_t>(kMost)));
+    }
     if (!number.is_number_float()) return number.get<std::int64_t>();
     const auto value = number.get<double>();
-    constexpr double kLimit = 9223372036854775808.0;
-    if (!(value > -kLimit)) return value == value ? std::numeric_limits<std::int64_t>::min() : 0;
-    return value < kLimit ? static_cast<std::int64_t>(value) : std::numeric_limits<std::int64_t>::max();
+    if (std::isnan(value)) return 0;
+    if (value <= static_cast<double>(kLeast)) return kLeast;
+    return value < -static_cast<double>(kLeast) ? static_cast<std::int64_t>(value) : kMost;
 }
 
 }  // namespace
