@@ -7,6 +7,7 @@
 #include <limits>
 
 #include "Platform/NSFileManager.h"
+#include "Tests/Platform/CommaLocale.h"
 #include "Tests/Platform/TemporaryFolderTest.h"
 
 namespace vorlane {
@@ -66,8 +67,60 @@ TEST_F(NSPropertyListSerializationTest, NullsAreDroppedWhereverTheyStand) {
     EXPECT_TRUE(NSPropertyListSerialization::dataWithPropertyList(nullptr).empty());
 }
 
-TEST_F(NSPropertyListSerializationTest, ANumberBeyondSignedIntegersBecomesAReal) {
-    EXPECT_EQ(roundTrip(Array{std::numeric_limits<std::uint64_t>::max()}), Value(Array{18446744073709551615.0}));
+TEST_F(NSPropertyListSerializationTest, ANumberBeyondSignedIntegersStaysUnsigned) {
+    const auto most = std::numeric_limits<std::uint64_t>::max();
+    const Value numbers = Dictionary{{"most", most}, {"first", std::uint64_t{1} << 63U}, {"minus one", -1}};
+    const auto back = roundTrip(numbers);
+    EXPECT_EQ(back, numbers);
+    EXPECT_EQ(back.value()["most"].type(), Value::value_t::number_unsigned);
+    EXPECT_EQ(back.value()["minus one"].type(), Value::value_t::number_integer);
+    ASSERT_TRUE(NSPropertyListSerialization::writeToFile(numbers.get_ref<const Dictionary&>(), path("list")));
+    EXPECT_EQ(python("print(plistlib.load(open('" + path("list") + "', 'rb'))['most'])"), std::to_string(most) + "\n");
+}
+
+TEST_F(NSPropertyListSerializationTest, RealsComeBackToTheLastBit) {
+    const Value reals = Array{0.1 + 0.2, 1e300,  -1e-300, std::numeric_limits<double>::denorm_min(),
+                              2.0,       59.913, 1e15,    1700000000.123456};
+    EXPECT_EQ(roundTrip(reals), reals);
+    EXPECT_EQ(roundTrip(2.0).value().type(), Value::value_t::number_float);
+}
+
+TEST_F(NSPropertyListSerializationTest, LineEndsAndRareCharactersComeBack) {
+    const Value text = "a\r\nb\x7f\u0085\U0001F600\u2028";
+    EXPECT_EQ(roundTrip(text), text);
+}
+
+TEST_F(NSPropertyListSerializationTest, AThousandEmptyArraysAreNoNesting) {
+    const Value flat = Array(1000, Array());
+    EXPECT_EQ(roundTrip(flat), flat);
+    const Value deepest = [] {
+        Value nested = Array();
+        for (int level = 1; level < 512; ++level) nested = Array{std::move(nested)};
+        return nested;
+    }();
+    EXPECT_EQ(roundTrip(deepest), deepest);
+}
+
+TEST_F(NSPropertyListSerializationTest, TextThatIsNoUTF8IsRepairedWhenRead) {
+    EXPECT_EQ(read(xml("<dict><key>k\xff</key><string>\xc3(</string></dict>")),
+              Value(Dictionary{{"k\uFFFD", "\uFFFD("}}));
+}
+
+TEST_F(NSPropertyListSerializationTest, NumbersThatAreNotFiniteAreLeftOutWhenRead) {
+    EXPECT_EQ(read(xml("<dict><key>a</key><real>nan</real><key>b</key><array><real>-inf</real><real>1</real></array>"
+                       "</dict>")),
+              Value(Dictionary{{"b", Array{1.0}}}));
+    EXPECT_EQ(read(xml("<real>inf</real>")), std::nullopt);
+}
+
+TEST_F(NSPropertyListSerializationTest, NumbersAreTheSameInAnyLocaleOfTheHost) {
+    const CommaLocale locale(path("locales"));
+    const Value reals = Array{0.5, -1234.25};
+    const auto bytes = NSPropertyListSerialization::dataWithPropertyList(reals);
+    EXPECT_NE(std::string(bytes.begin(), bytes.end()).find("<real>0.5</real>"), std::string::npos);
+    EXPECT_EQ(NSPropertyListSerialization::propertyListWithData(bytes), reals);
+    // The host's own locale is in force again.
+    EXPECT_EQ(CommaLocale::decimalPoint(), ",");
 }
 
 TEST_F(NSPropertyListSerializationTest, NumbersThatAreNotFiniteAreDropped) {
@@ -93,6 +146,8 @@ TEST_F(NSPropertyListSerializationTest, WhatIsWrittenIsReadByOthers) {
     Value awkward = kEverything;
     awkward["control"] = std::string("\0\x01\x1b\xff", 4);
     awkward["carriage"] = "a\rb";
+    awkward["unsigned"] = std::numeric_limits<std::uint64_t>::max();
+    awkward[std::string("key\0\x1f", 5)] = 1;
     ASSERT_TRUE(NSPropertyListSerialization::writeToFile(awkward.get_ref<const Dictionary&>(), path("list")));
     const auto seen =
         python("p = plistlib.load(open('" + path("list") +
