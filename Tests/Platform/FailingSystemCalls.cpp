@@ -13,6 +13,9 @@ struct Faults {
     long long writableBytes = std::numeric_limits<long long>::max();
     long long pieceSize = std::numeric_limits<long long>::max();
     bool isInterruptedNext = false;
+    long long readPieceSize = std::numeric_limits<long long>::max();
+    bool isReadInterruptedNext = false;
+    bool failsReads = false;
     bool failsFlushes = false;
     bool failsRenames = false;
 };
@@ -24,9 +27,24 @@ thread_local Faults faults;
 
 extern "C" {
 
+ssize_t __real_read(int descriptor, void* bytes, size_t count);
 ssize_t __real_write(int descriptor, const void* bytes, size_t count);
 int __real_fdatasync(int descriptor);
 int __real_rename(const char* from, const char* to);
+
+ssize_t __wrap_read(int descriptor, void* bytes, size_t count) {
+    if (faults.failsReads) {
+        errno = EIO;
+        return -1;
+    }
+    if (faults.readPieceSize == std::numeric_limits<long long>::max()) return __real_read(descriptor, bytes, count);
+    faults.isReadInterruptedNext = !faults.isReadInterruptedNext;
+    if (faults.isReadInterruptedNext) {
+        errno = EINTR;
+        return -1;
+    }
+    return __real_read(descriptor, bytes, std::min(count, static_cast<size_t>(faults.readPieceSize)));
+}
 
 ssize_t __wrap_write(int descriptor, const void* bytes, size_t count) {
     constexpr auto kNoLimit = std::numeric_limits<long long>::max();
@@ -66,6 +84,8 @@ FailingSystemCalls::FailingSystemCalls() { faults = {}; }
 FailingSystemCalls::~FailingSystemCalls() { faults = {}; }
 void FailingSystemCalls::failWritesFrom(long long byte) { faults.writableBytes = byte; }
 void FailingSystemCalls::writeInPieces(long long bytes) { faults.pieceSize = bytes; }
+void FailingSystemCalls::readInPieces(long long bytes) { faults.readPieceSize = bytes; }
+void FailingSystemCalls::failReads() { faults.failsReads = true; }
 void FailingSystemCalls::failFlushes() { faults.failsFlushes = true; }
 void FailingSystemCalls::failRenames() { faults.failsRenames = true; }
 

@@ -15,6 +15,9 @@ public:
     void failWritesFrom(long long byte);
     /// Every write takes at most that many bytes, and every other one is interrupted.
     void writeInPieces(long long bytes);
+    /// The same for reading.
+    void readInPieces(long long bytes);
+    void failReads();
     void failFlushes();
     void failRenames();
 };

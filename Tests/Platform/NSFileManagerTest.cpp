@@ -70,6 +70,39 @@ TEST_F(NSFileManagerTest, ShortAndInterruptedWritesAreCarriedOn) {
     EXPECT_EQ(NSFileManager::contentsAtPath(path("file")), fresh);
 }
 
+TEST_F(NSFileManagerTest, ShortAndInterruptedReadsAreCarriedOn) {
+    ASSERT_TRUE(NSFileManager::writeToFile(fresh, path("file")));
+    FailingSystemCalls faults;
+    faults.readInPieces(1);
+    EXPECT_EQ(NSFileManager::contentsAtPath(path("file")), fresh);
+}
+
+TEST_F(NSFileManagerTest, AFileThatCannotBeReadGivesNothing) {
+    ASSERT_TRUE(NSFileManager::writeToFile(fresh, path("file")));
+    FailingSystemCalls faults;
+    faults.failReads();
+    EXPECT_EQ(NSFileManager::contentsAtPath(path("file")), std::nullopt);
+}
+
+TEST_F(NSFileManagerTest, ALinkIsReplacedAndWhatItPointsToStays) {
+    ASSERT_TRUE(NSFileManager::writeToFile(old, path("target")));
+    std::filesystem::create_symlink(path("target"), path("link"));
+    EXPECT_TRUE(NSFileManager::writeToFile(fresh, path("link")));
+    EXPECT_EQ(NSFileManager::contentsAtPath(path("link")), fresh);
+    EXPECT_EQ(NSFileManager::contentsAtPath(path("target")), old);
+    EXPECT_FALSE(std::filesystem::is_symlink(path("link")));
+}
+
+TEST_F(NSFileManagerTest, AFileWithoutAFolderIsWrittenWhereTheProcessStands) {
+    const auto before = std::filesystem::current_path();
+    std::filesystem::current_path(path(""));
+    EXPECT_TRUE(NSFileManager::writeToFile(fresh, "bare"));
+    EXPECT_TRUE(NSFileManager::writeToFile(fresh, "below/file"));
+    std::filesystem::current_path(before);
+    EXPECT_EQ(NSFileManager::contentsAtPath(path("bare")), fresh);
+    EXPECT_EQ(NSFileManager::contentsAtPath(path("below/file")), fresh);
+}
+
 TEST_F(NSFileManagerTest, WhatCannotBeAFileIsRefused) {
     ASSERT_TRUE(NSFileManager::createDirectoryAtPath(path("folder/occupied")));
     ASSERT_TRUE(NSFileManager::writeToFile(old, path("file")));

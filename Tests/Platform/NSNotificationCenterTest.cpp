@@ -60,6 +60,20 @@ TEST_F(NSNotificationCenterTest, AnObserverMayPostAndAdd) {
     EXPECT_EQ(notes, std::vector<std::string>{"added:b"});
 }
 
+TEST_F(NSNotificationCenterTest, WhatAnObserverHoldsMayUseTheCenterWhileItIsDestroyed) {
+    struct Leaving {
+        explicit Leaving(NSNotificationCenter& left) : center(left) {}
+        Leaving(const Leaving&) = delete;
+        Leaving& operator=(const Leaving&) = delete;
+        ~Leaving() { center.postNotificationName("left"); }
+        NSNotificationCenter& center;
+    };
+    center.addObserver("left", noting("told"));
+    const auto token = center.addObserver("a", [leaving = std::make_shared<Leaving>(center)](const NSNotification&) {});
+    center.removeObserver(token);
+    EXPECT_EQ(notes, std::vector<std::string>{"told:left"});
+}
+
 TEST_F(NSNotificationCenterTest, AnEmptyObserverIsPassedOver) {
     center.addObserver("a", nullptr);
     EXPECT_NO_THROW(center.postNotificationName("a"));

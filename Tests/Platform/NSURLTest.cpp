@@ -29,6 +29,22 @@ TEST(NSURLTest, WhatIsNoAbsoluteURLIsNothing) {
     }
 }
 
+TEST(NSURLTest, DeepLinksMayHoldWhatNoHostNameCan) {
+    EXPECT_EQ(url("app://item=5&x").host(), "item=5&x");
+    EXPECT_EQ(url("app://a,b;c!/d").host(), "a,b;c!");
+    EXPECT_EQ(url("app://user@place:80/").host(), "place");
+    EXPECT_EQ(url("app://user@place:80/").port(), 80);
+    EXPECT_EQ(url("app:///path").host(), "");
+    EXPECT_EQ(url("file://server/share").host(), "server");
+    EXPECT_EQ(url("app://h?a:b").port(), std::nullopt);
+    EXPECT_EQ(url("app://h:?a").port(), std::nullopt);
+    EXPECT_EQ(url("tel:+4712345678").path(), "+4712345678");
+    for (const auto* text : {"app://h:thing", "app://h:-0", "app://h:65536", "app://h:99999999999999999999",
+                             "app://a[b]", "app://[::1", "app://a]", "app://a b"}) {
+        EXPECT_EQ(NSURL::URLWithString(text), std::nullopt) << text;
+    }
+}
+
 TEST(NSURLTest, ThePiecesAreThoseOfTheText) {
     const auto full = url("HTTPS://user@Host.Example:8443/a%20b/c?x=1#f");
     EXPECT_EQ(full.scheme(), "HTTPS");

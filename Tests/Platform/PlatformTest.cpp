@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <thread>
 
 #include "Platform/Linux/LinuxPlatform.h"
@@ -45,6 +46,67 @@ TEST_F(PlatformTest, ShuttingDownWithoutAPlatformOrTwiceIsFine) {
     Platform::install(std::make_shared<SimulatedPhone>());
     Platform::shutdown();
     Platform::shutdown();
+}
+
+TEST_F(PlatformTest, EachPlatformIsStoppedOnce) {
+    class StopCounter : public SimulatedPhone {
+    public:
+        int stops = 0;
+
+    protected:
+        void stop() override {
+            ++stops;
+            SimulatedPhone::stop();
+            // What runs while the platform stops may still ask for it.
+            EXPECT_EQ(&Platform::current(), this);
+        }
+    };
+    for (int i = 0; i < 2; ++i) {
+        const auto phone = std::make_shared<StopCounter>();
+        Platform::install(phone);
+        EXPECT_EQ(phone->stops, 0);
+        Platform::shutdown();
+        Platform::shutdown();
+        EXPECT_EQ(phone->stops, 1);
+    }
+}
+
+TEST_F(PlatformTest, ManyThreadsMakeOneDefaultPlatform) {
+    Platform::install(nullptr);
+    std::array<Platform*, 4> seen{};
+    std::vector<std::thread> threads;
+    for (auto& platform : seen) threads.emplace_back([&platform] { platform = &Platform::current(); });
+    for (auto& thread : threads) thread.join();
+    for (const auto* platform : seen) EXPECT_EQ(platform, &Platform::current());
+    Platform::shutdown();
+}
+
+TEST_F(PlatformTest, AnInstalledPlatformIsLetGoOfWithTheNext) {
+    auto phone = std::make_shared<SimulatedPhone>();
+    const std::weak_ptr<Platform> seen = phone;
+    Platform::install(std::move(phone));
+    EXPECT_FALSE(seen.expired());
+    Platform::install(nullptr);
+    EXPECT_TRUE(seen.expired());
+}
+
+TEST_F(PlatformTest, ProcessWideObjectsGoNewestFirst) {
+    static std::vector<int> gone;
+    gone.clear();
+    struct Noting {
+        explicit Noting(int given) : number(given) {}
+        ~Noting() { gone.push_back(number); }
+        int number;
+    };
+    static constinit ProcessWide<Noting> older;
+    static constinit ProcessWide<Noting> newer;
+    older.get([] { return std::make_unique<Noting>(1); });
+    newer.get([] { return std::make_unique<Noting>(2); });
+    older.get([] { return std::make_unique<Noting>(3); });
+    Platform::install(nullptr);
+    EXPECT_EQ(gone, (std::vector<int>{2, 1}));
+    Platform::install(nullptr);
+    EXPECT_EQ(gone.size(), 2U);
 }
 
 TEST_F(PlatformTest, TheMainQueueIsThatOfThePlatform) {

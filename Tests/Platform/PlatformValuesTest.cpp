@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstdint>
 #include <fstream>
 #include <limits>
@@ -74,6 +75,14 @@ TEST(UILocalNotificationTest, ABadgeBeyondTheRangeIsHeldToIt) {
               std::numeric_limits<std::int64_t>::max());
     EXPECT_EQ(UILocalNotification::fromDictionary({{"applicationIconBadgeNumber", -1e300}}).applicationIconBadgeNumber,
               std::numeric_limits<std::int64_t>::min());
+    EXPECT_EQ(
+        UILocalNotification::fromDictionary({{"applicationIconBadgeNumber", std::numeric_limits<std::uint64_t>::max()}})
+            .applicationIconBadgeNumber,
+        std::numeric_limits<std::int64_t>::max());
+    EXPECT_EQ(
+        UILocalNotification::fromDictionary({{"applicationIconBadgeNumber", std::nan("")}}).applicationIconBadgeNumber,
+        0);
+    EXPECT_EQ(UILocalNotification::fromDictionary({{"applicationIconBadgeNumber", 2.9}}).applicationIconBadgeNumber, 2);
 }
 
 class NSBundleTest : public TemporaryFolderTest {};

@@ -2,10 +2,12 @@
 
 #include <gtest/gtest.h>
 #include <pthread.h>
+#include <signal.h>
 
 #include <array>
 #include <atomic>
 #include <future>
+#include <limits>
 #include <numeric>
 #include <thread>
 #include <vector>
@@ -129,6 +131,127 @@ TEST(SerialDispatchQueueTest, AQueueMayLetGoOfItselfInItsLastTask) {
     });
     gate.set_value();
     EXPECT_EQ(done.get_future().wait_until(inTime()), std::future_status::ready);
+}
+
+TEST(SerialDispatchQueueTest, DelaysThatNoClockCountsAreWaitedForWithoutEnd) {
+    SerialDispatchQueue queue("queue");
+    int runs = 0;
+    for (const double delay : {1e300, std::numeric_limits<double>::infinity(), 9.3e9}) {
+        queue.postAfter(delay, [&runs] { runs += 100; });
+    }
+    for (const double delay : {0.0, -1.0, -1e300, std::numeric_limits<double>::quiet_NaN()}) {
+        queue.postAfter(delay, [&runs] { ++runs; });
+    }
+    ASSERT_TRUE(queue.waitUntilIdle(inTime()));
+    EXPECT_EQ(runs, 4);
+}
+
+TEST(SerialDispatchQueueTest, AnEmptyTaskIsNone) {
+    SerialDispatchQueue queue("queue");
+    queue.post(nullptr);
+    queue.postAfter(0.001, nullptr);
+    EXPECT_TRUE(queue.isIdle());
+    queue.stop(inTime());
+}
+
+TEST(SerialDispatchQueueTest, SignalsAreLeftToTheHost) {
+    SerialDispatchQueue queue("queue");
+    sigset_t before;
+    pthread_sigmask(SIG_SETMASK, nullptr, &before);
+    sigset_t inside;
+    sigemptyset(&inside);
+    queue.post([&inside] { pthread_sigmask(SIG_SETMASK, nullptr, &inside); });
+    ASSERT_TRUE(queue.waitUntilIdle(inTime()));
+    sigset_t after;
+    pthread_sigmask(SIG_SETMASK, nullptr, &after);
+    for (const int signal : {SIGTERM, SIGINT, SIGUSR1, SIGPIPE}) {
+        EXPECT_TRUE(sigismember(&inside, signal));
+        EXPECT_EQ(sigismember(&after, signal), sigismember(&before, signal));
+    }
+}
+
+TEST(SerialDispatchQueueTest, AThreadThatComesAfterTheQueueIsNotTakenForIt) {
+    SerialDispatchQueue queue("queue");
+    queue.post([] {});
+    queue.stop(inTime());
+    // The system likes to give the ended thread's id to the next one.
+    for (int i = 0; i < 20; ++i) {
+        bool isCurrent = true;
+        std::thread([&] { isCurrent = queue.isCurrent(); }).join();
+        EXPECT_FALSE(isCurrent);
+    }
+}
+
+TEST(SerialDispatchQueueTest, SeveralThreadsMayStopIt) {
+    for (int round = 0; round < 50; ++round) {
+        SerialDispatchQueue queue("queue");
+        std::atomic<int> runs = 0;
+        for (int i = 0; i < 10; ++i) queue.post([&runs] { ++runs; });
+        std::vector<std::thread> stoppers;
+        for (int i = 0; i < 3; ++i) stoppers.emplace_back([&queue] { queue.stop(inTime()); });
+        for (auto& stopper : stoppers) stopper.join();
+        EXPECT_EQ(runs, 10);
+    }
+}
+
+TEST(SerialDispatchQueueTest, NothingRunsOnceStoppingHasReturned) {
+    for (int round = 0; round < 50; ++round) {
+        SerialDispatchQueue queue("queue");
+        std::atomic<bool> isStopped = false;
+        std::atomic<int> lateRuns = 0;
+        std::promise<void> posting;
+        std::thread poster([&] {
+            for (int i = 0; i < 200; ++i) {
+                queue.post([&] { lateRuns += isStopped ? 1 : 0; });
+                if (i == 20) posting.set_value();
+            }
+        });
+        posting.get_future().wait();
+        queue.stop(inTime());
+        isStopped = true;
+        poster.join();
+        EXPECT_EQ(lateRuns, 0);
+    }
+}
+
+TEST(SerialDispatchQueueTest, ATaskMayStopItsQueueAndIsTheLastOne) {
+    SerialDispatchQueue queue("queue");
+    int runs = 0;
+    std::promise<void> gate;
+    queue.post([&] {
+        gate.get_future().wait();
+        queue.stop(inTime());
+        ++runs;
+    });
+    queue.post([&runs] { runs += 100; });
+    gate.set_value();
+    ASSERT_TRUE(queue.waitUntilIdle(inTime()));
+    EXPECT_EQ(runs, 1);
+}
+
+TEST(SerialDispatchQueueTest, WhatATaskHoldsIsGoneBeforeTheQueueIsIdle) {
+    SerialDispatchQueue queue("queue");
+    auto held = std::make_shared<int>(1);
+    const std::weak_ptr<int> seen = held;
+    queue.post([held = std::move(held)] {});
+    ASSERT_TRUE(queue.waitUntilIdle(inTime()));
+    EXPECT_TRUE(seen.expired());
+}
+
+TEST(SerialDispatchQueueTest, ADroppedTaskMayUseTheQueueWhileItIsDestroyed) {
+    struct Asking {
+        explicit Asking(SerialDispatchQueue& asked) : queue(asked) {}
+        Asking(const Asking&) = delete;
+        Asking& operator=(const Asking&) = delete;
+        ~Asking() {
+            queue.post([] {});
+        }
+        SerialDispatchQueue& queue;
+    };
+    SerialDispatchQueue queue("queue");
+    queue.postAfter(3600, [asking = std::make_shared<Asking>(queue)] {});
+    queue.stop(inTime());
+    EXPECT_TRUE(queue.isIdle());
 }
 
 TEST(SerialDispatchQueueTest, ManyThreadsMayPost) {

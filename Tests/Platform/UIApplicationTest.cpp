@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <thread>
+
 #include "Platform/NSNotificationCenter.h"
 
 namespace vorlane {
@@ -97,6 +99,56 @@ TEST_F(UIApplicationTest, ExpiryRunsEachHandlerOnceAndEndsTheTasks) {
     EXPECT_EQ(application.events,
               (std::vector<std::string>{"begin own", "begin lazy", "begin bare", "expired own", "end own",
                                         "expired lazy", "end lazy", "expired bare", "end bare"}));
+}
+
+TEST_F(UIApplicationTest, ATaskThatAHandlerBeginsDoesNotExpireWithTheOthers) {
+    UIBackgroundTaskIdentifier begun = 0;
+    application.beginBackgroundTaskWithName("first", [&] {
+        begun = application.beginBackgroundTaskWithName("second", [] { ADD_FAILURE() << "expired"; });
+    });
+    application.expireBackgroundTasks();
+    EXPECT_EQ(application.backgroundTasks(), (std::map<UIBackgroundTaskIdentifier, std::string>{{begun, "second"}}));
+}
+
+TEST_F(UIApplicationTest, TheHooksMayAskForTheTasks) {
+    class AskingApplication : public PlainApplication {
+    public:
+        using PlainApplication::PlainApplication;
+        std::vector<std::size_t> counts;
+
+    protected:
+        void backgroundTaskDidBegin(UIBackgroundTaskIdentifier, const std::string&) override { note(); }
+        void backgroundTaskDidEnd(UIBackgroundTaskIdentifier, const std::string&) override { note(); }
+        void backgroundTaskDidExpire(UIBackgroundTaskIdentifier, const std::string&) override { note(); }
+
+    private:
+        void note() { counts.push_back(backgroundTasks().size()); }
+    };
+    AskingApplication asking(center);
+    asking.beginBackgroundTaskWithName("task", nullptr);
+    asking.expireBackgroundTasks();
+    EXPECT_EQ(asking.counts, (std::vector<std::size_t>{1, 1, 0}));
+}
+
+TEST_F(UIApplicationTest, ThreadsMayBeginAndEndTasksAtOnce) {
+    class QuietApplication : public UIApplication {
+    public:
+        using UIApplication::UIApplication;
+        void registerForRemoteNotifications() override {}
+        void setMinimumBackgroundFetchInterval(TimeInterval /*seconds*/) override {}
+    };
+    QuietApplication quiet(center);
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&quiet] {
+            for (int round = 0; round < 200; ++round) {
+                quiet.endBackgroundTask(quiet.beginBackgroundTaskWithName("task", [] {}));
+            }
+        });
+    }
+    for (int round = 0; round < 50; ++round) quiet.expireBackgroundTasks();
+    for (auto& thread : threads) thread.join();
+    EXPECT_TRUE(quiet.backgroundTasks().empty());
 }
 
 TEST_F(UIApplicationTest, ATaskThatAnotherOnesHandlerEndsDoesNotExpire) {
