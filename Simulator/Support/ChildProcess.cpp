@@ -3,7 +3,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
-#include <spawn.h>
+#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -41,25 +41,30 @@ std::array<int, 2> makeSocketPair() {
 
 int statusOf(int status) { return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status); }
 
+/// The new process's part: its standard streams, its end with ours, and the program. Only what is safe after a fork.
+[[noreturn]] void becomeProgram(char* const* argv, int input, int output) {
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    ::dup2(input, STDIN_FILENO);
+    ::dup2(output, STDOUT_FILENO);
+    ::execvp(argv[0], argv);
+    ::_exit(127);
+}
+
 }  // namespace
 
 ChildProcess::ChildProcess(const std::vector<std::string>& arguments) {
     auto input = makeSocketPair();
     auto output = makePipe();
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, input[0], STDIN_FILENO);
-    posix_spawn_file_actions_adddup2(&actions, output[1], STDOUT_FILENO);
     std::vector<char*> argv;
     for (const auto& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
     argv.push_back(nullptr);
-    const int failed = posix_spawnp(&process_, argv[0], &actions, nullptr, argv.data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
+    process_ = ::fork();
+    if (process_ == 0) becomeProgram(argv.data(), input[0], output[1]);
     closeDescriptor(input[0]);
     closeDescriptor(output[1]);
     input_ = input[1];
     output_ = output[0];
-    if (failed == 0) return;
+    if (process_ > 0) return;
     closeDescriptor(input_);
     closeDescriptor(output_);
     throw std::runtime_error("cannot start " + arguments.front());

@@ -13,7 +13,8 @@ namespace vorlane::support {
 /// error is this program's. Killed with the object when it still runs. One thread.
 class ChildProcess {
 public:
-    /// Throws std::runtime_error when the program cannot be started.
+    /// A program that cannot be found ends at once with status 127. Throws std::runtime_error when no process can be
+    /// made.
     explicit ChildProcess(const std::vector<std::string>& arguments);
     ~ChildProcess();
     ChildProcess(const ChildProcess&) = delete;

@@ -41,8 +41,7 @@ Value ServiceProcess::post(const std::string& path, const Value& body) const { r
 void ServiceProcess::remove(const std::string& path) const { ask("DELETE", path, std::nullopt); }
 
 Array ServiceProcess::requests(const std::string& endpoint) const {
-    const auto answer = get("requests?endpoint=" + endpoint);
-    if (answer.is_array()) return answer.get_ref<const Array&>();
+    const auto answer = get(endpoint.empty() ? "requests" : "requests?endpoint=" + endpoint);
     const auto* requests = answer.is_object() ? arrayForKey(answer.get_ref<const Dictionary&>(), "requests") : nullptr;
     return requests ? *requests : Array();
 }

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <vector>
+
+#include "Simulator/Demo/Stage.h"
+
+namespace vorlane::demo {
+
+/// One part of the day: what happens, and what is promised of it.
+struct Chapter {
+    const char* title;
+    void (*play)(Stage& stage);
+};
+
+/// The whole day in order. A new chapter is a file of its own and a line here.
+std::vector<Chapter> allChapters();
+
+void playLaunch(Stage& stage);
+void playEvents(Stage& stage);
+void playTags(Stage& stage);
+void playAnotherUser(Stage& stage);
+void playAwayAndBack(Stage& stage);
+void playWithoutNetwork(Stage& stage);
+
+}  // namespace vorlane::demo
