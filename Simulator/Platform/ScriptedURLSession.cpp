@@ -12,7 +12,8 @@ namespace vorlane {
 
 namespace {
 
-constexpr std::chrono::seconds kPatience{10};
+// Long enough for the largest answers in the slowest builds; only a hang takes it up.
+constexpr std::chrono::seconds kPatience{100};
 
 /// What a request gets: bytes with a status, something else than HTTP, nothing, or an error.
 struct Answer {

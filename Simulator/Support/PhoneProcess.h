@@ -20,6 +20,8 @@ public:
     Dictionary answerTo(Dictionary line);
     /// The same for a line as it stands, JSON or not.
     Dictionary answerToText(const std::string& line);
+    /// Sends a line and does not wait for its answer.
+    void send(const std::string& line) { process_.writeLine(line); }
     /// The value of the answer. Throws std::runtime_error when it is an exception or an error.
     Value perform(Dictionary line);
     /// A class operation by its labelled name.

@@ -63,7 +63,9 @@ std::shared_ptr<const VLLog::Loggers> VLLog::loggersSnapshot() const {
 void VLLog::logMessage(std::string message, std::optional<Value> payload, VLLogLevel level) {
     if (level > logLevel()) return;
     queue_->post([this, message = std::move(message), payload = std::move(payload), level] {
-        for (const auto& logger : *loggersSnapshot()) callLogger(*logger, message, payload, level);
+        // Held while it is walked: a sink may change the list.
+        const auto loggers = loggersSnapshot();
+        for (const auto& logger : *loggers) callLogger(*logger, message, payload, level);
     });
 }
 

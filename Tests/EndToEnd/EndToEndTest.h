@@ -1,0 +1,72 @@
+#pragma once
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Simulator/Support/PhoneProcess.h"
+#include "Simulator/Support/ServiceProcess.h"
+
+namespace vorlane {
+
+/// A scene with a service that runs, and a folder for phones. Both programs are real processes.
+class EndToEndTest : public ::testing::Test {
+protected:
+    EndToEndTest() : folder_((std::filesystem::temp_directory_path() / "vorlane-end-XXXXXX").string()) {
+        if (!mkdtemp(folder_.data())) ADD_FAILURE() << "no folder";
+    }
+    ~EndToEndTest() override {
+        phone.reset();
+        std::filesystem::remove_all(folder_);
+    }
+
+    static std::string appKey() { return "0123456789abcdef0123456789abcdef"; }
+    std::string path(const std::string& name) const { return folder_ + "/" + name; }
+
+    /// A phone whose endpoints are the service's, with a virtual clock and the files of the one before.
+    void startPhone(const std::vector<std::string>& further = {}) {
+        std::vector<std::string> options{"--data-dir",     path("phone"), "--service",
+                                         service.origin(), "--clock",     "virtual"};
+        options.insert(options.end(), further.begin(), further.end());
+        phone = std::make_unique<support::PhoneProcess>(VORLANE_PHONE, options);
+    }
+
+    void launch() {
+        phone->perform({{"do", "launch"}, {"preset", "development"}, {"options", Dictionary{{"appKey", appKey()}}}});
+    }
+    void state(const std::string& to) { phone->perform({{"do", "state"}, {"to", to}}); }
+
+    /// The payload of the last request at an endpoint, once nothing is under way.
+    Value lastPayload(const std::string& endpoint) {
+        phone->settle();
+        const auto requests = service.requests(endpoint);
+        return requests.empty() ? Value() : requests.back()["payload"];
+    }
+
+    /// What the last completion handler received.
+    Value lastResult() {
+        phone->settle();
+        const auto results = phone->events("result");
+        return results.empty() ? Value() : results.back().at("values");
+    }
+
+    int countLog(const std::string& start) const {
+        int count = 0;
+        for (const auto& event : phone->events("log")) {
+            count += event.at("message").get<std::string>().starts_with(start) ? 1 : 0;
+        }
+        return count;
+    }
+
+    support::ServiceProcess service{VORLANE_SERVICE};
+    std::unique_ptr<support::PhoneProcess> phone;
+
+private:
+    std::string folder_;
+};
+
+}  // namespace vorlane
