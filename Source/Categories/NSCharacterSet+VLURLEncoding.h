@@ -18,7 +18,8 @@ const NSCharacterSet& alphanumericCharacterSet();
 
 /// `stringByAddingPercentEncodingWithAllowedCharacters:`
 std::string stringByAddingPercentEncoding(const std::string& text, const NSCharacterSet& allowed);
-/// `stringByRemovingPercentEncoding`; nothing when a "%" is not followed by two hexadecimal digits, or the result is not UTF-8.
+/// `stringByRemovingPercentEncoding`; nothing when a "%" is not followed by two hexadecimal digits, or the result is
+/// not UTF-8.
 std::optional<std::string> stringByRemovingPercentEncoding(const std::string& text);
 
 }  // namespace vorlane

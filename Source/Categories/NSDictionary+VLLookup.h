@@ -8,8 +8,8 @@
 
 namespace vorlane {
 
-/// Typed look-ups in what comes from outside: a value of the wrong kind reads as absent. The pointers live as long as the dictionary
-/// is left alone.
+/// Typed look-ups in what comes from outside: a value of the wrong kind reads as absent. The pointers live as long as
+/// the dictionary is left alone.
 const Value* valueForKey(const Dictionary& dictionary, const std::string& key);
 std::optional<std::string> stringForKey(const Dictionary& dictionary, const std::string& key);
 /// Any number; a boolean is not one.

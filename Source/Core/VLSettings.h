@@ -13,13 +13,16 @@ namespace vorlane {
 
 class UIDevice;
 
-/// The one store of the library's state: identities, the notification hash, the push token, session counters, geofencing values.
+/// The one store of the library's state: identities, the notification hash, the push token, session counters,
+/// geofencing values.
 ///
-/// Kept in memory and in "VLLibSettings.plist" in the documents folder, which is rewritten whole on every change. Any thread; each
-/// read, and each write with its file rewrite, is one step under the store's lock. A stored value of the wrong kind reads as absent.
+/// Kept in memory and in "VLLibSettings.plist" in the documents folder, which is rewritten whole on every change. Any
+/// thread; each read, and each write with its file rewrite, is one step under the store's lock. A stored value of the
+/// wrong kind reads as absent.
 class VLSettings {
 public:
-    /// Reads the file. A missing one is written at once; one that cannot be parsed is first kept with the suffix ".corrupt".
+    /// Reads the file. A missing one is written at once; one that cannot be parsed is first kept with the suffix
+    /// ".corrupt".
     explicit VLSettings(std::shared_ptr<UIDevice> device);
 
     /// `getSettingsValueForKey:`

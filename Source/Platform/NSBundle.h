@@ -22,8 +22,8 @@ public:
     /// The text under "CFBundleIdentifier"; nothing when there is none.
     std::optional<std::string> bundleIdentifier() const;
 
-    /// `pathForResource:ofType:` finds `name`.`type` in the resource folder; nothing when there is no such file, or when the name
-    /// leads out of the folder.
+    /// `pathForResource:ofType:` finds `name`.`type` in the resource folder; nothing when there is no such file, or
+    /// when the name leads out of the folder.
     std::optional<std::string> pathForResource(const std::string& name, const std::string& type) const;
 
 private:

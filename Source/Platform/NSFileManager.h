@@ -14,9 +14,10 @@ public:
     /// The whole file; nothing when it cannot be read or is longer than 64 MiB.
     static std::optional<Data> contentsAtPath(const std::string& path);
 
-    /// `writeToFile:atomically:` replaces the file whole: a temporary file in the same folder, flushed to disk, then renamed. After
-    /// a kill or a power cut at any instant the path holds the old bytes or the new ones. The folder is made when missing.
-    /// Returns whether it succeeded; after a failure the old file stands and no temporary file is left.
+    /// `writeToFile:atomically:` replaces the file whole: a temporary file in the same folder, flushed to disk, then
+    /// renamed. After a kill or a power cut at any instant the path holds the old bytes or the new ones. The folder is
+    /// made when missing. Returns whether it succeeded; after a failure the old file stands and no temporary file is
+    /// left.
     static bool writeToFile(const Data& bytes, const std::string& path);
 
     /// Makes the folder and its parents; true when it is there afterwards.
@@ -27,8 +28,8 @@ public:
 
     static bool fileExistsAtPath(const std::string& path);
 
-    /// When the item was made, in seconds since 1970: its birth time, or the earliest of its other times where the file system
-    /// keeps none. Nothing when it cannot be read.
+    /// When the item was made, in seconds since 1970: its birth time, or the earliest of its other times where the file
+    /// system keeps none. Nothing when it cannot be read.
     static std::optional<double> creationDateOfItemAtPath(const std::string& path);
 };
 

@@ -22,7 +22,8 @@ public:
     using Token = std::uint64_t;
     using Observer = std::function<void(const NSNotification&)>;
 
-    /// Calls `observer` for each notification of that name until the token is removed. Observers run in the order they were added.
+    /// Calls `observer` for each notification of that name until the token is removed. Observers run in the order they
+    /// were added.
     Token addObserver(std::string name, Observer observer);
 
     /// An unknown token is ignored. A post under way on another thread may still reach the observer once.

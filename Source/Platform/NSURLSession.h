@@ -68,15 +68,15 @@ struct NSURLSessionConfiguration {
 class VORLANE_EXPORT NSURLSession {
 public:
     /// Either an error, or a response and its body (nothing when there were no bytes).
-    using CompletionHandler = std::function<void(std::optional<Data> data, std::shared_ptr<const NSURLResponse> response,
-                                                 std::optional<NSError> error)>;
+    using CompletionHandler = std::function<void(
+        std::optional<Data> data, std::shared_ptr<const NSURLResponse> response, std::optional<NSError> error)>;
 
     virtual ~NSURLSession();
 
     /// `dataTaskWithRequest:completionHandler:` makes a task for the request.
     ///
-    /// The handler runs exactly once after `resume()`, on the session's own serial queue, one handler after another. A task that
-    /// was resumed lives until then, whether or not the caller keeps it. Errors are in `NSURLErrorDomain`.
+    /// The handler runs exactly once after `resume()`, on the session's own serial queue, one handler after another. A
+    /// task that was resumed lives until then, whether or not the caller keeps it. Errors are in `NSURLErrorDomain`.
     virtual std::shared_ptr<NSURLSessionDataTask> dataTaskWithRequest(NSURLRequest request,
                                                                       CompletionHandler completionHandler) = 0;
 };

@@ -7,12 +7,14 @@
 
 namespace vorlane {
 
-/// Runs every reset that `ProcessWide` objects asked for, newest first, and forgets them. Called when a platform is installed.
+/// Runs every reset that `ProcessWide` objects asked for, newest first, and forgets them. Called when a platform is
+/// installed.
 void resetProcessWideObjects();
 void resetWhenPlatformChanges(void (*reset)(void* object), void* object);
 
-/// One T for the whole process: made on first use, exactly once, and never destroyed at process exit, so no order of static
-/// destruction can crash a host. Installing another platform drops it. To be a static with constant initialisation.
+/// One T for the whole process: made on first use, exactly once, and never destroyed at process exit, so no order of
+/// static destruction can crash a host. Installing another platform drops it. To be a static with constant
+/// initialisation.
 template <class T>
 class ProcessWide {
 public:

@@ -27,8 +27,9 @@ public:
     /// Waits until `isIdle()` or the deadline; returns whether it is idle. Not to be called from the queue itself.
     bool waitUntilIdle(std::chrono::steady_clock::time_point deadline) const;
 
-    /// Runs what is queued until the deadline, drops the rest and delayed tasks, and joins the thread. Later posts are dropped.
-    /// A task that still runs at the deadline is left to end by itself on its detached thread; nothing runs after it.
+    /// Runs what is queued until the deadline, drops the rest and delayed tasks, and joins the thread. Later posts are
+    /// dropped. A task that still runs at the deadline is left to end by itself on its detached thread; nothing runs
+    /// after it.
     void stop(std::chrono::steady_clock::time_point deadline);
 
 private:

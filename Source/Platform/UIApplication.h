@@ -20,7 +20,8 @@ enum class UIApplicationState : std::int64_t { active = 0, inactive = 1, backgro
 
 inline constexpr const char* UIApplicationDidBecomeActiveNotification = "UIApplicationDidBecomeActiveNotification";
 inline constexpr const char* UIApplicationWillResignActiveNotification = "UIApplicationWillResignActiveNotification";
-inline constexpr const char* UIApplicationDidEnterBackgroundNotification = "UIApplicationDidEnterBackgroundNotification";
+inline constexpr const char* UIApplicationDidEnterBackgroundNotification =
+    "UIApplicationDidEnterBackgroundNotification";
 inline constexpr const char* UIApplicationWillEnterForegroundNotification =
     "UIApplicationWillEnterForegroundNotification";
 inline constexpr const char* UIApplicationWillTerminateNotification = "UIApplicationWillTerminateNotification";
@@ -28,7 +29,8 @@ inline constexpr const char* UIApplicationWillTerminateNotification = "UIApplica
 /// Launch options: the payload (a dictionary) of the remote notification that opened the application.
 inline constexpr const char* UIApplicationLaunchOptionsRemoteNotificationKey =
     "UIApplicationLaunchOptionsRemoteNotificationKey";
-/// Launch options: the local notification that opened the application, as `UILocalNotification::toDictionary()` gives it.
+/// Launch options: the local notification that opened the application, as `UILocalNotification::toDictionary()` gives
+/// it.
 inline constexpr const char* UIApplicationLaunchOptionsLocalNotificationKey =
     "UIApplicationLaunchOptionsLocalNotificationKey";
 
@@ -55,10 +57,11 @@ public:
     /// Leaves the state as it is.
     void willTerminate();
 
-    /// `beginBackgroundTaskWithName:expirationHandler:` asks for time to finish a piece of work after the application has left the
-    /// foreground. Each task is ended once with `endBackgroundTask()`. The handler may be empty; it runs on the main queue if the
-    /// time runs out first, and ends the task. Any thread.
-    UIBackgroundTaskIdentifier beginBackgroundTaskWithName(const std::string& name, std::function<void()> expirationHandler);
+    /// `beginBackgroundTaskWithName:expirationHandler:` asks for time to finish a piece of work after the application
+    /// has left the foreground. Each task is ended once with `endBackgroundTask()`. The handler may be empty; it runs
+    /// on the main queue if the time runs out first, and ends the task. Any thread.
+    UIBackgroundTaskIdentifier beginBackgroundTaskWithName(const std::string& name,
+                                                           std::function<void()> expirationHandler);
     UIBackgroundTaskIdentifier beginBackgroundTaskWithExpirationHandler(std::function<void()> expirationHandler);
 
     /// An unknown identifier is ignored. Any thread.

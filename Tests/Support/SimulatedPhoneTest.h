@@ -11,10 +11,12 @@
 
 namespace vorlane {
 
-/// A scene with one simulated phone, installed as the platform: virtual clock, scripted network, every log line recorded.
+/// A scene with one simulated phone, installed as the platform: virtual clock, scripted network, every log line
+/// recorded.
 class SimulatedPhoneTest : public ::testing::Test {
 protected:
-    explicit SimulatedPhoneTest(SimulatedPhone::Options options = {}) : phone_(std::make_shared<SimulatedPhone>(options)) {
+    explicit SimulatedPhoneTest(SimulatedPhone::Options options = {})
+        : phone_(std::make_shared<SimulatedPhone>(options)) {
         Platform::install(phone_);
         VLLog::sharedInstance().setLogLevel(VLLogLevel::Debug);
         VLLog::sharedInstance().addLogger(logger_);
