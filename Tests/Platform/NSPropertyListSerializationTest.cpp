@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <limits>
+#include <utility>
 
 #include "Platform/NSFileManager.h"
 #include "Tests/Platform/CommaLocale.h"
@@ -37,6 +38,17 @@ protected:
         return {bytes.begin(), bytes.end()};
     }
 };
+
+/// Moved level by level: a braced list would copy what is inside each time.
+Value nestedArrays(int levels) {
+    Value nested = Array();
+    for (int level = 1; level < levels; ++level) {
+        Array outer;
+        outer.push_back(std::move(nested));
+        nested = std::move(outer);
+    }
+    return nested;
+}
 
 const Value kEverything = Dictionary{{"string", "caf\u00e9 <&> \"quoted\"\n\ttabbed"},
                                      {"empty", ""},
@@ -93,11 +105,7 @@ TEST_F(NSPropertyListSerializationTest, LineEndsAndRareCharactersComeBack) {
 TEST_F(NSPropertyListSerializationTest, AThousandEmptyArraysAreNoNesting) {
     const Value flat = Array(1000, Array());
     EXPECT_EQ(roundTrip(flat), flat);
-    const Value deepest = [] {
-        Value nested = Array();
-        for (int level = 1; level < 512; ++level) nested = Array{std::move(nested)};
-        return nested;
-    }();
+    const Value deepest = nestedArrays(512);
     EXPECT_EQ(roundTrip(deepest), deepest);
 }
 
@@ -227,9 +235,8 @@ TEST_F(NSPropertyListSerializationTest, ListsNestedTooDeepGiveNothing) {
 }
 
 TEST_F(NSPropertyListSerializationTest, WhatIsTooDeepIsLeftOutWhenWriting) {
-    Value deep = 1;
-    for (int i = 0; i < 2000; ++i) deep = Array{std::move(deep)};
-    const auto back = roundTrip(Dictionary{{"deep", deep}, {"kept", 1}});
+    const Value root = Dictionary{{"deep", nestedArrays(2000)}, {"kept", 1}};
+    const auto back = roundTrip(root);
     ASSERT_TRUE(back);
     EXPECT_EQ((*back)["kept"], Value(1));
 }
