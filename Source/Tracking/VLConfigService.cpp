@@ -21,6 +21,17 @@ const Dictionary* sectionOf(const std::shared_ptr<const Dictionary>& config, con
     return config ? dictionaryForKey(*config, key) : nullptr;
 }
 
+/// The document as a later read of the cache gives it: without null, and without the few characters that the file
+/// cannot carry. A launch without a network then finds exactly what was in force.
+Dictionary asCached(Dictionary config) {
+    Value document(std::move(config));
+    vl_removeNulls(document);
+    auto readBack =
+        NSPropertyListSerialization::propertyListWithData(NSPropertyListSerialization::dataWithPropertyList(document));
+    if (readBack && readBack->is_object()) document = std::move(*readBack);
+    return std::move(document.get_ref<Dictionary&>());
+}
+
 }  // namespace
 
 VLConfigService::VLConfigService(std::shared_ptr<VLSettings> settings, std::shared_ptr<VLURLBuilder> urlBuilder,
@@ -44,10 +55,7 @@ void VLConfigService::loadConfigWithCompletion(LoadHandler completionHandler) {
 }
 
 void VLConfigService::configFetched(Dictionary config, const LoadHandler& completionHandler) {
-    // A property list cannot hold null: dropped now, memory and file agree.
-    Value document(std::move(config));
-    vl_removeNulls(document);
-    const auto inForce = std::make_shared<const Dictionary>(std::move(document.get_ref<Dictionary&>()));
+    const auto inForce = std::make_shared<const Dictionary>(asCached(std::move(config)));
     setConfigDictonary(inForce);
     NSPropertyListSerialization::writeToFile(*inForce, getFilePath());
     logMessage(VLLogLevel::Info, "Successfully loaded config from remote server");

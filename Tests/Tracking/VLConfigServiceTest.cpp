@@ -3,11 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <limits>
 #include <thread>
 
 #include "Platform/NSFileManager.h"
 #include "Platform/NSPropertyListSerialization.h"
 #include "Public/VLConstants.h"
+#include "Public/VLLog.h"
 #include "Tests/Tracking/HostileBodies.h"
 #include "Tests/Tracking/TrackingTest.h"
 
@@ -18,6 +20,7 @@ namespace {
 using LoadStatus = VLConfigService::LoadStatus;
 
 const std::string kPath = "/config/application/ios/";
+const std::string kHandlerRan = "the handler ran";
 const std::string kDocument =
     R"({"services":{"geo_regions":true,"beacon":false,"rich_inbox":1},)"
     R"("configs":{"rich_inbox":{"sync_time_limit_s":30,"text":"30","flag":true,"half":2.5}}})";
@@ -49,6 +52,19 @@ protected:
         return loaded;
     }
 
+    VLConfigService::LoadHandler loggingHandler() {
+        return [](LoadStatus) { logMessage(VLLogLevel::Info, kHandlerRan); };
+    }
+
+    /// What was logged, in order, but for the lines of the HTTP layer.
+    std::vector<std::string> linesAboutConfig() {
+        std::vector<std::string> found;
+        for (const auto& line : log().lines()) {
+            if (!line.message.starts_with("RQST") && !line.message.starts_with("RSPN")) found.push_back(line.message);
+        }
+        return found;
+    }
+
     void writeCache(const std::string& text) {
         ASSERT_TRUE(NSFileManager::writeToFile(Data(text.begin(), text.end()), documentsPath("VLConfig.plist")));
     }
@@ -69,11 +85,19 @@ TEST_F(VLConfigServiceTest, TheServiceNamesAreTheConfigurationsWords) {
     EXPECT_STREQ(VLCONFIGSERVICEINBOX, "rich_inbox");
 }
 
+TEST_F(VLConfigServiceTest, TheStatusesAreTheNumbers0To2) {
+    EXPECT_EQ(static_cast<std::int64_t>(LoadStatus::fetched), 0);
+    EXPECT_EQ(static_cast<std::int64_t>(LoadStatus::cached), 1);
+    EXPECT_EQ(static_cast<std::int64_t>(LoadStatus::unavailable), 2);
+}
+
 TEST_F(VLConfigServiceTest, ALoadIsOneGetWithTheIdentities) {
     service->loadConfigWithCompletion(nullptr);
     const auto request = session().lastRequest();
     EXPECT_EQ(request.request.HTTPMethod, "GET");
     EXPECT_EQ(request.request.URL, urlBuilder->configURL());
+    EXPECT_EQ(session().requests().size(), 1U);
+    EXPECT_FALSE(request.request.HTTPBody);
     EXPECT_TRUE(request.request.URL.absoluteString().ends_with(
         "/config/application/ios/K?sdkVersion=2.0.1&trackingId=T&deviceId=" + settings->deviceId()));
 }
@@ -114,6 +138,65 @@ TEST_F(VLConfigServiceTest, ALaterLaunchOfflineTakesTheCachedConfiguration) {
     EXPECT_EQ(lines[0].payload, Value::parse(kDocument));
 }
 
+TEST_F(VLConfigServiceTest, AFetchIsLoggedBeforeTheHandlerRuns) {
+    service->loadConfigWithCompletion(loggingHandler());
+    session().answer(kPath, 200, kDocument);
+    EXPECT_EQ(linesAboutConfig(),
+              (std::vector<std::string>{"Successfully loaded config from remote server", kHandlerRan}));
+}
+
+TEST_F(VLConfigServiceTest, TheHandlerRunsBeforeTheCachedConfigurationIsLogged) {
+    loadAnswered(kDocument);
+    log().clear();
+    service->loadConfigWithCompletion(loggingHandler());
+    session().fail(kPath);
+    EXPECT_EQ(linesAboutConfig(),
+              (std::vector<std::string>{
+                  kHandlerRan, "Couldn't fetch config from remote server, config loaded from local cache instead.",
+                  "Cached config payload:"}));
+}
+
+TEST_F(VLConfigServiceTest, TheHandlerRunsBeforeTheMissingConfigurationIsLogged) {
+    service->loadConfigWithCompletion(loggingHandler());
+    session().fail(kPath);
+    EXPECT_EQ(linesAboutConfig(),
+              (std::vector<std::string>{kHandlerRan,
+                                        "Failed to fetch config from remote server and no config is cached locally."}));
+}
+
+TEST_F(VLConfigServiceTest, AnEmptyObjectIsAConfigurationAsWell) {
+    EXPECT_EQ(loadAnswered("{}"), LoadStatus::fetched);
+    ASSERT_TRUE(service->configDictonary());
+    service = makeService();
+    EXPECT_EQ(loadOffline(), LoadStatus::cached);
+    ASSERT_TRUE(service->configDictonary());
+    EXPECT_TRUE(service->configDictonary()->empty());
+}
+
+TEST_F(VLConfigServiceTest, ALoadWithoutAHandlerTakesEffectAllTheSame) {
+    service->loadConfigWithCompletion(nullptr);
+    session().fail(kPath);
+    EXPECT_EQ(service->configDictonary(), nullptr);
+    service->loadConfigWithCompletion(nullptr);
+    session().answer(kPath, 200, kDocument);
+    EXPECT_TRUE(service->serviceEnabled(VLCONFIGSERVICEGEO));
+    service->loadConfigWithCompletion(nullptr);
+    session().fail(kPath);
+    EXPECT_TRUE(service->serviceEnabled(VLCONFIGSERVICEGEO));
+}
+
+TEST_F(VLConfigServiceTest, LoadsSideBySideEachTellTheirCallerAndTheLastAnswerHolds) {
+    std::vector<LoadStatus> statuses;
+    for (int i = 0; i < 2; ++i) {
+        service->loadConfigWithCompletion([&](LoadStatus status) { statuses.push_back(status); });
+    }
+    session().answer(kPath, 200, kDocument);
+    session().answer(kPath, 200, R"({"services":{"beacon":true}})");
+    EXPECT_EQ(statuses, (std::vector{LoadStatus::fetched, LoadStatus::fetched}));
+    EXPECT_TRUE(service->serviceEnabled(VLCONFIGSERVICEBEACON));
+    EXPECT_FALSE(service->serviceEnabled(VLCONFIGSERVICEGEO));
+}
+
 TEST_F(VLConfigServiceTest, AServerErrorLeadsToTheCacheAsWell) {
     loadAnswered(kDocument);
     EXPECT_EQ(loadAnswered(kDocument, 500), LoadStatus::cached);
@@ -140,6 +223,35 @@ TEST_F(VLConfigServiceTest, NullsAreDroppedInMemoryAsOnFile) {
                               {"configs", Dictionary{{"beacon", Dictionary{{"a", Array{1, 2}}}}}}};
     EXPECT_EQ(*service->configDictonary(), expected);
     EXPECT_EQ(cache(), expected);
+}
+
+TEST_F(VLConfigServiceTest, WhatTheFileCannotCarryIsNotInForceEither) {
+    for (const auto* entry :
+         {R"("k":"\u0001")", R"("k":"a\u0000b")", R"("k":"\ufffe")", R"("\u0001":1)", R"("a\u0000b":1)",
+          R"("\u0001":1,"\u0002":2)", R"("k":["\u0008",null,{"\u0008":null}])"}) {
+        EXPECT_EQ(loadAnswered(std::string("{") + entry + "}"), LoadStatus::fetched) << entry;
+        const auto fetched = *service->configDictonary();
+        EXPECT_EQ(cache(), fetched) << entry;
+        service = makeService();
+        EXPECT_EQ(loadOffline(), LoadStatus::cached) << entry;
+        EXPECT_EQ(*service->configDictonary(), fetched) << entry;
+    }
+    loadAnswered(R"({"k":"a\u0000b"})");
+    EXPECT_EQ(*service->configDictonary(), (Dictionary{{"k",
+                                                        "a\xEF\xBF\xBD"
+                                                        "b"}}));
+}
+
+TEST_F(VLConfigServiceTest, NumbersAndTextsOfEveryKindComeBackFromTheFile) {
+    const std::string document = R"({"":"","unsigned":18446744073709551615,"least":-9223372036854775808,"real":0.1,)"
+                                 R"("small":5e-324,"great":1e308,"whole":5.0,"blanks":" a ","lines":"a\r\nb\rc\t",)"
+                                 R"("marks":"<&>]]>","emoji":"\ud83d\ude00","empty":[{},[]],"flags":[true,false]})";
+    loadAnswered(document);
+    const auto expected = Value::parse(document).get_ref<const Dictionary&>();
+    EXPECT_EQ(*service->configDictonary(), expected);
+    service = makeService();
+    EXPECT_EQ(loadOffline(), LoadStatus::cached);
+    EXPECT_EQ(*service->configDictonary(), expected);
 }
 
 TEST_F(VLConfigServiceTest, ADocumentWithoutServicesEnablesNothing) {
@@ -193,28 +305,55 @@ TEST_F(VLConfigServiceTest, EveryBodyThatIsNoObjectLeadsToTheCache) {
     }
 }
 
-TEST_F(VLConfigServiceTest, ValuesOfAnotherKindAtEveryLevelReadAsAbsent) {
-    for (const auto* value : {"[]", "7", "null", "\"text\"", "true", "[[{}]]"}) {
-        for (const auto* frame :
-             {R"({"services":@,"configs":@})", R"({"services":{"beacon":@},"configs":{"beacon":@}})",
-              R"({"configs":{"beacon":{"key":@}}})"}) {
-            std::string body = frame;
-            for (auto place = body.find('@'); place != std::string::npos; place = body.find('@')) {
-                body.replace(place, 1, value);
-            }
-            EXPECT_EQ(loadAnswered(body), LoadStatus::fetched) << body;
-            service->serviceEnabled("beacon");
-            EXPECT_EQ(service->integerForService("beacon", "other", 5), 5) << body;
-            EXPECT_EQ(cache(), *service->configDictonary()) << body;
-        }
+TEST_F(VLConfigServiceTest, SectionsOfAnotherKindReadAsAbsent) {
+    for (const std::string value : {"[]", "7", "null", "\"text\"", "true", "[[{}]]"}) {
+        EXPECT_EQ(loadAnswered(R"({"services":)" + value + R"(,"configs":)" + value + "}"), LoadStatus::fetched);
+        EXPECT_FALSE(service->serviceEnabled("beacon")) << value;
+        EXPECT_FALSE(service->serviceConfig("beacon")) << value;
+        EXPECT_EQ(service->objectForService("beacon", "key", "default"), Value("default")) << value;
+        EXPECT_EQ(cache(), *service->configDictonary()) << value;
     }
 }
 
-TEST_F(VLConfigServiceTest, ADocument200LevelsDeepIsKept) {
-    loadAnswered(R"({"configs":{"beacon":)" + nestedJSON(200, R"({"a":)", "1", "}") + "}}");
-    service = makeService();
-    EXPECT_EQ(loadOffline(), LoadStatus::cached);
-    EXPECT_TRUE(service->serviceConfig("beacon"));
+TEST_F(VLConfigServiceTest, AServicesConfigurationOfAnotherKindReadsAsAbsent) {
+    for (const std::string value : {"[]", "7", "null", "\"text\"", "true", "[[{}]]"}) {
+        EXPECT_EQ(loadAnswered(R"({"configs":{"beacon":)" + value + "}}"), LoadStatus::fetched);
+        EXPECT_FALSE(service->serviceConfig("beacon")) << value;
+        EXPECT_EQ(service->integerForService("beacon", "key", 5), 5) << value;
+        EXPECT_EQ(cache(), *service->configDictonary()) << value;
+    }
+}
+
+TEST_F(VLConfigServiceTest, AValueThatIsNoNumberGivesWayToTheDefault) {
+    for (const std::string value : {"[]", "null", "\"7\"", "{}", "[[7]]"}) {
+        EXPECT_EQ(loadAnswered(R"({"configs":{"beacon":{"key":)" + value + "}}}"), LoadStatus::fetched);
+        EXPECT_EQ(service->integerForService("beacon", "key", 5), 5) << value;
+        EXPECT_EQ(service->numberForService("beacon", "key", 2.5), Value(2.5)) << value;
+    }
+}
+
+TEST_F(VLConfigServiceTest, ANumberBeyondTheIntegersIsHeldToTheirRange) {
+    loadAnswered(R"({"configs":{"beacon":{"great":1e300,"least":-1e300,"unsigned":18446744073709551615}}})");
+    EXPECT_EQ(service->integerForService("beacon", "great", 5), std::numeric_limits<std::int64_t>::max());
+    EXPECT_EQ(service->integerForService("beacon", "least", 5), std::numeric_limits<std::int64_t>::min());
+    EXPECT_EQ(service->integerForService("beacon", "unsigned", 5), std::numeric_limits<std::int64_t>::max());
+}
+
+TEST_F(VLConfigServiceTest, ADocumentIsCachedWholeUpToTheDeepestNesting) {
+    for (const int levels : {200, 510}) {
+        const auto document = R"({"configs":{"beacon":)" + nestedJSON(levels, R"({"a":)", "1", "}") + "}}";
+        EXPECT_EQ(loadAnswered(document), LoadStatus::fetched) << levels;
+        service = makeService();
+        EXPECT_EQ(loadOffline(), LoadStatus::cached) << levels;
+        EXPECT_EQ(*service->configDictonary(), Value::parse(document).get_ref<const Dictionary&>()) << levels;
+    }
+}
+
+TEST_F(VLConfigServiceTest, ADocumentNestedDeeperLeadsToTheCache) {
+    loadAnswered(kDocument);
+    const auto document = R"({"configs":{"beacon":)" + nestedJSON(511, R"({"a":)", "1", "}") + "}}";
+    EXPECT_EQ(loadAnswered(document), LoadStatus::cached);
+    EXPECT_TRUE(service->serviceEnabled(VLCONFIGSERVICEGEO));
 }
 
 TEST_F(VLConfigServiceTest, OfDuplicateKeysTheLastOneWins) {

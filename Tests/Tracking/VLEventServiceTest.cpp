@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <thread>
+#include <vector>
+
 #include "Public/VLErrorDomains.h"
 #include "Tests/Tracking/TrackingTest.h"
 
@@ -53,6 +57,51 @@ TEST_F(VLEventServiceTest, DataIsANestedObjectAndNoText) {
     EXPECT_EQ(lastRequest().payload(), expected(data, "given"));
 }
 
+TEST_F(VLEventServiceTest, TextsAndNothingCanBeGivenInAnyForm) {
+    const std::string text = "shoes";
+    const std::optional<std::string> label = text;
+    const std::optional<std::string> none;
+    service->registerEventWithType("buy", text);
+    EXPECT_EQ(lastRequest().payload(), expected("shoes"));
+    service->registerEventWithType("buy", label, text);
+    EXPECT_EQ(lastRequest().payload(), expected("shoes", "shoes"));
+    service->registerEventWithType("buy", none, none);
+    EXPECT_EQ(lastRequest().payload(), expected(""));
+    service->registerEventWithType("buy", std::nullopt, "hash");
+    EXPECT_EQ(lastRequest().payload(), expected("", "hash"));
+    service->registerEventWithType("buy", Dictionary{{"a", 1}}, std::nullopt);
+    EXPECT_EQ(lastRequest().payload(), expected(Dictionary{{"a", 1}}));
+    service->registerEventWithType("buy", Value(Dictionary{{"a", 1}}), "hash", nullptr);
+    EXPECT_EQ(lastRequest().payload(), expected(Dictionary{{"a", 1}}, "hash"));
+}
+
+TEST_F(VLEventServiceTest, NoArgumentIsChecked) {
+    service->registerEventWithType("", "");
+    EXPECT_EQ(lastRequest().payload(), merged({{"event_type", ""}, {"event_label", ""}}, basicFields(true)));
+    settings->setPhash("stored");
+    service->registerEventWithType("buy", "shoes", "");
+    EXPECT_EQ(lastRequest().payload(), expected("shoes", ""));
+}
+
+TEST_F(VLEventServiceTest, EventsOfSeveralThreadsAreAllSentAndTold) {
+    std::atomic<int> calls = 0;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&] {
+            for (int j = 0; j < 25; ++j) {
+                service->registerEventWithType("buy", Value("shoes"), std::nullopt, [&](auto) { ++calls; });
+            }
+        });
+    }
+    for (auto& thread : threads) thread.join();
+    session().alwaysAnswer("register_app_event", 200);
+    EXPECT_TRUE(phone().settle());
+    EXPECT_EQ(calls, 100);
+    const auto requests = session().requests();
+    EXPECT_EQ(requests.size(), 100U);
+    for (const auto& request : requests) EXPECT_EQ(request.payload(), expected("shoes"));
+}
+
 TEST_F(VLEventServiceTest, AChangedTrackingIdIsToldInEveryEvent) {
     settings->setPrevTrackingId("before");
     service->registerEventWithType("buy", "shoes");
@@ -90,6 +139,24 @@ TEST_F(VLEventServiceTest, TheHandlerGetsTheErrorOfAFailedRequest) {
     ASSERT_TRUE(received);
     EXPECT_EQ(received->domain(), VLErrorDomainNetwork);
     EXPECT_EQ(received->code(), 500);
+    EXPECT_EQ(received->localizedDescription(), "Network request error with HTTP status code 500");
+}
+
+TEST_F(VLEventServiceTest, OfflineTheHandlerGetsTheErrorOfTheNetworkOnTheMainQueue) {
+    int calls = 0;
+    std::optional<NSError> received;
+    service->registerEventWithType("buy", std::nullopt, std::nullopt, [&](auto error) {
+        ++calls;
+        received = error;
+        EXPECT_TRUE(phone().mainQueue()->isCurrent());
+    });
+    session().fail("register_app_event");
+    EXPECT_EQ(calls, 0);
+    phone().runMainQueue();
+    EXPECT_EQ(calls, 1);
+    ASSERT_TRUE(received);
+    EXPECT_EQ(received->domain(), NSURLErrorDomain);
+    EXPECT_EQ(received->code(), -1009);
 }
 
 TEST_F(VLEventServiceTest, AnEventThatFailedIsNotSentAgain) {

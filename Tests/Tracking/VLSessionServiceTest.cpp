@@ -2,9 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <limits>
+#include <utility>
 
 #include "Platform/NSBundle.h"
+#include "Platform/NSURLSession.h"
 #include "Tests/Tracking/TrackingTest.h"
 
 namespace vorlane {
@@ -67,6 +70,7 @@ TEST_F(VLSessionServiceTest, AStartIsReportedWithEveryField) {
     service->sessionStart();
     const auto request = requestsTo("/0.8/session").at(0);
     EXPECT_EQ(request.request.HTTPMethod, "POST");
+    EXPECT_EQ(request.request.URL, urlBuilder->sessionStartURL());
     EXPECT_EQ(request.header("Content-Type"), "application/x-www-form-urlencoded");
     EXPECT_EQ(request.payload(), expected);
     EXPECT_TRUE(service->hasActiveSession());
@@ -78,7 +82,11 @@ TEST_F(VLSessionServiceTest, AnEndIsReportedWithTheSessionsOwnIdPhashAndFormerTr
     const auto expected =
         body({{"session_length", 30}, {"average_session_length", 30}, {"prev_tracking_id", "before"}});
     live(30);
-    EXPECT_EQ(endPayload(), expected);
+    const auto request = requestsTo("/0.8/session/end").at(0);
+    EXPECT_EQ(request.request.HTTPMethod, "POST");
+    EXPECT_EQ(request.request.URL, urlBuilder->sessionEndURL());
+    EXPECT_EQ(request.header("Content-Type"), "application/x-www-form-urlencoded");
+    EXPECT_EQ(request.payload(), expected);
     EXPECT_FALSE(service->hasActiveSession());
 }
 
@@ -152,6 +160,8 @@ TEST_F(VLSessionServiceTest, AnotherTrackingIdIsReportedWithTheOneBefore) {
     EXPECT_EQ(settings->prevTrackingId(), "T");
     const auto request = requestsTo("/0.8/session/tracking_id").at(0);
     EXPECT_EQ(request.request.HTTPMethod, "POST");
+    EXPECT_EQ(request.request.URL, urlBuilder->changeTrackingIdURL());
+    EXPECT_EQ(request.header("Content-Type"), "application/x-www-form-urlencoded");
     EXPECT_EQ(request.payload(), body({{"tracking_id", "new"}, {"prev_tracking_id", "T"}}));
 }
 
@@ -245,13 +255,88 @@ TEST_F(VLSessionServiceBareBundleTest, WhatTheBundleDoesNotTellIsLeftOut) {
     for (const auto* key : {"app_name", "app_version", "app_build"}) EXPECT_FALSE(payload.contains(key)) << key;
 }
 
-TEST_F(VLSessionServiceTest, AServiceWhoseCollaboratorsAreGoneDoesNothing) {
+TEST_F(VLSessionServiceTest, WithoutSettingsNothingIsSent) {
+    auto gone = std::make_shared<VLSettings>(phone().device());
+    VLSessionService orphan(gone, urlSession, urlBuilder, payloadBuilder, phone().mainBundle());
+    gone.reset();
+    orphan.sessionStart();
+    orphan.sessionEnd();
+    orphan.setTrackingID("new");
+    EXPECT_TRUE(session().requests().empty());
+    EXPECT_EQ(settings->trackingId(), "T");
+    EXPECT_EQ(settings->sessionCount(), 0);
+}
+
+TEST_F(VLSessionServiceTest, WithoutAURLBuilderNothingIsSentAndNoIdChanged) {
+    auto gone = std::make_shared<VLURLBuilder>(std::make_shared<VLURLsProduction>(), settings);
+    VLSessionService orphan(settings, urlSession, gone, payloadBuilder, phone().mainBundle());
+    gone.reset();
+    orphan.sessionStart();
+    orphan.sessionEnd();
+    orphan.setTrackingID("new");
+    EXPECT_TRUE(session().requests().empty());
+    EXPECT_EQ(settings->trackingId(), "T");
+}
+
+/// A network that tells when a request is made, before it is sent.
+class WatchedURLSession : public NSURLSession {
+public:
+    using Observer = std::function<void(const NSURLRequest& request)>;
+
+    WatchedURLSession(std::shared_ptr<NSURLSession> network, Observer observer)
+        : network_(std::move(network)), observer_(std::move(observer)) {}
+
+    std::shared_ptr<NSURLSessionDataTask> dataTaskWithRequest(NSURLRequest request,
+                                                              CompletionHandler completionHandler) override {
+        observer_(request);
+        return network_->dataTaskWithRequest(std::move(request), std::move(completionHandler));
+    }
+
+private:
+    const std::shared_ptr<NSURLSession> network_;
+    const Observer observer_;
+};
+
+TEST_F(VLSessionServiceTest, TheTotalsAreStoredBeforeTheEndIsSentAndTheSessionForgottenAfterIt) {
+    settings->setPhash("hash");
+    int ends = 0;
+    urlSession = std::make_shared<VLURLSession>(
+        std::make_shared<WatchedURLSession>(phone().makeURLSession({}),
+                                            [&](const NSURLRequest& request) {
+                                                if (request.URL.path() != "/0.8/session/end") return;
+                                                ++ends;
+                                                EXPECT_EQ(settings->sessionCount(), 1);
+                                                EXPECT_EQ(settings->totalSessionLength(), 10);
+                                                EXPECT_EQ(settings->phash(), "hash");
+                                                EXPECT_FALSE(service->hasActiveSession());
+                                            }),
+        phone().application());
+    service =
+        std::make_shared<VLSessionService>(settings, urlSession, urlBuilder, payloadBuilder, phone().mainBundle());
+    live(10);
+    EXPECT_EQ(ends, 1);
+    EXPECT_EQ(settings->phash(), std::nullopt);
+}
+
+TEST_F(VLSessionServiceTest, WhileASessionRunsBothLengthsAre0) {
+    live(20);
+    EXPECT_NEAR(service->sessionLength(), 20, 1e-6);
     service->sessionStart();
-    settings.reset();
-    urlBuilder.reset();
-    payloadBuilder.reset();
-    service.reset();
-    EXPECT_EQ(session().requests().size(), 1U);
+    phone().advance(5);
+    EXPECT_EQ(service->sessionLength(), 0);
+    EXPECT_EQ(service->averageSessionLength(), 0);
+    service->setTrackingID("new");
+    const auto payload = requestsTo("/0.8/session/tracking_id").at(0).payload();
+    EXPECT_EQ(payload["session_length"], Value(0));
+    EXPECT_EQ(payload["average_session_length"], Value(0));
+}
+
+TEST_F(VLSessionServiceTest, ABodyCanBeSentToAnyURLAndIsLoggedByTheHTTPLayerAlone) {
+    const auto expected = body({});
+    service->postSessionToUrl(*NSURL::URLWithString("https://example.test/elsewhere"));
+    EXPECT_EQ(requestsTo("/elsewhere").at(0).payload(), expected);
+    EXPECT_EQ(log().lines().size(), 1U);
+    EXPECT_EQ(log().linesContaining("RQST0001 POST https://example.test/elsewhere").size(), 1U);
 }
 
 }  // namespace

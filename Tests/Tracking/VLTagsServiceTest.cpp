@@ -2,6 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+#include <thread>
+#include <utility>
+#include <vector>
+
 #include "Platform/NSException.h"
 #include "Public/VLErrorDomains.h"
 #include "Tests/Tracking/HostileBodies.h"
@@ -161,6 +166,13 @@ TEST_F(VLTagsServiceTest, AValue200LevelsDeepComesAsItsDescription) {
     EXPECT_EQ(received.value, nested);
 }
 
+TEST_F(VLTagsServiceTest, AnAnswerNestedTooDeepIsAnError) {
+    getAnswered(R"({"value":)" + nestedJSON(512, "[", "", "]") + "}");
+    EXPECT_EQ(received.calls, 1);
+    EXPECT_EQ(received.value, std::nullopt);
+    EXPECT_TRUE(received.error);
+}
+
 TEST_F(VLTagsServiceTest, OfDuplicateKeysTheLastOneWins) {
     getAnswered(R"({"value":"first","value":"last"})");
     EXPECT_EQ(received.value, "last");
@@ -212,6 +224,23 @@ TEST_F(VLTagsServiceTest, ATypeOf3IsAnExceptionBeforeAnyRequest) {
     phone().settle();
     EXPECT_TRUE(session().requests().empty());
     EXPECT_EQ(received.calls, 0);
+    EXPECT_TRUE(log().lines().empty());
+}
+
+TEST_F(VLTagsServiceTest, ATypeIsNamedInTheExceptionAsAnUnsignedNumber) {
+    try {
+        VLTagsService::tagTypeToString(static_cast<VLTagType>(std::numeric_limits<std::uint64_t>::max()));
+        ADD_FAILURE() << "was taken";
+    } catch (const NSException& exception) {
+        EXPECT_EQ(exception.reason(),
+                  "An invalid VLTagType was provided to Vorlane.setTag(). Type was: 18446744073709551615");
+    }
+}
+
+TEST_F(VLTagsServiceTest, TheTypesHaveTheirWords) {
+    EXPECT_EQ(VLTagsService::tagTypeToString(static_cast<VLTagType>(0)), "string");
+    EXPECT_EQ(VLTagsService::tagTypeToString(static_cast<VLTagType>(1)), "numeric");
+    EXPECT_EQ(VLTagsService::tagTypeToString(static_cast<VLTagType>(2)), "timestamp");
 }
 
 TEST_F(VLTagsServiceTest, ABlankNameComesBeforeAnInvalidType) {
@@ -239,6 +268,7 @@ TEST_F(VLTagsServiceTest, ABatchIsSentAsItIs) {
     for (const Value& tags : {Value(Array{Dictionary{{"name", "a"}, {"value", "1"}, {"type", "numeric"}}, 7, nullptr}),
                               Value(Dictionary{{"a", "1"}}), Value("text"), Value(nullptr)}) {
         service->batchSetTags(tags, nullptr);
+        EXPECT_EQ(session().lastRequest().request.HTTPMethod, "POST");
         EXPECT_EQ(session().lastRequest().request.URL, urlBuilder->updateTagURL());
         EXPECT_EQ(session().lastRequest().header("Content-Type"), "application/json");
         EXPECT_EQ(session().lastRequest().payload(), merged({{"tags", tags}}, basicFields(false)));
@@ -251,9 +281,19 @@ TEST_F(VLTagsServiceTest, ABatchIsSentAsItIs) {
 TEST_F(VLTagsServiceTest, TheOutcomeOfABatchIsTold) {
     service->batchSetTags(Array(), errorHandler());
     session().fail("/tracking/T");
+    EXPECT_EQ(received.calls, 0);
     phone().runMainQueue();
+    EXPECT_EQ(received.calls, 1);
     ASSERT_TRUE(received.error);
+    EXPECT_EQ(received.error->domain(), NSURLErrorDomain);
     EXPECT_EQ(received.error->code(), -1009);
+
+    received = {};
+    service->batchSetTags(Array(), errorHandler());
+    session().answer("/tracking/T", 200, "whatever");
+    phone().runMainQueue();
+    EXPECT_EQ(received.calls, 1);
+    EXPECT_FALSE(received.error);
 }
 
 TEST_F(VLTagsServiceTest, DeletingAllTagsEndsInAStar) {
@@ -268,6 +308,67 @@ TEST_F(VLTagsServiceTest, DeletingAllTagsEndsInAStar) {
     phone().runMainQueue();
     EXPECT_EQ(received.calls, 1);
     EXPECT_FALSE(received.error);
+}
+
+TEST_F(VLTagsServiceTest, AFailedDeletionGivesTheErrorOfTheRequest) {
+    service->deleteAllTagsWithCompletionHandler(errorHandler());
+    session().answer("/tag/*", 503);
+    phone().runMainQueue();
+    expectError(VLErrorDomainNetwork, 503, "Network request error with HTTP status code 503");
+}
+
+TEST_F(VLTagsServiceTest, AStatusOutsideTheGoodOnesIsAnErrorWhateverTheBodySays) {
+    service->getTag("size", tagHandler());
+    session().answer("/tag/", 404, R"({"value":"x"})");
+    phone().runMainQueue();
+    expectError(VLErrorDomainNetwork, 404, "Network request error with HTTP status code 404");
+    EXPECT_EQ(log().count("Tags: error retrieving size tag.", VLLogLevel::Error), 1);
+}
+
+TEST_F(VLTagsServiceTest, AFormerTrackingIdAndAPhashAreToldWithEveryTag) {
+    settings->setPrevTrackingId("before");
+    settings->setPhash("hash");
+    service->setTag("size", "42", VLTagType::Numeric, nullptr);
+    EXPECT_EQ(session().lastRequest().payload(),
+              merged({{"name", "size"}, {"value", "42"}, {"type", "numeric"}, {"prev_tracking_id", "before"}},
+                     basicFields(false)));
+}
+
+TEST_F(VLTagsServiceTest, NothingFailedIsSentAgain) {
+    service->getTag("size", tagHandler());
+    service->setTag("size", "42", VLTagType::Numeric, errorHandler());
+    session().alwaysFail("/tracking/");
+    phone().advance(3600);
+    EXPECT_EQ(session().requests().size(), 2U);
+    EXPECT_EQ(received.calls, 2);
+}
+
+TEST_F(VLTagsServiceTest, TheRequestOutlivesTheService) {
+    service->getTag("size", tagHandler());
+    service.reset();
+    session().answer("/tag/", 200, R"({"value":"42"})");
+    phone().runMainQueue();
+    EXPECT_EQ(received.calls, 1);
+    EXPECT_EQ(received.value, "42");
+}
+
+TEST_F(VLTagsServiceTest, RequestsOfSeveralThreadsAreAllSentAndTold) {
+    session().alwaysAnswer("/tracking/", 200, R"({"value":"42"})");
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([this] {
+            for (int j = 0; j < 10; ++j) {
+                service->getTag("size", tagHandler());
+                service->setTag("size", "42", VLTagType::Numeric, errorHandler());
+                service->batchSetTags(Array(), errorHandler());
+                service->deleteAllTagsWithCompletionHandler(errorHandler());
+            }
+        });
+    }
+    for (auto& thread : threads) thread.join();
+    EXPECT_TRUE(phone().settle());
+    EXPECT_EQ(session().requests().size(), 160U);
+    EXPECT_EQ(received.calls, 160);
 }
 
 TEST_F(VLTagsServiceTest, AbsentHandlersAreFine) {
