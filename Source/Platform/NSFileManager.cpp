@@ -14,7 +14,7 @@ namespace vorlane {
 
 namespace {
 
-constexpr std::size_t kLongestFile = 64U * 1024U * 1024U;
+constexpr std::size_t kLongestFile = std::size_t{64} << 20U;
 constexpr mode_t kFolderMode = 0700;
 
 /// A file descriptor that closes itself.

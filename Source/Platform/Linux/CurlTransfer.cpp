@@ -1,5 +1,7 @@
 #include "Platform/Linux/CurlTransfer.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <utility>
 
@@ -153,7 +155,7 @@ void CurlTransfer::setUpHeaders() {
         if (name.empty() || !isClean(name) || !isClean(value) || leavesOut(name)) continue;
         if (equalsIgnoringCase(name, "Content-Type")) hasContentType = true;
         // Written so, a header without a value is sent instead of left out.
-        addHeader(value.empty() ? name + ";" : name + ": " + value);
+        addHeader(value.empty() ? fmt::format("{};", name) : fmt::format("{}: {}", name, value));
     }
     // Neither a type that nobody named nor a wait for the server's leave.
     if (!hasContentType) addHeader("Content-Type:");
@@ -163,7 +165,8 @@ void CurlTransfer::setUpHeaders() {
 
 void CurlTransfer::addHeader(const std::string& line) {
     if (curl_slist* const longer = curl_slist_append(headers_.get(), line.c_str())) {
-        headers_.release();
+        // The longer list took the old one over.
+        static_cast<void>(headers_.release());
         headers_.reset(longer);
     }
 }

@@ -35,6 +35,7 @@ LinuxOSLog::LinuxOSLog(std::string identifier, std::string subsystem, std::strin
 void LinuxOSLog::log(OSLogType type, const std::string& text) {
     auto entry = fields(type, text);
     std::vector<iovec> vectors;
+    vectors.reserve(entry.size());
     for (auto& field : entry) vectors.push_back({field.data(), field.size()});
     sd_journal_sendv(vectors.data(), static_cast<int>(vectors.size()));
 }

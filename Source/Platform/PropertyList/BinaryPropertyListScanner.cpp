@@ -10,7 +10,7 @@ namespace {
 constexpr std::string_view kMagic = "bplist00";
 constexpr std::size_t kTrailerLength = 32;
 /// The most that a list may amount to, in bytes of the file, and what each object costs besides its own bytes.
-constexpr std::uint64_t kLargestSize = 64U * 1024U * 1024U;
+constexpr std::uint64_t kLargestSize = std::uint64_t{64} << 20U;
 constexpr std::uint64_t kObjectCost = 32;
 
 bool isWidth(std::size_t width) { return (width >= 1 && width <= 4) || width == 8; }
