@@ -4,7 +4,7 @@
 
 #include "Categories/NSDictionary+VLLookup.h"
 #include "Categories/NSString+VLHash.h"
-#include "Core/VLUserNotificationSettings.h"
+#include "Public/VLUserNotificationSettings.h"
 #include "Public/VLLog.h"
 #include "Simulator/Phone/PhoneCommands.h"
 #include "Simulator/Phone/PhoneValues.h"

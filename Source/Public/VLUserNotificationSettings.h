@@ -4,15 +4,16 @@
 #include <optional>
 #include <string>
 
+#include "Public/VLExport.h"
 #include "Public/VLValue.h"
 
 namespace vorlane {
 
 /// What the user has allowed for notifications. A value.
 ///
-/// Authorisation scale: -1 prompted, 0 not determined, 1 denied, 2 authorised, 3 provisional. Setting scale: -1 unknown, 0 not
-/// supported, 1 disabled, 2 enabled. Alert-style scale: -1 unknown, 0 none, 1 banner, 2 alert.
-struct VLUserNotificationSettings {
+/// Authorisation scale: -1 prompted, 0 not determined, 1 denied, 2 authorised, 3 provisional. Setting scale: -1
+/// unknown, 0 not supported, 1 disabled, 2 enabled. Alert-style scale: -1 unknown, 0 none, 1 banner, 2 alert.
+struct VORLANE_EXPORT VLUserNotificationSettings {
     std::int64_t authorisationStatus = 0;
     std::int64_t sound = 0;
     std::int64_t badge = 0;
@@ -24,11 +25,9 @@ struct VLUserNotificationSettings {
     std::int64_t alertStyle = 0;
 
     /// `settingsWithAuthorisation:sound:badge:alert:silentPush:notificationCentre:lockScreen:carPlay:alertStyle:`
-    static VLUserNotificationSettings settingsWithAuthorisation(std::int64_t authorisation, std::int64_t sound,
-                                                                std::int64_t badge, std::int64_t alert,
-                                                                std::int64_t silentPush, std::int64_t notificationCentre,
-                                                                std::int64_t lockScreen, std::int64_t carPlay,
-                                                                std::int64_t alertStyle);
+    static VLUserNotificationSettings settingsWithAuthorisation(
+        std::int64_t authorisation, std::int64_t sound, std::int64_t badge, std::int64_t alert, std::int64_t silentPush,
+        std::int64_t notificationCentre, std::int64_t lockScreen, std::int64_t carPlay, std::int64_t alertStyle);
 
     /// `settingsFromDictionary:` reads the dictionary form; a missing or unknown text reads as its scale's fallback.
     static VLUserNotificationSettings settingsFromDictionary(const Dictionary& dictionary);
