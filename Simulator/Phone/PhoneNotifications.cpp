@@ -81,7 +81,9 @@ Value receiveLocal(const OperationCall& call) {
 }  // namespace
 
 UILocalNotification notificationWithHandle(Phone& phone, const Value& handle) {
-    const auto number = integerFrom(handle, "handle");
+    // Also a whole notification as a reply or an event has it.
+    const auto number =
+        integerFrom(handle.is_object() ? requiredField(dictionaryFrom(handle, "handle"), "handle") : handle, "handle");
     const auto found = phone.device().simulatedApplication().notificationWithHandle(static_cast<std::uint64_t>(number));
     if (!found) throw BadLine("no notification has the handle " + std::to_string(number));
     return *found;
