@@ -196,6 +196,8 @@ TEST_F(VLRemoteNotificationServiceTest, AChangeThatCouldNotBeToldIsToldAtTheNext
     EXPECT_TRUE(outcome.error);
     checkForChanges(outcome);
     EXPECT_EQ(registrations().size(), 2U);
+    answer(200);
+    EXPECT_TRUE(outcome.isDone);
 }
 
 TEST_F(VLRemoteNotificationServiceTest, AFetchThatTellsAChangeBringsNewData) {
