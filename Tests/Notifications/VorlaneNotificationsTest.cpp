@@ -135,12 +135,9 @@ TEST_F(VorlaneNotificationsTest, TheLegacyAnswerReachesTheService) {
 }
 
 /// The registry on platforms of one generation.
-class GenerationTest : public ::testing::TestWithParam<double> {
+class GenerationTest : public SimulatedPhoneTest, public ::testing::WithParamInterface<double> {
 protected:
-    GenerationTest() {
-        Platform::install(std::make_shared<SimulatedPhone>(SimulatedPhone::Options{.systemVersion = GetParam()}));
-    }
-    ~GenerationTest() override { Platform::install(nullptr); }
+    GenerationTest() : SimulatedPhoneTest({.systemVersion = GetParam()}) {}
 
     std::shared_ptr<VLBootstrap> bootstrap = VLBootstrap::bootstrapWithURLs(std::make_shared<VLURLsProduction>());
 };
