@@ -4,8 +4,7 @@ namespace vorlane::phone {
 
 Phone::Commands allCommands() {
     Phone::Commands all;
-    for (auto* const group : {lifeCycleCommands, libraryCommands, timeCommands, queryCommands, helperCommands,
-                              notificationCommands, userCommands}) {
+    for (auto* const group : {lifeCycleCommands, libraryCommands, timeCommands, queryCommands, helperCommands}) {
         all.merge(group());
     }
     return all;

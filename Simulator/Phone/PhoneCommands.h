@@ -13,7 +13,5 @@ Phone::Commands libraryCommands();
 Phone::Commands timeCommands();
 Phone::Commands queryCommands();
 Phone::Commands helperCommands();
-Phone::Commands notificationCommands();
-Phone::Commands userCommands();
 
 }  // namespace vorlane::phone

@@ -1,4 +1,4 @@
-#include "Public/VLUserNotificationSettings.h"
+#include "Core/VLUserNotificationSettings.h"
 
 #include "Categories/NSDictionary+VLLookup.h"
 

@@ -1,7 +1,0 @@
-#include "Platform/UNUserNotificationCenter.h"
-
-namespace vorlane {
-
-UNUserNotificationCenter::~UNUserNotificationCenter() = default;
-
-}  // namespace vorlane
