@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cmath>
 #include <string_view>
 #include <utility>
@@ -15,21 +16,34 @@ namespace vorlane {
 namespace {
 
 constexpr int kDeepestNesting = 512;
+constexpr const char* kTooDeepDescription = "(nested too deep)";
 
-/// Visits every value below `root`, none deeper than the limit, without recursion. False as soon as something is nested
-/// deeper, or `visit` says so.
 template <class Visit>
-bool visitAll(const Value& root, Visit visit) {
-    std::vector<std::pair<const Value*, int>> pending{{&root, 1}};
-    while (!pending.empty()) {
-        const auto [value, depth] = pending.back();
-        pending.pop_back();
-        if (!visit(*value)) return false;
-        if (!value->is_structured()) continue;
-        if (depth > kDeepestNesting) return false;
-        for (const auto& element : *value) pending.emplace_back(&element, depth + 1);
-    }
-    return true;
+bool visitAll(const Dictionary& dictionary, int levels, Visit visit);
+
+/// Visits the value and all that is in it. False as soon as `visit` says so, or something is nested deeper than
+/// `levels`; what is deeper is not touched, so the recursion ends there.
+template <class Visit>
+bool visitAll(const Value& value, int levels, Visit visit) {
+    if (!visit(value)) return false;
+    if (const auto* dictionary = value.get_ptr<const Dictionary*>()) return visitAll(*dictionary, levels, visit);
+    const auto* array = value.get_ptr<const Array*>();
+    if (!array) return true;
+    return levels > 0 && std::all_of(array->begin(), array->end(), [levels, &visit](const Value& element) {
+               return visitAll(element, levels - 1, visit);
+           });
+}
+
+template <class Visit>
+bool visitAll(const Dictionary& dictionary, int levels, Visit visit) {
+    return levels > 0 && std::all_of(dictionary.begin(), dictionary.end(), [levels, &visit](const auto& entry) {
+               return visitAll(entry.second, levels - 1, visit);
+           });
+}
+
+template <class Container>
+bool isNestedTooDeep(const Container& container) {
+    return !visitAll(container, kDeepestNesting, [](const Value&) { return true; });
 }
 
 bool isHeldByJSON(const Value& value) {
@@ -86,11 +100,12 @@ NSError unparsableError(const char* why) {
 }  // namespace
 
 std::string vl_asJSON(const Dictionary& dictionary) {
-    const Value object(dictionary);
-    if (!visitAll(object, isHeldByJSON)) {
+    // Before it is copied: copying, like writing, goes as deep as the value does.
+    if (!visitAll(dictionary, kDeepestNesting, isHeldByJSON)) {
         logMessage(VLLogLevel::Error, "The dictionary is not a valid JSON object!");
         return {};
     }
+    const Value object(dictionary);
     try {
         return object.dump();
     } catch (const Value::exception&) {
@@ -134,14 +149,15 @@ Dictionary vl_dictionaryWithJSON(const std::optional<std::string>& text) {
 
 std::string vl_description(const Value& value) {
     if (value.is_string()) return value.get<std::string>();
-    if (!visitAll(value, [](const Value&) { return true; })) return "(nested too deep)";
+    if (isNestedTooDeep(value)) return kTooDeepDescription;
     return withoutBinary(value).dump(-1, ' ', false, Value::error_handler_t::replace);
 }
 
 std::string vl_description(const std::optional<Value>& value) { return value ? vl_description(*value) : "(null)"; }
 
 std::string vl_description(const std::optional<Dictionary>& dictionary) {
-    return dictionary ? vl_description(Value(*dictionary)) : "(null)";
+    if (!dictionary) return "(null)";
+    return isNestedTooDeep(*dictionary) ? kTooDeepDescription : vl_description(Value(*dictionary));
 }
 
 std::string vl_description(const std::optional<std::string>& text) { return text.value_or("(null)"); }

@@ -9,7 +9,7 @@
 namespace vorlane {
 
 /// `vl_asJSON` gives the dictionary as compact JSON text. Logs at ERROR and gives "" for what JSON cannot hold (data,
-/// numbers that are not finite) and for text that is not UTF-8.
+/// numbers that are not finite, nesting deeper than 512) and for text that is not UTF-8.
 std::string vl_asJSON(const Dictionary& dictionary);
 
 /// `vl_dictionaryWithJSON:error:` parses JSON text with an object at its top. Otherwise gives nothing and sets `error`:
@@ -21,7 +21,7 @@ std::optional<Dictionary> vl_dictionaryWithJSON(const std::optional<std::string>
 Dictionary vl_dictionaryWithJSON(const std::optional<std::string>& text);
 
 /// A value as log lines show it: its compact JSON, with data as its length and invalid UTF-8 replaced; a string without
-/// quotation marks; "(null)" for nothing.
+/// quotation marks; "(null)" for nothing; "(nested too deep)" for what is nested deeper than 512.
 std::string vl_description(const Value& value);
 std::string vl_description(const std::optional<Value>& value);
 std::string vl_description(const std::optional<Dictionary>& dictionary);

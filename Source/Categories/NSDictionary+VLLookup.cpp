@@ -73,6 +73,7 @@ std::optional<std::string> stringValue(const Value& value) {
     if (value.is_number_unsigned()) return fmt::format("{}", value.get<std::uint64_t>());
     if (value.is_number_integer()) return fmt::format("{}", value.get<std::int64_t>());
     if (value.is_number_float()) return fmt::format("{}", value.get<double>());
+    if (value.is_boolean()) return value.get<bool>() ? "1" : "0";
     return std::nullopt;
 }
 

@@ -24,7 +24,8 @@ const Array* arrayForKey(const Dictionary& dictionary, const std::string& key);
 
 /// A number's 64-bit integer value, as `integerForKey()` has it; nothing for any other kind.
 std::optional<std::int64_t> integerValue(const Value& value);
-/// A number as decimal text, the shortest that reads back the same (42, 4.5, 1e+22); nothing for any other kind.
+/// A number as decimal text, the shortest that reads back the same (42, 4.5, 1e+22); a boolean as 1 or 0; nothing for
+/// any other kind.
 std::optional<std::string> stringValue(const Value& value);
 
 /// Drops every null inside the value, which property lists cannot hold. Does not recurse.

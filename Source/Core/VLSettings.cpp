@@ -56,7 +56,7 @@ std::string generatedTrackingId() {
 /// The value without its nulls, which a property list cannot hold, so that memory and file agree. Nothing for null
 /// itself.
 std::optional<Value> storable(std::optional<Value> value) {
-    if (!value || value->is_null() || value->is_discarded()) return std::nullopt;
+    if (!value || value->is_null()) return std::nullopt;
     vl_removeNulls(*value);
     return value;
 }
@@ -90,13 +90,15 @@ Value VLSettings::getSettingsValueForKey(const std::string& key, Value defaultVa
 
 void VLSettings::setSettingsValue(std::optional<Value> value, const std::string& key) {
     auto stored = storable(std::move(value));
+    const bool isHeldByFile = !stored || !stored->is_discarded();
     const std::lock_guard lock(mutex_);
     if (stored) {
         settingsFileDictionary_[key] = std::move(*stored);
     } else {
         settingsFileDictionary_.erase(key);
     }
-    writeSettingsToFile();
+    // What no property list holds is kept in memory alone, and the file stays as it was.
+    if (isHeldByFile) writeSettingsToFile();
 }
 
 void VLSettings::writeSettingsToFile() const {

@@ -12,10 +12,14 @@ namespace {
 
 class NSDictionaryVLJSONTest : public SimulatedPhoneTest {
 protected:
-    /// Objects in objects, that many levels in all.
+    /// Objects in objects, that many levels in all; moved level by level, for a braced list would copy what is inside.
     static Value nestedObjects(int levels) {
         Value value = 1;
-        for (int i = 0; i < levels; ++i) value = Dictionary{{"a", std::move(value)}};
+        for (int i = 0; i < levels; ++i) {
+            Dictionary outer;
+            outer.emplace("a", std::move(value));
+            value = std::move(outer);
+        }
         return value;
     }
 
@@ -46,6 +50,22 @@ TEST_F(NSDictionaryVLJSONTest, WhatJSONCannotHoldIsLoggedAndGivesNoText) {
                            nestedObjects(600)};
     for (const auto& value : unfit) EXPECT_EQ(vl_asJSON({{"a", value}}), "");
     EXPECT_EQ(log().count("The dictionary is not a valid JSON object!", VLLogLevel::Error), 5);
+}
+
+TEST_F(NSDictionaryVLJSONTest, NestingIsTakenUpTo512LevelsAndRefusedHoweverDeepItIs) {
+    Value deepest = nestedObjects(512);
+    EXPECT_EQ(vl_asJSON(deepest.get_ref<const Dictionary&>()), nestedText(512));
+    EXPECT_EQ(vl_description(deepest), nestedText(512));
+    EXPECT_EQ(vl_description(std::optional<Dictionary>(deepest.get_ref<const Dictionary&>())), nestedText(512));
+    EXPECT_TRUE(log().lines().empty());
+    for (const int levels : {513, 100'000}) {
+        Value value = nestedObjects(levels);
+        EXPECT_EQ(vl_asJSON(value.get_ref<const Dictionary&>()), "");
+        EXPECT_EQ(vl_description(value), "(nested too deep)");
+        const std::optional<Dictionary> dictionary(std::move(value.get_ref<Dictionary&>()));
+        EXPECT_EQ(vl_description(dictionary), "(nested too deep)");
+    }
+    EXPECT_EQ(log().count("The dictionary is not a valid JSON object!", VLLogLevel::Error), 2);
 }
 
 TEST_F(NSDictionaryVLJSONTest, TextThatIsNotUTF8IsLoggedWithTheDictionary) {

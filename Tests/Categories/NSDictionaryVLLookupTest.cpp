@@ -58,6 +58,8 @@ TEST(NSDictionaryVLLookupTest, ANumbersTextIsTheShortestThatReadsBackTheSame) {
     EXPECT_EQ(stringValue(5.0), "5");
     EXPECT_EQ(stringValue(1e22), "1e+22");
     EXPECT_EQ(stringValue(std::numeric_limits<std::uint64_t>::max()), "18446744073709551615");
+    EXPECT_EQ(stringValue(true), "1");
+    EXPECT_EQ(stringValue(false), "0");
     EXPECT_EQ(stringValue("42"), std::nullopt);
     EXPECT_EQ(stringValue(nullptr), std::nullopt);
 }

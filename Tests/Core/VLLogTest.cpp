@@ -104,6 +104,49 @@ TEST_F(VLLogTest, EverySinkGetsEveryLineInOrderOffTheCallersThread) {
     EXPECT_NE(recorder->thread, std::this_thread::get_id());
 }
 
+TEST_F(VLLogTest, ASinkGetsTheMessageThePayloadAndTheLevelAsTheyWereGiven) {
+    const Value payload = Dictionary{{"a", Array{1, nullptr}}};
+    VLLog::sharedInstance().logMessage("with", payload, VLLogLevel::Warn);
+    VLLog::sharedInstance().logMessage("without", std::nullopt, VLLogLevel::Info);
+    VLLog::sharedInstance().logMessage("null", Value(nullptr), VLLogLevel::Info);
+    const auto lines = log().lines();
+    ASSERT_EQ(lines.size(), 3U);
+    EXPECT_EQ(lines[0].message, "with");
+    EXPECT_EQ(lines[0].payload, payload);
+    EXPECT_EQ(lines[0].level, VLLogLevel::Warn);
+    EXPECT_EQ(lines[1].payload, std::nullopt);
+    EXPECT_EQ(lines[2].payload, Value(nullptr));
+}
+
+TEST_F(VLLogTest, EachLineGoesToTheSinksInTheirOrder) {
+    class Named : public VLLogger {
+    public:
+        Named(std::string name, std::vector<std::string>& calls) : name_(std::move(name)), calls_(calls) {}
+        void logMessage(const std::string& message, const std::optional<Value>&, VLLogLevel) override {
+            calls_.push_back(name_ + message);
+        }
+
+    private:
+        const std::string name_;
+        std::vector<std::string>& calls_;
+    };
+    std::vector<std::string> calls;
+    for (const auto* name : {"a", "b", "c"}) VLLog::sharedInstance().addLogger(std::make_shared<Named>(name, calls));
+    logMessage(VLLogLevel::Error, "1");
+    logMessage(VLLogLevel::Error, "2");
+    phone().settle();
+    EXPECT_EQ(calls, (std::vector<std::string>{"a1", "b1", "c1", "a2", "b2", "c2"}));
+}
+
+TEST_F(VLLogTest, NoSinkIsNeitherAddedNorRemoved) {
+    auto& shared = VLLog::sharedInstance();
+    const auto before = shared.loggers();
+    shared.addLogger(nullptr);
+    shared.removeLogger(nullptr);
+    shared.removeLogger(std::make_shared<RecordingLogger>());
+    EXPECT_EQ(shared.loggers(), before);
+}
+
 TEST_F(VLLogTest, ASinkThatWasRemovedHearsNothingMore) {
     const auto logger = std::make_shared<RecordingLogger>();
     VLLog::sharedInstance().addLogger(logger);

@@ -317,6 +317,8 @@ TEST_F(VLSettingsTest, ValuesOfEveryOtherKindReadAsAbsent) {
         EXPECT_EQ(settings->appKey().has_value(), isText);
         EXPECT_EQ(settings->phash().has_value(), isText);
         EXPECT_EQ(settings->containerName().has_value(), isText);
+        EXPECT_EQ(settings->containerVersion().has_value(), isText);
+        EXPECT_EQ(settings->containerVlSdkVersion().has_value(), isText);
         EXPECT_EQ(settings->trackingId() == "text", isText);
         EXPECT_EQ(settings->deviceId() == "text", isText);
         EXPECT_EQ(settings->appCleanInstallTime() == "text", isText);
@@ -329,6 +331,8 @@ TEST_F(VLSettingsTest, ValuesOfEveryOtherKindReadAsAbsent) {
         EXPECT_EQ(settings->totalSessionLength() != 0, isNumber);
         EXPECT_EQ(settings->lastPermissionInterstitial() != 0, isNumber);
         EXPECT_EQ(settings->significantDistance() != 0, isNumber);
+        EXPECT_EQ(settings->significantTime() != 0, isNumber);
+        EXPECT_EQ(settings->geoRegionStateChangeTime() != 0, isNumber);
         EXPECT_EQ(settings->fetchGeoRegionTimestamp() != 0, isNumber);
         EXPECT_EQ(settings->desiredHorizontalAccuracy() == Value(66), !isNumber);
     }

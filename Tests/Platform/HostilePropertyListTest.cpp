@@ -1,3 +1,4 @@
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -229,8 +230,9 @@ TEST(HostilePropertyListTest, MarkupLeftOpenGivesNothing) {
 TEST(HostilePropertyListTest, CharacterReferencesThatAreNoneAreHarmless) {
     for (const std::string reference :
          {"&#0;", "&#x0;", "&#xFFFFFFFF;", "&#;", "&;", "&amp", "&unknown;", "&#xD800;"}) {
-        read(xml("<dict><key>" + reference + "</key><string>" + reference + "</string></dict>"));
-        read(xml("<string>a" + reference + "b</string>"));
+        const auto text = fmt::format("<key>{0}</key><string>{0}</string>", reference);
+        read(xml(fmt::format("<dict>{}</dict>", text)));
+        read(xml(fmt::format("<string>a{}b</string>", reference)));
     }
     EXPECT_EQ(read(xml("<string>&#233;&lt;&amp;&#x1F600;</string>")), Value("\u00e9<&\U0001F600"));
 }
