@@ -35,6 +35,9 @@ Phone::Phone(const PhoneOptions& options)
     Platform::install(device_);
     device_->simulatedApplication().setEventObserver(
         [this](const std::string& event, const Dictionary& fields) { output_.event(event, fields); });
+    device_->simulatedApplication().setUserNotificationSettingsObserver([this](const auto& settings) {
+        Vorlane::didRegisterUserNotificationSettings(device_->application(), settings);
+    });
     VLLog::sharedInstance().addLogger(std::make_shared<PhoneLogger>(output_));
     setEndpoints(options_);
 }

@@ -4,7 +4,8 @@ namespace vorlane::phone {
 
 Phone::Commands allCommands() {
     Phone::Commands all;
-    for (auto* const group : {lifeCycleCommands, libraryCommands, timeCommands, queryCommands, helperCommands}) {
+    for (auto* const group : {lifeCycleCommands, libraryCommands, timeCommands, queryCommands, helperCommands,
+                              notificationCommands, userCommands}) {
         all.merge(group());
     }
     return all;

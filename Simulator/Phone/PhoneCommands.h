@@ -13,5 +13,7 @@ Phone::Commands libraryCommands();
 Phone::Commands timeCommands();
 Phone::Commands queryCommands();
 Phone::Commands helperCommands();
+Phone::Commands notificationCommands();
+Phone::Commands userCommands();
 
 }  // namespace vorlane::phone

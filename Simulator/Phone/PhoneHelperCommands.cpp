@@ -4,8 +4,15 @@
 
 #include "Categories/NSDictionary+VLLookup.h"
 #include "Categories/NSString+VLHash.h"
-#include "Core/VLUserNotificationSettings.h"
+#include "Notifications/VLAuthorisationHelper_iOS10To11.h"
+#include "Notifications/VLAuthorisationHelper_iOS12Plus.h"
+#include "Notifications/VLRemoteNotificationService.h"
+#include "Notifications/VLUserNotificationCentre_iOS10Plus.h"
+#include "Notifications/VLUserNotificationCentre_iOS8To9.h"
+#include "Platform/Platform.h"
+#include "Public/VLDeviceTokenHelper.h"
 #include "Public/VLLog.h"
+#include "Public/VLUserNotificationSettings.h"
 #include "Simulator/Phone/PhoneCommands.h"
 #include "Simulator/Phone/PhoneValues.h"
 
@@ -29,6 +36,20 @@ Helper fromText(const std::function<Value(const std::string&)>& convert) {
     return [convert](const Array& arguments) { return convert(stringFrom(argument(arguments, 0), "argument 1")); };
 }
 
+/// A helper from a number to a number.
+Helper fromInteger(const std::function<std::int64_t(std::int64_t)>& convert) {
+    return
+        [convert](const Array& arguments) { return Value(convert(integerFrom(argument(arguments, 0), "argument 1"))); };
+}
+
+/// With the helper of the phone's platform generation.
+template <class Ask>
+auto withAuthorisationHelper(Ask ask) {
+    constexpr double kProvisionalVersion = 12.0;
+    if (Platform::current().systemVersion() >= kProvisionalVersion) return ask(VLAuthorisationHelper_iOS12Plus());
+    return ask(VLAuthorisationHelper_iOS10To11());
+}
+
 const std::map<std::string, Helper>& helpers() {
     using Settings = VLUserNotificationSettings;
     static const std::map<std::string, Helper> table = {
@@ -38,6 +59,36 @@ const std::map<std::string, Helper>& helpers() {
         {"stringToLogLevel:", fromText([](const std::string& text) {
              return Value(static_cast<std::uint64_t>(VLLog::stringToLogLevel(text)));
          })},
+        {"hexStringToData:", fromText([](const std::string& text) {
+             return valueOf(std::optional(VLDeviceTokenHelper::hexStringToData(text)));
+         })},
+        {"deviceTokenToString:",
+         [](const Array& arguments) {
+             return Value(
+                 VLRemoteNotificationService::deviceTokenToString(dataFrom(argument(arguments, 0), "argument 1")));
+         }},
+        {"UNAlertStyleToVLAlertStyle:", fromInteger(VLUserNotificationCentre_iOS10Plus::UNAlertStyleToVLAlertStyle)},
+        {"UNNotifSettingToVLNotifSetting:",
+         fromInteger(VLUserNotificationCentre_iOS10Plus::UNNotifSettingToVLNotifSetting)},
+        {"VLAuthOptionsToUIUserNotificationType:", fromInteger([](std::int64_t options) {
+             return static_cast<std::int64_t>(VLUserNotificationCentre_iOS8To9::VLAuthOptionsToUIUserNotificationType(
+                 static_cast<std::uint64_t>(options)));
+         })},
+        {"UNAuthStatusToVLAuthStatus:", fromInteger([](std::int64_t status) {
+             return withAuthorisationHelper(
+                 [&](const auto& helper) { return helper.UNAuthStatusToVLAuthStatus(status); });
+         })},
+        {"VLAuthOptionsToUNAuthOptions:", fromInteger([](std::int64_t options) {
+             return withAuthorisationHelper([&](const auto& helper) {
+                 return static_cast<std::int64_t>(
+                     helper.VLAuthOptionsToUNAuthOptions(static_cast<std::uint64_t>(options)));
+             });
+         })},
+        {"isProvisionalAuthorisationSupported",
+         [](const Array& /*arguments*/) {
+             return Value(withAuthorisationHelper(
+                 [](const auto& helper) { return helper.isProvisionalAuthorisationSupported(); }));
+         }},
         {"vl_md5", fromText([](const std::string& text) { return Value(vl_md5(text)); })},
         {"authorisationStatusToString:", fromNumber(Settings::authorisationStatusToString)},
         {"stringToAuthorisationStatus:", fromText(Settings::stringToAuthorisationStatus)},

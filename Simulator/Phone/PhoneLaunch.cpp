@@ -2,6 +2,7 @@
 
 #include "Categories/NSDictionary+VLLookup.h"
 #include "Platform/UIApplication.h"
+#include "Simulator/Phone/PhoneNotifications.h"
 #include "Simulator/Phone/PhoneValues.h"
 
 namespace vorlane::phone {
@@ -15,6 +16,11 @@ VLSDKOptions presetFrom(const Dictionary& line) {
     if (name == "default") return VLSDKOptions::defaultOptions();
     if (name == "development") return VLSDKOptions::developmentOptions();
     throw BadLine("preset must be default or development");
+}
+
+/// An object as it stands, so that a launch with any content can be tried.
+Value launchNotification(Phone& phone, const Value& given) {
+    return given.is_number() ? Value(notificationWithHandle(phone, given).toDictionary()) : given;
 }
 
 VLLogLevel logLevelFrom(const Value& value) {
@@ -37,14 +43,14 @@ VLSDKOptions sdkOptionsFrom(const Dictionary& line, const PhoneOptions& phoneOpt
     return options;
 }
 
-std::optional<Dictionary> launchOptionsFrom(const Value& value) {
+std::optional<Dictionary> launchOptionsFrom(Phone& phone, const Value& value) {
     if (value.is_null()) return std::nullopt;
     Dictionary options;
     for (const auto& [name, given] : dictionaryFrom(value, "launchOptions")) {
         if (name == "remote") {
             options[UIApplicationLaunchOptionsRemoteNotificationKey] = given;
         } else if (name == "local") {
-            options[UIApplicationLaunchOptionsLocalNotificationKey] = given;
+            options[UIApplicationLaunchOptionsLocalNotificationKey] = launchNotification(phone, given);
         } else {
             throw BadLine("launchOptions has remote and local, not " + name);
         }

@@ -8,10 +8,13 @@
 
 namespace vorlane::phone {
 
+class Phone;
+
 /// The start-up options of a line: its "preset" to start from, and what its "options" name. Throws BadLine.
 VLSDKOptions sdkOptionsFrom(const Dictionary& line, const PhoneOptions& phoneOptions);
 
-/// "remote" (a payload) and "local" (a notification) under the platform's keys; nothing for null. Throws BadLine.
-std::optional<Dictionary> launchOptionsFrom(const Value& value);
+/// "remote" (a payload) and "local" (a notification, or its handle) under the platform's keys; nothing for null. Throws
+/// BadLine.
+std::optional<Dictionary> launchOptionsFrom(Phone& phone, const Value& value);
 
 }  // namespace vorlane::phone

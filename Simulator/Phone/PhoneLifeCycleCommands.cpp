@@ -22,7 +22,7 @@ Value launch(Phone& phone, const Dictionary& line) {
     const auto* state = valueForKey(line, "state");
     const auto* launchOptions = valueForKey(line, "launchOptions");
     const auto options = sdkOptionsFrom(line, phone.options());
-    const auto given = launchOptions ? launchOptionsFrom(*launchOptions) : std::nullopt;
+    const auto given = launchOptions ? launchOptionsFrom(phone, *launchOptions) : std::nullopt;
     auto& application = phone.device().simulatedApplication();
     application.setApplicationState(state ? stateFrom(*state) : UIApplicationState::inactive);
     Vorlane::initialiseSDKWithApplication(phone.device().application(), given, options);

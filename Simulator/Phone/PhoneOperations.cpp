@@ -5,6 +5,7 @@
 #include "Public/Vorlane.h"
 #include "Simulator/Phone/Phone.h"
 #include "Simulator/Phone/PhoneLaunch.h"
+#include "Simulator/Phone/PhoneNotifications.h"
 #include "Simulator/Phone/PhoneValues.h"
 
 namespace vorlane::phone {
@@ -35,6 +36,18 @@ const Dictionary& OperationCall::dictionary(std::size_t place) const {
 
 std::int64_t OperationCall::integer(std::size_t place) const { return integerFrom(argument(place), placeName(place)); }
 
+Data OperationCall::data(std::size_t place) const { return dataFrom(argument(place), placeName(place)); }
+
+std::optional<double> OperationCall::optionalNumber(std::size_t place) const {
+    const auto& value = argument(place);
+    return value.is_null() ? std::nullopt : std::optional(numberFrom(value, placeName(place)));
+}
+
+std::optional<Dictionary> OperationCall::optionalDictionary(std::size_t place) const {
+    const auto& value = argument(place);
+    return value.is_null() ? std::nullopt : std::optional(dictionaryFrom(value, placeName(place)));
+}
+
 void OperationCall::tell(Array values) const {
     phone_.output().event("result", {{"id", id_},
                                      {"op", name_},
@@ -54,11 +67,27 @@ std::function<void(std::optional<std::string>, std::optional<NSError>)> Operatio
     };
 }
 
+std::function<void(bool, std::optional<NSError>)> OperationCall::outcomeHandler() const {
+    if (!hasHandler_) return nullptr;
+    return [call = *this](bool success, const std::optional<NSError>& error) { call.tell({success, valueOf(error)}); };
+}
+
+std::function<void(UIBackgroundFetchResult)> OperationCall::fetchHandler() const {
+    if (!hasHandler_) return nullptr;
+    return [call = *this](UIBackgroundFetchResult result) { call.tell({static_cast<std::uint64_t>(result)}); };
+}
+
+std::function<void(const VLUserNotificationSettings&)> OperationCall::notificationSettingsHandler() const {
+    if (!hasHandler_) return nullptr;
+    return [call = *this](const VLUserNotificationSettings& settings) { call.tell({Value(settings.toDictionary())}); };
+}
+
 namespace {
 
 Value initialise(const OperationCall& call) {
     const Dictionary line{{"options", call.dictionary(1)}};
-    Vorlane::initialiseSDKWithApplication(call.phone().device().application(), launchOptionsFrom(call.argument(0)),
+    Vorlane::initialiseSDKWithApplication(call.phone().device().application(),
+                                          launchOptionsFrom(call.phone(), call.argument(0)),
                                           sdkOptionsFrom(line, call.phone().options()));
     return nullptr;
 }
@@ -98,7 +127,7 @@ Operation doing(Body body) {
 
 const std::map<std::string, Operation>& operations() {
     using Call = const OperationCall&;
-    static const std::map<std::string, Operation> table = {
+    static const std::map<std::string, Operation> table = withNotificationOperations({
         {"initialiseSDKWithApplication:launchOptions:sdkOptions:", initialise},
         {"sharedInstance", doing([](Call) { Vorlane::sharedInstance(); })},
         {"setURLs:", setURLs},
@@ -131,7 +160,7 @@ const std::map<std::string, Operation>& operations() {
              Vorlane::setContainer(call.optionalString(0), call.optionalString(1), call.optionalString(2));
          })},
         {"addCommonJsonData:", addCommonJsonData},
-    };
+    });
     return table;
 }
 

@@ -6,6 +6,8 @@
 #include <string>
 
 #include "Platform/NSError.h"
+#include "Platform/UIApplication.h"
+#include "Public/VLUserNotificationSettings.h"
 #include "Public/VLValue.h"
 
 namespace vorlane::phone {
@@ -26,6 +28,10 @@ public:
     std::optional<std::string> optionalString(std::size_t place) const;
     const Dictionary& dictionary(std::size_t place) const;
     std::int64_t integer(std::size_t place) const;
+    Data data(std::size_t place) const;
+    /// Nothing for null.
+    std::optional<double> optionalNumber(std::size_t place) const;
+    std::optional<Dictionary> optionalDictionary(std::size_t place) const;
 
     /// Tells the results of a completion handler as an event.
     void tell(Array values) const;
@@ -33,6 +39,9 @@ public:
     /// Handlers that tell what they receive; empty when the line asked for none.
     std::function<void(std::optional<NSError>)> errorHandler() const;
     std::function<void(std::optional<std::string>, std::optional<NSError>)> tagHandler() const;
+    std::function<void(bool, std::optional<NSError>)> outcomeHandler() const;
+    std::function<void(UIBackgroundFetchResult)> fetchHandler() const;
+    std::function<void(const VLUserNotificationSettings&)> notificationSettingsHandler() const;
 
 private:
     std::string placeName(std::size_t place) const;

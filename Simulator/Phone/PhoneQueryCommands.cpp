@@ -5,6 +5,7 @@
 #include "Platform/NSPropertyListSerialization.h"
 #include "Public/Vorlane.h"
 #include "Simulator/Phone/PhoneCommands.h"
+#include "Simulator/Phone/PhoneNotifications.h"
 #include "Simulator/Phone/PhoneValues.h"
 
 namespace vorlane::phone {
@@ -65,6 +66,9 @@ Value query(Phone& phone, const Dictionary& line) {
     static const std::map<std::string, std::function<Value(Phone&)>> subjects = {
         {"settings", settings},
         {"timers", timers},
+        {"scheduledNotifications", scheduledNotifications},
+        {"deliveredNotifications", deliveredNotifications},
+        {"prompts", openPrompts},
         {"backgroundTasks", backgroundTasks},
         {"time", [](Phone& asked) { return Value(asked.device().now()); }},
         {"documents", [](Phone& asked) { return Value(asked.device().documentsFolder()); }},

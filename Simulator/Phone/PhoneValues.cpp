@@ -126,6 +126,27 @@ const Dictionary& dictionaryFrom(const Value& value, const std::string& name) {
     return value.get_ref<const Dictionary&>();
 }
 
+UILocalNotification notificationFrom(const Value& value, const std::string& name) {
+    Dictionary given;
+    const auto isText = [](const Value& field) { return field.is_string(); };
+    const auto isNumber = [](const Value& field) { return field.is_number(); };
+    const auto isObject = [](const Value& field) { return field.is_object(); };
+    using Check = bool (*)(const Value&);
+    static const std::map<std::string, Check> fields = {
+        {"fireDate", isNumber},  {"timeZone", isText},  {"alertBody", isText},
+        {"alertAction", isText}, {"soundName", isText}, {"applicationIconBadgeNumber", isNumber},
+        {"userInfo", isObject},  {"handle", isNumber},
+    };
+    for (const auto& [key, field] : dictionaryFrom(value, name)) {
+        const auto check = fields.find(key);
+        if (check == fields.end()) throw BadLine("a notification has no " + key);
+        if (field.is_null()) continue;
+        if (!check->second(field)) throw BadLine(key + " of the notification is of another kind");
+        given[key] = field;
+    }
+    return UILocalNotification::fromDictionary(given);
+}
+
 Data dataFrom(const Value& value, const std::string& name) {
     const auto text = value.is_object() ? stringFrom(requiredField(dictionaryFrom(value, name), "hex"), name)
                                         : stringFrom(value, name);

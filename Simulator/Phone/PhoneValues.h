@@ -6,6 +6,7 @@
 #include <string>
 
 #include "Platform/NSError.h"
+#include "Platform/UILocalNotification.h"
 #include "Public/VLSDKOptions.h"
 #include "Public/VLURLs.h"
 #include "Public/VLValue.h"
@@ -42,5 +43,7 @@ const Dictionary& dictionaryFrom(const Value& value, const std::string& name);
 Data dataFrom(const Value& value, const std::string& name);
 /// The production set with the endpoints that the dictionary names replaced.
 std::shared_ptr<VLURLs> URLsFrom(const Dictionary& urls);
+/// Its fields under their own names; fields that are missing or null are absent.
+UILocalNotification notificationFrom(const Value& value, const std::string& name);
 
 }  // namespace vorlane::phone

@@ -13,15 +13,36 @@ SimulatedMainQueue::SimulatedMainQueue(const Clock& clock, std::shared_ptr<Activ
 void SimulatedMainQueue::post(std::function<void()> task) { postAfter(0, std::move(task)); }
 
 void SimulatedMainQueue::postAfter(TimeInterval delay, std::function<void()> task) {
+    if (delay > 0) {
+        postAt(clock_.now() + delay, Kind::application, std::move(task));
+        return;
+    }
     const std::lock_guard lock(mutex_);
     if (isStopped_) return;
     ++*activity_;
-    if (delay > 0) {
-        delayed_.emplace(clock_.now() + delay, std::move(task));
-    } else {
-        tasks_.push_back(std::move(task));
-    }
+    tasks_.push_back(std::move(task));
     posted_.notify_all();
+}
+
+SimulatedMainQueue::Token SimulatedMainQueue::postAt(double time, Kind kind, std::function<void()> task) {
+    const std::lock_guard lock(mutex_);
+    const Token token = ++newestToken_;
+    if (isStopped_) return token;
+    ++*activity_;
+    delayed_.emplace(time, DelayedTask{token, kind, std::move(task)});
+    posted_.notify_all();
+    return token;
+}
+
+void SimulatedMainQueue::cancel(Token token) {
+    // Dropped outside the lock, as in stop().
+    std::function<void()> task;
+    const std::lock_guard lock(mutex_);
+    const auto found =
+        std::ranges::find_if(delayed_, [token](const auto& entry) { return entry.second.token == token; });
+    if (found == delayed_.end()) return;
+    task = std::move(found->second.task);
+    delayed_.erase(found);
 }
 
 void SimulatedMainQueue::runDueTasks() {
@@ -35,7 +56,7 @@ std::function<void()> SimulatedMainQueue::takeDueTask() {
         task = std::move(tasks_.front());
         tasks_.pop_front();
     } else if (isDue()) {
-        task = std::move(delayed_.begin()->second);
+        task = std::move(delayed_.begin()->second.task);
         delayed_.erase(delayed_.begin());
     }
     return task;
@@ -80,7 +101,9 @@ std::optional<double> SimulatedMainQueue::nextDueTime() const {
 std::vector<double> SimulatedMainQueue::dueTimes() const {
     const std::lock_guard lock(mutex_);
     std::vector<double> times;
-    for (const auto& [time, task] : delayed_) times.push_back(time);
+    for (const auto& [time, task] : delayed_) {
+        if (task.kind == Kind::application) times.push_back(time);
+    }
     return times;
 }
 

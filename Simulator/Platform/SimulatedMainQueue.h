@@ -29,7 +29,17 @@ public:
 
     void post(std::function<void()> task) override;
     void postAfter(TimeInterval delay, std::function<void()> task) override;
+    /// What is delayed: work of the application, which `dueTimes()` lists, or the phone's own.
+    enum class Kind { application, phone };
+    using Token = std::uint64_t;
+    /// Runs `task` once the clock shows `time`, unless it is cancelled before.
+    Token postAt(double time, Kind kind, std::function<void()> task);
+    /// An unknown token, and one whose task has run, are ignored.
+    void cancel(Token token);
     bool isCurrent() const override { return thread_ == std::this_thread::get_id(); }
+
+    /// The time on the phone's clock.
+    double now() const { return clock_.now(); }
 
     /// Runs what is due, and what that makes due, until nothing is.
     void runDueTasks();
@@ -39,13 +49,19 @@ public:
     bool hasDueTask() const;
     /// When the next delayed task is due; nothing when there is none.
     std::optional<double> nextDueTime() const;
-    /// When each delayed task is due, ascending.
+    /// When each delayed task of the application is due, ascending.
     std::vector<double> dueTimes() const;
 
     /// Drops what is queued; later posts are dropped.
     void stop();
 
 private:
+    struct DelayedTask {
+        Token token;
+        Kind kind;
+        std::function<void()> task;
+    };
+
     std::function<void()> takeDueTask();
     bool isDue() const;
 
@@ -59,7 +75,8 @@ private:
     // Guarded by mutex_.
     std::deque<std::function<void()>> tasks_;
     // By the time on the phone's clock; of equal times the one posted first comes first.
-    std::multimap<double, std::function<void()>> delayed_;
+    std::multimap<double, DelayedTask> delayed_;
+    Token newestToken_ = 0;
     bool isStopped_ = false;
 };
 

@@ -12,6 +12,7 @@
 #include "Platform/NSBundle.h"
 #include "Platform/NSFileManager.h"
 #include "Platform/NSNotificationCenter.h"
+#include "Platform/NSTimer.h"
 #include "Platform/NSURLSession.h"
 #include "Platform/OSLog.h"
 #include "Platform/SerialDispatchQueue.h"
@@ -105,7 +106,12 @@ struct SimulatedPhone::Impl {
           documentsFolder(isTemporary ? makeTemporaryFolder() : options.documentsFolder),
           virtualClock(options.virtualClock ? std::make_unique<VirtualClock>(*options.virtualClock) : nullptr),
           mainQueue(std::make_shared<SimulatedMainQueue>(clock(), activity)),
-          application(std::make_shared<SimulatedApplication>(notificationCenter)),
+          user(std::make_shared<SimulatedUser>(
+              [this](const std::string& event, const Dictionary& fields) { application->tell(event, fields); })),
+          application(std::make_shared<SimulatedApplication>(notificationCenter, mainQueue, user)),
+          userNotificationCenter(std::make_shared<SimulatedUserNotificationCenter>(
+              user, mainQueue, makeQueue("UNUserNotificationCenter"),
+              [told = application](const std::string& event, const Dictionary& fields) { told->tell(event, fields); })),
           device(std::make_shared<SimulatedDevice>(versionText(options.systemVersion))),
           bundle(std::make_shared<NSBundle>(options.infoDictionary, options.resourceFolder)),
           session(std::make_shared<ScriptedURLSession>(makeQueue("NSURLSession"))) {
@@ -155,7 +161,9 @@ struct SimulatedPhone::Impl {
     std::optional<std::optional<double>> creationDate;
 
     const std::shared_ptr<SimulatedMainQueue> mainQueue;
+    const std::shared_ptr<SimulatedUser> user;
     const std::shared_ptr<SimulatedApplication> application;
+    const std::shared_ptr<SimulatedUserNotificationCenter> userNotificationCenter;
     const std::shared_ptr<SimulatedDevice> device;
     const std::shared_ptr<NSBundle> bundle;
     const std::shared_ptr<ScriptedURLSession> session;
@@ -211,6 +219,15 @@ std::shared_ptr<DispatchQueue> SimulatedPhone::makeSerialQueue(const std::string
     return impl_->makeQueue(label);
 }
 
+std::shared_ptr<NSTimer> SimulatedPhone::scheduledTimer(TimeInterval seconds, std::function<void()> block) {
+    auto timer = std::make_shared<NSTimer>(std::move(block));
+    const auto queue = impl_->mainQueue;
+    const auto token =
+        queue->postAt(now() + seconds, SimulatedMainQueue::Kind::application, [timer] { timer->fire(); });
+    timer->setInvalidationHandler([queue, token] { queue->cancel(token); });
+    return timer;
+}
+
 std::string SimulatedPhone::documentsFolder() const { return impl_->documentsFolder; }
 
 std::optional<double> SimulatedPhone::documentsCreationDate() const {
@@ -244,6 +261,10 @@ std::shared_ptr<OSLog> SimulatedPhone::makeOSLog(const std::string& subsystem, c
     return std::make_shared<SimulatedOSLog>(subsystem, category, impl_->lines);
 }
 
+std::shared_ptr<UNUserNotificationCenter> SimulatedPhone::userNotificationCenter() {
+    return impl_->userNotificationCenter;
+}
+
 void SimulatedPhone::NSLog(const std::string& line) {
     const std::lock_guard lock(impl_->lines->mutex);
     impl_->lines->console.push_back(line);
@@ -254,6 +275,12 @@ ScriptedURLSession& SimulatedPhone::session() { return *impl_->session; }
 SimulatedApplication& SimulatedPhone::simulatedApplication() { return *impl_->application; }
 
 SimulatedDevice& SimulatedPhone::simulatedDevice() { return *impl_->device; }
+
+SimulatedUser& SimulatedPhone::simulatedUser() { return *impl_->user; }
+
+SimulatedUserNotificationCenter& SimulatedPhone::simulatedUserNotificationCenter() {
+    return *impl_->userNotificationCenter;
+}
 
 void SimulatedPhone::runMainQueue() { impl_->mainQueue->runDueTasks(); }
 

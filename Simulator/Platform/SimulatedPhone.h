@@ -11,6 +11,8 @@
 #include "Simulator/Platform/ScriptedURLSession.h"
 #include "Simulator/Platform/SimulatedApplication.h"
 #include "Simulator/Platform/SimulatedDevice.h"
+#include "Simulator/Platform/SimulatedUser.h"
+#include "Simulator/Platform/SimulatedUserNotificationCenter.h"
 
 namespace vorlane {
 
@@ -43,6 +45,7 @@ public:
     const Clock& clock() const override;
     std::shared_ptr<DispatchQueue> mainQueue() override;
     std::shared_ptr<DispatchQueue> makeSerialQueue(const std::string& label) override;
+    std::shared_ptr<NSTimer> scheduledTimer(TimeInterval seconds, std::function<void()> block) override;
     std::string documentsFolder() const override;
     std::optional<double> documentsCreationDate() const override;
     std::shared_ptr<NSURLSession> makeURLSession(const NSURLSessionConfiguration& configuration) override;
@@ -50,6 +53,7 @@ public:
     std::shared_ptr<UIDevice> device() override;
     std::shared_ptr<NSNotificationCenter> notificationCenter() override;
     std::shared_ptr<NSBundle> mainBundle() override;
+    std::shared_ptr<UNUserNotificationCenter> userNotificationCenter() override;
     std::shared_ptr<OSLog> makeOSLog(const std::string& subsystem, const std::string& category) override;
     void NSLog(const std::string& line) override;
 
@@ -59,6 +63,8 @@ public:
     ScriptedURLSession& session();
     SimulatedApplication& simulatedApplication();
     SimulatedDevice& simulatedDevice();
+    SimulatedUser& simulatedUser();
+    SimulatedUserNotificationCenter& simulatedUserNotificationCenter();
 
     /// Runs what is due on the main queue, and what that makes due at this moment, until nothing is.
     void runMainQueue();
@@ -80,7 +86,8 @@ public:
     void setClock(double now);
 
     double now() const;
-    /// The seconds until each delayed task on the main queue is due, ascending.
+    /// The seconds until each delayed task of the application's on the main queue is due, ascending: its timers that
+    /// are still valid, and what it has put off. The dates of local notifications are not among them.
     std::vector<double> timers() const;
 
     /// What went to the system's log: the type and the text; and to the console.

@@ -7,11 +7,13 @@
 #include "Platform/Platform.h"
 #include "Platform/UIApplication.h"
 #include "Platform/UIDevice.h"
+#include "Platform/UNUserNotificationCenter.h"
 
 namespace vorlane {
 
 namespace {
 
+constexpr double kFirstVersionWithNotificationCenter = 10.0;
 constexpr TimeInterval kTimeoutIntervalForRequest = 10.0;
 
 std::shared_ptr<NSURLSession> createURLSession() {
@@ -28,6 +30,9 @@ void VLIOSComponents::defaultUIKitDependencies() {
     bootstrap_.addComponent<UIApplication>([] { return Platform::current().application(); });
     bootstrap_.addComponent<NSNotificationCenter>([] { return Platform::current().notificationCenter(); });
     bootstrap_.addComponent<NSBundle>([] { return Platform::current().mainBundle(); });
+    if (Platform::current().systemVersion() >= kFirstVersionWithNotificationCenter) {
+        bootstrap_.addComponent<UNUserNotificationCenter>([] { return Platform::current().userNotificationCenter(); });
+    }
 }
 
 }  // namespace vorlane

@@ -10,7 +10,7 @@ public:
     explicit VLIOSComponents(VLBootstrap& bootstrap) : bootstrap_(bootstrap) {}
 
     /// The URL session (10 s without progress is a time-out), the device, the application, the notification centre, the
-    /// bundle.
+    /// bundle; on platforms from 10 on the notification centre.
     void defaultUIKitDependencies();
 
 private:

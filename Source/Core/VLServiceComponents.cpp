@@ -10,11 +10,21 @@
 #include "Network/VLPayloadBuilder.h"
 #include "Network/VLURLBuilder.h"
 #include "Network/VLURLSession.h"
+#include "Notifications/VLAuthorisationHelper_iOS10To11.h"
+#include "Notifications/VLAuthorisationHelper_iOS12Plus.h"
+#include "Notifications/VLBackgroundRefreshHelper.h"
+#include "Notifications/VLLocalNotificationService.h"
+#include "Notifications/VLNotificationHelper.h"
+#include "Notifications/VLRemoteNotificationService.h"
+#include "Notifications/VLUserNotificationCentre_iOS10Plus.h"
+#include "Notifications/VLUserNotificationCentre_iOS8To9.h"
 #include "Platform/NSBundle.h"
 #include "Platform/NSNotificationCenter.h"
 #include "Platform/NSURLSession.h"
+#include "Platform/Platform.h"
 #include "Platform/UIApplication.h"
 #include "Platform/UIDevice.h"
+#include "Platform/UNUserNotificationCenter.h"
 #include "Public/VLURLs.h"
 #include "Tracking/VLConfigService.h"
 #include "Tracking/VLEventService.h"
@@ -24,6 +34,10 @@
 namespace vorlane {
 
 namespace {
+
+// The platform generations whose notifications differ.
+constexpr double kNotificationCenterVersion = 10.0;
+constexpr double kProvisionalVersion = 12.0;
 
 std::shared_ptr<VLSettings> createSettings(VLBootstrap& components) {
     return std::make_shared<VLSettings>(components.getComponent<UIDevice>());
@@ -59,9 +73,9 @@ std::shared_ptr<VLTagsService> createTagsService(VLBootstrap& components) {
 
 std::shared_ptr<VLSessionService> createSessionService(VLBootstrap& components) {
     return std::make_shared<VLSessionService>(
-        components.getComponent<VLSettings>(), components.getComponent<VLURLSession>(),
-        components.getComponent<VLURLBuilder>(), components.getComponent<VLPayloadBuilder>(),
-        components.getComponent<NSBundle>());
+        components.getComponent<VLSettings>(), components.getComponent<VLRemoteNotificationService>(),
+        components.getComponent<VLURLSession>(), components.getComponent<VLURLBuilder>(),
+        components.getComponent<VLPayloadBuilder>(), components.getComponent<NSBundle>());
 }
 
 std::shared_ptr<VLLifeCycleManager> createLifeCycleManager(VLBootstrap& components) {
@@ -69,6 +83,59 @@ std::shared_ptr<VLLifeCycleManager> createLifeCycleManager(VLBootstrap& componen
         components.getComponent<VLSettings>(), components.getComponent<VLSessionService>(),
         components.getComponent<VLConfigService>(), components.getComponent<NSNotificationCenter>(),
         components.getComponent<NSBundle>());
+}
+
+std::shared_ptr<VLNotificationHelper> createNotificationHelper(VLBootstrap& components) {
+    return std::make_shared<VLNotificationHelper>(components.getComponent<UIApplication>(),
+                                                  components.getComponent<UIDevice>(),
+                                                  components.getComponent<NSBundle>());
+}
+
+std::shared_ptr<VLRemoteNotificationService> remoteNotificationService(VLBootstrap& components) {
+    return VLRemoteNotificationService::serviceWith(
+        {.settings = components.getComponent<VLSettings>(),
+         .notificationCenter = components.getComponent<NSNotificationCenter>(),
+         .application = components.getComponent<UIApplication>(),
+         .urlSession = components.getComponent<VLURLSession>(),
+         .urlBuilder = components.getComponent<VLURLBuilder>(),
+         .payloadBuilder = components.getComponent<VLPayloadBuilder>(),
+         .vlUserNotificationCentre = components.getComponent<VLUserNotificationCentre>(),
+         .backgroundRefreshHelper = components.getComponent<VLBackgroundRefreshHelper>()});
+}
+
+std::shared_ptr<VLLocalNotificationService> createLocalNotificationService(VLBootstrap& components) {
+    return VLLocalNotificationService::serviceWith(
+        {.settings = components.getComponent<VLSettings>(),
+         .notificationHelper = components.getComponent<VLNotificationHelper>(),
+         .application = components.getComponent<UIApplication>(),
+         .urlBuilder = components.getComponent<VLURLBuilder>(),
+         .urlSession = components.getComponent<VLURLSession>(),
+         .payloadBuilder = components.getComponent<VLPayloadBuilder>(),
+         .notificationCenter = components.getComponent<NSNotificationCenter>()});
+}
+
+std::shared_ptr<VLBackgroundRefreshHelper> createBackgroundRefreshHelper(VLBootstrap& components) {
+    return std::make_shared<VLBackgroundRefreshHelper>(components.getComponent<UIApplication>());
+}
+
+/// Null on a platform that has no use for it.
+std::shared_ptr<VLAuthorisationHelper> authorisationHelper(VLBootstrap& /*components*/) {
+    const double version = Platform::current().systemVersion();
+    if (version >= kProvisionalVersion) return std::make_shared<VLAuthorisationHelper_iOS12Plus>();
+    if (version >= kNotificationCenterVersion) return std::make_shared<VLAuthorisationHelper_iOS10To11>();
+    return nullptr;
+}
+
+std::shared_ptr<VLUserNotificationCentre> vlUserNotificationCentre(VLBootstrap& components) {
+    if (Platform::current().systemVersion() < kNotificationCenterVersion) {
+        return std::make_shared<VLUserNotificationCentre_iOS8To9>(components.getComponent<UIApplication>(),
+                                                                  components.getComponent<VLSettings>(),
+                                                                  components.getComponent<VLBackgroundRefreshHelper>());
+    }
+    return std::make_shared<VLUserNotificationCentre_iOS10Plus>(
+        components.getComponent<UNUserNotificationCenter>(), components.getComponent<UIApplication>(),
+        components.getComponent<VLAuthorisationHelper>(), components.getComponent<VLBackgroundRefreshHelper>(),
+        components.getComponent<VLSettings>());
 }
 
 }  // namespace
@@ -84,9 +151,15 @@ void VLServiceComponents::defaultVLServices(const std::shared_ptr<VLURLs>& urls)
     add(vlURLSession);
     add(createEventService);
     add(createConfigService);
+    add(createNotificationHelper);
+    add(remoteNotificationService);
     add(createTagsService);
     add(createSessionService);
     add(createLifeCycleManager);
+    add(createLocalNotificationService);
+    add(createBackgroundRefreshHelper);
+    add(authorisationHelper);
+    add(vlUserNotificationCentre);
 }
 
 void VLServiceComponents::defaultVLServiceDependencies(const std::shared_ptr<VLURLs>& urls) {

@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-#include "Core/VLUserNotificationSettings.h"
+#include "Public/VLUserNotificationSettings.h"
 #include "Public/VLValue.h"
 
 namespace vorlane {

@@ -6,6 +6,9 @@
 #include "Core/VLBootstrap.h"
 #include "Core/VLLifeCycleManager.h"
 #include "Core/VLSettings.h"
+#include "Notifications/VLLocalNotificationService.h"
+#include "Notifications/VLRemoteNotificationService.h"
+#include "Notifications/VLUserNotificationCentre.h"
 #include "Platform/ProcessWide.h"
 #include "Tracking/VLEventService.h"
 #include "Tracking/VLSessionService.h"
@@ -14,6 +17,12 @@
 namespace vorlane {
 
 namespace {
+
+constexpr const char* kNoFetchHandlerName = "Background fetch completion handler is nil";
+constexpr const char* kNoFetchHandlerReason =
+    "The background fetch completion handler cannot be nil."
+    "                                               Ensure that a valid completionHandler block is passed to the"
+    "                                               Vorlane.performFetchWithCompletionHandler() method.";
 
 /// The class-wide endpoint set.
 struct EndpointSet {
@@ -37,8 +46,11 @@ Vorlane::Vorlane() {
     settings_ = bootstrap_->getComponent<VLSettings>();
     tagsService_ = bootstrap_->getComponent<VLTagsService>();
     eventService_ = bootstrap_->getComponent<VLEventService>();
+    localNotificationService_ = bootstrap_->getComponent<VLLocalNotificationService>();
+    remoteNotificationService_ = bootstrap_->getComponent<VLRemoteNotificationService>();
     sessionService_ = bootstrap_->getComponent<VLSessionService>();
     lifeCycleManager_ = bootstrap_->getComponent<VLLifeCycleManager>();
+    vlUserNotificationCentre_ = bootstrap_->getComponent<VLUserNotificationCentre>();
 }
 
 Vorlane::~Vorlane() = default;
@@ -111,6 +123,62 @@ void Vorlane::batchSetTags(const Value& tags, ErrorHandler completionHandler) {
 
 void Vorlane::deleteAllTagsWithCompletionHandler(ErrorHandler completionHandler) {
     sharedInstance().tagsService_->deleteAllTagsWithCompletionHandler(std::move(completionHandler));
+}
+
+void Vorlane::didRegisterForRemoteNotificationsWithDeviceToken(const std::shared_ptr<UIApplication>& /*application*/,
+                                                               const Data& deviceToken,
+                                                               ErrorHandler completionHandler) {
+    logMessage(VLLogLevel::Debug, "Register device triggered manually");
+    sharedInstance().remoteNotificationService_->registerDeviceTokenData(deviceToken, std::move(completionHandler));
+}
+
+void Vorlane::unregisterFromRemoteNotificationsWithCompletionHandler(OutcomeHandler completionHandler) {
+    sharedInstance().remoteNotificationService_->unregisterDeviceWithCompletionHandler(std::move(completionHandler));
+}
+
+void Vorlane::didReceiveRemoteNotification(const std::shared_ptr<UIApplication>& application,
+                                           const Dictionary& userInfo) {
+    sharedInstance().remoteNotificationService_->didReceiveRemoteNotification(application, userInfo);
+}
+
+void Vorlane::didRegisterUserNotificationSettings(const std::shared_ptr<UIApplication>& /*application*/,
+                                                  const UIUserNotificationSettings& settings) {
+    sharedInstance().remoteNotificationService_->didRegisterUserNotificationSettings(settings);
+}
+
+void Vorlane::performFetchWithCompletionHandler(const std::shared_ptr<UIApplication>& /*application*/,
+                                                FetchHandler completionHandler) {
+    if (!completionHandler) throw NSException(kNoFetchHandlerName, kNoFetchHandlerReason);
+    logMessage(VLLogLevel::Debug, "Register device triggered by Vorlane.performFetchWithCompletionHandler()");
+    sharedInstance().remoteNotificationService_->registerDeviceTokenIfNotificationSettingsChangedForBackgroundFetch(
+        std::move(completionHandler));
+}
+
+void Vorlane::getNotificationSettingsWithCompletionHandler(NotificationSettingsHandler completionHandler) {
+    sharedInstance().vlUserNotificationCentre_->getNotificationSettingsWithCompletionHandler(
+        std::move(completionHandler));
+}
+
+std::optional<UILocalNotification> Vorlane::scheduleLocalNotification(const std::string& text, std::int64_t badge,
+                                                                      const std::optional<std::string>& campaign,
+                                                                      std::optional<double> date,
+                                                                      const std::optional<Dictionary>& metadata,
+                                                                      const std::optional<std::string>& action) {
+    return sharedInstance().localNotificationService_->scheduleLocalNotification(text, badge, campaign, date, metadata,
+                                                                                 action);
+}
+
+void Vorlane::cancelPendingLocalNotification(const UILocalNotification& notification) {
+    sharedInstance().localNotificationService_->cancelPendingLocalNotification(notification);
+}
+
+void Vorlane::cancelAllPendingLocalNotifications() {
+    sharedInstance().localNotificationService_->cancelAllPendingLocalNotifications();
+}
+
+void Vorlane::didReceiveLocalNotification(const std::shared_ptr<UIApplication>& application,
+                                          const UILocalNotification& notification) {
+    sharedInstance().localNotificationService_->didAcceptLocalNotification(application, notification);
 }
 
 void Vorlane::setContainer(const std::optional<std::string>& name, const std::optional<std::string>& version,

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "Platform/Linux/LinuxPlatform.h"
+#include "Platform/NSTimer.h"
 #include "Platform/ProcessWide.h"
 
 namespace vorlane {
@@ -61,6 +62,12 @@ void Platform::shutdown() {
         platform = holder.owner;
     }
     platform->stop();
+}
+
+std::shared_ptr<NSTimer> Platform::scheduledTimer(TimeInterval seconds, std::function<void()> block) {
+    auto timer = std::make_shared<NSTimer>(std::move(block));
+    mainQueue()->postAfter(seconds, [timer] { timer->fire(); });
+    return timer;
 }
 
 void onMainQueue(std::function<void()> task) { Platform::current().mainQueue()->post(std::move(task)); }

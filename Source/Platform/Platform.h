@@ -13,10 +13,12 @@ namespace vorlane {
 
 class NSBundle;
 class NSNotificationCenter;
+class NSTimer;
 class NSURLSession;
 class OSLog;
 class UIApplication;
 class UIDevice;
+class UNUserNotificationCenter;
 struct NSURLSessionConfiguration;
 
 /// Everything that the library needs of the device, with an accessor for each object. Any thread.
@@ -48,6 +50,10 @@ public:
     virtual std::shared_ptr<DispatchQueue> mainQueue() = 0;
     virtual std::shared_ptr<DispatchQueue> makeSerialQueue(const std::string& label) = 0;
 
+    /// `scheduledTimerWithTimeInterval:repeats:block:` runs `block` once on the main queue, after that many seconds of
+    /// the platform's clock, unless the timer is invalidated before.
+    virtual std::shared_ptr<NSTimer> scheduledTimer(TimeInterval seconds, std::function<void()> block);
+
     /// The folder that holds the library's files; it may not exist yet.
     virtual std::string documentsFolder() const = 0;
     /// When the application was installed, in seconds since 1970: the date that folder was made. Nothing when it cannot
@@ -59,6 +65,8 @@ public:
     virtual std::shared_ptr<UIDevice> device() = 0;
     virtual std::shared_ptr<NSNotificationCenter> notificationCenter() = 0;
     virtual std::shared_ptr<NSBundle> mainBundle() = 0;
+    /// Asked for on platforms from 10 on.
+    virtual std::shared_ptr<UNUserNotificationCenter> userNotificationCenter() = 0;
 
     /// A handle on the system's log.
     virtual std::shared_ptr<OSLog> makeOSLog(const std::string& subsystem, const std::string& category) = 0;

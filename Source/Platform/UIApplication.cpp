@@ -1,10 +1,23 @@
 #include "Platform/UIApplication.h"
 
+#include <algorithm>
+#include <limits>
 #include <utility>
 
 #include "Platform/NSNotificationCenter.h"
 
 namespace vorlane {
+
+namespace {
+
+/// A date that is no number never comes.
+double dueTime(const UILocalNotification& notification) {
+    constexpr double kInfinity = std::numeric_limits<double>::infinity();
+    const double date = notification.fireDate.value_or(-kInfinity);
+    return date == date ? date : kInfinity;
+}
+
+}  // namespace
 
 UIApplication::UIApplication(std::shared_ptr<NSNotificationCenter> notificationCenter)
     : notificationCenter_(std::move(notificationCenter)) {}
@@ -76,6 +89,65 @@ void UIApplication::expireBackgroundTasks() {
         if (handler) handler();
         endBackgroundTask(identifier);
     }
+}
+
+void UIApplication::scheduleLocalNotification(const UILocalNotification& notification) {
+    // A copy, since whoever is told may change the list.
+    const auto entry = addScheduled(notification);
+    didScheduleLocalNotification(entry);
+}
+
+std::vector<UILocalNotification> UIApplication::scheduledLocalNotifications() const {
+    std::vector<UILocalNotification> notifications;
+    for (const auto& entry : scheduled_) notifications.push_back(entry.notification);
+    return notifications;
+}
+
+void UIApplication::cancelLocalNotification(const UILocalNotification& notification) {
+    std::vector<ScheduledLocalNotification> cancelled;
+    std::erase_if(scheduled_, [&](const ScheduledLocalNotification& entry) {
+        const bool isSame = entry.notification.isSameAs(notification);
+        if (isSame) cancelled.push_back(entry);
+        return isSame;
+    });
+    if (cancelled.empty()) {
+        // Read back in another way than from the list of this process: its fields tell which one is meant.
+        const auto equal = std::ranges::find(scheduled_, notification, &ScheduledLocalNotification::notification);
+        if (equal == scheduled_.end()) return;
+        cancelled.push_back(*equal);
+        scheduled_.erase(equal);
+    }
+    didCancelLocalNotifications(cancelled);
+}
+
+void UIApplication::cancelAllLocalNotifications() {
+    if (!scheduled_.empty()) didCancelLocalNotifications(std::exchange(scheduled_, {}));
+}
+
+const UIApplication::ScheduledLocalNotification& UIApplication::addScheduled(const UILocalNotification& notification) {
+    scheduled_.push_back({++newestNumber_, notification});
+    return scheduled_.back();
+}
+
+std::vector<UIApplication::ScheduledLocalNotification>::iterator UIApplication::firstDue() {
+    return std::ranges::min_element(
+        scheduled_, {}, [](const ScheduledLocalNotification& entry) { return dueTime(entry.notification); });
+}
+
+std::optional<UIApplication::ScheduledLocalNotification> UIApplication::takeDue(double time) {
+    const auto first = firstDue();
+    if (first == scheduled_.end() || !(dueTime(first->notification) <= time)) return std::nullopt;
+    auto taken = std::move(*first);
+    scheduled_.erase(first);
+    return taken;
+}
+
+std::optional<double> UIApplication::nextFireDate() const {
+    std::optional<double> next;
+    for (const auto& entry : scheduled_) {
+        if (const double due = dueTime(entry.notification); !next || due < *next) next = due;
+    }
+    return next;
 }
 
 std::map<UIBackgroundTaskIdentifier, std::string> UIApplication::backgroundTasks() const {

@@ -6,9 +6,12 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "Platform/UILocalNotification.h"
+#include "Platform/UIUserNotificationSettings.h"
 #include "Public/VLExport.h"
 #include "Public/VLValue.h"
 
@@ -33,6 +36,14 @@ inline constexpr const char* UIApplicationLaunchOptionsRemoteNotificationKey =
 /// it.
 inline constexpr const char* UIApplicationLaunchOptionsLocalNotificationKey =
     "UIApplicationLaunchOptionsLocalNotificationKey";
+
+/// What a background fetch brought.
+enum class UIBackgroundFetchResult : std::uint64_t { newData = 0, noData = 1, failed = 2 };
+
+/// Whether the application may be woken in the background: what `backgroundRefreshStatus()` gives.
+inline constexpr std::int64_t UIBackgroundRefreshStatusRestricted = 0;
+inline constexpr std::int64_t UIBackgroundRefreshStatusDenied = 1;
+inline constexpr std::int64_t UIBackgroundRefreshStatusAvailable = 2;
 
 using UIBackgroundTaskIdentifier = std::uint64_t;
 inline constexpr UIBackgroundTaskIdentifier UIBackgroundTaskInvalid = 0;
@@ -78,7 +89,44 @@ public:
     /// Asks the platform to wake the application for a background fetch, no more often than this. Main queue.
     virtual void setMinimumBackgroundFetchInterval(TimeInterval seconds) = 0;
 
+    /// One of the three values above. Main queue.
+    virtual std::int64_t backgroundRefreshStatus() const { return UIBackgroundRefreshStatusRestricted; }
+
+    /// What the user allows, on platforms below 10; nothing elsewhere. Main queue.
+    virtual UIUserNotificationSettings currentUserNotificationSettings() const { return {}; }
+    /// Asks the user, on platforms below 10. The answer arrives through the host. Main queue.
+    virtual void registerUserNotificationSettings(const UIUserNotificationSettings&) {}
+
+    /// `scheduleLocalNotification:` keeps a copy of the notification until it is due; one without a fire date is due at
+    /// once. The same notification may be scheduled more than once. Main queue, as the three below.
+    void scheduleLocalNotification(const UILocalNotification& notification);
+    /// What is scheduled and not due yet, in the order of scheduling.
+    std::vector<UILocalNotification> scheduledLocalNotifications() const;
+    /// Cancels that notification, told by its identity; where none has it, one whose fields are all equal. Ignored when
+    /// nothing fits.
+    void cancelLocalNotification(const UILocalNotification& notification);
+    void cancelAllLocalNotifications();
+
 protected:
+    /// A notification with the number that tells it apart from every other one scheduled with this application.
+    struct ScheduledLocalNotification {
+        std::uint64_t number;
+        UILocalNotification notification;
+    };
+
+    /// What is scheduled, by number.
+    const std::vector<ScheduledLocalNotification>& scheduled() const { return scheduled_; }
+    /// Puts a notification on the list without telling anyone.
+    const ScheduledLocalNotification& addScheduled(const UILocalNotification& notification);
+    /// Takes the notification that is due first off the list; nothing when none is by that time.
+    std::optional<ScheduledLocalNotification> takeDue(double time);
+    /// When the first one is due; nothing when none is scheduled. One without a date has been due always.
+    std::optional<double> nextFireDate() const;
+
+    /// Told after notifications were put on the list, or taken off it by being cancelled. Main queue.
+    virtual void didScheduleLocalNotification(const ScheduledLocalNotification&) {}
+    virtual void didCancelLocalNotifications(const std::vector<ScheduledLocalNotification>&) {}
+
     /// Told after a background task began, ended or expired, with no lock held. Any thread.
     virtual void backgroundTaskDidBegin(UIBackgroundTaskIdentifier, const std::string& /*name*/) {}
     virtual void backgroundTaskDidEnd(UIBackgroundTaskIdentifier, const std::string& /*name*/) {}
@@ -91,10 +139,15 @@ private:
     };
 
     void change(UIApplicationState state, const char* notificationName);
+    std::vector<ScheduledLocalNotification>::iterator firstDue();
 
     // Fixed at construction.
     const std::shared_ptr<NSNotificationCenter> notificationCenter_;
     std::atomic<UIApplicationState> applicationState_ = UIApplicationState::inactive;
+
+    // Main queue only.
+    std::uint64_t newestNumber_ = 0;
+    std::vector<ScheduledLocalNotification> scheduled_;
 
     mutable std::mutex mutex_;
     // Guarded by mutex_.

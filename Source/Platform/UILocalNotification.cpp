@@ -3,8 +3,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <limits>
+#include <tuple>
 
 namespace vorlane {
 
@@ -39,7 +41,23 @@ std::int64_t integerOf(const Value& number) {
     return value < -static_cast<double>(kLeast) ? static_cast<std::int64_t>(value) : kMost;
 }
 
+std::uint64_t newIdentity() {
+    static constinit std::atomic<std::uint64_t> last = 0;
+    return ++last;
+}
+
+auto fieldsOf(const UILocalNotification& notification) {
+    return std::tie(notification.fireDate, notification.timeZone, notification.alertBody, notification.alertAction,
+                    notification.soundName, notification.applicationIconBadgeNumber, notification.userInfo);
+}
+
 }  // namespace
+
+UILocalNotification::UILocalNotification() : identity_(newIdentity()) {}
+
+bool UILocalNotification::operator==(const UILocalNotification& other) const {
+    return fieldsOf(*this) == fieldsOf(other);
+}
 
 Dictionary UILocalNotification::toDictionary() const {
     Dictionary dictionary{{"applicationIconBadgeNumber", applicationIconBadgeNumber}};

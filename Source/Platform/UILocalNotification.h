@@ -9,8 +9,17 @@
 
 namespace vorlane {
 
+/// The sound name of the platform's own notification sound.
+inline constexpr const char* UILocalNotificationDefaultSoundName = "UILocalNotificationDefaultSoundName";
+
 /// A notification that the device shows by itself at a given time.
-struct VORLANE_EXPORT UILocalNotification {
+///
+/// Each one made has an identity of its own, which its copies keep, so that a notification can be cancelled by any of
+/// them whatever was changed since. What is read back from a dictionary is a notification of its own.
+class VORLANE_EXPORT UILocalNotification {
+public:
+    UILocalNotification();
+
     /// Seconds since 1970; nothing means at once.
     std::optional<double> fireDate;
     /// The name of the zone that the fire date is meant in.
@@ -28,7 +37,13 @@ struct VORLANE_EXPORT UILocalNotification {
 
     std::string description() const;
 
-    bool operator==(const UILocalNotification&) const = default;
+    /// Whether both are the same notification, or copies of it.
+    bool isSameAs(const UILocalNotification& other) const { return identity_ == other.identity_; }
+    /// Whether all fields are equal; the identity does not count.
+    bool operator==(const UILocalNotification& other) const;
+
+private:
+    std::uint64_t identity_;
 };
 
 }  // namespace vorlane

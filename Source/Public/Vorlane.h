@@ -10,7 +10,9 @@
 #include "Platform/NSException.h"
 #include "Platform/Platform.h"
 #include "Platform/UIApplication.h"
+#include "Platform/UILocalNotification.h"
 #include "Public/VLConstants.h"
+#include "Public/VLDeviceTokenHelper.h"
 #include "Public/VLErrorDomains.h"
 #include "Public/VLExport.h"
 #include "Public/VLLog.h"
@@ -19,6 +21,7 @@
 #include "Public/VLTagType.h"
 #include "Public/VLURLs.h"
 #include "Public/VLURLsProduction.h"
+#include "Public/VLUserNotificationSettings.h"
 #include "Public/VLValue.h"
 
 namespace vorlane {
@@ -26,9 +29,12 @@ namespace vorlane {
 class VLBootstrap;
 class VLEventService;
 class VLLifeCycleManager;
+class VLLocalNotificationService;
+class VLRemoteNotificationService;
 class VLSessionService;
 class VLSettings;
 class VLTagsService;
+class VLUserNotificationCentre;
 
 /// The one class that an application talks to.
 ///
@@ -46,6 +52,11 @@ public:
     using ErrorHandler = std::function<void(std::optional<NSError> error)>;
     /// The value, or an error; neither when the service knows no value.
     using TagHandler = std::function<void(std::optional<std::string> value, std::optional<NSError> error)>;
+
+    /// Whether it was done, and what went wrong. Neither when there was nothing to do.
+    using OutcomeHandler = std::function<void(bool success, std::optional<NSError> error)>;
+    using FetchHandler = std::function<void(UIBackgroundFetchResult result)>;
+    using NotificationSettingsHandler = std::function<void(const VLUserNotificationSettings& settings)>;
 
     // Start-up.
 
@@ -119,6 +130,52 @@ public:
     /// `deleteAllTagsWithCompletionHandler:` deletes every tag of the user. Errors: those of a failed request.
     static void deleteAllTagsWithCompletionHandler(ErrorHandler completionHandler);
 
+    // Push notifications. The host forwards what its platform tells it.
+
+    /// `application:didRegisterForRemoteNotificationsWithDeviceToken:completionHandler:` registers a push token with
+    /// the service, together with what the user allows. Errors: those of a failed request.
+    static void didRegisterForRemoteNotificationsWithDeviceToken(const std::shared_ptr<UIApplication>& application,
+                                                                 const Data& deviceToken,
+                                                                 ErrorHandler completionHandler);
+    /// `unregisterFromRemoteNotificationsWithCompletionHandler:` takes the token back and forgets it, also when the
+    /// request fails. Without a token nothing was done. Errors: those of a failed request.
+    static void unregisterFromRemoteNotificationsWithCompletionHandler(OutcomeHandler completionHandler);
+    /// `application:didReceiveRemoteNotification:`: a push notification arrived, or the user opened it (the application
+    /// is then inactive): its phash is told in what is sent from then on. Main queue.
+    static void didReceiveRemoteNotification(const std::shared_ptr<UIApplication>& application,
+                                             const Dictionary& userInfo);
+    /// `application:didRegisterUserNotificationSettings:`: the user's answer, on platforms below 10.
+    static void didRegisterUserNotificationSettings(const std::shared_ptr<UIApplication>& application,
+                                                    const UIUserNotificationSettings& settings);
+    /// `application:performFetchWithCompletionHandler:` tells the service when the user's settings have changed. The
+    /// handler gets new data (told), no data (nothing to tell) or failed. Throws an `NSException` named "Background
+    /// fetch completion handler is nil" for an empty one.
+    static void performFetchWithCompletionHandler(const std::shared_ptr<UIApplication>& application,
+                                                  FetchHandler completionHandler);
+    /// `getNotificationSettingsWithCompletionHandler:` tells what the user allows now.
+    static void getNotificationSettingsWithCompletionHandler(NotificationSettingsHandler completionHandler);
+
+    // Local notifications. Main queue.
+
+    /// `scheduleLocalNotification:badge:campaign:date:metadata:action:` schedules a notification whose delivery the
+    /// service can follow; the service may choose another text, or keep it from being shown. `date` in seconds since
+    /// 1970, nothing for now; no action reads "View". Gives the notification that was built; nothing, and nothing is
+    /// done, when notifications would not be visible by what was registered last.
+    static std::optional<UILocalNotification> scheduleLocalNotification(const std::string& text, std::int64_t badge,
+                                                                        const std::optional<std::string>& campaign,
+                                                                        std::optional<double> date,
+                                                                        const std::optional<Dictionary>& metadata,
+                                                                        const std::optional<std::string>& action);
+    /// `cancelPendingLocalNotification:` cancels what `scheduleLocalNotification()` gave, or what was read from the
+    /// list of the scheduled ones.
+    static void cancelPendingLocalNotification(const UILocalNotification& notification);
+    /// `cancelAllPendingLocalNotifications` cancels every one of the application, also those that it scheduled by
+    /// itself.
+    static void cancelAllPendingLocalNotifications();
+    /// `application:didReceiveLocalNotification:`: the user opened a local notification.
+    static void didReceiveLocalNotification(const std::shared_ptr<UIApplication>& application,
+                                            const UILocalNotification& notification);
+
     // For libraries that wrap this one.
 
     /// `setContainer:withContainerVersion:withContainerVlSdkVersion:` names the wrapping library, its version and the
@@ -149,6 +206,9 @@ private:
     std::shared_ptr<VLSessionService> sessionService_;
     std::shared_ptr<VLTagsService> tagsService_;
     std::shared_ptr<VLEventService> eventService_;
+    std::shared_ptr<VLLocalNotificationService> localNotificationService_;
+    std::shared_ptr<VLRemoteNotificationService> remoteNotificationService_;
+    std::shared_ptr<VLUserNotificationCentre> vlUserNotificationCentre_;
 };
 
 }  // namespace vorlane

@@ -11,6 +11,7 @@
 #include "Network/VLPayloadOptions.h"
 #include "Network/VLURLBuilder.h"
 #include "Network/VLURLSession.h"
+#include "Notifications/VLRemoteNotificationService.h"
 #include "Platform/NSBundle.h"
 #include "Platform/Platform.h"
 #include "Public/VLLog.h"
@@ -39,11 +40,13 @@ std::int64_t quotient(std::int64_t total, std::int64_t count) {
 
 }  // namespace
 
-VLSessionService::VLSessionService(std::weak_ptr<VLSettings> settings, std::shared_ptr<VLURLSession> urlSession,
-                                   std::weak_ptr<VLURLBuilder> urlBuilder,
+VLSessionService::VLSessionService(std::weak_ptr<VLSettings> settings,
+                                   std::weak_ptr<VLRemoteNotificationService> remoteNotificationService,
+                                   std::shared_ptr<VLURLSession> urlSession, std::weak_ptr<VLURLBuilder> urlBuilder,
                                    std::shared_ptr<VLPayloadBuilder> payloadBuilder,
                                    std::shared_ptr<NSBundle> mainBundle)
     : settings_(std::move(settings)),
+      remoteNotificationService_(std::move(remoteNotificationService)),
       urlSession_(std::move(urlSession)),
       urlBuilder_(std::move(urlBuilder)),
       payloadBuilder_(std::move(payloadBuilder)),
@@ -106,6 +109,14 @@ void VLSessionService::setTrackingID(const std::optional<std::string>& trackingI
     // The URL is logged, not the id; meant so.
     logMessage(VLLogLevel::Debug, fmt::format("Changing tracking id: {}", url.absoluteString()));
     postSessionToUrl(url);
+    registerDeviceTokenAgain(*settings);
+}
+
+void VLSessionService::registerDeviceTokenAgain(const VLSettings& settings) const {
+    const auto token = settings.deviceToken();
+    const auto remoteNotificationService = remoteNotificationService_.lock();
+    if (!token || token->empty() || !remoteNotificationService) return;
+    remoteNotificationService->registerDeviceTokenData(*token, nullptr);
 }
 
 void VLSessionService::postSessionToUrl(const NSURL& url) {

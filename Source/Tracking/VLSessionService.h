@@ -11,6 +11,7 @@ namespace vorlane {
 class NSBundle;
 class NSURL;
 class VLPayloadBuilder;
+class VLRemoteNotificationService;
 class VLSettings;
 class VLURLBuilder;
 class VLURLSession;
@@ -22,10 +23,12 @@ class VLURLSession;
 /// The result of a session request is ignored: a report that fails is lost, and changes no state.
 class VLSessionService {
 public:
-    /// `initWithSettings:urlSession:urlBuilder:payloadBuilder:`, with the application's bundle.
-    VLSessionService(std::weak_ptr<VLSettings> settings, std::shared_ptr<VLURLSession> urlSession,
-                     std::weak_ptr<VLURLBuilder> urlBuilder, std::shared_ptr<VLPayloadBuilder> payloadBuilder,
-                     std::shared_ptr<NSBundle> mainBundle);
+    /// `initWithSettings:remoteNotificationService:urlSession:urlBuilder:payloadBuilder:`, with the application's
+    /// bundle.
+    VLSessionService(std::weak_ptr<VLSettings> settings,
+                     std::weak_ptr<VLRemoteNotificationService> remoteNotificationService,
+                     std::shared_ptr<VLURLSession> urlSession, std::weak_ptr<VLURLBuilder> urlBuilder,
+                     std::shared_ptr<VLPayloadBuilder> payloadBuilder, std::shared_ptr<NSBundle> mainBundle);
 
     /// Starts a session unless one is running.
     void startSessionIfNotActive();
@@ -35,6 +38,7 @@ public:
     void sessionEnd();
 
     /// `setTrackingID:` changes the user. Nothing or "" is ignored; the id in force is stored again without a request.
+    /// A push token that is stored is registered again, for the new user.
     void setTrackingID(const std::optional<std::string>& trackingId);
 
     /// `postSessionToUrl:` sends the session's body, built now.
@@ -48,10 +52,12 @@ public:
 
 private:
     Dictionary sessionBody(VLSettings& settings) const;
+    void registerDeviceTokenAgain(const VLSettings& settings) const;
     void addSessionToTotals(VLSettings& settings, TimeInterval length);
 
     // Fixed at construction.
     const std::weak_ptr<VLSettings> settings_;
+    const std::weak_ptr<VLRemoteNotificationService> remoteNotificationService_;
     const std::shared_ptr<VLURLSession> urlSession_;
     const std::weak_ptr<VLURLBuilder> urlBuilder_;
     const std::shared_ptr<VLPayloadBuilder> payloadBuilder_;

@@ -1,4 +1,4 @@
-#include "Core/VLUserNotificationSettings.h"
+#include "Public/VLUserNotificationSettings.h"
 
 #include <gtest/gtest.h>
 

@@ -62,7 +62,7 @@ protected:
     Value endPayload() { return requestsTo("/0.8/session/end").back().payload(); }
 
     std::shared_ptr<VLSessionService> service =
-        std::make_shared<VLSessionService>(settings, urlSession, urlBuilder, payloadBuilder, phone().mainBundle());
+        std::make_shared<VLSessionService>(settings, std::weak_ptr<VLRemoteNotificationService>(), urlSession, urlBuilder, payloadBuilder, phone().mainBundle());
 };
 
 TEST_F(VLSessionServiceTest, AStartIsReportedWithEveryField) {

@@ -1,16 +1,39 @@
 #include "Platform/Linux/LinuxApplication.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "Platform/DispatchQueue.h"
+#include "Platform/NSFileManager.h"
+#include "Platform/NSPropertyListSerialization.h"
 
 namespace vorlane {
 
+namespace {
+
+constexpr const char* kNotificationsKey = "notifications";
+
+/// The notifications of a file's root; what is none is left out.
+std::vector<UILocalNotification> notificationsIn(const Dictionary& root) {
+    std::vector<UILocalNotification> notifications;
+    const auto found = root.find(kNotificationsKey);
+    if (found == root.end() || !found->second.is_array()) return notifications;
+    for (const auto& entry : found->second) {
+        const auto* fields = entry.get_ptr<const Dictionary*>();
+        if (fields) notifications.push_back(UILocalNotification::fromDictionary(*fields));
+    }
+    return notifications;
+}
+
+}  // namespace
+
 LinuxApplication::LinuxApplication(std::shared_ptr<NSNotificationCenter> notificationCenter,
-                                   std::weak_ptr<DispatchQueue> mainQueue, Callbacks callbacks)
+                                   std::weak_ptr<DispatchQueue> mainQueue, Callbacks callbacks,
+                                   std::shared_ptr<const Clock> clock)
     : UIApplication(std::move(notificationCenter)),
       mainQueue_(std::move(mainQueue)),
-      callbacks_(std::move(callbacks)) {}
+      callbacks_(std::move(callbacks)),
+      clock_(std::move(clock)) {}
 
 void LinuxApplication::didEnterBackground() {
     const std::uint64_t stay = ++stay_;
@@ -38,6 +61,60 @@ void LinuxApplication::registerForRemoteNotifications() {
 
 void LinuxApplication::setMinimumBackgroundFetchInterval(TimeInterval seconds) {
     if (callbacks_.setMinimumBackgroundFetchInterval) callbacks_.setMinimumBackgroundFetchInterval(seconds);
+}
+
+std::int64_t LinuxApplication::backgroundRefreshStatus() const {
+    return callbacks_.setMinimumBackgroundFetchInterval ? UIBackgroundRefreshStatusAvailable
+                                                        : UIBackgroundRefreshStatusRestricted;
+}
+
+void LinuxApplication::keepScheduledLocalNotifications(const std::string& path) {
+    path_ = path;
+    const auto root = NSPropertyListSerialization::dictionaryWithContentsOfFile(path);
+    if (!root && NSFileManager::fileExistsAtPath(path)) NSFileManager::moveItemAtPath(path, path + ".corrupt");
+    if (!root) return;
+    for (const auto& notification : notificationsIn(*root)) addScheduled(notification);
+    waitForNext();
+}
+
+void LinuxApplication::didScheduleLocalNotification(const ScheduledLocalNotification& /*entry*/) {
+    writeScheduled();
+    waitForNext();
+}
+
+void LinuxApplication::didCancelLocalNotifications(const std::vector<ScheduledLocalNotification>& /*entries*/) {
+    writeScheduled();
+    waitForNext();
+}
+
+void LinuxApplication::writeScheduled() const {
+    if (path_.empty()) return;
+    Array notifications;
+    for (const auto& notification : scheduledLocalNotifications()) {
+        notifications.emplace_back(notification.toDictionary());
+    }
+    NSPropertyListSerialization::writeToFile({{kNotificationsKey, std::move(notifications)}}, path_);
+}
+
+void LinuxApplication::waitForNext() {
+    const std::uint64_t wait = ++wait_;
+    const auto next = nextFireDate();
+    const auto queue = mainQueue_.lock();
+    if (!next || !queue) return;
+    queue->postAfter(std::clamp(*next - clock_->now(), 0.0, kLongestWait), [weakSelf = weak_from_this(), wait] {
+        const auto self = weakSelf.lock();
+        if (self && self->wait_ == wait) self->deliverDue();
+    });
+}
+
+void LinuxApplication::deliverDue() {
+    while (const auto due = takeDue(clock_->now())) {
+        // Out of the file first: killed from here on, the next process does not deliver it again. When the file cannot
+        // be written it is delivered all the same; better twice than never.
+        writeScheduled();
+        if (callbacks_.deliverLocalNotification) callbacks_.deliverLocalNotification(due->notification);
+    }
+    waitForNext();
 }
 
 }  // namespace vorlane

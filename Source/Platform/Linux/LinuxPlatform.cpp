@@ -18,6 +18,7 @@
 #include "Platform/Linux/LinuxMainQueue.h"
 #include "Platform/Linux/LinuxOSLog.h"
 #include "Platform/Linux/LinuxSerialQueue.h"
+#include "Platform/Linux/QuietUserNotificationCenter.h"
 #include "Platform/NSBundle.h"
 #include "Platform/NSFileManager.h"
 #include "Platform/NSNotificationCenter.h"
@@ -28,6 +29,8 @@ namespace vorlane {
 namespace {
 
 using SteadyClock = std::chrono::steady_clock;
+
+constexpr const char* kScheduledNotificationsFile = "/VLScheduledNotifications.plist";
 
 // Together below the two seconds that a shutdown may take.
 constexpr std::chrono::milliseconds kDrainTime{1600};
@@ -68,7 +71,9 @@ struct LinuxPlatform::State {
     const std::shared_ptr<NSNotificationCenter> notificationCenter = std::make_shared<NSNotificationCenter>();
     const std::shared_ptr<LinuxDevice> device = std::make_shared<LinuxDevice>();
     const std::shared_ptr<LinuxApplication> application;
+    const std::shared_ptr<UNUserNotificationCenter> userNotificationCenter;
 
+    std::once_flag applicationOnce;
     std::once_flag bundleOnce;
     std::shared_ptr<NSBundle> bundle;
     std::once_flag folderOnce;
@@ -86,10 +91,13 @@ LinuxPlatform::State::State(Options givenOptions)
     : options(std::move(givenOptions)),
       ownQueue(options.mainQueue ? nullptr : std::make_shared<LinuxMainQueue>()),
       hostQueue(options.mainQueue ? std::make_shared<HostMainQueue>(options.mainQueue) : nullptr),
-      application(
-          std::make_shared<LinuxApplication>(notificationCenter, mainQueue(),
-                                             LinuxApplication::Callbacks{options.registerForRemoteNotifications,
-                                                                         options.setMinimumBackgroundFetchInterval})) {}
+      application(std::make_shared<LinuxApplication>(
+          notificationCenter, mainQueue(),
+          LinuxApplication::Callbacks{options.registerForRemoteNotifications, options.setMinimumBackgroundFetchInterval,
+                                      options.deliverLocalNotification})),
+      userNotificationCenter(options.userNotificationCenter
+                                 ? options.userNotificationCenter
+                                 : std::make_shared<QuietUserNotificationCenter>(mainQueue())) {}
 
 std::shared_ptr<DispatchQueue> LinuxPlatform::State::mainQueue() const {
     if (ownQueue) return ownQueue;
@@ -209,13 +217,22 @@ std::shared_ptr<NSURLSession> LinuxPlatform::makeURLSession(const NSURLSessionCo
     return session;
 }
 
-std::shared_ptr<UIApplication> LinuxPlatform::application() { return state_->application; }
+std::shared_ptr<UIApplication> LinuxPlatform::application() {
+    std::call_once(state_->applicationOnce, [this] {
+        state_->application->keepScheduledLocalNotifications(state_->documentsFolder() + kScheduledNotificationsFile);
+    });
+    return state_->application;
+}
 
 std::shared_ptr<UIDevice> LinuxPlatform::device() { return state_->device; }
 
 std::shared_ptr<NSNotificationCenter> LinuxPlatform::notificationCenter() { return state_->notificationCenter; }
 
 std::shared_ptr<NSBundle> LinuxPlatform::mainBundle() { return state_->mainBundle(); }
+
+std::shared_ptr<UNUserNotificationCenter> LinuxPlatform::userNotificationCenter() {
+    return state_->userNotificationCenter;
+}
 
 std::shared_ptr<OSLog> LinuxPlatform::makeOSLog(const std::string& subsystem, const std::string& category) {
     return std::make_shared<LinuxOSLog>(executableName(), subsystem, category);

@@ -12,6 +12,8 @@
 
 namespace vorlane {
 
+class UILocalNotification;
+
 /// The default platform: a Linux process with libcurl, the XDG folders, the system journal and a main loop.
 ///
 /// Making one does nothing yet: threads, files and requests come with first use. A host that wants options makes its
@@ -40,6 +42,13 @@ public:
         /// Asks the host to wake itself for a background fetch no more often than that many seconds. Main queue. May be
         /// empty.
         std::function<void(TimeInterval)> setMinimumBackgroundFetchInterval;
+        /// Shows a local notification that is due: once each, also those that fell due while no process ran, and those
+        /// scheduled by an earlier process. When the user opens it, the host calls
+        /// `Vorlane::didReceiveLocalNotification()`. Main queue. Empty: nothing is shown.
+        std::function<void(const UILocalNotification&)> deliverLocalNotification;
+        /// Asks the user about notifications, and tells what is allowed. Nothing: a centre that is not determined,
+        /// where every request ends with an error.
+        std::shared_ptr<UNUserNotificationCenter> userNotificationCenter;
     };
 
     LinuxPlatform();
@@ -80,10 +89,13 @@ public:
 
     /// A session over libcurl, on one thread that starts with its first request.
     std::shared_ptr<NSURLSession> makeURLSession(const NSURLSessionConfiguration& configuration) override;
+    /// The first call reads "VLScheduledNotifications.plist" in the documents folder: the local notifications that an
+    /// earlier process scheduled.
     std::shared_ptr<UIApplication> application() override;
     std::shared_ptr<UIDevice> device() override;
     std::shared_ptr<NSNotificationCenter> notificationCenter() override;
     std::shared_ptr<NSBundle> mainBundle() override;
+    std::shared_ptr<UNUserNotificationCenter> userNotificationCenter() override;
 
     /// A handle on the system journal.
     std::shared_ptr<OSLog> makeOSLog(const std::string& subsystem, const std::string& category) override;

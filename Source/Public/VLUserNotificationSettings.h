@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "Public/VLExport.h"
 #include "Public/VLValue.h"
 
 namespace vorlane {
@@ -12,7 +13,7 @@ namespace vorlane {
 ///
 /// Authorisation scale: -1 prompted, 0 not determined, 1 denied, 2 authorised, 3 provisional. Setting scale: -1
 /// unknown, 0 not supported, 1 disabled, 2 enabled. Alert-style scale: -1 unknown, 0 none, 1 banner, 2 alert.
-struct VLUserNotificationSettings {
+struct VORLANE_EXPORT VLUserNotificationSettings {
     std::int64_t authorisationStatus = 0;
     std::int64_t sound = 0;
     std::int64_t badge = 0;

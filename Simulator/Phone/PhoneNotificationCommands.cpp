@@ -1,0 +1,113 @@
+// What the platform tells the host about notifications, and what the host does with the platform itself.
+
+#include "Categories/NSDictionary+VLLookup.h"
+#include "Public/Vorlane.h"
+#include "Simulator/Phone/PhoneCommands.h"
+#include "Simulator/Phone/PhoneNotifications.h"
+#include "Simulator/Phone/PhoneValues.h"
+
+namespace vorlane::phone {
+
+namespace {
+
+/// The line as a call, so that its handler's results are told as those of a call are.
+OperationCall callOf(Phone& phone, const Dictionary& line) {
+    const auto* id = valueForKey(line, "id");
+    const auto* handler = valueForKey(line, "handler");
+    return {phone,
+            stringFrom(requiredField(line, "do"), "do"),
+            id ? *id : Value(),
+            {},
+            !handler || booleanFrom(*handler, "handler")};
+}
+
+Value push(Phone& phone, const Dictionary& line) {
+    Vorlane::didReceiveRemoteNotification(phone.device().application(),
+                                          dictionaryFrom(requiredField(line, "payload"), "payload"));
+    return nullptr;
+}
+
+Value token(Phone& phone, const Dictionary& line) {
+    Vorlane::didRegisterForRemoteNotificationsWithDeviceToken(
+        phone.device().application(), dataFrom(requiredField(line, "hex"), "hex"), callOf(phone, line).errorHandler());
+    return nullptr;
+}
+
+Value legacySettings(Phone& phone, const Dictionary& line) {
+    auto& application = phone.device().simulatedApplication();
+    application.setUserNotificationTypes(
+        static_cast<std::uint64_t>(integerFrom(requiredField(line, "types"), "types")));
+    Vorlane::didRegisterUserNotificationSettings(phone.device().application(),
+                                                 application.currentUserNotificationSettings());
+    return nullptr;
+}
+
+Value performFetch(Phone& phone, const Dictionary& line) {
+    Vorlane::performFetchWithCompletionHandler(phone.device().application(), callOf(phone, line).fetchHandler());
+    return nullptr;
+}
+
+Value schedulePlatform(Phone& phone, const Dictionary& line) {
+    auto& application = phone.device().simulatedApplication();
+    const auto notification = notificationFrom(requiredField(line, "notification"), "notification");
+    application.scheduleLocalNotification(notification);
+    return SimulatedApplication::notificationFields(application.handleOf(notification), notification);
+}
+
+Value openNotification(Phone& phone, const Dictionary& line) {
+    Vorlane::didReceiveLocalNotification(phone.device().application(),
+                                         notificationWithHandle(phone, requiredField(line, "handle")));
+    return nullptr;
+}
+
+/// Where a number of the platform's goes.
+using Setter = void (*)(SimulatedApplication& application, UNNotificationSettings& settings, std::int64_t value);
+
+const std::map<std::string, Setter>& setters() {
+    using Application = SimulatedApplication;
+    using Settings = UNNotificationSettings;
+    static const std::map<std::string, Setter> table = {
+        {"authorizationStatus", [](Application&, Settings& s, std::int64_t v) { s.authorizationStatus = v; }},
+        {"soundSetting", [](Application&, Settings& s, std::int64_t v) { s.soundSetting = v; }},
+        {"badgeSetting", [](Application&, Settings& s, std::int64_t v) { s.badgeSetting = v; }},
+        {"alertSetting", [](Application&, Settings& s, std::int64_t v) { s.alertSetting = v; }},
+        {"notificationCenterSetting",
+         [](Application&, Settings& s, std::int64_t v) { s.notificationCenterSetting = v; }},
+        {"lockScreenSetting", [](Application&, Settings& s, std::int64_t v) { s.lockScreenSetting = v; }},
+        {"carPlaySetting", [](Application&, Settings& s, std::int64_t v) { s.carPlaySetting = v; }},
+        {"alertStyle", [](Application&, Settings& s, std::int64_t v) { s.alertStyle = v; }},
+        {"types",
+         [](Application& a, Settings&, std::int64_t v) { a.setUserNotificationTypes(static_cast<std::uint64_t>(v)); }},
+        {"backgroundRefreshStatus", [](Application& a, Settings&, std::int64_t v) { a.setBackgroundRefreshStatus(v); }},
+    };
+    return table;
+}
+
+Value notificationSettings(Phone& phone, const Dictionary& line) {
+    const auto& given = dictionaryFrom(requiredField(line, "set"), "set");
+    for (const auto& [name, value] : given) {
+        if (!setters().contains(name)) throw BadLine("notificationSettings has no " + name);
+        integerFrom(value, name);
+    }
+    auto& center = phone.device().simulatedUserNotificationCenter();
+    auto settings = center.notificationSettings();
+    for (const auto& [name, value] : given) {
+        setters().at(name)(phone.device().simulatedApplication(), settings, integerFrom(value, name));
+    }
+    center.setNotificationSettings(settings);
+    return nullptr;
+}
+
+}  // namespace
+
+Phone::Commands notificationCommands() {
+    return {{"push", push},
+            {"token", token},
+            {"legacySettings", legacySettings},
+            {"performFetch", performFetch},
+            {"schedulePlatform", schedulePlatform},
+            {"openNotification", openNotification},
+            {"notificationSettings", notificationSettings}};
+}
+
+}  // namespace vorlane::phone

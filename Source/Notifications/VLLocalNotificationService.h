@@ -1,0 +1,109 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Platform/NSError.h"
+#include "Platform/NSNotificationCenter.h"
+#include "Platform/UIApplication.h"
+#include "Public/VLValue.h"
+
+namespace vorlane {
+
+class DispatchGroup;
+class NSTimer;
+class VLNotificationHelper;
+class VLPayloadBuilder;
+class VLSettings;
+class VLURLBuilder;
+class VLURLSession;
+
+/// Schedules local notifications for the host, and gives each one a phash close to its delivery: the service's answer
+/// to a "split" may also choose another text, or filter the notification out. Called by the facade and the notification
+/// centre; main queue only.
+///
+/// A notification that is due soon waits for its split; one due later is scheduled as it is, and split a minute before
+/// it fires, or when the application leaves the foreground. Until then it is outstanding: it has "vl_notification" in
+/// its user info and no "p". The platform's list is the only record of that.
+class VLLocalNotificationService : public std::enable_shared_from_this<VLLocalNotificationService> {
+public:
+    /// What the service works with.
+    struct Collaborators {
+        std::shared_ptr<VLSettings> settings;
+        std::shared_ptr<VLNotificationHelper> notificationHelper;
+        std::shared_ptr<UIApplication> application;
+        std::shared_ptr<VLURLBuilder> urlBuilder;
+        std::shared_ptr<VLURLSession> urlSession;
+        std::shared_ptr<VLPayloadBuilder> payloadBuilder;
+        std::shared_ptr<NSNotificationCenter> notificationCenter;
+    };
+
+    /// `initWithSettings:withHelper:withApplication:urlBuilder:urlSession:payloadBuilder:` makes a service that watches
+    /// for the application's way out of the foreground.
+    static std::shared_ptr<VLLocalNotificationService> serviceWith(Collaborators collaborators);
+    ~VLLocalNotificationService();
+
+    /// `scheduleLocalNotification:badge:campaign:date:metadata:action:` gives the notification that was built; nothing
+    /// when notifications would not be visible. No date means now; no action, or an empty one, "View".
+    std::optional<UILocalNotification> scheduleLocalNotification(const std::string& text, std::int64_t badge,
+                                                                 const std::optional<std::string>& campaign,
+                                                                 std::optional<double> date,
+                                                                 const std::optional<Dictionary>& metadata,
+                                                                 const std::optional<std::string>& action);
+
+    /// `application:didAcceptLocalNotification:`: the user acted on the notification.
+    void didAcceptLocalNotification(const std::shared_ptr<UIApplication>& application,
+                                    const UILocalNotification& notification);
+
+    /// `cancelPendingLocalNotification:`; also tells the service about its phash.
+    void cancelPendingLocalNotification(const UILocalNotification& notification);
+    /// `cancelAllPendingLocalNotifications` cancels those of the application's own too.
+    void cancelAllPendingLocalNotifications();
+
+    /// `createPhashForOutstandingNotificationDueIn:` splits every outstanding notification that is due within so many
+    /// seconds.
+    void createPhashForOutstandingNotificationDueIn(double seconds);
+
+private:
+    explicit VLLocalNotificationService(Collaborators collaborators);
+
+    void observeApplication();
+    void observe(const char* notificationName, void (VLLocalNotificationService::*operation)());
+    void applicationWillMoveToBackground();
+    void applicationWillTerminate();
+    void createAllPhashes();
+
+    UILocalNotification notificationWith(const std::string& text, std::int64_t badge,
+                                         const std::optional<std::string>& campaign, std::optional<double> date,
+                                         const std::optional<Dictionary>& metadata,
+                                         const std::optional<std::string>& action) const;
+    void createPhashNow(const UILocalNotification& notification);
+
+    void createSplitForNotification(const UILocalNotification& notification,
+                                    const std::shared_ptr<DispatchGroup>& group);
+    Dictionary splitBody(const UILocalNotification& notification) const;
+    void splitArrived(const UILocalNotification& notification, const std::optional<Dictionary>& response,
+                      std::int64_t status, const std::optional<NSError>& error);
+    UILocalNotification splitCopy(UILocalNotification copy, const Dictionary& response) const;
+
+    std::vector<UILocalNotification> outstandingNotifications() const;
+    void updateOutstandingNotificationTimer(UIBackgroundTaskIdentifier task);
+    void scheduleTimer(TimeInterval seconds);
+    void timerFired();
+    void invalidateTimer();
+
+    static Dictionary buildPhashData(const std::optional<Dictionary>& userInfo);
+    void cancelPhashCommand(const Array& records) const;
+
+    // Fixed at construction.
+    const Collaborators with_;
+    std::vector<NSNotificationCenter::Token> observers_;
+    // Main queue only.
+    std::shared_ptr<NSTimer> notificationTimer_;
+    UIBackgroundTaskIdentifier backgroundLocalUpdateTask_ = UIBackgroundTaskInvalid;
+};
+
+}  // namespace vorlane

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <utility>
+#include <vector>
+
+#include "Public/VLExport.h"
+
+namespace vorlane {
+
+class DispatchQueue;
+
+/// Counts pieces of work that are under way, and tells when none is left. Any thread.
+class VORLANE_EXPORT DispatchGroup {
+public:
+    void enter();
+    /// Once for each `enter()`.
+    void leave();
+
+    /// Posts `task` to `queue` when the group empties; at once when it is empty now.
+    void notify(std::shared_ptr<DispatchQueue> queue, std::function<void()> task);
+
+private:
+    using Notice = std::pair<std::shared_ptr<DispatchQueue>, std::function<void()>>;
+
+    std::mutex mutex_;
+    // Guarded by mutex_.
+    std::size_t count_ = 0;
+    std::vector<Notice> notices_;
+};
+
+}  // namespace vorlane

@@ -1,0 +1,7 @@
+#include "Platform/UNUserNotificationCenter.h"
+
+namespace vorlane {
+
+UNUserNotificationCenter::~UNUserNotificationCenter() = default;
+
+}  // namespace vorlane

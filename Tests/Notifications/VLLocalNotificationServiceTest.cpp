@@ -1,0 +1,433 @@
+#include "Notifications/VLLocalNotificationService.h"
+
+#include <gtest/gtest.h>
+
+#include "Categories/UILocalNotification+VLTimeToFire.h"
+#include "Notifications/VLNotificationHelper.h"
+#include "Tests/Notifications/NotificationsTest.h"
+
+namespace vorlane {
+
+namespace {
+
+const std::string kDefaultSound = "UILocalNotificationDefaultSoundName";
+
+class VLLocalNotificationServiceTest : public NotificationsTest {
+protected:
+    VLLocalNotificationServiceTest() {
+        phone().simulatedDevice().setLocalTimeZone({"Europe/Oslo", 3600});
+        settings->setNotificationSettings(allowed());
+        application().setApplicationState(UIApplicationState::active);
+    }
+
+    std::optional<UILocalNotification> schedule(std::optional<double> in,
+                                                const std::optional<Dictionary>& metadata = std::nullopt,
+                                                const std::optional<std::string>& campaign = "token") {
+        const auto date = in ? std::optional<double>(phone().now() + *in) : std::nullopt;
+        return service->scheduleLocalNotification("50% off!", 3, campaign, date, metadata, "Buy");
+    }
+
+    /// A notification of the application's own.
+    UILocalNotification foreign(std::optional<Dictionary> userInfo = std::nullopt) {
+        UILocalNotification notification;
+        notification.fireDate = phone().now() + 1000;
+        notification.alertBody = "own";
+        notification.userInfo = std::move(userInfo);
+        application().scheduleLocalNotification(notification);
+        return notification;
+    }
+
+    std::vector<RecordedRequest> splits() {
+        phone().settle();
+        return session().requests(urlBuilder->MDNURL().absoluteString());
+    }
+    void answerSplit(std::int64_t status, const std::string& body = {}) {
+        phone().settle();
+        session().answer(urlBuilder->MDNURL().absoluteString(), status, body);
+        phone().settle();
+    }
+    std::vector<RecordedRequest> cancellations() {
+        phone().settle();
+        return session().requests("/phash/cancel");
+    }
+    std::vector<UILocalNotification> scheduled() { return application().scheduledLocalNotifications(); }
+    std::size_t openTasks() { return application().backgroundTasks().size(); }
+
+    Value splitBody(const std::string& phash = "") {
+        return Dictionary{{"campaigntoken", "token"},
+                          {"pushtext", "50%25%20off!"},
+                          {"responsetype", "json"},
+                          {"trackingid", "T"},
+                          {"phash", phash}};
+    }
+
+    std::shared_ptr<VLLocalNotificationService> service =
+        VLLocalNotificationService::serviceWith({.settings = settings,
+                                                 .notificationHelper = std::make_shared<VLNotificationHelper>(
+                                                     phone().application(), phone().device(), phone().mainBundle()),
+                                                 .application = phone().application(),
+                                                 .urlBuilder = urlBuilder,
+                                                 .urlSession = urlSession,
+                                                 .payloadBuilder = payloadBuilder,
+                                                 .notificationCenter = phone().notificationCenter()});
+};
+
+TEST_F(VLLocalNotificationServiceTest, NothingIsScheduledThatWouldNotBeVisible) {
+    settings->setNotificationSettings(std::nullopt);
+    EXPECT_EQ(schedule(1000), std::nullopt);
+    auto hidden = allowed();
+    hidden.lockScreen = hidden.notificationCentre = hidden.alertSetting = 1;
+    settings->setNotificationSettings(hidden);
+    EXPECT_EQ(schedule(0), std::nullopt);
+    EXPECT_TRUE(splits().empty());
+    EXPECT_TRUE(scheduled().empty());
+    EXPECT_TRUE(log().linesContaining("Local notification").empty());
+}
+
+TEST_F(VLLocalNotificationServiceTest, ANotificationIsBuiltFieldByField) {
+    UILocalNotification expected;
+    expected.fireDate = phone().now() + 1000;
+    expected.timeZone = "Europe/Oslo";
+    expected.alertBody = "50% off!";
+    expected.alertAction = "Buy";
+    expected.soundName = kDefaultSound;
+    expected.applicationIconBadgeNumber = 3;
+    expected.userInfo = Dictionary{{"own", 1}, {"vl_notification", true}, {"vl_campaign", "token"}};
+    EXPECT_EQ(schedule(1000, Dictionary{{"own", 1}}), expected);
+    EXPECT_EQ(scheduled(), std::vector{expected});
+}
+
+TEST_F(VLLocalNotificationServiceTest, WithoutACampaignOrAnActionThereIsNoTokenAndTheActionIsView) {
+    const auto bare = service->scheduleLocalNotification("a", 0, std::nullopt, phone().now() + 500, std::nullopt, "");
+    ASSERT_TRUE(bare);
+    EXPECT_EQ(bare->userInfo, (Dictionary{{"vl_notification", true}}));
+    EXPECT_EQ(bare->alertAction, "View");
+    EXPECT_EQ(service->scheduleLocalNotification("a", 0, std::nullopt, phone().now() + 500, std::nullopt, std::nullopt)
+                  ->alertAction,
+              "View");
+}
+
+TEST_F(VLLocalNotificationServiceTest, WithoutADateTheSplitIsAskedForAtOnceInEveryField) {
+    settings->setPhash("opened");
+    const auto built = schedule(std::nullopt);
+    ASSERT_TRUE(built);
+    EXPECT_EQ(built->fireDate, std::nullopt);
+    ASSERT_EQ(splits().size(), 1U);
+    EXPECT_EQ(splits()[0].request.HTTPMethod, "POST");
+    EXPECT_EQ(splits()[0].header("Content-Type"), "application/json");
+    EXPECT_EQ(splits()[0].payload(), splitBody("opened"));
+    EXPECT_TRUE(scheduled().empty());
+    EXPECT_TRUE(phone().timers().empty());
+    EXPECT_EQ(log().count("Local notification: due in 0 seconds, get the phash now", VLLogLevel::Debug), 1);
+}
+
+TEST_F(VLLocalNotificationServiceTest, OneDueIn89SecondsIsSplitAtOnce) {
+    schedule(89, std::nullopt, std::nullopt);
+    ASSERT_EQ(splits().size(), 1U);
+    EXPECT_FALSE(splits()[0].payload().contains("campaigntoken"));
+    EXPECT_EQ(splits()[0].payload()["phash"], Value(""));
+    EXPECT_TRUE(scheduled().empty());
+    EXPECT_EQ(log().count("Local notification: due in 89 seconds, get the phash now", VLLogLevel::Debug), 1);
+}
+
+TEST_F(VLLocalNotificationServiceTest, OneDueInExactly90SecondsIsScheduledAsItIs) {
+    schedule(90);
+    EXPECT_TRUE(splits().empty());
+    EXPECT_EQ(scheduled().size(), 1U);
+    EXPECT_EQ(phone().timers(), std::vector<double>{5});
+    EXPECT_EQ(log().count("Local notification: due in 90 seconds, schedule but create phash later", VLLogLevel::Debug),
+              1);
+}
+
+TEST_F(VLLocalNotificationServiceTest, InTheBackgroundASplitIsAskedForWhateverTheDate) {
+    application().setApplicationState(UIApplicationState::background);
+    schedule(100'000);
+    EXPECT_EQ(splits().size(), 1U);
+    EXPECT_TRUE(scheduled().empty());
+}
+
+TEST_F(VLLocalNotificationServiceTest, ASplitGivesTheNotificationItsPhashTextSoundAndRecord) {
+    const auto built = schedule(89, Dictionary{{"own", 1}});
+    const auto before = openTasks();
+    answerSplit(200, R"({"phash":"h","messagetext":"Half%20price","campaignid":7,"splitid":"s","templateid":9})");
+    auto expected = *built;
+    expected.alertBody = "Half price";
+    expected.userInfo = Dictionary{
+        {"own", 1},
+        {"vl_notification", true},
+        {"vl_campaign", "token"},
+        {"p", "h"},
+        {"vl_data",
+         Dictionary{
+             {"campaignid", 7}, {"absplitid", "s"}, {"templateid", 9}, {"campaigntoken", "token"}, {"phash", "h"}}}};
+    EXPECT_EQ(scheduled(), std::vector{expected});
+    EXPECT_EQ(log().count("Local notification: retrieved split with message \"Half price\"", VLLogLevel::Debug), 1);
+    EXPECT_EQ(before, 2U);  // the notification's and the request's
+    EXPECT_EQ(openTasks(), 0U);
+}
+
+TEST_F(VLLocalNotificationServiceTest, ASplitWithoutAPhashLeavesTheNotificationOutstanding) {
+    schedule(89, std::nullopt, std::nullopt);
+    answerSplit(200, R"({"campaignid":7,"phash":5})");
+    ASSERT_EQ(scheduled().size(), 1U);
+    EXPECT_EQ(scheduled()[0].alertBody, "50% off!");
+    EXPECT_EQ(scheduled()[0].userInfo,
+              (Dictionary{{"vl_notification", true}, {"vl_data", Dictionary{{"campaignid", 7}}}}));
+    service->createPhashForOutstandingNotificationDueIn(1000);
+    EXPECT_EQ(splits().size(), 2U);
+    EXPECT_EQ(log().count("Local notification: retrieved split with message \"(null)\"", VLLogLevel::Debug), 1);
+}
+
+TEST_F(VLLocalNotificationServiceTest, TextThatCannotBeDecodedIsKeptAsItStands) {
+    schedule(89);
+    answerSplit(200, R"({"phash":"h","messagetext":"100%"})");
+    EXPECT_EQ(scheduled().at(0).alertBody, "100%");
+}
+
+TEST_F(VLLocalNotificationServiceTest, ANotificationThatIsFilteredOutIsDropped) {
+    schedule(89);
+    answerSplit(204);
+    EXPECT_TRUE(scheduled().empty());
+    EXPECT_EQ(openTasks(), 0U);
+    EXPECT_EQ(log().count("Local notification: will not be scheduled. This tracking ID has been filtered out.",
+                          VLLogLevel::Debug),
+              1);
+}
+
+TEST_F(VLLocalNotificationServiceTest, OneThatIsFilteredOutLaterIsTakenOffTheList) {
+    schedule(65 + 60);
+    phone().advance(60);
+    application().willResignActive();
+    answerSplit(204, "{}");
+    EXPECT_TRUE(scheduled().empty());
+}
+
+TEST_F(VLLocalNotificationServiceTest, AFailedSplitSchedulesTheNotificationAsItIs) {
+    const auto built = schedule(89);
+    answerSplit(500);
+    EXPECT_EQ(scheduled(), std::vector{*built});
+    const auto lines =
+        log().linesContaining("Local notification: schedule as is. Error retrieving split: Error Domain=");
+    ASSERT_EQ(lines.size(), 1U);
+    EXPECT_EQ(lines[0].level, VLLogLevel::Debug);
+    service->createPhashForOutstandingNotificationDueIn(1000);
+    EXPECT_EQ(splits().size(), 2U);
+}
+
+TEST_F(VLLocalNotificationServiceTest, APassSplitsTheOutstandingOnesThatAreDue) {
+    schedule(90);
+    schedule(200);
+    foreign(Dictionary{{"p", "x"}, {"vl_notification", true}});
+    foreign();
+    phone().advance(5);
+    // The first timer's pass calls the second one off.
+    EXPECT_EQ(log().count("Local notification: timer fired", VLLogLevel::Debug), 1);
+    EXPECT_TRUE(splits().empty());  // none is due within 60 seconds yet
+    EXPECT_EQ(log().count("Local notification: 2 outstanding without a phash", VLLogLevel::Debug), 1);
+    EXPECT_EQ(
+        log().count("Local notification: due to fire in 85 seconds, create phash in 25 seconds", VLLogLevel::Debug), 1);
+    EXPECT_EQ(phone().timers(), std::vector<double>{25});
+    phone().advance(25);
+    EXPECT_EQ(splits().size(), 1U);
+    EXPECT_EQ(openTasks(), 2U);  // the pass's and the request's
+    answerSplit(200, R"({"phash":"h"})");
+    EXPECT_EQ(openTasks(), 0U);
+    EXPECT_EQ(log().count("Local notification: 1 outstanding without a phash", VLLogLevel::Debug), 1);
+    EXPECT_EQ(phone().timers(), std::vector<double>{110});
+}
+
+TEST_F(VLLocalNotificationServiceTest, ARescheduledNotificationKeepsItsDateAndStandsOnTheListOnce) {
+    const auto built = schedule(90);
+    application().willResignActive();
+    answerSplit(200, R"({"phash":"h","messagetext":"new"})");
+    ASSERT_EQ(scheduled().size(), 1U);
+    EXPECT_EQ(scheduled()[0].fireDate, built->fireDate);
+    EXPECT_EQ(scheduled()[0].alertBody, "new");
+    EXPECT_EQ((*scheduled()[0].userInfo)["p"], Value("h"));
+}
+
+TEST_F(VLLocalNotificationServiceTest, TwoPassesAtOnceDoNotDoubleANotification) {
+    schedule(90);
+    application().willResignActive();
+    application().willTerminate();
+    EXPECT_EQ(splits().size(), 2U);
+    answerSplit(200, R"({"phash":"one"})");
+    answerSplit(200, R"({"phash":"two"})");
+    ASSERT_EQ(scheduled().size(), 1U);
+    EXPECT_EQ((*scheduled()[0].userInfo)["p"], Value("two"));
+}
+
+TEST_F(VLLocalNotificationServiceTest, TheNextPassIsNoSoonerThanTenSeconds) {
+    schedule(95);
+    phone().advance(5);
+    phone().setClock(phone().now() + 25);  // 65 seconds before it fires
+    phone().advance(0);
+    service->createPhashForOutstandingNotificationDueIn(60);
+    phone().settle();
+    EXPECT_EQ(
+        log().count("Local notification: due to fire in 65 seconds, create phash in 5 seconds", VLLogLevel::Debug), 1);
+    EXPECT_EQ(phone().timers(), std::vector<double>{10});
+}
+
+TEST_F(VLLocalNotificationServiceTest, WithNothingOutstandingNoTimerIsSet) {
+    service->createPhashForOutstandingNotificationDueIn(60);
+    phone().settle();
+    EXPECT_TRUE(phone().timers().empty());
+    EXPECT_EQ(openTasks(), 0U);
+    EXPECT_EQ(log().count("Local notification: 0 outstanding without a phash", VLLogLevel::Debug), 1);
+}
+
+TEST_F(VLLocalNotificationServiceTest, LeavingTheForegroundSplitsEveryOutstandingOne) {
+    schedule(90);
+    schedule(100'000);
+    application().willResignActive();
+    EXPECT_TRUE(phone().timers().size() == 1);  // the first timer was replaced, and never called off
+    EXPECT_EQ(splits().size(), 2U);
+    EXPECT_EQ(
+        log().count("Local notification: app moving to background, create all outstanding phashes", VLLogLevel::Debug),
+        1);
+}
+
+TEST_F(VLLocalNotificationServiceTest, TerminationSplitsEveryOutstandingOne) {
+    schedule(100'000);
+    application().willTerminate();
+    EXPECT_TRUE(phone().timers().empty());
+    EXPECT_EQ(splits().size(), 1U);
+    EXPECT_EQ(log().count("Local notification: app terminating, create all outstanding phashes", VLLogLevel::Debug), 1);
+}
+
+TEST_F(VLLocalNotificationServiceTest, APassThatRunsOutOfTimeEndsItsTask) {
+    schedule(100'000);
+    application().willResignActive();
+    EXPECT_EQ(openTasks(), 2U);  // the pass's and the request's
+    application().expireBackgroundTasks();
+    EXPECT_EQ(openTasks(), 0U);
+}
+
+TEST_F(VLLocalNotificationServiceTest, AServiceThatIsGoneWatchesNoMore) {
+    schedule(1000);
+    service.reset();
+    application().willResignActive();
+    phone().advance(10);
+    EXPECT_TRUE(splits().empty());
+}
+
+// Opening.
+
+TEST_F(VLLocalNotificationServiceTest, OpeningFromOutsideTakesThePhash) {
+    UILocalNotification notification;
+    notification.userInfo = Dictionary{{"p", "hash"}};
+    application().setApplicationState(UIApplicationState::inactive);
+    service->didAcceptLocalNotification(phone().application(), notification);
+    EXPECT_EQ(settings->phash(), "hash");
+    EXPECT_TRUE(isNotificationOpen());
+    EXPECT_EQ(
+        log().count("Local notification: user opened notification " + notification.description(), VLLogLevel::Debug),
+        1);
+}
+
+TEST_F(VLLocalNotificationServiceTest, OpeningWhileActiveOrInTheBackgroundTakesNoPhash) {
+    UILocalNotification notification;
+    notification.userInfo = Dictionary{{"p", "hash"}};
+    for (const auto state : {UIApplicationState::active, UIApplicationState::background}) {
+        application().setApplicationState(state);
+        service->didAcceptLocalNotification(phone().application(), notification);
+    }
+    EXPECT_EQ(settings->phash(), std::nullopt);
+    EXPECT_TRUE(isNotificationOpen());
+}
+
+TEST_F(VLLocalNotificationServiceTest, APhashThatIsNoTextOrMissingIsNotTaken) {
+    application().setApplicationState(UIApplicationState::inactive);
+    UILocalNotification notification;
+    service->didAcceptLocalNotification(phone().application(), notification);
+    for (const auto& phash : {Value(), Value(5)}) {
+        notification.userInfo = Dictionary{{"p", phash}};
+        service->didAcceptLocalNotification(phone().application(), notification);
+    }
+    EXPECT_EQ(settings->phash(), std::nullopt);
+}
+
+// Cancelling.
+
+TEST_F(VLLocalNotificationServiceTest, CancellingATrackedOneTellsTheServiceInEveryField) {
+    schedule(89);
+    answerSplit(200, R"({"phash":"h","campaignid":7})");
+    const auto device = payloadBuilder->deviceData();
+    service->cancelPendingLocalNotification(scheduled().at(0));
+    EXPECT_TRUE(scheduled().empty());
+    ASSERT_EQ(cancellations().size(), 1U);
+    EXPECT_EQ(cancellations()[0].request.HTTPMethod, "POST");
+    EXPECT_EQ(cancellations()[0].header("Content-Type"), "application/json");
+    const Dictionary record{{"campaignid", 7}, {"campaigntoken", "token"}, {"phash", "h"}};
+    EXPECT_EQ(cancellations()[0].payload(),
+              merged({{"cancellations", Array{Value(record)}}, {"deviceData", device}}, basicFields(false)));
+}
+
+TEST_F(VLLocalNotificationServiceTest, WhatSchedulingGaveCancelsTheNotificationAlsoAfterItsSplit) {
+    const auto built = schedule(1000);
+    application().willResignActive();
+    answerSplit(200, R"({"phash":"h","messagetext":"new"})");
+    service->cancelPendingLocalNotification(*built);
+    EXPECT_TRUE(scheduled().empty());
+    EXPECT_TRUE(cancellations().empty());  // it has no phash itself
+}
+
+TEST_F(VLLocalNotificationServiceTest, AnUntrackedOneIsCancelledWithoutARequest) {
+    const auto notification = foreign();
+    service->cancelPendingLocalNotification(notification);
+    EXPECT_TRUE(scheduled().empty());
+    EXPECT_TRUE(cancellations().empty());
+}
+
+TEST_F(VLLocalNotificationServiceTest, APhashWithoutARecordIsCancelledWithAnEmptyOne) {
+    service->cancelPendingLocalNotification(foreign(Dictionary{{"p", "h"}, {"vl_data", "none"}}));
+    ASSERT_EQ(cancellations().size(), 1U);
+    EXPECT_EQ(cancellations()[0].payload()["cancellations"], Value(Array{Value(Dictionary())}));
+}
+
+TEST_F(VLLocalNotificationServiceTest, CancellingAllSendsTheRecordsOfTheTrackedOnes) {
+    foreign(Dictionary{{"p", "a"}, {"vl_data", Dictionary{{"phash", "a"}}}});
+    foreign();
+    foreign(Dictionary{{"p", "b"}, {"vl_data", Dictionary{{"phash", "b"}}}});
+    service->cancelAllPendingLocalNotifications();
+    EXPECT_TRUE(scheduled().empty());
+    ASSERT_EQ(cancellations().size(), 1U);
+    EXPECT_EQ(cancellations()[0].payload()["cancellations"],
+              Value(Array{Value(Dictionary{{"phash", "a"}}), Value(Dictionary{{"phash", "b"}})}));
+}
+
+TEST_F(VLLocalNotificationServiceTest, CancellingOnlyForeignOnesSendsNothing) {
+    foreign();
+    foreign(Dictionary{{"own", 1}});
+    service->cancelAllPendingLocalNotifications();
+    EXPECT_TRUE(scheduled().empty());
+    EXPECT_TRUE(cancellations().empty());
+    EXPECT_EQ(log().count("Local notification: no phashes to cancel", VLLogLevel::Debug), 1);
+}
+
+TEST_F(VLLocalNotificationServiceTest, CancellingNoneDoesNothing) {
+    service->cancelAllPendingLocalNotifications();
+    EXPECT_TRUE(cancellations().empty());
+    EXPECT_TRUE(log().linesContaining("Local notification").empty());
+}
+
+TEST_F(VLLocalNotificationServiceTest, AFailedCancellationIsOnlyLogged) {
+    service->cancelPendingLocalNotification(foreign(Dictionary{{"p", "a"}, {"vl_data", Dictionary{{"phash", "a"}}}}));
+    session().answer("/phash/cancel", 500);
+    phone().advance(3600);
+    EXPECT_EQ(cancellations().size(), 1U);
+    EXPECT_EQ(log().count(R"(Failed to cancel phashes for local notification(s): [{"phash":"a"}])", VLLogLevel::Debug),
+              1);
+}
+
+TEST_F(VLLocalNotificationServiceTest, TheTimeToFireIsCountedFromNow) {
+    UILocalNotification notification;
+    EXPECT_EQ(timeToFire(notification), 0);
+    notification.fireDate = phone().now() - 5;
+    EXPECT_EQ(timeToFire(notification), -5);
+}
+
+}  // namespace
+
+}  // namespace vorlane
