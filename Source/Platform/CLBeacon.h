@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace vorlane {
+
+/// How near a beacon is, as the platform tells it; other numbers are possible.
+enum class CLProximity : std::int64_t { Unknown = 0, Immediate = 1, Near = 2, Far = 3 };
+
+/// One beacon in a ranging result.
+struct CLBeacon {
+    /// In capitals, as the platform prints UUIDs.
+    std::string proximityUUID;
+    std::uint16_t major = 0;
+    std::uint16_t minor = 0;
+    CLProximity proximity = CLProximity::Unknown;
+    /// Estimated distance in metres; -1: unknown.
+    double accuracy = -1;
+
+    bool operator==(const CLBeacon&) const = default;
+};
+
+}  // namespace vorlane

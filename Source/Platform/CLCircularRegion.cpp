@@ -1,0 +1,12 @@
+#include "Platform/CLCircularRegion.h"
+
+#include <fmt/format.h>
+
+namespace vorlane {
+
+std::string CLCircularRegion::description() const {
+    return fmt::format("CLCircularRegion (identifier:'{}', center:<{:+.8f},{:+.8f}>, radius:{:.2f}m)", identifier(),
+                       center_.latitude, center_.longitude, radius_);
+}
+
+}  // namespace vorlane

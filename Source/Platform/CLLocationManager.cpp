@@ -1,0 +1,8 @@
+#include "Platform/CLLocationManager.h"
+
+namespace vorlane {
+
+CLLocationManagerDelegate::~CLLocationManagerDelegate() = default;
+CLLocationManager::~CLLocationManager() = default;
+
+}  // namespace vorlane

@@ -1,0 +1,7 @@
+#include "Platform/CLRegion.h"
+
+namespace vorlane {
+
+CLRegion::~CLRegion() = default;
+
+}  // namespace vorlane
