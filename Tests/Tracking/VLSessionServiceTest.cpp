@@ -61,8 +61,9 @@ protected:
 
     Value endPayload() { return requestsTo("/0.8/session/end").back().payload(); }
 
-    std::shared_ptr<VLSessionService> service =
-        std::make_shared<VLSessionService>(settings, std::weak_ptr<VLRemoteNotificationService>(), urlSession, urlBuilder, payloadBuilder, phone().mainBundle());
+    const std::weak_ptr<VLRemoteNotificationService> noRegistration = {};
+    std::shared_ptr<VLSessionService> service = std::make_shared<VLSessionService>(
+        settings, noRegistration, urlSession, urlBuilder, payloadBuilder, phone().mainBundle());
 };
 
 TEST_F(VLSessionServiceTest, AStartIsReportedWithEveryField) {
@@ -257,7 +258,7 @@ TEST_F(VLSessionServiceBareBundleTest, WhatTheBundleDoesNotTellIsLeftOut) {
 
 TEST_F(VLSessionServiceTest, WithoutSettingsNothingIsSent) {
     auto gone = std::make_shared<VLSettings>(phone().device());
-    VLSessionService orphan(gone, urlSession, urlBuilder, payloadBuilder, phone().mainBundle());
+    VLSessionService orphan(gone, noRegistration, urlSession, urlBuilder, payloadBuilder, phone().mainBundle());
     gone.reset();
     orphan.sessionStart();
     orphan.sessionEnd();
@@ -269,7 +270,7 @@ TEST_F(VLSessionServiceTest, WithoutSettingsNothingIsSent) {
 
 TEST_F(VLSessionServiceTest, WithoutAURLBuilderNothingIsSentAndNoIdChanged) {
     auto gone = std::make_shared<VLURLBuilder>(std::make_shared<VLURLsProduction>(), settings);
-    VLSessionService orphan(settings, urlSession, gone, payloadBuilder, phone().mainBundle());
+    VLSessionService orphan(settings, noRegistration, urlSession, gone, payloadBuilder, phone().mainBundle());
     gone.reset();
     orphan.sessionStart();
     orphan.sessionEnd();
@@ -311,8 +312,8 @@ TEST_F(VLSessionServiceTest, TheTotalsAreStoredBeforeTheEndIsSentAndTheSessionFo
                                                 EXPECT_FALSE(service->hasActiveSession());
                                             }),
         phone().application());
-    service =
-        std::make_shared<VLSessionService>(settings, urlSession, urlBuilder, payloadBuilder, phone().mainBundle());
+    service = std::make_shared<VLSessionService>(settings, noRegistration, urlSession, urlBuilder, payloadBuilder,
+                                                 phone().mainBundle());
     live(10);
     EXPECT_EQ(ends, 1);
     EXPECT_EQ(settings->phash(), std::nullopt);
