@@ -17,7 +17,7 @@ if(VORLANE_STRICT)
     # g++ 12 mistakes how std::string grows for an overflow, once it optimises.
     target_compile_options(vorlane_compile_options INTERFACE
                            $<$<AND:$<CXX_COMPILER_ID:GNU>,$<NOT:$<CONFIG:Debug>>>:-Wno-restrict
-                           -Wno-stringop-overflow -Wno-array-bounds>)
+                           -Wno-stringop-overflow -Wno-array-bounds -Wno-maybe-uninitialized>)
 endif()
 if(VORLANE_USE_CCACHE AND VORLANE_PRECOMPILE_HEADERS)
     target_compile_options(vorlane_compile_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess>)

@@ -97,15 +97,13 @@ NSError unparsableError(const char* why) {
         fmt::format("The data couldn't be read because it isn't in the correct format. {}", why));
 }
 
-}  // namespace
+bool isValidJSONObject(const Dictionary& dictionary) {
+    const bool isValid = visitAll(dictionary, kDeepestNesting, isHeldByJSON);
+    if (!isValid) logMessage(VLLogLevel::Error, "The dictionary is not a valid JSON object!");
+    return isValid;
+}
 
-std::string vl_asJSON(const Dictionary& dictionary) {
-    // Before it is copied: copying, like writing, goes as deep as the value does.
-    if (!visitAll(dictionary, kDeepestNesting, isHeldByJSON)) {
-        logMessage(VLLogLevel::Error, "The dictionary is not a valid JSON object!");
-        return {};
-    }
-    const Value object(dictionary);
+std::string textOf(const Value& object) {
     try {
         return object.dump();
     } catch (const Value::exception&) {
@@ -114,6 +112,17 @@ std::string vl_asJSON(const Dictionary& dictionary) {
                    object);
         return {};
     }
+}
+
+}  // namespace
+
+std::string vl_asJSON(const Dictionary& dictionary) {
+    // Before it is copied: copying, like writing, goes as deep as the value does.
+    return isValidJSONObject(dictionary) ? textOf(Value(dictionary)) : std::string();
+}
+
+std::string vl_asJSON(Dictionary&& dictionary) {
+    return isValidJSONObject(dictionary) ? textOf(Value(std::move(dictionary))) : std::string();
 }
 
 std::optional<Dictionary> vl_dictionaryWithJSON(const std::optional<std::string>& text, std::optional<NSError>& error) {

@@ -11,6 +11,7 @@ namespace vorlane {
 /// `vl_asJSON` gives the dictionary as compact JSON text. Logs at ERROR and gives "" for what JSON cannot hold (data,
 /// numbers that are not finite, nesting deeper than 512) and for text that is not UTF-8.
 std::string vl_asJSON(const Dictionary& dictionary);
+std::string vl_asJSON(Dictionary&& dictionary);
 
 /// `vl_dictionaryWithJSON:error:` parses JSON text with an object at its top. Otherwise gives nothing and sets `error`:
 /// `VLErrorDomainNetwork` code 0 for nil or empty text, `NSCocoaErrorDomain` code 3840 for any other (also when it is

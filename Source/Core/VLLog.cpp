@@ -61,7 +61,7 @@ std::shared_ptr<const VLLog::Loggers> VLLog::loggersSnapshot() const {
 }
 
 void VLLog::logMessage(std::string message, std::optional<Value> payload, VLLogLevel level) {
-    if (level > logLevel()) return;
+    if (!logs(level)) return;
     queue_->post([this, message = std::move(message), payload = std::move(payload), level] {
         // Held while it is walked: a sink may change the list.
         const auto loggers = loggersSnapshot();
@@ -94,7 +94,7 @@ VLLogLevel VLLog::stringToLogLevel(const std::string& text) {
 
 void logMessage(VLLogLevel level, std::string message, std::optional<Value> payload) {
     auto& log = VLLog::sharedInstance();
-    if (level > log.logLevel()) return;
+    if (!log.logs(level)) return;
     log.logMessage(std::move(message), std::move(payload), level);
 }
 

@@ -19,12 +19,6 @@ std::optional<std::string> textOfBody(const std::optional<Data>& data) {
     return vl_stringWithUTF8Data(*data);
 }
 
-/// A copy of the text for the log; nothing when the line will be dropped, since an answer may be large.
-std::optional<Value> debugPayload(const std::optional<std::string>& text) {
-    if (!text || VLLog::sharedInstance().logLevel() < VLLogLevel::Debug) return std::nullopt;
-    return Value(*text);
-}
-
 }  // namespace
 
 VLRequestInFlight::VLRequestInFlight(const NSURLRequest& request, std::uint32_t requestId,
@@ -75,12 +69,18 @@ void VLRequestInFlight::complete(const std::optional<Data>& data, const NSURLRes
 }
 
 void VLRequestInFlight::succeed(std::optional<std::string> text, const NSHTTPURLResponse& response) {
+    logSuccess(text, response);
+    if (completionHandler_) completionHandler_(std::move(text), response.statusCode(), std::nullopt);
+    endBackgroundTask();
+}
+
+void VLRequestInFlight::logSuccess(const std::optional<std::string>& text, const NSHTTPURLResponse& response) const {
+    // Of a line that will be dropped nothing is built: an answer may be large.
+    if (!VLLog::sharedInstance().logs(VLLogLevel::Debug)) return;
     logMessage(VLLogLevel::Debug,
                fmt::format("RSPN{:04} {} SUCCESS {} {}", requestId_, method_, response.statusCode(),
                            response.URL().absoluteString()),
-               debugPayload(text));
-    if (completionHandler_) completionHandler_(std::move(text), response.statusCode(), std::nullopt);
-    endBackgroundTask();
+               text ? std::optional<Value>(*text) : std::nullopt);
 }
 
 void VLRequestInFlight::failedWithError(NSError error, std::int64_t statusCode) {

@@ -34,6 +34,7 @@ public:
 private:
     enum class Phase { beginning, expiredWhileBeginning, running, ended };
 
+    void logSuccess(const std::optional<std::string>& text, const NSHTTPURLResponse& response) const;
     void succeed(std::optional<std::string> text, const NSHTTPURLResponse& response);
     void failedWithError(NSError error, std::int64_t statusCode);
     void endBackgroundTask();

@@ -27,6 +27,7 @@ Data formBody(const std::string& json) {
 }
 
 void logRequest(const NSURLRequest& request, std::uint32_t requestId, std::optional<Value> payload) {
+    if (!VLLog::sharedInstance().logs(VLLogLevel::Debug)) return;
     logMessage(VLLogLevel::Debug,
                fmt::format("RQST{:04} {} {}", requestId, request.HTTPMethod, request.URL.absoluteString()),
                std::move(payload));
@@ -65,18 +66,18 @@ VLURLSession::DataTask VLURLSession::DELETE(const NSURL& url, TextHandler comple
     return sendWithoutBody(VL_HTTP_DELETE, url, std::move(completionHandler));
 }
 
-VLURLSession::DataTask VLURLSession::POST(const NSURL& url, const Dictionary& payload, bool isFormSubmit,
+VLURLSession::DataTask VLURLSession::POST(const NSURL& url, Dictionary payload, bool isFormSubmit,
                                           TextHandler completionHandler) {
-    return sendPayload(VL_HTTP_POST, url, payload, isFormSubmit, std::move(completionHandler));
+    return sendPayload(VL_HTTP_POST, url, std::move(payload), isFormSubmit, std::move(completionHandler));
 }
 
-VLURLSession::DataTask VLURLSession::POSTWithJSONResponse(const NSURL& url, const Dictionary& payload,
-                                                          bool isFormSubmit, JSONHandler completionHandler) {
-    return POST(url, payload, isFormSubmit, textHandler(std::move(completionHandler)));
+VLURLSession::DataTask VLURLSession::POSTWithJSONResponse(const NSURL& url, Dictionary payload, bool isFormSubmit,
+                                                          JSONHandler completionHandler) {
+    return POST(url, std::move(payload), isFormSubmit, textHandler(std::move(completionHandler)));
 }
 
-VLURLSession::DataTask VLURLSession::PUT(const NSURL& url, const Dictionary& payload, TextHandler completionHandler) {
-    return sendPayload(VL_HTTP_PUT, url, payload, false, std::move(completionHandler));
+VLURLSession::DataTask VLURLSession::PUT(const NSURL& url, Dictionary payload, TextHandler completionHandler) {
+    return sendPayload(VL_HTTP_PUT, url, std::move(payload), false, std::move(completionHandler));
 }
 
 VLURLSession::DataTask VLURLSession::sendWithoutBody(const char* method, const NSURL& url,
@@ -87,10 +88,10 @@ VLURLSession::DataTask VLURLSession::sendWithoutBody(const char* method, const N
     return startDataTaskWithRequest(std::move(request), requestId, std::move(completionHandler));
 }
 
-VLURLSession::DataTask VLURLSession::sendPayload(const char* method, const NSURL& url, const Dictionary& payload,
+VLURLSession::DataTask VLURLSession::sendPayload(const char* method, const NSURL& url, Dictionary&& payload,
                                                  bool isFormSubmit, TextHandler completionHandler) {
     const std::uint32_t requestId = VLRequestCounter::incrementAndGetCounter();
-    std::string json = vl_asJSON(payload);
+    std::string json = vl_asJSON(std::move(payload));
     NSURLRequest request{.URL = url, .HTTPMethod = method};
     request.allHTTPHeaderFields["Content-Type"] =
         isFormSubmit ? "application/x-www-form-urlencoded" : "application/json";

@@ -46,16 +46,16 @@ public:
 
     /// `POST:payload:isFormSubmit:completionHandler:` sends the payload as the form field "payload" that holds its
     /// JSON, or as JSON. A payload that JSON cannot hold is logged and sent as empty text.
-    DataTask POST(const NSURL& url, const Dictionary& payload, bool isFormSubmit, TextHandler completionHandler);
+    DataTask POST(const NSURL& url, Dictionary payload, bool isFormSubmit, TextHandler completionHandler);
     /// `POSTWithJSONResponse:payload:isFormSubmit:completionHandler:`
-    DataTask POSTWithJSONResponse(const NSURL& url, const Dictionary& payload, bool isFormSubmit,
+    DataTask POSTWithJSONResponse(const NSURL& url, Dictionary payload, bool isFormSubmit,
                                   JSONHandler completionHandler);
     /// `PUT:payload:completionHandler:` always sends JSON.
-    DataTask PUT(const NSURL& url, const Dictionary& payload, TextHandler completionHandler);
+    DataTask PUT(const NSURL& url, Dictionary payload, TextHandler completionHandler);
 
 private:
     DataTask sendWithoutBody(const char* method, const NSURL& url, TextHandler completionHandler);
-    DataTask sendPayload(const char* method, const NSURL& url, const Dictionary& payload, bool isFormSubmit,
+    DataTask sendPayload(const char* method, const NSURL& url, Dictionary&& payload, bool isFormSubmit,
                          TextHandler completionHandler);
     DataTask startDataTaskWithRequest(NSURLRequest request, std::uint32_t requestId, TextHandler completionHandler);
 

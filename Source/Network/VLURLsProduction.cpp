@@ -58,11 +58,6 @@ NSURL productionURL(const Endpoint& endpoint) {
         .value();
 }
 
-template <std::size_t... roles>
-std::array<NSURL, sizeof...(roles)> productionURLs(std::index_sequence<roles...>) {
-    return {productionURL(kEndpoints[roles])...};
-}
-
 /// Scheme and authority, without the "/" that ends them.
 std::string originText(const NSURL& url) {
     NSURLComponents root;
@@ -74,17 +69,13 @@ std::string originText(const NSURL& url) {
 
 }  // namespace
 
-VLURLsProduction::VLURLsProduction() : urls_(productionURLs(std::make_index_sequence<kRoles>())) {
-    static_assert(kRoles == roleCount);
-}
+VLURLsProduction::VLURLsProduction() { static_assert(kRoles == roleCount); }
 
 VLURLsProduction::~VLURLsProduction() = default;
 
 std::shared_ptr<VLURLsProduction> VLURLsProduction::URLsWithOrigin(const NSURL& origin) {
     auto urls = std::make_shared<VLURLsProduction>();
-    const std::string text = originText(origin);
-    for (std::size_t role = 0; role < kRoles; ++role)
-        urls->setURL(role, NSURL::URLWithString(text + kEndpoints[role].path).value_or(origin));
+    urls->origin_ = origin;
     return urls;
 }
 
@@ -123,7 +114,15 @@ void VLURLsProduction::setChangeTrackingIdUrl(NSURL url) { setURL(changeTracking
 
 NSURL VLURLsProduction::url(std::size_t role) const {
     const std::lock_guard lock(mutex_);
-    return urls_[role];
+    auto& url = urls_[role];
+    if (!url) url = defaultURL(role);
+    return *url;
+}
+
+NSURL VLURLsProduction::defaultURL(std::size_t role) const {
+    const auto& endpoint = kEndpoints[role];
+    if (!origin_) return productionURL(endpoint);
+    return NSURL::URLWithString(originText(*origin_) + endpoint.path).value_or(*origin_);
 }
 
 void VLURLsProduction::setURL(std::size_t role, NSURL url) {

@@ -314,14 +314,14 @@ void VLLocalNotificationService::cancelAllPendingLocalNotifications() {
 }
 
 void VLLocalNotificationService::cancelPhashCommand(const Array& records) const {
-    const auto payload = with_.payloadBuilder->payloadWithOptions([&records](VLPayloadOptions& options) {
+    auto payload = with_.payloadBuilder->payloadWithOptions([&records](VLPayloadOptions& options) {
         options.body = {{"cancellations", records}};
         options.includeBasicData = true;
         options.basicDataSeparator = 0;
         options.includeDeviceData = true;
         options.deviceDataKey = 1;
     });
-    with_.urlSession->POST(with_.urlBuilder->cancelPhashURL(), payload, false,
+    with_.urlSession->POST(with_.urlBuilder->cancelPhashURL(), std::move(payload), false,
                            [records](const std::optional<std::string>& /*text*/, std::int64_t /*status*/,
                                      const std::optional<NSError>& error) {
                                if (!error) return;

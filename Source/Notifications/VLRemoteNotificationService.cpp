@@ -145,10 +145,10 @@ void VLRemoteNotificationService::unregisterDeviceWithCompletionHandler(OutcomeH
         logMessage(VLLogLevel::Warn, "Cannot unregister device because there is no device token to unregister");
         return completeOnMainQueue(completionHandler, false, std::nullopt);
     }
-    const auto payload =
+    auto payload =
         payloadWithBody({{"devicetoken", deviceTokenToString(*token)}, {"platform", "iOS"}, {"type", "unregister"}});
     with_.urlSession->POST(
-        with_.urlBuilder->deviceRegistrationURL(), payload, false,
+        with_.urlBuilder->deviceRegistrationURL(), std::move(payload), false,
         [settings = with_.settings, handler = std::move(completionHandler)](
             const std::optional<std::string>& /*text*/, std::int64_t /*status*/, const std::optional<NSError>& error) {
             // Forgotten also when the service does not know of it.

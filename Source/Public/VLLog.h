@@ -31,6 +31,9 @@ public:
     VLLogLevel logLevel() const { return logLevel_.load(std::memory_order_relaxed); }
     void setLogLevel(VLLogLevel level) { logLevel_.store(level, std::memory_order_relaxed); }
 
+    /// Whether lines of that level pass the threshold.
+    bool logs(VLLogLevel level) const { return level <= logLevel(); }
+
     /// Adds a sink. A line that was logged before may still reach it.
     void addLogger(std::shared_ptr<VLLogger> logger);
     void removeLogger(const std::shared_ptr<VLLogger>& logger);

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 
 #include "Platform/NSURL.h"
@@ -58,14 +59,18 @@ public:
 
 private:
     static constexpr std::size_t kRoles = 16;
-    using Table = std::array<NSURL, kRoles>;
 
     NSURL url(std::size_t role) const;
     void setURL(std::size_t role, NSURL url);
 
+    NSURL defaultURL(std::size_t role) const;
+
+    // Set before anyone else knows of the object; nothing: each role's own host.
+    std::optional<NSURL> origin_;
+
     mutable std::mutex mutex_;
-    // Guarded by mutex_.
-    Table urls_;
+    // Guarded by mutex_; made when first asked for.
+    mutable std::array<std::optional<NSURL>, kRoles> urls_;
 };
 
 }  // namespace vorlane

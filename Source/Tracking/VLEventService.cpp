@@ -56,12 +56,12 @@ void VLEventService::registerEventWithType(const std::string& type, const Dictio
 void VLEventService::registerEventWithType(const std::string& type, std::optional<Value> labelObject,
                                            const std::optional<std::string>& phash,
                                            CompletionHandler completionHandler) {
-    const auto payload = payloadBuilder_->payloadWithOptions([&](VLPayloadOptions& options) {
+    auto payload = payloadBuilder_->payloadWithOptions([&](VLPayloadOptions& options) {
         options.body = eventBody(type, std::move(labelObject), phash);
         options.includeBasicData = true;
         options.basicDataSeparator = 1;
     });
-    urlSession_->POST(urlBuilder_->registerEventURL(), payload, true,
+    urlSession_->POST(urlBuilder_->registerEventURL(), std::move(payload), true,
                       [handler = std::move(completionHandler)](
                           const std::optional<std::string>& /*text*/, std::int64_t /*statusCode*/,
                           const std::optional<NSError>& error) { completeOnMainQueue(handler, error); });

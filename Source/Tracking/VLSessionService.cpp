@@ -131,7 +131,7 @@ void VLSessionService::postSessionToUrl(const NSURL& url) {
     });
     // The platform is told beside the device, not in it.
     if (const auto device = payload.find("device"); device != payload.end()) device->second.erase("platform");
-    urlSession_->POST(url, payload, true, nullptr);
+    urlSession_->POST(url, std::move(payload), true, nullptr);
 }
 
 Dictionary VLSessionService::sessionBody(VLSettings& settings) const {

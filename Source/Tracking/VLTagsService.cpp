@@ -104,12 +104,12 @@ void VLTagsService::batchSetTags(const Value& tags, ErrorHandler completionHandl
 }
 
 void VLTagsService::postTags(Dictionary body, ErrorHandler completionHandler) {
-    const auto payload = postBuilder_->payloadWithOptions([&body](VLPayloadOptions& options) {
+    auto payload = postBuilder_->payloadWithOptions([&body](VLPayloadOptions& options) {
         options.body = std::move(body);
         options.includeBasicData = true;
         options.basicDataSeparator = 0;
     });
-    urlSession_->POST(urlBuilder_->updateTagURL(), payload, false, errorOnly(std::move(completionHandler)));
+    urlSession_->POST(urlBuilder_->updateTagURL(), std::move(payload), false, errorOnly(std::move(completionHandler)));
 }
 
 void VLTagsService::deleteAllTagsWithCompletionHandler(ErrorHandler completionHandler) {

@@ -101,7 +101,6 @@ bool CurlMultiLoop::startThread() {
     }
     thread_ = makeQuietThread([self = shared_from_this()] { self->run(); });
     if (!thread_.joinable()) return false;
-    pthread_setname_np(thread_.native_handle(), "vorlane.network");
     hasThread_ = true;
     phase_ = Phase::running;
     return true;
@@ -122,6 +121,7 @@ void CurlMultiLoop::leave(std::unique_lock<std::mutex> lock, Phase phase, TimePo
 }
 
 void CurlMultiLoop::run() {
+    pthread_setname_np(pthread_self(), "vorlane.network");
     initialiseCurl();
     multi_ = std::make_unique<CurlMulti>(timeout_, certificates_.located(environmentVariable));
     Mail mail;
