@@ -7,6 +7,7 @@ file(GLOB VORLANE_PLATFORM_HEADERS CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/Sourc
 file(GLOB VORLANE_SIMULATOR_HEADERS CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/Simulator/Platform/*.h)
 # The library's own use of the platform; no host needs them.
 list(FILTER VORLANE_PLATFORM_HEADERS EXCLUDE REGEX "/(ProcessWide|SerialDispatchQueue)\\.h$")
+list(FILTER VORLANE_SIMULATOR_HEADERS EXCLUDE REGEX "/SimulatedSerialQueue\\.h$")
 set(VORLANE_LINUX_HEADERS ${PROJECT_SOURCE_DIR}/Source/Platform/Linux/LinuxPlatform.h)
 
 # In the sources an include is written from Source/ (or from the root, for the simulated phone); a host's from <vorlane/.

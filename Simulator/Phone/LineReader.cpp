@@ -1,5 +1,6 @@
 #include "Simulator/Phone/LineReader.h"
 
+#include <poll.h>
 #include <unistd.h>
 
 #include <array>
@@ -35,13 +36,21 @@ void LineReader::read(const std::shared_ptr<State>& state, const std::function<v
     while (true) {
         const auto count = ::read(STDIN_FILENO, chunk.data(), chunk.size());
         if (count < 0 && errno == EINTR) continue;
-        if (count <= 0) break;
-        std::size_t searched = pending.size();
-        pending.append(chunk.data(), static_cast<std::size_t>(count));
-        for (auto end = pending.find('\n', searched); end != std::string::npos; end = pending.find('\n')) {
-            put({pending.substr(0, end)});
-            pending.erase(0, end + 1);
+        if (count < 0 && errno == EAGAIN) {
+            // Whoever started the program gave it an input that does not block.
+            pollfd input{STDIN_FILENO, POLLIN, 0};
+            ::poll(&input, 1, -1);
+            continue;
         }
+        if (count <= 0) break;
+        const std::size_t searched = pending.size();
+        pending.append(chunk.data(), static_cast<std::size_t>(count));
+        std::size_t start = 0;
+        for (auto end = pending.find('\n', searched); end != std::string::npos; end = pending.find('\n', start)) {
+            put({pending.substr(start, end - start)});
+            start = end + 1;
+        }
+        pending.erase(0, start);
     }
     if (!pending.empty()) put({pending});
     put({{}, true});

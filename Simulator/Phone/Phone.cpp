@@ -20,18 +20,20 @@ SimulatedPhone::Options deviceOptions(const PhoneOptions& options) {
             .resourceFolder = options.resources};
 }
 
-void setEndpoints(const PhoneOptions& options) {
+/// Nothing when the command line names none.
+std::shared_ptr<VLURLs> endpointsFrom(const PhoneOptions& options) {
     if (options.serviceOrigin) {
-        Vorlane::setURLs(VLURLsProduction::URLsWithOrigin(*NSURL::URLWithString(*options.serviceOrigin)));
-    } else if (!options.urls.empty()) {
-        Vorlane::setURLs(URLsFrom(options.urls));
+        return VLURLsProduction::URLsWithOrigin(*NSURL::URLWithString(*options.serviceOrigin));
     }
+    return options.urls.empty() ? nullptr : URLsFrom(options.urls);
 }
 
 }  // namespace
 
 Phone::Phone(const PhoneOptions& options)
     : options_(options), device_(std::make_shared<SimulatedPhone>(deviceOptions(options))), commands_(allCommands()) {
+    // First of all, because it throws for an unusable one, and nothing may use this object then.
+    const auto endpoints = endpointsFrom(options_);
     Platform::install(device_);
     device_->simulatedApplication().setEventObserver(
         [this](const std::string& event, const Dictionary& fields) { output_.event(event, fields); });
@@ -39,7 +41,7 @@ Phone::Phone(const PhoneOptions& options)
         Vorlane::didRegisterUserNotificationSettings(device_->application(), settings);
     });
     VLLog::sharedInstance().addLogger(std::make_shared<PhoneLogger>(output_));
-    setEndpoints(options_);
+    if (endpoints) Vorlane::setURLs(endpoints);
 }
 
 Phone::~Phone() { Platform::shutdown(); }

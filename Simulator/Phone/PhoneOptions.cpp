@@ -1,6 +1,7 @@
 #include "Simulator/Phone/PhoneOptions.h"
 
 #include <charconv>
+#include <cmath>
 #include <fstream>
 #include <functional>
 #include <iterator>
@@ -19,7 +20,7 @@ constexpr double kVirtualClockStart = 1'700'000'000.0;
 double number(const std::string& text, const std::string& option) {
     double value = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc() || end != text.data() + text.size()) {
+    if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(value)) {
         throw std::invalid_argument(option + " takes a number, not " + text);
     }
     return value;
@@ -95,6 +96,9 @@ PhoneOptions PhoneOptions::parse(int count, char** arguments) {
         setter->second(options, arguments[i + 1]);
     }
     if (options.dataDirectory.empty()) throw std::invalid_argument("--data-dir is missing");
+    if (options.serviceOrigin && !options.urls.empty()) {
+        throw std::invalid_argument("--service and --urls exclude each other");
+    }
     return options;
 }
 

@@ -1,5 +1,6 @@
 #include "Simulator/Phone/PhoneOutput.h"
 
+#include <poll.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -16,6 +17,12 @@ void writeAll(std::string_view text) {
     while (!text.empty()) {
         const auto count = ::write(STDOUT_FILENO, text.data(), text.size());
         if (count < 0 && errno == EINTR) continue;
+        if (count < 0 && errno == EAGAIN) {
+            // Whoever started the program gave it an output that does not block.
+            pollfd output{STDOUT_FILENO, POLLOUT, 0};
+            ::poll(&output, 1, -1);
+            continue;
+        }
         // Nobody reads any more, so there is nothing left to do.
         if (count <= 0) ::_exit(0);
         text.remove_prefix(static_cast<std::size_t>(count));

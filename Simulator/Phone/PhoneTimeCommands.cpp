@@ -21,6 +21,7 @@ Value advance(Phone& phone, const Dictionary& line) {
 Value settle(Phone& phone, const Dictionary& line) {
     const auto* timeout = valueForKey(line, "timeout");
     const double seconds = timeout ? numberFrom(*timeout, "timeout") : kSettleTimeout;
+    if (!(seconds >= 0)) throw BadLine("timeout must not be negative");
     if (!phone.device().settle(seconds)) throw BadLine("not settled in time");
     return nullptr;
 }

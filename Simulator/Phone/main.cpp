@@ -3,6 +3,7 @@
 #include <csignal>
 #include <cstdio>
 #include <exception>
+#include <memory>
 
 #include "Platform/DispatchQueue.h"
 #include "Simulator/Phone/LineReader.h"
@@ -35,12 +36,18 @@ void run(Phone& phone) {
 int main(int count, char** arguments) {
     // A reader that went away shows when a line is written.
     std::signal(SIGPIPE, SIG_IGN);
+    std::unique_ptr<Phone> phone;
     try {
-        Phone phone(PhoneOptions::parse(count, arguments));
-        run(phone);
-        return 0;
+        phone = std::make_unique<Phone>(PhoneOptions::parse(count, arguments));
     } catch (const std::exception& exception) {
         std::fprintf(stderr, "vorlane-phone: %s\n%s", exception.what(), PhoneOptions::usage());
         return 2;
     }
+    try {
+        run(*phone);
+    } catch (const std::exception& exception) {
+        std::fprintf(stderr, "vorlane-phone: %s\n", exception.what());
+        return 1;
+    }
+    return 0;
 }

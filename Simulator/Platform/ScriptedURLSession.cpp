@@ -297,6 +297,11 @@ std::size_t ScriptedURLSession::openRequests() const {
 }
 
 void ScriptedURLSession::invalidateAndCancel() {
+    invalidate();
+    impl_->waitForHandlers();
+}
+
+void ScriptedURLSession::invalidate() {
     std::vector<std::shared_ptr<Impl::Entry>> open;
     {
         const std::lock_guard lock(impl_->mutex);
@@ -308,7 +313,6 @@ void ScriptedURLSession::invalidateAndCancel() {
         }
     }
     for (const auto& entry : open) impl_->post(entry, {.failure = NSURLError::cancelled});
-    impl_->waitForHandlers();
 }
 
 }  // namespace vorlane

@@ -63,6 +63,8 @@ public:
 
     /// Cancels every open request; further ones fail at once as cancelled.
     void invalidateAndCancel();
+    /// The same, but returns before the handlers have run.
+    void invalidate();
 
 private:
     struct Impl;

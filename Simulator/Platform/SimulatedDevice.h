@@ -18,7 +18,7 @@ public:
     std::string systemVersion() const override;
     std::string machine() const override;
     std::vector<std::string> preferredLanguages() const override;
-    /// The process's own zone (`TZ`) until another one is set.
+    /// The process's own zone (`TZ`), with its offset at the platform's time, until another one is set.
     NSTimeZone localTimeZone() const override;
 
     void setPreferredLanguages(std::vector<std::string> languages);

@@ -45,8 +45,11 @@ void SimulatedMainQueue::cancel(Token token) {
     delayed_.erase(found);
 }
 
-void SimulatedMainQueue::runDueTasks() {
-    while (const auto task = takeDueTask()) task();
+void SimulatedMainQueue::runDueTasks(std::optional<SteadyClock::time_point> deadline) {
+    while (const auto task = takeDueTask()) {
+        task();
+        if (deadline && SteadyClock::now() >= *deadline) return;
+    }
 }
 
 std::function<void()> SimulatedMainQueue::takeDueTask() {
@@ -71,25 +74,36 @@ bool SimulatedMainQueue::hasDueTask() const {
     return isDue();
 }
 
-void SimulatedMainQueue::waitForDueTask(std::optional<SteadyClock::time_point> deadline) {
+void SimulatedMainQueue::wait(const WaitOptions& options) {
     std::unique_lock lock(mutex_);
-    while (!isDue()) {
-        const auto now = SteadyClock::now();
-        if (deadline && now >= *deadline) return;
-        std::optional<SteadyClock::time_point> wake = deadline;
-        if (!delayed_.empty()) {
-            const std::chrono::duration<double> left(delayed_.begin()->first - clock_.now());
-            // A virtual clock stands still, so its delayed tasks are looked at again only now and then.
-            const auto due = now + std::chrono::duration_cast<SteadyClock::duration>(
-                                       std::min(left, std::chrono::duration<double>(3600.0)));
-            wake = wake ? std::min(*wake, due) : due;
-        }
-        if (wake) {
+    while (!isDue() && !(options.isEnough && options.isEnough())) {
+        if (options.deadline && SteadyClock::now() >= *options.deadline) return;
+        if (const auto wake = wakeTime(options)) {
             posted_.wait_until(lock, *wake);
         } else {
             posted_.wait(lock);
         }
     }
+}
+
+std::optional<SteadyClock::time_point> SimulatedMainQueue::wakeTime(const WaitOptions& options) const {
+    if (delayed_.empty() || !options.clockMoves) return options.deadline;
+    // Rounded up, so that the task is due by then; held to an hour, because the clock's range is wider than the wait's.
+    const std::chrono::duration<double> left(std::min(delayed_.begin()->first - clock_.now(), 3600.0));
+    const auto due = SteadyClock::now() + std::chrono::ceil<std::chrono::milliseconds>(left);
+    return options.deadline ? std::min(*options.deadline, due) : due;
+}
+
+std::shared_ptr<void> SimulatedMainQueue::beginWorkElsewhere() {
+    ++workElsewhere_;
+    return {nullptr, [self = shared_from_this()](void*) { self->endWorkElsewhere(); }};
+}
+
+void SimulatedMainQueue::endWorkElsewhere() {
+    --workElsewhere_;
+    // With the lock, so that a thread that has just looked is waiting by now.
+    const std::lock_guard lock(mutex_);
+    posted_.notify_all();
 }
 
 std::optional<double> SimulatedMainQueue::nextDueTime() const {

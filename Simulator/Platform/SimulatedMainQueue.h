@@ -3,6 +3,7 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <functional>
@@ -23,7 +24,7 @@ using ActivityCounter = std::atomic<std::uint64_t>;
 
 /// The simulated phone's main queue: runs nothing by itself, only when its thread (the one that made it) says so. Any
 /// thread may post.
-class SimulatedMainQueue : public DispatchQueue {
+class SimulatedMainQueue : public DispatchQueue, public std::enable_shared_from_this<SimulatedMainQueue> {
 public:
     SimulatedMainQueue(const Clock& clock, std::shared_ptr<ActivityCounter> activity);
 
@@ -41,10 +42,24 @@ public:
     /// The time on the phone's clock.
     double now() const { return clock_.now(); }
 
-    /// Runs what is due, and what that makes due, until nothing is.
-    void runDueTasks();
-    /// Waits until something is due by the clock (a virtual one does not move by itself) or the deadline passes.
-    void waitForDueTask(std::optional<std::chrono::steady_clock::time_point> deadline);
+    /// Runs what is due, and what that makes due, until nothing is or the deadline has passed.
+    void runDueTasks(std::optional<std::chrono::steady_clock::time_point> deadline = std::nullopt);
+
+    /// What a waiting thread waits for, besides a due task.
+    struct WaitOptions {
+        std::optional<std::chrono::steady_clock::time_point> deadline = std::nullopt;
+        /// Whether the clock moves meanwhile, so that a delayed task may fall due.
+        bool clockMoves = true;
+        /// Asked again after each post and each end of work elsewhere; must not call this queue's locking operations.
+        std::function<bool()> isEnough = {};
+    };
+    /// Waits until something is due, or what the options say has come.
+    void wait(const WaitOptions& options);
+
+    /// Counts work that is under way on another thread, until the token is gone; its end wakes a waiting thread.
+    std::shared_ptr<void> beginWorkElsewhere();
+    /// Takes no lock.
+    bool hasWorkElsewhere() const { return workElsewhere_ > 0; }
 
     bool hasDueTask() const;
     /// When the next delayed task is due; nothing when there is none.
@@ -64,11 +79,14 @@ private:
 
     std::function<void()> takeDueTask();
     bool isDue() const;
+    std::optional<std::chrono::steady_clock::time_point> wakeTime(const WaitOptions& options) const;
+    void endWorkElsewhere();
 
     // Fixed at construction.
     const Clock& clock_;
     const std::shared_ptr<ActivityCounter> activity_;
     const std::thread::id thread_ = std::this_thread::get_id();
+    std::atomic<std::size_t> workElsewhere_ = 0;
 
     mutable std::mutex mutex_;
     std::condition_variable posted_;

@@ -18,6 +18,7 @@
 #include "Platform/SerialDispatchQueue.h"
 #include "Simulator/Platform/CountingURLSession.h"
 #include "Simulator/Platform/SimulatedMainQueue.h"
+#include "Simulator/Platform/SimulatedSerialQueue.h"
 #include "Simulator/Platform/VirtualClock.h"
 
 namespace vorlane {
@@ -28,26 +29,16 @@ using SteadyClock = std::chrono::steady_clock;
 
 constexpr std::chrono::seconds kShutdownTime{2};
 
+/// The system's time when the phone was made, and steadily on from there: setting the system's clock moves no timer.
 class RealClock : public Clock {
 public:
     double now() const override {
-        return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
-    }
-};
-
-/// A serial queue whose posts count as activity of the phone.
-class SimulatedSerialQueue : public SerialDispatchQueue {
-public:
-    SimulatedSerialQueue(std::string label, std::shared_ptr<ActivityCounter> activity)
-        : SerialDispatchQueue(std::move(label)), activity_(std::move(activity)) {}
-
-    void post(std::function<void()> task) override {
-        ++*activity_;
-        SerialDispatchQueue::post(std::move(task));
+        return start_ + std::chrono::duration<double>(SteadyClock::now() - steadyStart_).count();
     }
 
 private:
-    const std::shared_ptr<ActivityCounter> activity_;
+    const double start_ = std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
+    const SteadyClock::time_point steadyStart_ = SteadyClock::now();
 };
 
 /// What was written to the system's log and to the console.
@@ -80,9 +71,10 @@ std::string makeTemporaryFolder() {
     return path;
 }
 
+/// More than the steady clock can count is held to some thirty years.
 SteadyClock::time_point deadlineAfter(TimeInterval seconds) {
-    return SteadyClock::now() +
-           std::chrono::duration_cast<SteadyClock::duration>(std::chrono::duration<double>(seconds));
+    const std::chrono::duration<double> length(std::clamp(seconds, 0.0, 1e9));
+    return SteadyClock::now() + std::chrono::duration_cast<SteadyClock::duration>(length);
 }
 
 std::string versionText(double version) {
@@ -125,9 +117,14 @@ struct SimulatedPhone::Impl {
     }
 
     std::shared_ptr<SerialDispatchQueue> makeQueue(const std::string& label) {
-        auto queue = std::make_shared<SimulatedSerialQueue>(label, activity);
+        auto queue = std::make_shared<SimulatedSerialQueue>(label, mainQueue, activity);
         const std::lock_guard lock(mutex);
-        queues.push_back(queue);
+        if (areQueuesStopped) {
+            queue->stop(SteadyClock::now());
+        } else {
+            std::erase_if(queues, [](const auto& known) { return known.expired(); });
+            queues.push_back(queue);
+        }
         return queue;
     }
 
@@ -158,6 +155,7 @@ struct SimulatedPhone::Impl {
     std::mutex mutex;
     // Guarded by mutex.
     std::vector<std::weak_ptr<SerialDispatchQueue>> queues;
+    bool areQueuesStopped = false;
     std::optional<std::optional<double>> creationDate;
 
     const std::shared_ptr<SimulatedMainQueue> mainQueue;
@@ -174,16 +172,19 @@ struct SimulatedPhone::Impl {
 
 /// True when a whole pass over every queue found nothing to do.
 bool SimulatedPhone::Impl::settleOnce(SteadyClock::time_point deadline, Requests requests) {
-    const auto mustWait = [&] { return network && requests == Requests::awaited && !requestCount->isZero(); };
+    const auto isAtRest = [&] {
+        return !mainQueue->hasWorkElsewhere() && (requests == Requests::ignored || requestCount->isZero());
+    };
     const auto before = activity->load();
-    mainQueue->runDueTasks();
+    mainQueue->runDueTasks(deadline);
+    // A task posted to the main queue meanwhile ends the waiting too: the work elsewhere may itself wait for it.
+    mainQueue->wait({.deadline = deadline, .clockMoves = !virtualClock, .isEnough = isAtRest});
+    if (mainQueue->hasDueTask() || !isAtRest()) return false;
+    // What is left is a delayed task that has just fallen due.
     for (const auto& queue : liveQueues()) {
         if (!queue->waitUntilIdle(deadline)) return false;
     }
-    // Each completed request posts to the main queue, which wakes this thread.
-    if (mustWait()) mainQueue->waitForDueTask(deadline);
-    const bool isQuiet = !mainQueue->hasDueTask() && activity->load() == before;
-    return isQuiet && !mustWait();
+    return isAtRest() && !mainQueue->hasDueTask() && activity->load() == before;
 }
 
 bool SimulatedPhone::Impl::settle(SteadyClock::time_point deadline, Requests requests) {
@@ -194,6 +195,10 @@ bool SimulatedPhone::Impl::settle(SteadyClock::time_point deadline, Requests req
 }
 
 void SimulatedPhone::Impl::stopQueues(SteadyClock::time_point deadline) {
+    {
+        const std::lock_guard lock(mutex);
+        areQueuesStopped = true;
+    }
     for (const auto& queue : liveQueues()) queue->stop(deadline);
     mainQueue->stop();
 }
@@ -284,7 +289,7 @@ SimulatedUserNotificationCenter& SimulatedPhone::simulatedUserNotificationCenter
 
 void SimulatedPhone::runMainQueue() { impl_->mainQueue->runDueTasks(); }
 
-void SimulatedPhone::waitForMainQueue() { impl_->mainQueue->waitForDueTask(std::nullopt); }
+void SimulatedPhone::waitForMainQueue() { impl_->mainQueue->wait({.clockMoves = !impl_->virtualClock}); }
 
 bool SimulatedPhone::settle(TimeInterval timeout) {
     return impl_->settle(deadlineAfter(timeout), Impl::Requests::awaited);
@@ -332,7 +337,7 @@ std::vector<std::string> SimulatedPhone::console() const {
 void SimulatedPhone::stop() {
     if (std::exchange(impl_->isStopped, true)) return;
     const auto deadline = SteadyClock::now() + kShutdownTime;
-    impl_->session->invalidateAndCancel();
+    impl_->session->invalidate();
     // Its end cancels every request, and their handlers run.
     impl_->network.reset();
     impl_->settle(deadline, Impl::Requests::ignored);

@@ -17,7 +17,7 @@ for package in "libvorlane (= $VERSION)" nlohmann-json3-dev libcurl4-openssl-dev
     [[ " $(field "$development" Depends)," == *" $package,"* ]] || fail "libvorlane-dev does not depend on $package"
 done
 
-dpkg-deb --info "$runtime" shlibs | grep -qx "libvorlane ${VERSION%%.*} libvorlane (>= $VERSION)" ||
+dpkg-deb --info "$runtime" shlibs | grep -x "libvorlane ${VERSION%%.*} libvorlane (>= $VERSION)" >/dev/null ||
     fail "libvorlane does not say what a program linked to it depends on"
 
 dpkg-deb --extract "$runtime" "$folder/runtime"
@@ -28,10 +28,10 @@ libraries=usr/$LIBDIR
     fail "libvorlane holds: $(files runtime)"
 for file in "$libraries/libvorlane.so" "$libraries/libvorlane.a" "$libraries/libvorlane_simulator.a" \
     "$libraries/pkgconfig/vorlane.pc" "$libraries/cmake/Vorlane/VorlaneConfig.cmake" usr/include/vorlane/Vorlane.h; do
-    files development | grep -qx "$file" || fail "libvorlane-dev lacks $file"
+    files development | grep -x "$file" >/dev/null || fail "libvorlane-dev lacks $file"
 done
-! files development | grep -qvE '^usr/(include/vorlane|lib)/' || fail "libvorlane-dev holds: $(files development)"
-! "$NM" "$folder/runtime/$libraries/libvorlane.so.$VERSION" 2>/dev/null | grep -q . || fail "the packed library is not stripped"
+! files development | grep -vE '^usr/(include/vorlane|lib)/' >/dev/null || fail "libvorlane-dev holds: $(files development)"
+! "$NM" "$folder/runtime/$libraries/libvorlane.so.$VERSION" 2>/dev/null | grep . >/dev/null || fail "the packed library is not stripped"
 
 # Both together are an installation.
 cp -a "$folder/runtime/usr" "$folder/development/"

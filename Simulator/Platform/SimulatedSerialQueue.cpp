@@ -1,0 +1,27 @@
+#include "Simulator/Platform/SimulatedSerialQueue.h"
+
+#include <utility>
+
+namespace vorlane {
+
+SimulatedSerialQueue::SimulatedSerialQueue(std::string label, std::shared_ptr<SimulatedMainQueue> mainQueue,
+                                           std::shared_ptr<ActivityCounter> activity)
+    : SerialDispatchQueue(std::move(label)), mainQueue_(std::move(mainQueue)), activity_(std::move(activity)) {}
+
+void SimulatedSerialQueue::post(std::function<void()> task) { SimulatedSerialQueue::postAfter(0, std::move(task)); }
+
+void SimulatedSerialQueue::postAfter(TimeInterval delay, std::function<void()> task) {
+    if (!task) return;
+    ++*activity_;
+    auto work = delay > 0 ? nullptr : mainQueue_->beginWorkElsewhere();
+    SerialDispatchQueue::postAfter(delay,
+                                   [task = std::move(task), work = std::move(work), mainQueue = mainQueue_]() mutable {
+                                       if (!work) work = mainQueue->beginWorkElsewhere();
+                                       task();
+                                       // What the task holds goes away before its work counts as ended.
+                                       task = nullptr;
+                                       work = nullptr;
+                                   });
+}
+
+}  // namespace vorlane

@@ -1,0 +1,133 @@
+#include <future>
+#include <mutex>
+
+#include "Platform/NSURLSession.h"
+#include "Tests/Simulator/SilentServer.h"
+#include "Tests/Support/SimulatedPhoneTest.h"
+
+namespace vorlane {
+
+namespace {
+
+class SimulatedPhoneSettleTest : public SimulatedPhoneTest {
+protected:
+    std::shared_ptr<DispatchQueue> queue = phone().makeSerialQueue("one");
+    std::shared_ptr<DispatchQueue> otherQueue = phone().makeSerialQueue("other");
+};
+
+TEST_F(SimulatedPhoneSettleTest, APhoneWithNothingToDoIsSettled) {
+    EXPECT_TRUE(phone().settle(0));
+    EXPECT_TRUE(phone().settleQueues(0));
+}
+
+TEST_F(SimulatedPhoneSettleTest, WorkThatGoesBackAndForthIsDoneToItsEnd) {
+    int hops = 0;
+    std::function<void()> hop = [&] {
+        if (++hops == 100) return;
+        const auto next = hops % 3 == 0 ? phone().mainQueue() : hops % 3 == 1 ? queue : otherQueue;
+        next->post(hop);
+    };
+    phone().mainQueue()->post(hop);
+    EXPECT_TRUE(phone().settle());
+    EXPECT_EQ(hops, 100);
+}
+
+TEST_F(SimulatedPhoneSettleTest, AQueueThatWaitsForTheMainQueueIsServed) {
+    bool wasServed = false;
+    queue->post([&] {
+        std::promise<void> ran;
+        phone().mainQueue()->post([&] { ran.set_value(); });
+        wasServed = ran.get_future().wait_for(std::chrono::seconds(60)) == std::future_status::ready;
+    });
+    EXPECT_TRUE(phone().settle(60));
+    EXPECT_TRUE(wasServed);
+}
+
+TEST_F(SimulatedPhoneSettleTest, AQueueWhoseTaskBlocksIsBusy) {
+    std::promise<void> gate;
+    queue->post([open = gate.get_future().share()] { open.wait(); });
+    EXPECT_FALSE(phone().settle(0.02));
+    EXPECT_FALSE(phone().settleQueues(0.02));
+    gate.set_value();
+    EXPECT_TRUE(phone().settle());
+}
+
+TEST_F(SimulatedPhoneSettleTest, WorkWithoutEndIsGivenUpAtTheTimeOut) {
+    bool goesOn = true;
+    std::function<void()> again = [&] {
+        if (goesOn) phone().mainQueue()->post(again);
+    };
+    again();
+    EXPECT_FALSE(phone().settle(0.02));
+    goesOn = false;
+    EXPECT_TRUE(phone().settle());
+}
+
+TEST_F(SimulatedPhoneSettleTest, AnyLengthIsATimeOut) {
+    for (const double timeout : {-1.0, 0.0, 1e300}) EXPECT_TRUE(phone().settle(timeout));
+}
+
+TEST_F(SimulatedPhoneSettleTest, OpenRequestsOfTheScriptedNetworkAreNotWaitedFor) {
+    const auto task = phone().makeURLSession({})->dataTaskWithRequest({*NSURL::URLWithString("http://h/a")}, nullptr);
+    task->resume();
+    EXPECT_TRUE(phone().settle());
+    EXPECT_EQ(session().openRequests(), 1U);
+}
+
+TEST_F(SimulatedPhoneSettleTest, AQueueThatIsGoneIsNotWaitedFor) {
+    queue->post([] {});
+    queue = nullptr;
+    EXPECT_TRUE(phone().settle());
+}
+
+class RealHTTPPhoneTest : public SimulatedPhoneTest {
+protected:
+    RealHTTPPhoneTest() : SimulatedPhoneTest({.realHTTP = true}) {}
+
+    void startRequest() {
+        urlSession = phone().makeURLSession({});
+        urlSession
+            ->dataTaskWithRequest(
+                {*NSURL::URLWithString(server.origin())},
+                [this](auto, auto, std::optional<NSError> error) { failure = error ? error->code() : 0; })
+            ->resume();
+    }
+
+    SilentServer server;
+    // Without it the request would be cancelled.
+    std::shared_ptr<NSURLSession> urlSession;
+    // Written on the session's queue; read when that is at rest.
+    std::optional<std::int64_t> failure;
+};
+
+TEST_F(RealHTTPPhoneTest, SettlingWaitsForARequestInFlight) {
+    startRequest();
+    server.accept();
+    EXPECT_FALSE(phone().settle(0.05));
+    EXPECT_FALSE(failure);
+    server.close();
+    EXPECT_TRUE(phone().settle(60));
+    EXPECT_EQ(failure, static_cast<std::int64_t>(NSURLError::networkConnectionLost));
+}
+
+TEST_F(RealHTTPPhoneTest, SettlingTheQueuesDoesNot) {
+    startRequest();
+    EXPECT_TRUE(phone().settleQueues());
+    EXPECT_FALSE(failure);
+}
+
+TEST_F(RealHTTPPhoneTest, ATaskThatIsNotResumedIsNotInFlight) {
+    const auto task =
+        phone().makeURLSession({})->dataTaskWithRequest({*NSURL::URLWithString(server.origin())}, nullptr);
+    EXPECT_TRUE(phone().settle(0));
+}
+
+TEST_F(RealHTTPPhoneTest, ShuttingDownCancelsTheRequestAndItsHandlerRuns) {
+    startRequest();
+    Platform::shutdown();
+    EXPECT_EQ(failure, static_cast<std::int64_t>(NSURLError::cancelled));
+}
+
+}  // namespace
+
+}  // namespace vorlane
