@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <functional>
 #include <map>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -74,8 +75,8 @@ std::vector<Row> rowsOf(const KeepingReporter& results, double librarySize) {
         {"shutdown with nothing under way", milliseconds(s("ShutdownIdle")), "", s("ShutdownIdle") * 1e3, 2, "ms"},
         {"shutdown with 100 requests to a silent server", milliseconds(s("ShutdownBusy")), "", s("ShutdownBusy") * 1e3,
          100, "ms"},
-        {"resident memory after start-up", megabytes(c("MemoryAfterStartUp.figure")), "",
-         c("MemoryAfterStartUp.figure") / 1e6, 3, "MB"},
+        {"resident memory after start-up", megabytes(c("MemoryAfterStartUp.figure")),
+         megabytes(c("BareMemory.figure")) + " one request by libcurl", c("MemoryAfterStartUp.figure") / 1e6, 3, "MB"},
         {"resident memory after 5,000 events", megabytes(c("MemoryAfterEvents.figure")), "",
          c("MemoryAfterEvents.figure") / 1e6, 4, "MB"},
         {"threads", fmt::format("{:.0f}", c("Threads.figure")), "", c("Threads.figure"), 4, "threads"},
@@ -120,6 +121,10 @@ int main(int count, char** arguments) {
     benchmark::Initialize(&count, arguments);
     KeepingReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
-    printTable(rowsOf(reporter, sizeOfStrippedLibrary()));
+    try {
+        printTable(rowsOf(reporter, sizeOfStrippedLibrary()));
+    } catch (const std::out_of_range&) {
+        fmt::print("\nNo table: a filter left benchmarks out.\n");
+    }
     return 0;
 }

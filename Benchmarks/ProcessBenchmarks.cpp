@@ -37,10 +37,12 @@ void figure(benchmark::State& state, const std::string& role) {
 }
 
 void MemoryAfterStartUp(benchmark::State& state) { figure(state, "memory-after-start-up"); }
+void BareMemory(benchmark::State& state) { figure(state, "bare-memory"); }
 void MemoryAfterEvents(benchmark::State& state) { figure(state, "memory-after-events"); }
 void Threads(benchmark::State& state) { figure(state, "threads"); }
 
 BENCHMARK(MemoryAfterStartUp)->Iterations(1);
+BENCHMARK(BareMemory)->Iterations(1);
 BENCHMARK(MemoryAfterEvents)->Iterations(1);
 BENCHMARK(Threads)->Iterations(1);
 

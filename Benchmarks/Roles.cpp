@@ -1,9 +1,13 @@
 #include "Benchmarks/Roles.h"
 
+#include <curl/curl.h>
+
 #include <chrono>
+#include <cstddef>
 #include <functional>
 #include <map>
 #include <string>
+#include <thread>
 
 #include "Benchmarks/Support/BareFile.h"
 #include "Benchmarks/Support/Host.h"
@@ -90,6 +94,29 @@ double memoryAfter(int events) {
     return static_cast<double>(residentMemory() - before);
 }
 
+/// What one request by libcurl alone takes, on a thread of its own.
+double bareMemory() {
+    LoopbackServer server;
+    const auto before = residentMemory();
+    std::thread([url = server.origin()] {
+        curl_global_init(CURL_GLOBAL_DEFAULT);
+        CURLM* const multi = curl_multi_init();
+        CURL* const transfer = curl_easy_init();
+        curl_easy_setopt(transfer, CURLOPT_URL, url.c_str());
+        curl_easy_setopt(
+            transfer, CURLOPT_WRITEFUNCTION,
+            +[](char*, std::size_t size, std::size_t count, void*) { return size * count; });
+        curl_multi_add_handle(multi, transfer);
+        for (int running = 1; running > 0; curl_multi_poll(multi, nullptr, 0, 100, nullptr)) {
+            curl_multi_perform(multi, &running);
+        }
+        curl_multi_remove_handle(multi, transfer);
+        curl_easy_cleanup(transfer);
+        curl_multi_cleanup(multi);
+    }).join();
+    return static_cast<double>(residentMemory() - before);
+}
+
 double threads() {
     const TemporaryFolder folder;
     LoopbackServer server;
@@ -128,6 +155,7 @@ double figureOfRole(const std::string& role) {
         {"shutdown-idle", [] { return shutdownWith(LoopbackServer::Manner::answers, 0); }},
         {"shutdown-busy", [] { return shutdownWith(LoopbackServer::Manner::isSilent, 100); }},
         {"memory-after-start-up", [] { return memoryAfter(0); }},
+        {"bare-memory", bareMemory},
         {"memory-after-events", [] { return memoryAfter(kEvents); }},
         {"threads", threads},
         {"session-start", sessionStart},

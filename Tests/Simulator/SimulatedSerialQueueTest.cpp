@@ -62,8 +62,13 @@ TEST_F(SimulatedSerialQueueTest, ADelayedTaskIsNoWorkUntilItRuns) {
 }
 
 TEST_F(SimulatedSerialQueueTest, TasksThatAreDroppedAreNoWork) {
-    queue.post([open = gate.get_future().share()] { open.wait(); });
+    std::promise<void> started;
+    queue.post([&started, open = gate.get_future().share()] {
+        started.set_value();
+        open.wait();
+    });
     queue.post([] { FAIL() << "dropped"; });
+    ASSERT_EQ(started.get_future().wait_until(inTime()), std::future_status::ready);
     queue.stop(SteadyClock::now());
     queue.post([] { FAIL() << "stopped"; });
     EXPECT_TRUE(mainQueue->hasWorkElsewhere());
