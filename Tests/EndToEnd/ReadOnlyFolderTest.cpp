@@ -1,0 +1,79 @@
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <iterator>
+
+#include "Tests/EndToEnd/EndToEndTest.h"
+
+namespace vorlane {
+
+namespace {
+
+namespace files = std::filesystem;
+
+/// A phone whose data folder only lets it read. The superuser may write everywhere, so the phone runs as nobody then.
+class ReadOnlyFolderTest : public EndToEndTest {
+protected:
+    ReadOnlyFolderTest() {
+        files::create_directory(path("phone"));
+        // Out of a build folder that may be private.
+        files::copy_file(VORLANE_PHONE, program());
+        files::permissions(path(""), files::perms(0755));
+    }
+    ~ReadOnlyFolderTest() override { files::permissions(path("phone"), files::perms(0755)); }
+
+    std::string program() const { return path("vorlane-phone"); }
+    std::string settingsFile() const { return path("phone") + "/VLLibSettings.plist"; }
+
+    void startReadOnlyPhone() {
+        files::permissions(path("phone"), files::perms(0555));
+        std::vector<std::string> arguments{"--data-dir",     path("phone"), "--service",
+                                           service.origin(), "--clock",     "virtual"};
+        if (geteuid() != 0) {
+            phone = std::make_unique<support::PhoneProcess>(program(), arguments);
+            return;
+        }
+        arguments.insert(arguments.begin(), {"--reuid=65534", "--regid=65534", "--clear-groups", program()});
+        phone = std::make_unique<support::PhoneProcess>("setpriv", arguments);
+    }
+
+    static std::string textOf(const std::string& file) {
+        std::ifstream stream(file, std::ios::binary);
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
+};
+
+TEST_F(ReadOnlyFolderTest, ALaunchWorksInMemory) {
+    startReadOnlyPhone();
+    launch();
+    state("active");
+    phone->call("setTrackingId:", {"somebody"});
+    phone->call("registerEventWithType:label:", {"visit", "shop"});
+    EXPECT_EQ(lastPayload("registerEvent")["tracking_id"], "somebody");
+    EXPECT_EQ(phone->call("trackingId"), "somebody");
+    EXPECT_EQ(phone->quit(), 0);
+    EXPECT_TRUE(files::is_empty(path("phone")));
+}
+
+TEST_F(ReadOnlyFolderTest, WhatAnEarlierLaunchStoredIsReadAndLeft) {
+    startPhone();
+    launch();
+    phone->call("setTrackingId:", {"before"});
+    phone->settle();
+    EXPECT_EQ(phone->quit(), 0);
+    for (const auto& entry : files::directory_iterator(path("phone"))) files::permissions(entry, files::perms(0444));
+    const auto stored = textOf(settingsFile());
+
+    startReadOnlyPhone();
+    launch();
+    EXPECT_EQ(phone->call("trackingId"), "before");
+    phone->call("setTrackingId:", {"after"});
+    EXPECT_EQ(phone->call("trackingId"), "after");
+    EXPECT_EQ(phone->quit(), 0);
+    EXPECT_EQ(textOf(settingsFile()), stored);
+}
+
+}  // namespace
+
+}  // namespace vorlane
