@@ -89,22 +89,23 @@ protected:
         urlSession
             ->dataTaskWithRequest(
                 {*NSURL::URLWithString(server.origin())},
-                [this](auto, auto, std::optional<NSError> error) { failure = error ? error->code() : 0; })
+                [this](auto, auto, std::optional<NSError> error) { failure = error ? error->code() : kNoFailure; })
             ->resume();
     }
 
     SilentServer server;
     // Without it the request would be cancelled.
     std::shared_ptr<NSURLSession> urlSession;
-    // Written on the session's queue; read when that is at rest.
-    std::optional<std::int64_t> failure;
+    static constexpr std::int64_t kNotEnded = 1, kNoFailure = 0;
+    // Written on the session's queue.
+    std::atomic<std::int64_t> failure = kNotEnded;
 };
 
 TEST_F(RealHTTPPhoneTest, SettlingWaitsForARequestInFlight) {
     startRequest();
     server.accept();
     EXPECT_FALSE(phone().settle(0.05));
-    EXPECT_FALSE(failure);
+    EXPECT_EQ(failure, kNotEnded);
     server.close();
     EXPECT_TRUE(phone().settle(60));
     EXPECT_EQ(failure, static_cast<std::int64_t>(NSURLError::networkConnectionLost));
@@ -113,7 +114,7 @@ TEST_F(RealHTTPPhoneTest, SettlingWaitsForARequestInFlight) {
 TEST_F(RealHTTPPhoneTest, SettlingTheQueuesDoesNot) {
     startRequest();
     EXPECT_TRUE(phone().settleQueues());
-    EXPECT_FALSE(failure);
+    EXPECT_EQ(failure, kNotEnded);
 }
 
 TEST_F(RealHTTPPhoneTest, ATaskThatIsNotResumedIsNotInFlight) {
