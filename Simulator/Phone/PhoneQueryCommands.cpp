@@ -5,6 +5,7 @@
 #include "Platform/NSPropertyListSerialization.h"
 #include "Public/Vorlane.h"
 #include "Simulator/Phone/PhoneCommands.h"
+#include "Simulator/Phone/PhoneLocation.h"
 #include "Simulator/Phone/PhoneNotifications.h"
 #include "Simulator/Phone/PhoneValues.h"
 
@@ -68,6 +69,8 @@ Value query(Phone& phone, const Dictionary& line) {
         {"timers", timers},
         {"scheduledNotifications", scheduledNotifications},
         {"deliveredNotifications", deliveredNotifications},
+        {"monitoredRegions", monitoredRegions},
+        {"rangedRegions", rangedRegions},
         {"prompts", openPrompts},
         {"backgroundTasks", backgroundTasks},
         {"time", [](Phone& asked) { return Value(asked.device().now()); }},

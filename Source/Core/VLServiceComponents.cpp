@@ -164,6 +164,7 @@ void VLServiceComponents::defaultVLServices(const std::shared_ptr<VLURLs>& urls)
 
 void VLServiceComponents::defaultVLServiceDependencies(const std::shared_ptr<VLURLs>& urls) {
     iosComponents_->defaultUIKitDependencies();
+    iosComponents_->defaultCoreLocationDependencies();
     add(createSettings);
     add([urls](VLBootstrap& components) {
         return std::make_shared<VLURLBuilder>(urls, components.getComponent<VLSettings>());

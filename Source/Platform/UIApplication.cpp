@@ -91,6 +91,8 @@ void UIApplication::expireBackgroundTasks() {
     }
 }
 
+TimeInterval UIApplication::backgroundTimeRemaining() const { return std::numeric_limits<TimeInterval>::max(); }
+
 void UIApplication::scheduleLocalNotification(const UILocalNotification& notification) {
     // A copy, since whoever is told may change the list.
     const auto entry = addScheduled(notification);
