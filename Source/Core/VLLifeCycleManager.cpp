@@ -11,6 +11,7 @@
 #include "Core/VLSettings.h"
 #include "Platform/NSBundle.h"
 #include "Platform/NSException.h"
+#include "Platform/NSFileManager.h"
 #include "Platform/Platform.h"
 #include "Platform/UIApplication.h"
 #include "Platform/UILocalNotification.h"
@@ -35,6 +36,15 @@ constexpr const char* kNoConfigText =
     "                        SDK config could not be retrieved from Vorlane and there is no"
     "                        cached config to fall back on. Check device connectivity.";
 constexpr TimeInterval kBackgroundFetchInterval = 86400.0;
+
+// No write takes as long, so a temporary file that is older has been abandoned.
+constexpr TimeInterval kLongestWrite = 3600.0;
+
+void removeAbandonedFiles() {
+    const auto& platform = Platform::current();
+    NSFileManager::removeAbandonedTemporaryFilesInFolder(platform.documentsFolder(),
+                                                         platform.clock().now() - kLongestWrite);
+}
 
 void assertMainQueue() { assert(Platform::current().mainQueue()->isCurrent()); }
 
@@ -76,6 +86,7 @@ void VLLifeCycleManager::initialiseSDKWithApplication(const std::shared_ptr<UIAp
     options_ = options;
     const auto appKey = checkedAppKey();
     application_ = application;
+    removeAbandonedFiles();
     if (const auto settings = settings_.lock()) settings->setAppKey(appKey);
     logMessage(VLLogLevel::Info, fmt::format("Vorlane SDK initialised with app key: {}", appKey));
     logMessage(VLLogLevel::Info, fmt::format("launchOptions: {}", vl_description(launchOptions)));

@@ -8,6 +8,8 @@
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
+#include <string_view>
+#include <system_error>
 #include <utility>
 
 namespace vorlane {
@@ -60,6 +62,29 @@ double seconds(const statx_timestamp& time) {
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
 }
 
+/// Whether `makeTemporaryFile` may have named a property list's temporary file so: "Name.plist.a1B2c3".
+bool isTemporaryName(const std::string& name) {
+    constexpr std::string_view kMiddle = ".plist.";
+    constexpr std::size_t kRandomLetters = 6;
+    if (name.size() <= kMiddle.size() + kRandomLetters) return false;
+    const auto letters = name.end() - kRandomLetters;
+    const auto isAlphanumeric = [](char letter) {
+        return (letter >= '0' && letter <= '9') || (letter >= 'a' && letter <= 'z') || (letter >= 'A' && letter <= 'Z');
+    };
+    return std::string_view(name).substr(0, name.size() - kRandomLetters).ends_with(kMiddle) &&
+           std::all_of(letters, name.end(), isAlphanumeric);
+}
+
+/// When a regular file was last written; nothing for anything else.
+std::optional<double> modificationDateOfFile(const std::string& path) {
+    struct statx information {};
+    if (statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, STATX_TYPE | STATX_MTIME, &information) != 0 ||
+        !S_ISREG(information.stx_mode)) {
+        return std::nullopt;
+    }
+    return seconds(information.stx_mtime);
+}
+
 }  // namespace
 
 std::optional<Data> NSFileManager::contentsAtPath(const std::string& path) {
@@ -91,6 +116,16 @@ bool NSFileManager::writeToFile(const Data& bytes, const std::string& path) {
                             ::rename(temporary.c_str(), path.c_str()) == 0;
     if (!isReplaced) ::unlink(temporary.c_str());
     return isReplaced;
+}
+
+void NSFileManager::removeAbandonedTemporaryFilesInFolder(const std::string& folder, double time) {
+    std::error_code error;
+    for (auto entry = std::filesystem::directory_iterator(folder, error);
+         !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+        if (!isTemporaryName(entry->path().filename().string())) continue;
+        const auto date = modificationDateOfFile(entry->path());
+        if (date && *date < time) ::unlink(entry->path().c_str());
+    }
 }
 
 bool NSFileManager::createDirectoryAtPath(const std::string& path) {

@@ -20,6 +20,10 @@ public:
     /// left.
     static bool writeToFile(const Data& bytes, const std::string& path);
 
+    /// Removes the temporary files of property lists that a kill in the middle of `writeToFile` left in the folder,
+    /// last written before `time` (seconds since 1970); newer ones may be under way in another process.
+    static void removeAbandonedTemporaryFilesInFolder(const std::string& folder, double time);
+
     /// Makes the folder and its parents; true when it is there afterwards.
     static bool createDirectoryAtPath(const std::string& path);
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "Platform/NSException.h"
+#include "Platform/NSFileManager.h"
 #include "Platform/NSPropertyListSerialization.h"
 #include "Platform/UILocalNotification.h"
 #include "Public/Vorlane.h"
@@ -71,6 +72,22 @@ TEST_F(VLLifeCycleManagerTest, AKeyOfAny32CharactersIsAccepted) {
     for (int i = 0; i < 16; ++i) key += "/\u00e9";
     launch(optionsWithKey(key));
     EXPECT_EQ(Vorlane::appKey(), key);
+}
+
+TEST_F(VLLifeCycleManagerTest, AStartUpRemovesWhatAKillInTheMiddleOfAWriteLeft) {
+    const auto abandoned = phone().documentsFolder() + "/VLLibSettings.plist.aB3xYz";
+    ASSERT_TRUE(NSFileManager::writeToFile({1, 2, 3}, abandoned));
+    phone().setClock(4e9);
+    launch();
+    EXPECT_FALSE(NSFileManager::fileExistsAtPath(abandoned));
+}
+
+TEST_F(VLLifeCycleManagerTest, AWriteThatMayBeUnderWayIsLeftAlone) {
+    const auto underWay = phone().documentsFolder() + "/VLLibSettings.plist.aB3xYz";
+    ASSERT_TRUE(NSFileManager::writeToFile({1, 2, 3}, underWay));
+    phone().setClock(NSFileManager::creationDateOfItemAtPath(underWay).value() + 3000);
+    launch();
+    EXPECT_TRUE(NSFileManager::fileExistsAtPath(underWay));
 }
 
 TEST_F(VLLifeCycleManagerTest, ARefusedStartUpSetsTheLogLevelAndNothingElse) {

@@ -1,9 +1,11 @@
 #include "Platform/NSFileManager.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include <chrono>
+#include <filesystem>
 #include <fstream>
 #include <thread>
 
@@ -39,6 +41,28 @@ TEST_F(NSFileManagerTest, FilesAndFoldersArePrivate) {
     EXPECT_EQ(modeOf(path("a/b/file")), 0600U);
     EXPECT_EQ(modeOf(path("a")), 0700U);
     EXPECT_EQ(modeOf(path("a/b")), 0700U);
+}
+
+TEST_F(NSFileManagerTest, OldTemporaryFilesOfPropertyListsAreRemovedAndNothingElse) {
+    const std::vector<std::string> kept{"VLLibSettings.plist", "VLLibSettings.plist.corrupt",
+                                        "a.plist.12345",       "a.plist.1234567",
+                                        "a.plist.12-456",      "a.txt.123456"};
+    for (const auto& name : kept) ASSERT_TRUE(NSFileManager::writeToFile(old, path(name)));
+    for (const auto* name : {"VLLibSettings.plist.aB3xYz", "a.plist.123456"}) {
+        ASSERT_TRUE(NSFileManager::writeToFile(old, path(name)));
+    }
+    std::filesystem::create_directory(path("b.plist.abcdef"));
+    std::filesystem::create_symlink(path("VLLibSettings.plist"), path("c.plist.abcdef"));
+
+    NSFileManager::removeAbandonedTemporaryFilesInFolder(path(""), 1.0);
+    EXPECT_EQ(names().size(), kept.size() + 4) << "written after that time";
+
+    NSFileManager::removeAbandonedTemporaryFilesInFolder(path(""), 1e12);
+    auto expected = kept;
+    expected.insert(expected.end(), {"b.plist.abcdef", "c.plist.abcdef"});
+    EXPECT_THAT(names(), ::testing::UnorderedElementsAreArray(expected));
+
+    NSFileManager::removeAbandonedTemporaryFilesInFolder(path("none"), 1e12);
 }
 
 TEST_F(NSFileManagerTest, AFullDiskLeavesTheOldFileAndNothingElse) {
