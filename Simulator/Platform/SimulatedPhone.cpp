@@ -16,6 +16,8 @@
 #include "Platform/NSURLSession.h"
 #include "Platform/OSLog.h"
 #include "Platform/SerialDispatchQueue.h"
+#include "Platform/UIViewController.h"
+#include "Platform/UIWindow.h"
 #include "Simulator/Platform/CountingURLSession.h"
 #include "Simulator/Platform/SimulatedMainQueue.h"
 #include "Simulator/Platform/VirtualClock.h"
@@ -27,6 +29,8 @@ namespace {
 using SteadyClock = std::chrono::steady_clock;
 
 constexpr std::chrono::seconds kShutdownTime{2};
+// How long a queue is waited for before it is seen whether the main queue, which it may be waiting for, has work.
+constexpr std::chrono::milliseconds kTurn{1};
 
 class RealClock : public Clock {
 public:
@@ -116,6 +120,7 @@ struct SimulatedPhone::Impl {
           bundle(std::make_shared<NSBundle>(options.infoDictionary, options.resourceFolder)),
           session(std::make_shared<ScriptedURLSession>(makeQueue("NSURLSession"))) {
         NSFileManager::createDirectoryAtPath(documentsFolder);
+        application->setKeyWindow(std::make_shared<UIWindow>(std::make_shared<UIViewController>()));
         if (options.realHTTP) network = std::make_unique<LinuxPlatform>(networkOptions(documentsFolder));
     }
 
@@ -178,7 +183,9 @@ bool SimulatedPhone::Impl::settleOnce(SteadyClock::time_point deadline, Requests
     const auto before = activity->load();
     mainQueue->runDueTasks();
     for (const auto& queue : liveQueues()) {
-        if (!queue->waitUntilIdle(deadline)) return false;
+        while (!queue->waitUntilIdle(std::min(deadline, SteadyClock::now() + kTurn))) {
+            if (SteadyClock::now() >= deadline || mainQueue->hasDueTask()) return false;
+        }
     }
     // Each completed request posts to the main queue, which wakes this thread.
     if (mustWait()) mainQueue->waitForDueTask(deadline);
@@ -331,6 +338,7 @@ std::vector<std::string> SimulatedPhone::console() const {
 
 void SimulatedPhone::stop() {
     if (std::exchange(impl_->isStopped, true)) return;
+    abandonWaits();
     const auto deadline = SteadyClock::now() + kShutdownTime;
     impl_->session->invalidateAndCancel();
     // Its end cancels every request, and their handlers run.

@@ -1,13 +1,11 @@
 #include "Core/VLBootstrap.h"
 
-#include <cxxabi.h>
-
-#include <cstdlib>
 #include <utility>
 
 #include "Core/VLIOSComponents.h"
 #include "Core/VLServiceComponents.h"
 #include "Platform/NSException.h"
+#include "Platform/NSObject.h"
 
 namespace vorlane {
 
@@ -39,13 +37,6 @@ std::shared_ptr<void> VLBootstrap::createComponentForString(const std::string& n
     return found->second();
 }
 
-std::string VLBootstrap::typeName(const std::type_info& type) {
-    int status = 0;
-    const std::unique_ptr<char, decltype(&std::free)> name(abi::__cxa_demangle(type.name(), nullptr, nullptr, &status),
-                                                           &std::free);
-    const std::string qualified = name ? name.get() : type.name();
-    const auto separator = qualified.rfind("::");
-    return separator == std::string::npos ? qualified : qualified.substr(separator + 2);
-}
+std::string VLBootstrap::typeName(const std::type_info& type) { return NSStringFromClass(type); }
 
 }  // namespace vorlane

@@ -1,6 +1,7 @@
 #include "Core/VLIOSComponents.h"
 
 #include "Core/VLBootstrap.h"
+#include "Platform/CLLocationManager.h"
 #include "Platform/NSBundle.h"
 #include "Platform/NSNotificationCenter.h"
 #include "Platform/NSURLSession.h"
@@ -33,6 +34,11 @@ void VLIOSComponents::defaultUIKitDependencies() {
     if (Platform::current().systemVersion() >= kFirstVersionWithNotificationCenter) {
         bootstrap_.addComponent<UNUserNotificationCenter>([] { return Platform::current().userNotificationCenter(); });
     }
+}
+
+void VLIOSComponents::defaultCoreLocationDependencies() {
+    // No platform brings one.
+    bootstrap_.addComponent<CLLocationManager>([] { return std::shared_ptr<CLLocationManager>(); });
 }
 
 }  // namespace vorlane
