@@ -11,6 +11,7 @@
 #include "Categories/UIViewController+VLTopViewController.h"
 #include "Core/VLCompletion.h"
 #include "Core/VLError.h"
+#include "Core/VLMainQueueRelease.h"
 #include "Core/VLSettings.h"
 #include "Network/VLPayloadBuilder.h"
 #include "Network/VLPayloadOptions.h"
@@ -126,13 +127,13 @@ void VLInterstitialService::presentInterstitialWithPlacement(VLInterstitialPlace
 void VLInterstitialService::presentInterstitialWithPlacementString(const std::string& placement,
                                                                    const std::shared_ptr<NSObject>& viewController,
                                                                    bool animated, Handler completionHandler) {
-    onMainQueue(
-        [self = shared_from_this(), placement, viewController, animated, handler = std::move(completionHandler)] {
-            const auto error = errorOfViewController(viewController);
-            if (!error) return self->fetchPlacement(placement, viewController, animated, handler);
-            logUnsuitable(placement, !viewController, *error);
-            if (handler) handler(false, error);
-        });
+    onMainQueue([self = shared_from_this(), placement, viewController = releasedOnMainQueue(viewController), animated,
+                 handler = std::move(completionHandler)] {
+        const auto error = errorOfViewController(viewController);
+        if (!error) return self->fetchPlacement(placement, viewController, animated, handler);
+        logUnsuitable(placement, !viewController, *error);
+        if (handler) handler(false, error);
+    });
 }
 
 void VLInterstitialService::fetchPlacement(const std::string& placement,
@@ -183,7 +184,8 @@ void VLInterstitialService::handlePlacementResponse(const Dictionary& response,
     interstitial->setHtmlContent(pageOf(*content));
     interstitial->setPhash(stringForKey(*message, "phash"));
     interstitial->setMetadata(*content);
-    show(controller, animated, completionHandler);
+    // The host's own reference: while the host keeps its controller, that counts as displayed.
+    show(controller->shared_from_this(), animated, completionHandler);
 }
 
 void VLInterstitialService::show(const std::shared_ptr<UIViewController>& viewController, bool animated,

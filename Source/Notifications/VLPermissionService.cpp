@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "Categories/NSDictionary+VLLookup.h"
+#include "Core/VLMainQueueRelease.h"
 #include "Core/VLSettings.h"
 #include "Notifications/VLInterstitialService.h"
 #include "Notifications/VLRemoteNotificationService.h"
@@ -141,9 +142,10 @@ void VLPermissionService::startWithConfig(const VLConfigService& config, bool pr
 
 void VLPermissionService::queueSoftOptInForPermission(VLPermissions permission,
                                                       const std::shared_ptr<NSObject>& viewController) {
-    queue_.addOperationWithBlock([weakSelf = weak_from_this(), permission, viewController] {
-        if (const auto self = weakSelf.lock()) self->displaySoftOptIn(permission, viewController);
-    });
+    queue_.addOperationWithBlock(
+        [weakSelf = weak_from_this(), permission, viewController = releasedOnMainQueue(viewController)] {
+            if (const auto self = weakSelf.lock()) self->displaySoftOptIn(permission, viewController);
+        });
 }
 
 void VLPermissionService::queueSystemPromptForPermission(VLPermissions permission) {
