@@ -16,5 +16,6 @@ Phone::Commands helperCommands();
 Phone::Commands notificationCommands();
 Phone::Commands userCommands();
 Phone::Commands screenCommands();
+Phone::Commands locationCommands();
 
 }  // namespace vorlane::phone

@@ -6,6 +6,7 @@
 #include "Platform/NSPropertyListSerialization.h"
 #include "Public/Vorlane.h"
 #include "Simulator/Phone/PhoneCommands.h"
+#include "Simulator/Phone/PhoneLocation.h"
 #include "Simulator/Phone/PhoneNotifications.h"
 #include "Simulator/Phone/PhoneScreen.h"
 #include "Simulator/Phone/PhoneValues.h"
@@ -72,6 +73,8 @@ Value query(Phone& phone, const Dictionary& line) {
         {"timers", timers},
         {"scheduledNotifications", scheduledNotifications},
         {"deliveredNotifications", deliveredNotifications},
+        {"monitoredRegions", monitoredRegions},
+        {"rangedRegions", rangedRegions},
         {"prompts", openPrompts},
         {"presented", presentedViewControllers},
         {"backgroundTasks", backgroundTasks},

@@ -126,6 +126,11 @@ const Dictionary& dictionaryFrom(const Value& value, const std::string& name) {
     return value.get_ref<const Dictionary&>();
 }
 
+const Array& arrayFrom(const Value& value, const std::string& name) {
+    if (!value.is_array()) failKind(name, "an array");
+    return value.get_ref<const Array&>();
+}
+
 UILocalNotification notificationFrom(const Value& value, const std::string& name) {
     Dictionary given;
     const auto isText = [](const Value& field) { return field.is_string(); };

@@ -39,6 +39,7 @@ double numberFrom(const Value& value, const std::string& name);
 std::int64_t integerFrom(const Value& value, const std::string& name);
 bool booleanFrom(const Value& value, const std::string& name);
 const Dictionary& dictionaryFrom(const Value& value, const std::string& name);
+const Array& arrayFrom(const Value& value, const std::string& name);
 /// Bytes in hexadecimal digits, as a text or as {"hex"}.
 Data dataFrom(const Value& value, const std::string& name);
 /// The production set with the endpoints that the dictionary names replaced.

@@ -34,10 +34,13 @@ public:
 
     std::int64_t backgroundRefreshStatus() const override { return backgroundRefreshStatus_; }
     UIUserNotificationSettings currentUserNotificationSettings() const override { return userNotificationSettings_; }
+    TimeInterval backgroundTimeRemaining() const override { return backgroundTimeRemaining_; }
     /// Asks the simulated user; the observer of answers is told what was settled. "Deny" allows nothing; after an
     /// error, or with no decision, everything stays as it was.
     void registerUserNotificationSettings(const UIUserNotificationSettings& settings) override;
 
+    /// 180 seconds until it is set.
+    void setBackgroundTimeRemaining(TimeInterval seconds) { backgroundTimeRemaining_ = seconds; }
     void setBackgroundRefreshStatus(std::int64_t status) { backgroundRefreshStatus_ = status; }
     void setUserNotificationTypes(std::uint64_t types) { userNotificationSettings_.types = types; }
     /// Called with the answer to `registerUserNotificationSettings()`, as a host's application delegate is.
@@ -89,6 +92,7 @@ private:
     const std::shared_ptr<SimulatedUser> user_;
     // Main queue only.
     std::int64_t backgroundRefreshStatus_ = UIBackgroundRefreshStatusAvailable;
+    TimeInterval backgroundTimeRemaining_ = 180;
     UIUserNotificationSettings userNotificationSettings_;
     std::function<void(const UIUserNotificationSettings&)> userNotificationSettingsObserver_;
     Handle newestHandle_ = 0;

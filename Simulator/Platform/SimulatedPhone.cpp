@@ -29,6 +29,7 @@ namespace {
 using SteadyClock = std::chrono::steady_clock;
 
 constexpr std::chrono::seconds kShutdownTime{2};
+constexpr const char* kMonitoredRegionsFile = "/VLMonitoredRegions.plist";
 // How long a queue is waited for before it is seen whether the main queue, which it may be waiting for, has work.
 constexpr std::chrono::milliseconds kTurn{1};
 
@@ -116,6 +117,9 @@ struct SimulatedPhone::Impl {
           userNotificationCenter(std::make_shared<SimulatedUserNotificationCenter>(
               user, mainQueue, makeQueue("UNUserNotificationCenter"),
               [told = application](const std::string& event, const Dictionary& fields) { told->tell(event, fields); })),
+          locationManager(std::make_shared<SimulatedLocationManager>(
+              user, mainQueue, documentsFolder + kMonitoredRegionsFile,
+              [told = application](const std::string& event, const Dictionary& fields) { told->tell(event, fields); })),
           device(std::make_shared<SimulatedDevice>(versionText(options.systemVersion))),
           bundle(std::make_shared<NSBundle>(options.infoDictionary, options.resourceFolder)),
           session(std::make_shared<ScriptedURLSession>(makeQueue("NSURLSession"))) {
@@ -169,6 +173,7 @@ struct SimulatedPhone::Impl {
     const std::shared_ptr<SimulatedUser> user;
     const std::shared_ptr<SimulatedApplication> application;
     const std::shared_ptr<SimulatedUserNotificationCenter> userNotificationCenter;
+    const std::shared_ptr<SimulatedLocationManager> locationManager;
     const std::shared_ptr<SimulatedDevice> device;
     const std::shared_ptr<NSBundle> bundle;
     const std::shared_ptr<ScriptedURLSession> session;
@@ -272,6 +277,8 @@ std::shared_ptr<UNUserNotificationCenter> SimulatedPhone::userNotificationCenter
     return impl_->userNotificationCenter;
 }
 
+std::shared_ptr<CLLocationManager> SimulatedPhone::locationManager() { return impl_->locationManager; }
+
 void SimulatedPhone::NSLog(const std::string& line) {
     const std::lock_guard lock(impl_->lines->mutex);
     impl_->lines->console.push_back(line);
@@ -288,6 +295,8 @@ SimulatedUser& SimulatedPhone::simulatedUser() { return *impl_->user; }
 SimulatedUserNotificationCenter& SimulatedPhone::simulatedUserNotificationCenter() {
     return *impl_->userNotificationCenter;
 }
+
+SimulatedLocationManager& SimulatedPhone::simulatedLocationManager() { return *impl_->locationManager; }
 
 void SimulatedPhone::runMainQueue() { impl_->mainQueue->runDueTasks(); }
 

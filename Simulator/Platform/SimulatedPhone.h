@@ -11,6 +11,7 @@
 #include "Simulator/Platform/ScriptedURLSession.h"
 #include "Simulator/Platform/SimulatedApplication.h"
 #include "Simulator/Platform/SimulatedDevice.h"
+#include "Simulator/Platform/SimulatedLocationManager.h"
 #include "Simulator/Platform/SimulatedUser.h"
 #include "Simulator/Platform/SimulatedUserNotificationCenter.h"
 
@@ -54,6 +55,7 @@ public:
     std::shared_ptr<NSNotificationCenter> notificationCenter() override;
     std::shared_ptr<NSBundle> mainBundle() override;
     std::shared_ptr<UNUserNotificationCenter> userNotificationCenter() override;
+    std::shared_ptr<CLLocationManager> locationManager() override;
     std::shared_ptr<OSLog> makeOSLog(const std::string& subsystem, const std::string& category) override;
     void NSLog(const std::string& line) override;
 
@@ -65,6 +67,7 @@ public:
     SimulatedDevice& simulatedDevice();
     SimulatedUser& simulatedUser();
     SimulatedUserNotificationCenter& simulatedUserNotificationCenter();
+    SimulatedLocationManager& simulatedLocationManager();
 
     /// Runs what is due on the main queue, and what that makes due at this moment, until nothing is.
     void runMainQueue();

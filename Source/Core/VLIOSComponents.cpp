@@ -37,8 +37,7 @@ void VLIOSComponents::defaultUIKitDependencies() {
 }
 
 void VLIOSComponents::defaultCoreLocationDependencies() {
-    // No platform brings one.
-    bootstrap_.addComponent<CLLocationManager>([] { return std::shared_ptr<CLLocationManager>(); });
+    bootstrap_.addComponent<CLLocationManager>([] { return Platform::current().locationManager(); });
 }
 
 }  // namespace vorlane

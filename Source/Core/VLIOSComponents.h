@@ -12,6 +12,7 @@ public:
     /// The URL session (10 s without progress is a time-out), the device, the application, the notification centre, the
     /// bundle; on platforms from 10 on the notification centre.
     void defaultUIKitDependencies();
+    /// The location manager, which all services share.
     void defaultCoreLocationDependencies();
 
 private:

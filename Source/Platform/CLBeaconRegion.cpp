@@ -30,4 +30,12 @@ std::string CLBeaconRegion::description() const {
                        textOf(major_), textOf(minor_));
 }
 
+Dictionary CLBeaconRegion::toDictionary() const {
+    Dictionary dictionary{{"type", "beacon"}, {"identifier", identifier()}, {"uuid", proximityUUID_}};
+    if (major_) dictionary["major"] = *major_;
+    if (minor_) dictionary["minor"] = *minor_;
+    if (notifyEntryStateOnDisplay_) dictionary["notifyEntryStateOnDisplay"] = true;
+    return dictionary;
+}
+
 }  // namespace vorlane

@@ -28,6 +28,7 @@ public:
     void setNotifyEntryStateOnDisplay(bool notify) { notifyEntryStateOnDisplay_ = notify; }
 
     std::string description() const override;
+    Dictionary toDictionary() const override;
 
 private:
     const std::string proximityUUID_;

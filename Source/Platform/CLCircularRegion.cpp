@@ -9,4 +9,12 @@ std::string CLCircularRegion::description() const {
                        center_.latitude, center_.longitude, radius_);
 }
 
+Dictionary CLCircularRegion::toDictionary() const {
+    return {{"type", "circular"},
+            {"identifier", identifier()},
+            {"latitude", center_.latitude},
+            {"longitude", center_.longitude},
+            {"radius", radius_}};
+}
+
 }  // namespace vorlane

@@ -20,6 +20,7 @@ public:
     double radius() const { return radius_; }
 
     std::string description() const override;
+    Dictionary toDictionary() const override;
 
 private:
     const CLLocationCoordinate2D center_;

@@ -1,7 +1,79 @@
 #include "Platform/CLRegion.h"
 
+#include <uuid/uuid.h>
+
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <optional>
+
+#include "Platform/CLBeaconRegion.h"
+#include "Platform/CLCircularRegion.h"
+
 namespace vorlane {
 
+namespace {
+
+const Value* fieldOf(const Dictionary& dictionary, const char* key) {
+    const auto found = dictionary.find(key);
+    return found == dictionary.end() ? nullptr : &found->second;
+}
+
+std::optional<std::string> textIn(const Dictionary& dictionary, const char* key) {
+    const auto* field = fieldOf(dictionary, key);
+    return field && field->is_string() ? std::optional(field->get<std::string>()) : std::nullopt;
+}
+
+/// Nothing also for a number that is not finite.
+std::optional<double> numberIn(const Dictionary& dictionary, const char* key) {
+    const auto* field = fieldOf(dictionary, key);
+    if (!field || !field->is_number() || !std::isfinite(field->get<double>())) return std::nullopt;
+    return field->get<double>();
+}
+
+/// Whether a field is what it should be: absent, or a whole number of 16 bits, which it then is.
+bool readShort(const Dictionary& dictionary, const char* key, std::optional<std::uint16_t>& number) {
+    if (!fieldOf(dictionary, key)) return true;
+    const auto given = numberIn(dictionary, key);
+    if (!given || *given < 0 || *given > std::numeric_limits<std::uint16_t>::max()) return false;
+    number = static_cast<std::uint16_t>(*given);
+    return *given == *number;
+}
+
+std::shared_ptr<CLRegion> circularRegion(const Dictionary& dictionary, const std::string& identifier) {
+    constexpr double kPole = 90.0;
+    constexpr double kDateLine = 180.0;
+    const auto latitude = numberIn(dictionary, "latitude");
+    const auto longitude = numberIn(dictionary, "longitude");
+    const auto radius = numberIn(dictionary, "radius");
+    if (!latitude || !longitude || !radius) return nullptr;
+    if (std::abs(*latitude) > kPole || std::abs(*longitude) > kDateLine || *radius <= 0) return nullptr;
+    return std::make_shared<CLCircularRegion>(CLLocationCoordinate2D{*latitude, *longitude}, *radius, identifier);
+}
+
+std::shared_ptr<CLRegion> beaconRegion(const Dictionary& dictionary, const std::string& identifier) {
+    const auto text = textIn(dictionary, "uuid");
+    uuid_t uuid{};
+    if (!text || text->find('\0') != std::string::npos || uuid_parse(text->c_str(), uuid) != 0) return nullptr;
+    std::optional<std::uint16_t> major;
+    std::optional<std::uint16_t> minor;
+    if (!readShort(dictionary, "major", major) || !readShort(dictionary, "minor", minor)) return nullptr;
+    auto region = std::make_shared<CLBeaconRegion>(*text, identifier, major, minor);
+    const auto* notify = fieldOf(dictionary, "notifyEntryStateOnDisplay");
+    region->setNotifyEntryStateOnDisplay(notify && notify->is_boolean() && notify->get<bool>());
+    return region;
+}
+
+}  // namespace
+
 CLRegion::~CLRegion() = default;
+
+std::shared_ptr<CLRegion> CLRegion::fromDictionary(const Dictionary& dictionary) {
+    const auto type = textIn(dictionary, "type");
+    const auto identifier = textIn(dictionary, "identifier");
+    if (!type || !identifier) return nullptr;
+    if (*type == "circular") return circularRegion(dictionary, *identifier);
+    return *type == "beacon" ? beaconRegion(dictionary, *identifier) : nullptr;
+}
 
 }  // namespace vorlane

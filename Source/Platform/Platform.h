@@ -11,6 +11,7 @@
 
 namespace vorlane {
 
+class CLLocationManager;
 class DispatchSemaphore;
 class NSBundle;
 class NSNotificationCenter;
@@ -71,6 +72,7 @@ public:
     virtual std::shared_ptr<NSBundle> mainBundle() = 0;
     /// Asked for on platforms from 10 on.
     virtual std::shared_ptr<UNUserNotificationCenter> userNotificationCenter() = 0;
+    virtual std::shared_ptr<CLLocationManager> locationManager() = 0;
 
     /// A handle on the system's log.
     virtual std::shared_ptr<OSLog> makeOSLog(const std::string& subsystem, const std::string& category) = 0;

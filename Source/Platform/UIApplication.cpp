@@ -97,6 +97,8 @@ void UIApplication::setKeyWindow(std::shared_ptr<UIWindow> window) {
     keyWindow_.swap(window);
 }
 
+TimeInterval UIApplication::backgroundTimeRemaining() const { return std::numeric_limits<TimeInterval>::max(); }
+
 void UIApplication::scheduleLocalNotification(const UILocalNotification& notification) {
     // A copy, since whoever is told may change the list.
     const auto entry = addScheduled(notification);

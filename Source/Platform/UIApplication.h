@@ -86,6 +86,10 @@ public:
     /// Ends the background time: runs the expiration handler of every open task. Main queue.
     void expireBackgroundTasks();
 
+    /// How long the application may still run in the background, in seconds; the largest number there is where nothing
+    /// limits it. Main queue.
+    virtual TimeInterval backgroundTimeRemaining() const;
+
     /// The names of the open tasks by identifier. Any thread.
     std::map<UIBackgroundTaskIdentifier, std::string> backgroundTasks() const;
 

@@ -15,6 +15,7 @@
 #include "Platform/Linux/LinuxClock.h"
 #include "Platform/Linux/LinuxDevice.h"
 #include "Platform/Linux/LinuxEnvironment.h"
+#include "Platform/Linux/LinuxLocationManager.h"
 #include "Platform/Linux/LinuxMainQueue.h"
 #include "Platform/Linux/LinuxOSLog.h"
 #include "Platform/Linux/LinuxSerialQueue.h"
@@ -31,6 +32,7 @@ namespace {
 using SteadyClock = std::chrono::steady_clock;
 
 constexpr const char* kScheduledNotificationsFile = "/VLScheduledNotifications.plist";
+constexpr const char* kMonitoredRegionsFile = "/VLMonitoredRegions.plist";
 
 // Together below the two seconds that a shutdown may take.
 constexpr std::chrono::milliseconds kDrainTime{1600};
@@ -74,6 +76,8 @@ struct LinuxPlatform::State {
     const std::shared_ptr<UNUserNotificationCenter> userNotificationCenter;
 
     std::once_flag applicationOnce;
+    std::once_flag locationManagerOnce;
+    std::shared_ptr<CLLocationManager> locationManager;
     std::once_flag bundleOnce;
     std::shared_ptr<NSBundle> bundle;
     std::once_flag folderOnce;
@@ -232,6 +236,14 @@ std::shared_ptr<NSBundle> LinuxPlatform::mainBundle() { return state_->mainBundl
 
 std::shared_ptr<UNUserNotificationCenter> LinuxPlatform::userNotificationCenter() {
     return state_->userNotificationCenter;
+}
+
+std::shared_ptr<CLLocationManager> LinuxPlatform::locationManager() {
+    std::call_once(state_->locationManagerOnce, [this] {
+        state_->locationManager =
+            std::make_shared<LinuxLocationManager>(mainQueue(), state_->documentsFolder() + kMonitoredRegionsFile);
+    });
+    return state_->locationManager;
 }
 
 std::shared_ptr<OSLog> LinuxPlatform::makeOSLog(const std::string& subsystem, const std::string& category) {

@@ -100,6 +100,9 @@ public:
     std::shared_ptr<NSNotificationCenter> notificationCenter() override;
     std::shared_ptr<NSBundle> mainBundle() override;
     std::shared_ptr<UNUserNotificationCenter> userNotificationCenter() override;
+    /// The first call reads "VLMonitoredRegions.plist" in the documents folder: the regions that an earlier process
+    /// watched.
+    std::shared_ptr<CLLocationManager> locationManager() override;
 
     /// A handle on the system journal.
     std::shared_ptr<OSLog> makeOSLog(const std::string& subsystem, const std::string& category) override;
