@@ -15,6 +15,7 @@ Phone::Commands queryCommands();
 Phone::Commands helperCommands();
 Phone::Commands notificationCommands();
 Phone::Commands userCommands();
+Phone::Commands screenCommands();
 Phone::Commands locationCommands();
 
 }  // namespace vorlane::phone

@@ -3,9 +3,12 @@
 #include <functional>
 
 #include "Categories/NSDictionary+VLLookup.h"
+#include "Categories/NSString+VLHTML.h"
 #include "Categories/NSString+VLHash.h"
+#include "Categories/UIColor+VLHexColors.h"
 #include "Notifications/VLAuthorisationHelper_iOS10To11.h"
 #include "Notifications/VLAuthorisationHelper_iOS12Plus.h"
+#include "Notifications/VLInterstitialService.h"
 #include "Notifications/VLRemoteNotificationService.h"
 #include "Notifications/VLUserNotificationCentre_iOS10Plus.h"
 #include "Notifications/VLUserNotificationCentre_iOS8To9.h"
@@ -40,6 +43,10 @@ Helper fromText(const std::function<Value(const std::string&)>& convert) {
 Helper fromInteger(const std::function<std::int64_t(std::int64_t)>& convert) {
     return
         [convert](const Array& arguments) { return Value(convert(integerFrom(argument(arguments, 0), "argument 1"))); };
+}
+
+Value colourValue(const UIColor& colour) {
+    return Dictionary{{"red", colour.red}, {"green", colour.green}, {"blue", colour.blue}, {"alpha", colour.alpha}};
 }
 
 /// With the helper of the phone's platform generation.
@@ -89,6 +96,20 @@ const std::map<std::string, Helper>& helpers() {
              return Value(withAuthorisationHelper(
                  [](const auto& helper) { return helper.isProvisionalAuthorisationSupported(); }));
          }},
+        {"stringForPlacement:",
+         [](const Array& arguments) {
+             const auto placement = integerFrom(argument(arguments, 0), "argument 1");
+             return valueOf(VLInterstitialService::stringForPlacement(
+                 static_cast<VLInterstitialPlacement>(static_cast<std::uint64_t>(placement))));
+         }},
+        {"vl_colorWithHexString:alpha:",
+         [](const Array& arguments) {
+             const auto alpha = numberFrom(argument(arguments, 1), "argument 2");
+             return colourValue(
+                 vl_colorWithHexString(stringFrom(argument(arguments, 0), "argument 1"), static_cast<float>(alpha)));
+         }},
+        {"vl_prependHTMLStringWithViewportMetaTag",
+         fromText([](const std::string& text) { return Value(vl_prependHTMLStringWithViewportMetaTag(text)); })},
         {"vl_md5", fromText([](const std::string& text) { return Value(vl_md5(text)); })},
         {"authorisationStatusToString:", fromNumber(Settings::authorisationStatusToString)},
         {"stringToAuthorisationStatus:", fromText(Settings::stringToAuthorisationStatus)},

@@ -2,7 +2,9 @@
 
 #include "Categories/NSDictionary+VLLookup.h"
 #include "Platform/UIApplication.h"
+#include "Simulator/Phone/Phone.h"
 #include "Simulator/Phone/PhoneNotifications.h"
+#include "Simulator/Phone/PhoneScreen.h"
 #include "Simulator/Phone/PhoneValues.h"
 
 namespace vorlane::phone {
@@ -29,14 +31,17 @@ VLLogLevel logLevelFrom(const Value& value) {
 
 }  // namespace
 
-VLSDKOptions sdkOptionsFrom(const Dictionary& line, const PhoneOptions& phoneOptions) {
+VLSDKOptions sdkOptionsFrom(Phone& phone, const Dictionary& line) {
     auto options = presetFrom(line);
-    if (phoneOptions.logLevel) options.setLogLevel(*phoneOptions.logLevel);
+    if (phone.options().logLevel) options.setLogLevel(*phone.options().logLevel);
     const auto* field = valueForKey(line, "options");
     if (!field) return options;
     const auto& named = dictionaryFrom(*field, "options");
     if (const auto* key = valueForKey(named, "appKey")) options.setAppKey(optionalStringFrom(*key, "appKey"));
     if (const auto* level = valueForKey(named, "logLevel")) options.setLogLevel(logLevelFrom(*level));
+    if (const auto* interstitial = valueForKey(named, "appOpenInterstitial")) {
+        options.setAppOpenInterstitial(viewControllerFrom(phone, *interstitial, "appOpenInterstitial"));
+    }
     if (const auto* provides = valueForKey(named, "providesAppNotificationSettings")) {
         options.setProvidesAppNotificationSettings(booleanFrom(*provides, "providesAppNotificationSettings"));
     }

@@ -21,7 +21,7 @@ UIApplicationState stateFrom(const Value& value) {
 Value launch(Phone& phone, const Dictionary& line) {
     const auto* state = valueForKey(line, "state");
     const auto* launchOptions = valueForKey(line, "launchOptions");
-    const auto options = sdkOptionsFrom(line, phone.options());
+    const auto options = sdkOptionsFrom(phone, line);
     const auto given = launchOptions ? launchOptionsFrom(phone, *launchOptions) : std::nullopt;
     auto& application = phone.device().simulatedApplication();
     application.setApplicationState(state ? stateFrom(*state) : UIApplicationState::inactive);

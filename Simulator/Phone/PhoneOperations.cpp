@@ -6,6 +6,7 @@
 #include "Simulator/Phone/Phone.h"
 #include "Simulator/Phone/PhoneLaunch.h"
 #include "Simulator/Phone/PhoneNotifications.h"
+#include "Simulator/Phone/PhoneScreen.h"
 #include "Simulator/Phone/PhoneValues.h"
 
 namespace vorlane::phone {
@@ -88,7 +89,7 @@ Value initialise(const OperationCall& call) {
     const Dictionary line{{"options", call.dictionary(1)}};
     Vorlane::initialiseSDKWithApplication(call.phone().device().application(),
                                           launchOptionsFrom(call.phone(), call.argument(0)),
-                                          sdkOptionsFrom(line, call.phone().options()));
+                                          sdkOptionsFrom(call.phone(), line));
     return nullptr;
 }
 
@@ -127,7 +128,7 @@ Operation doing(Body body) {
 
 const std::map<std::string, Operation>& operations() {
     using Call = const OperationCall&;
-    static const std::map<std::string, Operation> table = withNotificationOperations({
+    static const std::map<std::string, Operation> table = withScreenOperations(withNotificationOperations({
         {"initialiseSDKWithApplication:launchOptions:sdkOptions:", initialise},
         {"sharedInstance", doing([](Call) { Vorlane::sharedInstance(); })},
         {"setURLs:", setURLs},
@@ -160,7 +161,7 @@ const std::map<std::string, Operation>& operations() {
              Vorlane::setContainer(call.optionalString(0), call.optionalString(1), call.optionalString(2));
          })},
         {"addCommonJsonData:", addCommonJsonData},
-    });
+    }));
     return table;
 }
 

@@ -2,11 +2,13 @@
 
 #include <functional>
 
+#include "Categories/NSString+VLHTML.h"
 #include "Platform/NSPropertyListSerialization.h"
 #include "Public/Vorlane.h"
 #include "Simulator/Phone/PhoneCommands.h"
 #include "Simulator/Phone/PhoneLocation.h"
 #include "Simulator/Phone/PhoneNotifications.h"
+#include "Simulator/Phone/PhoneScreen.h"
 #include "Simulator/Phone/PhoneValues.h"
 
 namespace vorlane::phone {
@@ -57,6 +59,8 @@ Value constants(Phone& /*phone*/) {
                       {"VL_NOTIFICATION_KEY_PHASH", VL_NOTIFICATION_KEY_PHASH},
                       {"VL_NOTIFICATION_KEY_ACTION", VL_NOTIFICATION_KEY_ACTION},
                       {"VL_NOTIFICATION_ACTION_INBOX", VL_NOTIFICATION_ACTION_INBOX},
+                      {"VLNotificationInterstitialWasDismissed", VLNotificationInterstitialWasDismissed},
+                      {"VIEWPORT_META_TAG", VIEWPORT_META_TAG},
                       {"VLCONFIGSERVICEGEO", VLCONFIGSERVICEGEO},
                       {"VLCONFIGSERVICEBEACON", VLCONFIGSERVICEBEACON},
                       {"VLCONFIGSERVICEPERMISSION", VLCONFIGSERVICEPERMISSION},
@@ -72,6 +76,7 @@ Value query(Phone& phone, const Dictionary& line) {
         {"monitoredRegions", monitoredRegions},
         {"rangedRegions", rangedRegions},
         {"prompts", openPrompts},
+        {"presented", presentedViewControllers},
         {"backgroundTasks", backgroundTasks},
         {"time", [](Phone& asked) { return Value(asked.device().now()); }},
         {"documents", [](Phone& asked) { return Value(asked.device().documentsFolder()); }},

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "Platform/Clock.h"
+#include "Platform/NSURL.h"
 #include "Simulator/Platform/SimulatedMainQueue.h"
 #include "Simulator/Platform/SimulatedUser.h"
 
@@ -24,6 +25,12 @@ SimulatedApplication::SimulatedApplication(std::shared_ptr<NSNotificationCenter>
                                            std::shared_ptr<SimulatedMainQueue> mainQueue,
                                            std::shared_ptr<SimulatedUser> user)
     : UIApplication(std::move(notificationCenter)), mainQueue_(std::move(mainQueue)), user_(std::move(user)) {}
+
+bool SimulatedApplication::openURL(const NSURL& url) {
+    openedURLs_.push_back(url.absoluteString());
+    tell("openURL", {{"url", url.absoluteString()}});
+    return true;
+}
 
 void SimulatedApplication::registerForRemoteNotifications() {
     ++remoteNotificationRegistrations_;

@@ -27,6 +27,8 @@ public:
                                   std::shared_ptr<SimulatedMainQueue> mainQueue = nullptr,
                                   std::shared_ptr<SimulatedUser> user = nullptr);
 
+    /// Always opened.
+    bool openURL(const NSURL& url) override;
     void registerForRemoteNotifications() override;
     void setMinimumBackgroundFetchInterval(TimeInterval seconds) override;
 
@@ -60,6 +62,8 @@ public:
     /// How often a push token was asked for.
     int remoteNotificationRegistrations() const { return remoteNotificationRegistrations_; }
     std::vector<TimeInterval> backgroundFetchIntervals() const { return backgroundFetchIntervals_; }
+    /// The URLs that were opened, in order.
+    const std::vector<std::string>& openedURLs() const { return openedURLs_; }
     /// Every background task ever begun, by name, in order. Any thread.
     std::vector<std::string> begunBackgroundTasks() const;
 
@@ -102,6 +106,7 @@ private:
     std::map<std::uint64_t, Wait> waits_;
     int remoteNotificationRegistrations_ = 0;
     std::vector<TimeInterval> backgroundFetchIntervals_;
+    std::vector<std::string> openedURLs_;
 
     mutable std::mutex mutex_;
     // Guarded by mutex_.

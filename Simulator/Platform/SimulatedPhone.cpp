@@ -16,6 +16,8 @@
 #include "Platform/NSURLSession.h"
 #include "Platform/OSLog.h"
 #include "Platform/SerialDispatchQueue.h"
+#include "Platform/UIViewController.h"
+#include "Platform/UIWindow.h"
 #include "Simulator/Platform/CountingURLSession.h"
 #include "Simulator/Platform/SimulatedMainQueue.h"
 #include "Simulator/Platform/SimulatedSerialQueue.h"
@@ -29,6 +31,8 @@ using SteadyClock = std::chrono::steady_clock;
 
 constexpr std::chrono::seconds kShutdownTime{2};
 constexpr const char* kMonitoredRegionsFile = "/VLMonitoredRegions.plist";
+// How long a queue is waited for before it is seen whether the main queue, which it may be waiting for, has work.
+constexpr std::chrono::milliseconds kTurn{1};
 
 /// The system's time when the phone was made, and steadily on from there: setting the system's clock moves no timer.
 class RealClock : public Clock {
@@ -112,6 +116,7 @@ struct SimulatedPhone::Impl {
           bundle(std::make_shared<NSBundle>(options.infoDictionary, options.resourceFolder)),
           session(std::make_shared<ScriptedURLSession>(makeQueue("NSURLSession"))) {
         NSFileManager::createDirectoryAtPath(documentsFolder);
+        application->setKeyWindow(std::make_shared<UIWindow>(std::make_shared<UIViewController>()));
         if (options.realHTTP) network = std::make_unique<LinuxPlatform>(networkOptions(documentsFolder));
     }
 
@@ -187,7 +192,9 @@ bool SimulatedPhone::Impl::settleOnce(SteadyClock::time_point deadline, Requests
     if (mainQueue->hasDueTask() || !isAtRest()) return false;
     // What is left is a delayed task that has just fallen due.
     for (const auto& queue : liveQueues()) {
-        if (!queue->waitUntilIdle(deadline)) return false;
+        while (!queue->waitUntilIdle(std::min(deadline, SteadyClock::now() + kTurn))) {
+            if (SteadyClock::now() >= deadline || mainQueue->hasDueTask()) return false;
+        }
     }
     return isAtRest() && !mainQueue->hasDueTask() && activity->load() == before;
 }
@@ -345,6 +352,7 @@ std::vector<std::string> SimulatedPhone::console() const {
 
 void SimulatedPhone::stop() {
     if (std::exchange(impl_->isStopped, true)) return;
+    abandonWaits();
     const auto deadline = SteadyClock::now() + kShutdownTime;
     impl_->session->invalidate();
     // Its end cancels every request, and their handlers run.

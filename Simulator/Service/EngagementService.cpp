@@ -7,11 +7,13 @@
 #include <utility>
 
 #include "Simulator/Service/AdminEndpoints.h"
+#include "Simulator/Service/AdminInterstitialEndpoints.h"
 #include "Simulator/Service/AdminStoreEndpoints.h"
 #include "Simulator/Service/ConfigEndpoints.h"
 #include "Simulator/Service/DeviceEndpoints.h"
 #include "Simulator/Service/EndpointCall.h"
 #include "Simulator/Service/EventEndpoints.h"
+#include "Simulator/Service/InterstitialEndpoints.h"
 #include "Simulator/Service/MalformedRequest.h"
 #include "Simulator/Service/RecordedRequest.h"
 #include "Simulator/Service/SessionEndpoints.h"
@@ -57,6 +59,8 @@ EngagementService::EngagementService(const std::string& databasePath, RequestLog
     addDeviceEndpoints(router_, store_);
     addAdminEndpoints(router_, *this);
     addAdminStoreEndpoints(router_, store_);
+    addAdminInterstitialEndpoints(router_, store_);
+    addInterstitialEndpoints(router_, store_);
 }
 
 ServiceResponse EngagementService::answer(const ServiceRequest& request) {

@@ -2,8 +2,10 @@
 
 #include <utility>
 
+#include "Categories/NSDictionary+VLLookup.h"
 #include "Simulator/Service/DeviceRegistration.h"
 #include "Simulator/Service/EventReport.h"
+#include "Simulator/Service/Placement.h"
 #include "Simulator/Service/SQLiteStatement.h"
 #include "Simulator/Service/ServiceResponse.h"
 #include "Simulator/Service/ServiceSchema.h"
@@ -21,6 +23,12 @@ std::string jsonText(const Dictionary& dictionary) { return service::jsonText(Va
 /// Nothing for an empty one.
 std::optional<std::string> optionalText(const Dictionary& dictionary) {
     return dictionary.empty() ? std::nullopt : std::optional(jsonText(dictionary));
+}
+
+Placement placementOf(const Dictionary& row) {
+    const auto* metadata = dictionaryForKey(row, "metadata");
+    return {row.at("name").get<std::string>(), stringForKey(row, "html"), metadata ? *metadata : Dictionary(),
+            stringForKey(row, "phash")};
 }
 
 }  // namespace
@@ -167,6 +175,37 @@ void ServiceStore::removeConfiguration(const std::string& appKey) {
     SQLiteStatement(database_, "DELETE FROM configurations WHERE app_key = ?1").bind(appKey).run();
 }
 
+std::optional<Placement> ServiceStore::placement(const std::string& appKey, const std::string& name) {
+    const std::lock_guard lock(mutex_);
+    SQLiteStatement statement(database_,
+                              "SELECT name, html, metadata, phash FROM placements WHERE app_key = ?1 AND name = ?2");
+    return statement.bind(appKey, name).step() ? std::optional(placementOf(statement.row())) : std::nullopt;
+}
+
+std::vector<Placement> ServiceStore::placements(const std::string& appKey) {
+    const std::lock_guard lock(mutex_);
+    SQLiteStatement statement(database_,
+                              "SELECT name, html, metadata, phash FROM placements WHERE app_key = ?1 ORDER BY name");
+    statement.bind(appKey);
+    std::vector<Placement> placements;
+    while (statement.step()) placements.push_back(placementOf(statement.row()));
+    return placements;
+}
+
+void ServiceStore::setPlacement(const std::string& appKey, const Placement& placement) {
+    const std::lock_guard lock(mutex_);
+    SQLiteStatement(database_,
+                    "INSERT OR REPLACE INTO placements (app_key, name, html, metadata, phash) "
+                    "VALUES (?1, ?2, ?3, ?4, ?5)")
+        .bind(appKey, placement.name, placement.html, jsonText(placement.metadata), placement.phash)
+        .run();
+}
+
+void ServiceStore::removePlacements(const std::string& appKey) {
+    const std::lock_guard lock(mutex_);
+    SQLiteStatement(database_, "DELETE FROM placements WHERE app_key = ?1").bind(appKey).run();
+}
+
 Array ServiceStore::sessions(const StoreFilter& filter) {
     return list(std::string("SELECT number, time, kind, app_key AS appKey, tracking_id AS trackingId, "
                             "device_id AS deviceId, sid, session_length AS sessionLength, "
@@ -207,7 +246,7 @@ void ServiceStore::clear() {
     database_.inTransaction([this] {
         database_.execute(
             "DELETE FROM users; DELETE FROM devices; DELETE FROM sessions; DELETE FROM events; DELETE FROM tags; "
-            "DELETE FROM configurations; DELETE FROM sqlite_sequence");
+            "DELETE FROM configurations; DELETE FROM placements; DELETE FROM sqlite_sequence");
     });
 }
 

@@ -12,6 +12,7 @@ namespace vorlane::service {
 
 struct DeviceRegistration;
 struct EventReport;
+struct Placement;
 struct SessionReport;
 struct StoreFilter;
 struct Tag;
@@ -42,6 +43,13 @@ public:
     std::optional<Dictionary> configuration(const std::string& appKey);
     void setConfiguration(const std::string& appKey, const Dictionary& document);
     void removeConfiguration(const std::string& appKey);
+
+    /// Nothing when the app has none of its own; one without a page when it was removed.
+    std::optional<Placement> placement(const std::string& appKey, const std::string& name);
+    /// The app's own, by name.
+    std::vector<Placement> placements(const std::string& appKey);
+    void setPlacement(const std::string& appKey, const Placement& placement);
+    void removePlacements(const std::string& appKey);
 
     // Lists of objects, oldest first; tags and devices by their names.
     Array sessions(const StoreFilter& filter);

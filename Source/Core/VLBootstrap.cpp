@@ -1,13 +1,11 @@
 #include "Core/VLBootstrap.h"
 
-#include <charconv>
-#include <string_view>
-#include <system_error>
 #include <utility>
 
 #include "Core/VLIOSComponents.h"
 #include "Core/VLServiceComponents.h"
 #include "Platform/NSException.h"
+#include "Platform/NSObject.h"
 
 namespace vorlane {
 
@@ -39,20 +37,6 @@ std::shared_ptr<void> VLBootstrap::createComponentForString(const std::string& n
     return found->second();
 }
 
-std::string VLBootstrap::typeName(const std::type_info& type) {
-    // Read off the mangled name, such as N7vorlane10VLSettingsE: the last of its names, each behind its length.
-    // Start-up asks for a hundred of them, and demangling them whole would be a good part of it.
-    std::string_view mangled = type.name();
-    if (mangled.starts_with('N')) mangled.remove_prefix(1);
-    std::string_view name = mangled;
-    std::size_t length = 0;
-    while (true) {
-        const auto [digitsEnd, error] = std::from_chars(mangled.data(), mangled.data() + mangled.size(), length);
-        if (error != std::errc()) return std::string(name);
-        mangled.remove_prefix(static_cast<std::size_t>(digitsEnd - mangled.data()));
-        name = mangled.substr(0, length);
-        mangled.remove_prefix(name.size());
-    }
-}
+std::string VLBootstrap::typeName(const std::type_info& type) { return NSStringFromClass(type); }
 
 }  // namespace vorlane

@@ -9,6 +9,7 @@
 #include "Categories/NSDictionary+VLLookup.h"
 #include "Categories/NSString+VLLength.h"
 #include "Core/VLSettings.h"
+#include "Notifications/VLPermissionService.h"
 #include "Platform/NSBundle.h"
 #include "Platform/NSException.h"
 #include "Platform/NSFileManager.h"
@@ -68,11 +69,13 @@ const Value* launchPhash(const Value* remote, const Value* local, Dictionary& lo
 
 VLLifeCycleManager::VLLifeCycleManager(std::weak_ptr<VLSettings> settings,
                                        std::weak_ptr<VLSessionService> sessionService,
+                                       std::weak_ptr<VLPermissionService> permissionService,
                                        std::weak_ptr<VLConfigService> configService,
                                        std::shared_ptr<NSNotificationCenter> notificationCenter,
                                        std::shared_ptr<NSBundle> mainBundle)
     : settings_(std::move(settings)),
       sessionService_(std::move(sessionService)),
+      permissionService_(std::move(permissionService)),
       configService_(std::move(configService)),
       notificationCenter_(std::move(notificationCenter)),
       mainBundle_(std::move(mainBundle)) {}
@@ -90,6 +93,7 @@ void VLLifeCycleManager::initialiseSDKWithApplication(const std::shared_ptr<UIAp
     if (const auto settings = settings_.lock()) settings->setAppKey(appKey);
     logMessage(VLLogLevel::Info, fmt::format("Vorlane SDK initialised with app key: {}", appKey));
     logMessage(VLLogLevel::Info, fmt::format("launchOptions: {}", vl_description(launchOptions)));
+    appOpenInterstitial_ = options.appOpenInterstitial();
     observeApplicationStates();
     storePhashOfLaunchNotification(launchOptions);
     registerWithPlatform();
@@ -160,9 +164,16 @@ void VLLifeCycleManager::registerWithPlatform() {
 void VLLifeCycleManager::loadConfig() {
     const auto configService = configService_.lock();
     if (!configService) return;
-    configService->loadConfigWithCompletion([](VLConfigService::LoadStatus status) {
-        if (status == VLConfigService::LoadStatus::unavailable) logMessage(VLLogLevel::Error, kNoConfigText);
-    });
+    configService->loadConfigWithCompletion(
+        [weakConfig = configService_, weakPermissions = permissionService_,
+         providesSettings = options_.providesAppNotificationSettings()](VLConfigService::LoadStatus status) {
+            if (status == VLConfigService::LoadStatus::unavailable) {
+                return logMessage(VLLogLevel::Error, kNoConfigText);
+            }
+            const auto config = weakConfig.lock();
+            const auto permissionService = weakPermissions.lock();
+            if (config && permissionService) permissionService->startWithConfig(*config, providesSettings);
+        });
 }
 
 void VLLifeCycleManager::applicationDidBecomeActive() {
@@ -171,8 +182,15 @@ void VLLifeCycleManager::applicationDidBecomeActive() {
     // A system alert makes the application inactive without a background in between; that is no new session.
     if (isAppInForeground_) return;
     isAppInForeground_ = true;
+    presentAppOpenInterstitial();
     Vorlane::sharedInstance().setNotificationOpen(false);
     if (const auto sessionService = sessionService_.lock()) sessionService->sessionStart();
+}
+
+/// Unless a notification opened the application, whose own content would be covered.
+void VLLifeCycleManager::presentAppOpenInterstitial() const {
+    if (!appOpenInterstitial_ || Vorlane::sharedInstance().isNotificationOpen()) return;
+    Vorlane::presentInterstitialWithPlacement(VLInterstitialPlacement::AppOpen, appOpenInterstitial_, true, nullptr);
 }
 
 void VLLifeCycleManager::applicationDidEnterBackground() {

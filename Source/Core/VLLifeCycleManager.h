@@ -13,8 +13,10 @@
 namespace vorlane {
 
 class NSBundle;
+class NSObject;
 class UIApplication;
 class VLConfigService;
+class VLPermissionService;
 class VLSessionService;
 class VLSettings;
 
@@ -22,9 +24,10 @@ class VLSettings;
 /// and the notification centre; main queue only.
 class VLLifeCycleManager : public std::enable_shared_from_this<VLLifeCycleManager> {
 public:
-    /// `initWithSettings:sessionService:configService:`, with the platform's objects. The services are held weakly: the
-    /// registry owns them.
+    /// `initWithSettings:sessionService:permissionService:configService:`, with the platform's objects. The services
+    /// are held weakly: the registry owns them.
     VLLifeCycleManager(std::weak_ptr<VLSettings> settings, std::weak_ptr<VLSessionService> sessionService,
+                       std::weak_ptr<VLPermissionService> permissionService,
                        std::weak_ptr<VLConfigService> configService,
                        std::shared_ptr<NSNotificationCenter> notificationCenter, std::shared_ptr<NSBundle> mainBundle);
     ~VLLifeCycleManager();
@@ -50,17 +53,20 @@ private:
     void storePhashOfLaunchNotification(const std::optional<Dictionary>& launchOptions);
     void registerWithPlatform();
     void loadConfig();
+    void presentAppOpenInterstitial() const;
     void endSession();
 
     // Fixed at construction.
     const std::weak_ptr<VLSettings> settings_;
     const std::weak_ptr<VLSessionService> sessionService_;
+    const std::weak_ptr<VLPermissionService> permissionService_;
     const std::weak_ptr<VLConfigService> configService_;
     const std::shared_ptr<NSNotificationCenter> notificationCenter_;
     const std::shared_ptr<NSBundle> mainBundle_;
     // Main queue only.
     bool isAppInForeground_ = false;
     VLSDKOptions options_;
+    std::shared_ptr<NSObject> appOpenInterstitial_;
     std::weak_ptr<UIApplication> application_;
     std::vector<NSNotificationCenter::Token> observers_;
 };

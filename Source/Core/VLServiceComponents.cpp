@@ -8,16 +8,20 @@
 #include "Core/VLLifeCycleManager.h"
 #include "Core/VLSettings.h"
 #include "Network/VLPayloadBuilder.h"
+#include "Network/VLURLActions.h"
 #include "Network/VLURLBuilder.h"
 #include "Network/VLURLSession.h"
 #include "Notifications/VLAuthorisationHelper_iOS10To11.h"
 #include "Notifications/VLAuthorisationHelper_iOS12Plus.h"
 #include "Notifications/VLBackgroundRefreshHelper.h"
+#include "Notifications/VLInterstitialService.h"
 #include "Notifications/VLLocalNotificationService.h"
 #include "Notifications/VLNotificationHelper.h"
+#include "Notifications/VLPermissionService.h"
 #include "Notifications/VLRemoteNotificationService.h"
 #include "Notifications/VLUserNotificationCentre_iOS10Plus.h"
 #include "Notifications/VLUserNotificationCentre_iOS8To9.h"
+#include "Platform/CLLocationManager.h"
 #include "Platform/NSBundle.h"
 #include "Platform/NSNotificationCenter.h"
 #include "Platform/NSURLSession.h"
@@ -81,8 +85,29 @@ std::shared_ptr<VLSessionService> createSessionService(VLBootstrap& components) 
 std::shared_ptr<VLLifeCycleManager> createLifeCycleManager(VLBootstrap& components) {
     return std::make_shared<VLLifeCycleManager>(
         components.getComponent<VLSettings>(), components.getComponent<VLSessionService>(),
-        components.getComponent<VLConfigService>(), components.getComponent<NSNotificationCenter>(),
-        components.getComponent<NSBundle>());
+        components.getComponent<VLPermissionService>(), components.getComponent<VLConfigService>(),
+        components.getComponent<NSNotificationCenter>(), components.getComponent<NSBundle>());
+}
+
+std::shared_ptr<VLInterstitialService> createInterstitialService(VLBootstrap& components) {
+    return VLInterstitialService::serviceWith({.settings = components.getComponent<VLSettings>(),
+                                               .urlBuilder = components.getComponent<VLURLBuilder>(),
+                                               .urlSession = components.getComponent<VLURLSession>(),
+                                               .payloadBuilder = components.getComponent<VLPayloadBuilder>(),
+                                               .application = components.getComponent<UIApplication>(),
+                                               .notificationCenter = components.getComponent<NSNotificationCenter>()});
+}
+
+std::shared_ptr<VLPermissionService> createPermissionService(VLBootstrap& components) {
+    return std::make_shared<VLPermissionService>(
+        components.getComponent<VLUserNotificationCentre>(), components.getComponent<CLLocationManager>(),
+        components.getComponent<VLSettings>(), components.getComponent<VLInterstitialService>(),
+        components.getComponent<VLRemoteNotificationService>());
+}
+
+std::shared_ptr<VLURLActions> createURLActions(VLBootstrap& components) {
+    return std::make_shared<VLURLActions>(components.getComponent<VLPermissionService>(),
+                                          components.getComponent<UIApplication>());
 }
 
 std::shared_ptr<VLNotificationHelper> createNotificationHelper(VLBootstrap& components) {
@@ -151,7 +176,9 @@ void VLServiceComponents::defaultVLServices(const std::shared_ptr<VLURLs>& urls)
     add(vlURLSession);
     add(createEventService);
     add(createConfigService);
+    add(createInterstitialService);
     add(createNotificationHelper);
+    add(createPermissionService);
     add(remoteNotificationService);
     add(createTagsService);
     add(createSessionService);
@@ -160,6 +187,7 @@ void VLServiceComponents::defaultVLServices(const std::shared_ptr<VLURLs>& urls)
     add(createBackgroundRefreshHelper);
     add(authorisationHelper);
     add(vlUserNotificationCentre);
+    add(createURLActions);
 }
 
 void VLServiceComponents::defaultVLServiceDependencies(const std::shared_ptr<VLURLs>& urls) {

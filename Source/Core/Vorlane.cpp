@@ -6,7 +6,10 @@
 #include "Core/VLBootstrap.h"
 #include "Core/VLLifeCycleManager.h"
 #include "Core/VLSettings.h"
+#include "Network/VLURLActions.h"
+#include "Notifications/VLInterstitialService.h"
 #include "Notifications/VLLocalNotificationService.h"
+#include "Notifications/VLPermissionService.h"
 #include "Notifications/VLRemoteNotificationService.h"
 #include "Notifications/VLUserNotificationCentre.h"
 #include "Platform/ProcessWide.h"
@@ -44,13 +47,16 @@ Vorlane::Vorlane() {
     if (!getURLs()) setURLs(std::make_shared<VLURLsProduction>());
     bootstrap_ = VLBootstrap::bootstrapWithURLs(getURLs());
     settings_ = bootstrap_->getComponent<VLSettings>();
+    interstitialService_ = bootstrap_->getComponent<VLInterstitialService>();
     tagsService_ = bootstrap_->getComponent<VLTagsService>();
     eventService_ = bootstrap_->getComponent<VLEventService>();
     localNotificationService_ = bootstrap_->getComponent<VLLocalNotificationService>();
     remoteNotificationService_ = bootstrap_->getComponent<VLRemoteNotificationService>();
     sessionService_ = bootstrap_->getComponent<VLSessionService>();
+    permissionService_ = bootstrap_->getComponent<VLPermissionService>();
     lifeCycleManager_ = bootstrap_->getComponent<VLLifeCycleManager>();
     vlUserNotificationCentre_ = bootstrap_->getComponent<VLUserNotificationCentre>();
+    urlActions_ = bootstrap_->getComponent<VLURLActions>();
 }
 
 Vorlane::~Vorlane() = default;
@@ -179,6 +185,25 @@ void Vorlane::cancelAllPendingLocalNotifications() {
 void Vorlane::didReceiveLocalNotification(const std::shared_ptr<UIApplication>& application,
                                           const UILocalNotification& notification) {
     sharedInstance().localNotificationService_->didAcceptLocalNotification(application, notification);
+}
+
+void Vorlane::presentInterstitialWithPlacement(VLInterstitialPlacement placement,
+                                               const std::shared_ptr<NSObject>& viewController, bool animated,
+                                               OutcomeHandler completionHandler) {
+    sharedInstance().interstitialService_->presentInterstitialWithPlacement(placement, viewController, animated,
+                                                                            std::move(completionHandler));
+}
+
+bool Vorlane::openVorlaneDeepLink(const std::optional<NSURL>& url) {
+    return sharedInstance().urlActions_->handleVorlaneActionURL(url);
+}
+
+void Vorlane::askForPermission(VLPermissions permission) {
+    sharedInstance().permissionService_->queueSystemPromptForPermission(permission);
+}
+
+void Vorlane::askForPermission(VLPermissions permission, const std::shared_ptr<NSObject>& viewController) {
+    sharedInstance().permissionService_->queueSoftOptInForPermission(permission, viewController);
 }
 
 void Vorlane::setContainer(const std::optional<std::string>& name, const std::optional<std::string>& version,

@@ -27,6 +27,11 @@ VLUserNotificationCentre_iOS8To9::VLUserNotificationCentre_iOS8To9(
 
 void VLUserNotificationCentre_iOS8To9::requestNotificationAuthorisation(std::uint64_t options,
                                                                         AuthorisationHandler completionHandler) {
+    if (!Platform::current().mainQueue()->isCurrent()) {
+        return onMainQueue([self = shared_from_this(), options, handler = std::move(completionHandler)] {
+            self->requestNotificationAuthorisation(options, handler);
+        });
+    }
     const auto application = application_.lock();
     const UIUserNotificationCategory basic{VLBasicNotificationCategory};
     UIUserNotificationSettings wanted;

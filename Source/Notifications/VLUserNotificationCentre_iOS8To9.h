@@ -10,7 +10,7 @@ class UIApplication;
 class VLBackgroundRefreshHelper;
 class VLSettings;
 
-/// Platforms below 10, where the application object asks the user and tells what is allowed. Main queue only.
+/// Platforms below 10, where the application object asks the user and tells what is allowed. Any thread.
 class VLUserNotificationCentre_iOS8To9 : public VLUserNotificationCentre,
                                          public std::enable_shared_from_this<VLUserNotificationCentre_iOS8To9> {
 public:
@@ -18,7 +18,8 @@ public:
     VLUserNotificationCentre_iOS8To9(std::weak_ptr<UIApplication> application, std::shared_ptr<VLSettings> settings,
                                      std::shared_ptr<VLBackgroundRefreshHelper> backgroundRefreshHelper);
 
-    /// Tells at once that the user is being prompted (-1); the answer arrives through the host.
+    /// Tells that the user is being prompted (-1): within the call on the main queue, where the user is asked. The
+    /// answer arrives through the host.
     void requestNotificationAuthorisation(std::uint64_t options, AuthorisationHandler completionHandler) override;
     /// Where nothing is allowed, the settings registered last tell whether the user was ever asked.
     void getNotificationSettingsWithCompletionHandler(SettingsHandler completionHandler) override;

@@ -3,7 +3,9 @@
 #include <atomic>
 #include <mutex>
 #include <utility>
+#include <vector>
 
+#include "Platform/DispatchSemaphore.h"
 #include "Platform/Linux/LinuxPlatform.h"
 #include "Platform/NSTimer.h"
 #include "Platform/ProcessWide.h"
@@ -28,6 +30,15 @@ PlatformHolder& platformHolder() {
 }
 
 }  // namespace
+
+struct Platform::Waits {
+    std::mutex mutex;
+    // Guarded by mutex.
+    std::vector<std::weak_ptr<DispatchSemaphore>> semaphores;
+    bool areAbandoned = false;
+};
+
+Platform::Platform() : waits_(std::make_unique<Waits>()) {}
 
 Platform::~Platform() = default;
 
@@ -61,7 +72,25 @@ void Platform::shutdown() {
         if (!holder.owner || std::exchange(holder.isStopped, true)) return;
         platform = holder.owner;
     }
+    platform->abandonWaits();
     platform->stop();
+}
+
+std::shared_ptr<DispatchSemaphore> Platform::makeSemaphore() {
+    auto semaphore = std::make_shared<DispatchSemaphore>();
+    const std::lock_guard lock(waits_->mutex);
+    if (waits_->areAbandoned) semaphore->abandon();
+    std::erase_if(waits_->semaphores, [](const auto& other) { return other.expired(); });
+    waits_->semaphores.push_back(semaphore);
+    return semaphore;
+}
+
+void Platform::abandonWaits() {
+    const std::lock_guard lock(waits_->mutex);
+    waits_->areAbandoned = true;
+    for (const auto& waiting : waits_->semaphores) {
+        if (const auto semaphore = waiting.lock()) semaphore->abandon();
+    }
 }
 
 std::shared_ptr<NSTimer> Platform::scheduledTimer(TimeInterval seconds, std::function<void()> block) {

@@ -12,6 +12,7 @@
 namespace vorlane {
 
 class CLLocationManager;
+class DispatchSemaphore;
 class NSBundle;
 class NSNotificationCenter;
 class NSTimer;
@@ -51,6 +52,9 @@ public:
     virtual std::shared_ptr<DispatchQueue> mainQueue() = 0;
     virtual std::shared_ptr<DispatchQueue> makeSerialQueue(const std::string& label) = 0;
 
+    /// A semaphore for a wait on a serial queue; `shutdown()` abandons the wait.
+    std::shared_ptr<DispatchSemaphore> makeSemaphore();
+
     /// `scheduledTimerWithTimeInterval:repeats:block:` runs `block` once on the main queue, after that many seconds of
     /// the platform's clock, unless the timer is invalidated before.
     virtual std::shared_ptr<NSTimer> scheduledTimer(TimeInterval seconds, std::function<void()> block);
@@ -76,8 +80,17 @@ public:
     virtual void NSLog(const std::string& line) = 0;
 
 protected:
-    /// What `shutdown()` does to this platform. Called once.
+    Platform();
+
+    /// What `shutdown()` does to this platform. Called once, when no wait keeps a queue any more.
     virtual void stop() = 0;
+
+    /// Ends every wait of `makeSemaphore()`'s semaphores, and those to come. `shutdown()` does so before `stop()`.
+    void abandonWaits();
+
+private:
+    struct Waits;
+    const std::unique_ptr<Waits> waits_;
 };
 
 /// Posts `task` to the main queue.

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "Platform/NSNotificationCenter.h"
+#include "Platform/UIWindow.h"
 
 namespace vorlane {
 
@@ -89,6 +90,11 @@ void UIApplication::expireBackgroundTasks() {
         if (handler) handler();
         endBackgroundTask(identifier);
     }
+}
+
+void UIApplication::setKeyWindow(std::shared_ptr<UIWindow> window) {
+    // What was there before goes last: its screens may ask for the window.
+    keyWindow_.swap(window);
 }
 
 TimeInterval UIApplication::backgroundTimeRemaining() const { return std::numeric_limits<TimeInterval>::max(); }

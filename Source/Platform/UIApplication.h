@@ -18,6 +18,8 @@
 namespace vorlane {
 
 class NSNotificationCenter;
+class NSURL;
+class UIWindow;
 
 enum class UIApplicationState : std::int64_t { active = 0, inactive = 1, background = 2 };
 
@@ -36,6 +38,9 @@ inline constexpr const char* UIApplicationLaunchOptionsRemoteNotificationKey =
 /// it.
 inline constexpr const char* UIApplicationLaunchOptionsLocalNotificationKey =
     "UIApplicationLaunchOptionsLocalNotificationKey";
+
+/// The URL of the application's page in the system settings.
+inline constexpr const char* UIApplicationOpenSettingsURLString = "app-settings:";
 
 /// What a background fetch brought.
 enum class UIBackgroundFetchResult : std::uint64_t { newData = 0, noData = 1, failed = 2 };
@@ -87,6 +92,14 @@ public:
 
     /// The names of the open tasks by identifier. Any thread.
     std::map<UIBackgroundTaskIdentifier, std::string> backgroundTasks() const;
+
+    /// The window that the user looks at; null while the application has none. Main queue, as the one below.
+    const std::shared_ptr<UIWindow>& keyWindow() const { return keyWindow_; }
+    void setKeyWindow(std::shared_ptr<UIWindow> window);
+
+    /// `openURL:` hands a URL to whoever opens it, `UIApplicationOpenSettingsURLString` for one; false when nobody
+    /// does. Main queue.
+    virtual bool openURL(const NSURL& /*url*/) { return false; }
 
     /// Asks the platform for a push token. Main queue.
     virtual void registerForRemoteNotifications() = 0;
@@ -150,6 +163,7 @@ private:
     std::atomic<UIApplicationState> applicationState_ = UIApplicationState::inactive;
 
     // Main queue only.
+    std::shared_ptr<UIWindow> keyWindow_;
     std::uint64_t newestNumber_ = 0;
     std::vector<ScheduledLocalNotification> scheduled_;
 

@@ -18,6 +18,9 @@ inline constexpr const char* VL_NOTIFICATION_KEY_ACTION = "vl_ac";
 /// The action: open the rich inbox.
 inline constexpr const char* VL_NOTIFICATION_ACTION_INBOX = "ri";
 
+/// What an interstitial's view controller posts when it has gone from the screen.
+inline constexpr const char* VLNotificationInterstitialWasDismissed = "VLNotificationInterstitialWasDismissed";
+
 /// Names of the services in the remote configuration.
 inline constexpr const char* VLCONFIGSERVICEGEO = "geo_regions";
 inline constexpr const char* VLCONFIGSERVICEBEACON = "beacon";

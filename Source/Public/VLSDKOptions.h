@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -8,6 +9,8 @@
 #include "Public/VLLogger.h"
 
 namespace vorlane {
+
+class NSObject;
 
 /// The application's choices at start-up. A value.
 class VORLANE_EXPORT VLSDKOptions {
@@ -24,6 +27,13 @@ public:
     const std::optional<std::string>& appKey() const { return appKey_; }
     void setAppKey(std::optional<std::string> appKey) { appKey_ = std::move(appKey); }
 
+    /// The view controller (a `UIViewController` that is a `VLInterstitialViewController`) of an interstitial that is
+    /// shown each time the application comes to the foreground, unless a notification brought it there. Null: none is.
+    const std::shared_ptr<NSObject>& appOpenInterstitial() const { return appOpenInterstitial_; }
+    void setAppOpenInterstitial(std::shared_ptr<NSObject> viewController) {
+        appOpenInterstitial_ = std::move(viewController);
+    }
+
     /// Whether the application has a notification settings screen of its own, which the system may then link to.
     bool providesAppNotificationSettings() const { return providesAppNotificationSettings_; }
     void setProvidesAppNotificationSettings(bool provides) { providesAppNotificationSettings_ = provides; }
@@ -36,6 +46,7 @@ private:
     void setCommonOptions();
 
     std::optional<std::string> appKey_;
+    std::shared_ptr<NSObject> appOpenInterstitial_;
     bool providesAppNotificationSettings_ = false;
     VLLogLevel logLevel_ = VLLogLevel::Off;
 };

@@ -8,15 +8,21 @@
 
 #include "Platform/NSError.h"
 #include "Platform/NSException.h"
+#include "Platform/NSObject.h"
+#include "Platform/NSURL.h"
 #include "Platform/Platform.h"
 #include "Platform/UIApplication.h"
 #include "Platform/UILocalNotification.h"
+#include "Platform/UIViewController.h"
 #include "Public/VLConstants.h"
 #include "Public/VLDeviceTokenHelper.h"
 #include "Public/VLErrorDomains.h"
 #include "Public/VLExport.h"
+#include "Public/VLInterstitialPlacement.h"
+#include "Public/VLInterstitialViewController.h"
 #include "Public/VLLog.h"
 #include "Public/VLLogger.h"
+#include "Public/VLPermissions.h"
 #include "Public/VLSDKOptions.h"
 #include "Public/VLTagType.h"
 #include "Public/VLURLs.h"
@@ -28,12 +34,15 @@ namespace vorlane {
 
 class VLBootstrap;
 class VLEventService;
+class VLInterstitialService;
 class VLLifeCycleManager;
 class VLLocalNotificationService;
+class VLPermissionService;
 class VLRemoteNotificationService;
 class VLSessionService;
 class VLSettings;
 class VLTagsService;
+class VLURLActions;
 class VLUserNotificationCentre;
 
 /// The one class that an application talks to.
@@ -176,6 +185,33 @@ public:
     static void didReceiveLocalNotification(const std::shared_ptr<UIApplication>& application,
                                             const UILocalNotification& notification);
 
+    // Interstitials and permissions.
+
+    /// `presentInterstitialWithPlacement:viewController:animated:completionHandler:` fetches the page of a placement
+    /// and shows it in `viewController`: a `UIViewController` that is a `VLInterstitialViewController` too. It is
+    /// presented over the topmost screen of the application's key window, which the host sets with
+    /// `UIApplication::setKeyWindow()`.
+    ///
+    /// The handler learns whether it is on screen; it is not, without an error, when the service has nothing to show,
+    /// while another interstitial is on screen, or without a key window. Errors: `VLErrorDomainInterstitial` code 0 for
+    /// an invalid placement, 1 for null, 2 for an unsuitable object; those of a failed request and of a page that
+    /// cannot be read.
+    static void presentInterstitialWithPlacement(VLInterstitialPlacement placement,
+                                                 const std::shared_ptr<NSObject>& viewController, bool animated,
+                                                 OutcomeHandler completionHandler);
+    /// `openVorlaneDeepLink:` follows a link with the scheme "vorlane://", as the buttons of interstitials carry them:
+    /// to a permission's prompt or the settings page. False for any other link. Main queue.
+    static bool openVorlaneDeepLink(const std::optional<NSURL>& url);
+
+    /// `askForPermission:` has the system ask the user, once the remote configuration is known. An unknown permission
+    /// is ignored. Any thread.
+    static void askForPermission(VLPermissions permission);
+    /// `askForPermission:interstitialViewController:` asks with an interstitial first, whose links lead to the system's
+    /// prompt or the settings page; shown in a view controller as `presentInterstitialWithPlacement()` takes it.
+    /// Nothing is shown when the user has decided already, or within the configured time (a day) after the last one;
+    /// what cannot be shown gives way to the system's prompt. Any thread.
+    static void askForPermission(VLPermissions permission, const std::shared_ptr<NSObject>& viewController);
+
     // For libraries that wrap this one.
 
     /// `setContainer:withContainerVersion:withContainerVlSdkVersion:` names the wrapping library, its version and the
@@ -204,10 +240,13 @@ private:
     std::shared_ptr<VLSettings> settings_;
     std::shared_ptr<VLLifeCycleManager> lifeCycleManager_;
     std::shared_ptr<VLSessionService> sessionService_;
+    std::shared_ptr<VLInterstitialService> interstitialService_;
     std::shared_ptr<VLTagsService> tagsService_;
     std::shared_ptr<VLEventService> eventService_;
     std::shared_ptr<VLLocalNotificationService> localNotificationService_;
     std::shared_ptr<VLRemoteNotificationService> remoteNotificationService_;
+    std::shared_ptr<VLPermissionService> permissionService_;
+    std::shared_ptr<VLURLActions> urlActions_;
     std::shared_ptr<VLUserNotificationCentre> vlUserNotificationCentre_;
 };
 

@@ -5,6 +5,8 @@
 #include <thread>
 
 #include "Platform/NSNotificationCenter.h"
+#include "Platform/NSURL.h"
+#include "Platform/UIWindow.h"
 
 namespace vorlane {
 
@@ -35,6 +37,32 @@ protected:
     std::shared_ptr<NSNotificationCenter> center = std::make_shared<NSNotificationCenter>();
     PlainApplication application{center};
 };
+
+TEST_F(UIApplicationTest, AnApplicationHasNoWindowUntilItSetsOne) {
+    EXPECT_EQ(application.keyWindow(), nullptr);
+    const auto window = std::make_shared<UIWindow>(nullptr);
+    application.setKeyWindow(window);
+    EXPECT_EQ(application.keyWindow(), window);
+    application.setKeyWindow(nullptr);
+    EXPECT_EQ(application.keyWindow(), nullptr);
+}
+
+TEST_F(UIApplicationTest, AScreenThatGoesWithItsWindowSeesTheNewOne) {
+    class Farewell : public UIViewController {
+    public:
+        explicit Farewell(UIApplication& application) : application_(application) {}
+        ~Farewell() override { EXPECT_EQ(application_.keyWindow(), nullptr); }
+
+    private:
+        UIApplication& application_;
+    };
+    application.setKeyWindow(std::make_shared<UIWindow>(std::make_shared<Farewell>(application)));
+    application.setKeyWindow(nullptr);
+}
+
+TEST_F(UIApplicationTest, AnApplicationThatOpensNoURLsSaysSo) {
+    EXPECT_FALSE(application.openURL(*NSURL::URLWithString(UIApplicationOpenSettingsURLString)));
+}
 
 TEST_F(UIApplicationTest, AnApplicationIsInactiveUntilItSaysOtherwise) {
     EXPECT_EQ(application.applicationState(), UIApplicationState::inactive);

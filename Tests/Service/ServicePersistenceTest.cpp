@@ -35,12 +35,14 @@ void fill(const ServiceClient& client) {
         "/v1/device",
         {{"appkey", "K"}, {"trackingid", "T"}, {"device_id", "D"}, {"devicetoken", "00"}, {"type", "register"}});
     client.put("/_admin/config/K", {{"a", 1}});
+    client.put("/_admin/interstitials/K/Feedback", {{"html", "mine"}, {"metadata", {{"a", 1}}}, {"phash", "p"}});
+    client.del("/_admin/interstitials/K/App%20Open");
 }
 
 std::vector<Value> everything(const ServiceClient& client) {
     std::vector<Value> answers;
     for (const char* target : {"/_admin/sessions", "/_admin/events", "/_admin/tags", "/_admin/devices",
-                               "/_admin/config/K", "/api/apps/K/tracking/T/tag/a"})
+                               "/_admin/config/K", "/_admin/interstitials/K", "/api/apps/K/tracking/T/tag/a"})
         answers.push_back(client.get(target).json());
     return answers;
 }
@@ -98,6 +100,22 @@ TEST_F(ServicePersistenceTest, ADatabaseOfSomethingElseIsLeftAlone) {
         newer.execute("PRAGMA user_version = 99");
     }
     EXPECT_THROW(ServiceServer(optionsWith("newer")), ServiceError);
+}
+
+TEST_F(ServicePersistenceTest, ADatabaseFromBeforeInterstitialsIsTakenOver) {
+    std::vector<Value> before;
+    {
+        const ServiceServer server(optionsWith("db"));
+        const ServiceClient client(server.port());
+        fill(client);
+        client.del("/_admin/interstitials/K");
+        before = everything(client);
+    }
+    SQLiteDatabase(folder.path("db")).execute("DROP TABLE placements; PRAGMA user_version = 1");
+    const ServiceServer server(optionsWith("db"));
+    const ServiceClient client(server.port());
+    EXPECT_EQ(everything(client), before);
+    EXPECT_EQ(client.put("/_admin/interstitials/K/Feedback", {{"html", "mine"}}).status, 200);
 }
 
 TEST_F(ServicePersistenceTest, APortThatIsTakenIsAnError) {

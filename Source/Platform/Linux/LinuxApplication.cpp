@@ -55,6 +55,11 @@ void LinuxApplication::backgroundTimeEnded(std::uint64_t stay) {
     expireBackgroundTasks();
 }
 
+bool LinuxApplication::openURL(const NSURL& url) {
+    if (callbacks_.openURL) callbacks_.openURL(url);
+    return callbacks_.openURL != nullptr;
+}
+
 void LinuxApplication::registerForRemoteNotifications() {
     if (callbacks_.registerForRemoteNotifications) callbacks_.registerForRemoteNotifications();
 }

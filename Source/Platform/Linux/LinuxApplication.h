@@ -28,6 +28,7 @@ public:
         std::function<void()> registerForRemoteNotifications;
         std::function<void(TimeInterval)> setMinimumBackgroundFetchInterval;
         std::function<void(const UILocalNotification&)> deliverLocalNotification = nullptr;
+        std::function<void(const NSURL&)> openURL = nullptr;
     };
 
     /// The longest wait for a notification, in seconds, before the clock is looked at again: a machine that slept, or
@@ -47,6 +48,8 @@ public:
     void didEnterBackground() override;
     void willEnterForeground() override;
 
+    /// True when the host opens URLs.
+    bool openURL(const NSURL& url) override;
     void registerForRemoteNotifications() override;
     void setMinimumBackgroundFetchInterval(TimeInterval seconds) override;
     /// Available when the host answers for the background fetch.

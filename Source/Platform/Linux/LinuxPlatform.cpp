@@ -98,7 +98,7 @@ LinuxPlatform::State::State(Options givenOptions)
       application(std::make_shared<LinuxApplication>(
           notificationCenter, mainQueue(),
           LinuxApplication::Callbacks{options.registerForRemoteNotifications, options.setMinimumBackgroundFetchInterval,
-                                      options.deliverLocalNotification})),
+                                      options.deliverLocalNotification, options.openURL})),
       userNotificationCenter(options.userNotificationCenter
                                  ? options.userNotificationCenter
                                  : std::make_shared<QuietUserNotificationCenter>(mainQueue())) {}
@@ -267,6 +267,7 @@ void LinuxPlatform::stop() {
         const std::lock_guard lock(state_->mutex);
         if (std::exchange(state_->isStopping, true)) return;
     }
+    abandonWaits();
     for (const auto& session : state_->livingSessions()) session->cancelAll(start + kDrainTime);
     while (!state_->takeTurn(start + kDrainTime) && SteadyClock::now() < start + kDrainTime) {
     }

@@ -12,6 +12,7 @@
 
 namespace vorlane {
 
+class NSURL;
 class UILocalNotification;
 
 /// The default platform: a Linux process with libcurl, the XDG folders, the system journal and a main loop.
@@ -46,6 +47,9 @@ public:
         /// scheduled by an earlier process. When the user opens it, the host calls
         /// `Vorlane::didReceiveLocalNotification()`. Main queue. Empty: nothing is shown.
         std::function<void(const UILocalNotification&)> deliverLocalNotification;
+        /// Opens a URL; `UIApplicationOpenSettingsURLString` stands for the page where the user settles what this
+        /// application may do. Main queue. Empty: nothing is opened.
+        std::function<void(const NSURL&)> openURL;
         /// Asks the user about notifications, and tells what is allowed. Nothing: a centre that is not determined,
         /// where every request ends with an error.
         std::shared_ptr<UNUserNotificationCenter> userNotificationCenter;

@@ -4,11 +4,13 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <string>
 #include <utility>
 #include <vector>
 
 #include "Platform/DispatchQueue.h"
 #include "Platform/NSNotificationCenter.h"
+#include "Platform/NSURL.h"
 
 namespace vorlane {
 namespace {
@@ -56,6 +58,17 @@ TEST_F(LinuxApplicationTest, PushRegistrationAndBackgroundFetchAreTheHosts) {
     application->setMinimumBackgroundFetchInterval(600);
     EXPECT_EQ(registrations, 1);
     EXPECT_THAT(fetchIntervals, testing::ElementsAre(600));
+}
+
+TEST_F(LinuxApplicationTest, URLsAreTheHostsToOpen) {
+    std::vector<std::string> opened;
+    LinuxApplication opening(std::make_shared<NSNotificationCenter>(), queue,
+                             {.registerForRemoteNotifications = nullptr,
+                              .setMinimumBackgroundFetchInterval = nullptr,
+                              .openURL = [&opened](const NSURL& url) { opened.push_back(url.absoluteString()); }});
+    EXPECT_TRUE(opening.openURL(*NSURL::URLWithString(UIApplicationOpenSettingsURLString)));
+    EXPECT_THAT(opened, testing::ElementsAre("app-settings:"));
+    EXPECT_FALSE(application->openURL(*NSURL::URLWithString("https://vorlane.example/")));
 }
 
 TEST_F(LinuxApplicationTest, WithoutCallbacksNothingHappens) {

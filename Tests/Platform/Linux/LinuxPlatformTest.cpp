@@ -187,6 +187,17 @@ TEST_F(LinuxPlatformTest, TheHostRunsOrPollsTheMainQueue) {
     EXPECT_EQ(count, 3);
 }
 
+TEST_F(LinuxPlatformTest, URLsGoToTheHostWhichHasNoWindowAtFirst) {
+    std::vector<std::string> opened;
+    LinuxPlatform::Options options;
+    options.documentsFolder = folder;
+    options.openURL = [&opened](const NSURL& url) { opened.push_back(url.absoluteString()); };
+    const auto platform = install(std::move(options));
+    EXPECT_TRUE(platform->application()->openURL(*NSURL::URLWithString("app-settings:")));
+    EXPECT_THAT(opened, testing::ElementsAre("app-settings:"));
+    EXPECT_EQ(platform->application()->keyWindow(), nullptr);
+}
+
 TEST_F(LinuxPlatformTest, AShutdownCancelsRequestsAndRunsTheirHandlers) {
     const LoopbackServer silent([](LoopbackServer::Connection& connection) { connection.staySilent(); });
     const auto platform = install();

@@ -1,0 +1,7 @@
+#include "Public/VLInterstitialViewController.h"
+
+namespace vorlane {
+
+VLInterstitialViewController::~VLInterstitialViewController() = default;
+
+}  // namespace vorlane

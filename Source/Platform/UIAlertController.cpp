@@ -1,0 +1,7 @@
+#include "Platform/UIAlertController.h"
+
+namespace vorlane {
+
+UIAlertController::~UIAlertController() = default;
+
+}  // namespace vorlane

@@ -1,0 +1,7 @@
+#include "Platform/UIWebView.h"
+
+namespace vorlane {
+
+UIWebView::~UIWebView() = default;
+
+}  // namespace vorlane

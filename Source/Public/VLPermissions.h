@@ -1,0 +1,10 @@
+#pragma once
+
+#include <cstdint>
+
+namespace vorlane {
+
+/// What the library can ask the user for.
+enum class VLPermissions : std::uint64_t { Notifications = 0, LocationAlways = 1, LocationWhenInUse = 2 };
+
+}  // namespace vorlane

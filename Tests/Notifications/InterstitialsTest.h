@@ -1,0 +1,105 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "Categories/NSCharacterSet+VLURLEncoding.h"
+#include "Notifications/VLInterstitialService.h"
+#include "Platform/UIWindow.h"
+#include "Simulator/Platform/SimulatedInterstitialViewController.h"
+#include "Tests/Notifications/NotificationsTest.h"
+
+namespace vorlane {
+
+/// A scene with an interstitial service, and the answers that an engagement service gives it.
+class InterstitialsTest : public NotificationsTest {
+protected:
+    explicit InterstitialsTest(SimulatedPhone::Options options = {}) : NotificationsTest(std::move(options)) {}
+
+    using Interstitial = SimulatedInterstitialViewController;
+
+    static std::shared_ptr<Interstitial> makeInterstitial(
+        Interstitial::Metadata metadata = Interstitial::Metadata::ignored) {
+        return std::make_shared<Interstitial>(metadata);
+    }
+
+    static std::string encoded(const std::string& text) {
+        return stringByAddingPercentEncoding(text, alphanumericCharacterSet());
+    }
+
+    /// An answer whose content is that text, encoded as the service does.
+    static std::string answerWithContent(const std::string& content, const std::string& phash = "ph-1") {
+        return Value(Dictionary{{"message", Dictionary{{"messagecontent", encoded(content)}, {"phash", phash}}}})
+            .dump();
+    }
+    /// An answer with that page, which is encoded once more within the content.
+    static std::string answerWithPage(const std::string& html, const std::string& phash = "ph-1") {
+        return answerWithContent(Value(Dictionary{{"html", encoded(html)}, {"colour", "#fff"}}).dump(), phash);
+    }
+
+    static std::string pathOf(const std::string& placement) {
+        return "/interstitial/" + stringByAddingPercentEncoding(placement, vl_URIComponentAllowedCharacterSet());
+    }
+
+    /// What one handler received.
+    struct Outcome {
+        int calls = 0;
+        bool presented = false;
+        std::optional<NSError> error = std::nullopt;
+    };
+    VLInterstitialService::Handler keepIn(Outcome& outcome) {
+        return [this, &outcome](bool presented, std::optional<NSError> error) {
+            EXPECT_TRUE(phone().mainQueue()->isCurrent());
+            outcome = {outcome.calls + 1, presented, std::move(error)};
+        };
+    }
+
+    /// Asks for a placement, and has the request sent.
+    void ask(const std::shared_ptr<NSObject>& viewController, Outcome& outcome,
+             const std::string& placement = "Feedback") {
+        service->presentInterstitialWithPlacementString(placement, viewController, true, keepIn(outcome));
+        phone().settle();
+    }
+    void answer(const std::string& body, std::int64_t status = 200) {
+        session().answer("/interstitial/", status, body);
+        phone().settle();
+    }
+    /// Both.
+    Outcome shown(const std::shared_ptr<NSObject>& viewController, const std::string& body) {
+        Outcome outcome;
+        ask(viewController, outcome);
+        answer(body);
+        return outcome;
+    }
+
+    std::shared_ptr<UIViewController> root() { return application().keyWindow()->rootViewController(); }
+
+    static void expectPresented(const Outcome& outcome) {
+        EXPECT_EQ(outcome.calls, 1);
+        EXPECT_TRUE(outcome.presented);
+        EXPECT_EQ(outcome.error, std::nullopt);
+    }
+    static void expectNothing(const Outcome& outcome) {
+        EXPECT_EQ(outcome.calls, 1);
+        EXPECT_FALSE(outcome.presented);
+        EXPECT_EQ(outcome.error, std::nullopt);
+    }
+    static void expectError(const Outcome& outcome, const std::string& domain, std::int64_t code) {
+        EXPECT_EQ(outcome.calls, 1);
+        EXPECT_FALSE(outcome.presented);
+        ASSERT_TRUE(outcome.error);
+        EXPECT_EQ(outcome.error->domain(), domain);
+        EXPECT_EQ(outcome.error->code(), code);
+    }
+
+    std::shared_ptr<VLInterstitialService> service =
+        VLInterstitialService::serviceWith({.settings = settings,
+                                            .urlBuilder = urlBuilder,
+                                            .urlSession = urlSession,
+                                            .payloadBuilder = payloadBuilder,
+                                            .application = phone().application(),
+                                            .notificationCenter = phone().notificationCenter()});
+};
+
+}  // namespace vorlane

@@ -1,0 +1,530 @@
+#include "Notifications/VLInterstitialService.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <map>
+#include <utility>
+
+#include "Categories/NSString+VLHTML.h"
+#include "Core/VLError.h"
+#include "Platform/NSNotificationCenter.h"
+#include "Platform/UIAlertController.h"
+#include "Platform/UINavigationController.h"
+#include "Public/VLConstants.h"
+#include "Tests/Notifications/InterstitialsTest.h"
+
+namespace vorlane {
+
+namespace {
+
+const std::string kPage = "<p>100% caf\u00e9 & \"more\"</p>";
+
+/// Every number that has a name.
+std::map<std::uint64_t, std::string> placementNames() {
+    std::map<std::uint64_t, std::string> names{{0, "App Open"}, {1, "Feedback"}, {2, "Push Open"}, {3, "Store Launch"}};
+    for (std::uint64_t i = 0; i < 9; ++i) names[4 + i] = std::string("Placement ") + "123456789"[i];
+    for (std::uint64_t i = 0; i < 26; ++i) names[13 + i] = std::string("Placement ") + "ABCDEFGHIJKLMNOPQRSTUVWXYZ"[i];
+    return names;
+}
+
+std::string invalidPlacementLine(const std::string& number) {
+    return "Interstitial: ignored an attempt to display invalid placement with raw value: \"" + number + "\".";
+}
+
+class VLInterstitialServiceTest : public InterstitialsTest {
+protected:
+    void askByNumber(std::uint64_t number, Outcome& kept) {
+        service->presentInterstitialWithPlacement(static_cast<VLInterstitialPlacement>(number), makeInterstitial(),
+                                                  false, keepIn(kept));
+    }
+    void dismiss() { phone().notificationCenter()->postNotificationName(VLNotificationInterstitialWasDismissed); }
+
+    Outcome outcome;
+};
+
+TEST_F(VLInterstitialServiceTest, EachNumberUpTo38HasItsNameAndNoOtherHasOne) {
+    const auto names = placementNames();
+    for (std::uint64_t number = 0; number < 100; ++number) {
+        const auto name = VLInterstitialService::stringForPlacement(static_cast<VLInterstitialPlacement>(number));
+        const auto expected = names.find(number);
+        EXPECT_EQ(name, expected == names.end() ? std::nullopt : std::optional(expected->second)) << number;
+    }
+    EXPECT_EQ(VLInterstitialService::stringForPlacement(
+                  static_cast<VLInterstitialPlacement>(std::numeric_limits<std::uint64_t>::max())),
+              std::nullopt);
+}
+
+TEST_F(VLInterstitialServiceTest, ThePublicPlacementsHaveTheirNumbers) {
+    EXPECT_EQ(VLInterstitialService::stringForPlacement(VLInterstitialPlacement::Placement9), "Placement 9");
+    EXPECT_EQ(static_cast<int>(VLInterstitialPlacement::Placement9), 12);
+    EXPECT_EQ(VLInterstitialService::stringForPlacement(VLInterstitialPlacement::PlacementM), "Placement M");
+    EXPECT_EQ(VLInterstitialService::stringForPlacement(VLInterstitialPlacement::PlacementZ), "Placement Z");
+    EXPECT_EQ(static_cast<int>(VLInterstitialPlacement::PlacementZ), 38);
+}
+
+TEST_F(VLInterstitialServiceTest, EachNumberFrom0To39RequestsItsPlacementOrFails) {
+    const auto names = placementNames();
+    session().alwaysAnswer("/interstitial/", 200, "{}");
+    for (std::uint64_t number = 0; number < 40; ++number) {
+        const auto before = session().requests("/interstitial/").size();
+        Outcome result;
+        askByNumber(number, result);
+        EXPECT_EQ(result.calls, 0) << number;
+        phone().settle();
+        if (const auto name = names.find(number); name != names.end()) {
+            ASSERT_EQ(session().requests("/interstitial/").size(), before + 1) << number;
+            const auto path = session().lastRequest("/interstitial/").request.URL.path();
+            EXPECT_EQ(stringByRemovingPercentEncoding(path), "/K/T/interstitial/" + name->second);
+            EXPECT_TRUE(path.ends_with(pathOf(name->second))) << path;
+            expectNothing(result);
+        } else {
+            EXPECT_EQ(session().requests("/interstitial/").size(), before) << number;
+            expectError(result, VLErrorDomainInterstitial, 0);
+        }
+    }
+}
+
+TEST_F(VLInterstitialServiceTest, AnInvalidPlacementIsToldAndLogged) {
+    askByNumber(39, outcome);
+    phone().settle();
+    expectError(outcome, "vorlane.sdk.interstitial", 0);
+    EXPECT_EQ(outcome.error->localizedDescription(), "Could not display invalid placement with raw value 39");
+    EXPECT_EQ(log().count(invalidPlacementLine("39"), VLLogLevel::Error), 1);
+}
+
+TEST_F(VLInterstitialServiceTest, TheLargestNumberIsPrintedWithoutASign) {
+    askByNumber(std::numeric_limits<std::uint64_t>::max(), outcome);
+    phone().settle();
+    EXPECT_EQ(outcome.error->localizedDescription(),
+              "Could not display invalid placement with raw value 18446744073709551615");
+    EXPECT_EQ(log().count(invalidPlacementLine("18446744073709551615"), VLLogLevel::Error), 1);
+}
+
+TEST_F(VLInterstitialServiceTest, WithoutAViewControllerNothingIsRequested) {
+    ask(nullptr, outcome);
+    expectError(outcome, "vorlane.sdk.interstitial", 1);
+    EXPECT_EQ(outcome.error->localizedDescription(), "The view controller supplied was nil");
+    EXPECT_EQ(log().count("Supplied interstitial view controller was nil - not displaying interstitial for placement "
+                          "Feedback: Error Domain=vorlane.sdk.interstitial Code=1 \"The view controller supplied was "
+                          "nil\"",
+                          VLLogLevel::Error),
+              1);
+    EXPECT_TRUE(session().requests().empty());
+}
+
+TEST_F(VLInterstitialServiceTest, AnObjectThatIsNoViewControllerIsRefused) {
+    class Model : public NSObject {};
+    ask(std::make_shared<Model>(), outcome);
+    expectError(outcome, "vorlane.sdk.interstitial", 2);
+    const std::string description =
+        "Interstitial view controller object of type Model is not a subclass of UIViewController";
+    EXPECT_EQ(outcome.error->localizedDescription(), description);
+    EXPECT_EQ(log().count("Failed to present interstitial with placement Feedback: Error "
+                          "Domain=vorlane.sdk.interstitial Code=2 \"" +
+                              description + "\"",
+                          VLLogLevel::Error),
+              1);
+    EXPECT_TRUE(session().requests().empty());
+}
+
+TEST_F(VLInterstitialServiceTest, AViewControllerThatShowsNoInterstitialsIsRefused) {
+    class SettingsScreen : public UIViewController {};
+    ask(std::make_shared<SettingsScreen>(), outcome);
+    expectError(outcome, "vorlane.sdk.interstitial", 2);
+    const std::string description =
+        "Interstitial view controller object of type SettingsScreen does not conform to VLInterstitialViewController "
+        "protocol";
+    EXPECT_EQ(outcome.error->localizedDescription(), description);
+    EXPECT_EQ(log().count("Failed to present interstitial with placement Feedback: Error "
+                          "Domain=vorlane.sdk.interstitial Code=2 \"" +
+                              description + "\"",
+                          VLLogLevel::Error),
+              1);
+    EXPECT_TRUE(session().requests().empty());
+}
+
+TEST_F(VLInterstitialServiceTest, TheRequestHoldsTheTimeZoneTheSessionAndTheDevice) {
+    phone().simulatedDevice().setLocalTimeZone({"Asia/Kolkata", 19800});
+    ask(makeInterstitial(), outcome, "Placement A");
+    const auto sent = session().lastRequest("/interstitial/");
+    EXPECT_EQ(sent.request.HTTPMethod, "POST");
+    EXPECT_EQ(sent.request.URL, urlBuilder->interstitialURLWithPlacement("Placement A"));
+    EXPECT_TRUE(sent.request.URL.absoluteString().ends_with("/K/T/interstitial/Placement%20A"));
+    EXPECT_EQ(sent.header("Content-Type"), "application/json");
+    EXPECT_EQ(sent.payload(), Value(Dictionary{{"getContent", true},
+                                               {"interstitial", Dictionary{{"timezone", "+330"}}},
+                                               {"sid", settings->sessionId()},
+                                               {"deviceData", Dictionary{{"language", "en-GB"},
+                                                                         {"platform", "iOS"},
+                                                                         {"os_name", "iOS"},
+                                                                         {"os_version", "12.0"},
+                                                                         {"manufacturer", "Apple"},
+                                                                         {"type", "Simulated1,1"},
+                                                                         {"timezone", "+330"}}}}));
+}
+
+TEST_F(VLInterstitialServiceTest, AFailedRequestIsToldAndLogged) {
+    ask(makeInterstitial(), outcome);
+    session().fail("/interstitial/", NSURLError::timedOut);
+    phone().settle();
+    expectError(outcome, NSURLErrorDomain, static_cast<std::int64_t>(NSURLError::timedOut));
+    EXPECT_EQ(
+        log().count("Interstitial: request failed with error: " + outcome.error->description(), VLLogLevel::Error), 1);
+    EXPECT_EQ(session().requests("/interstitial/").size(), 1U);
+}
+
+TEST_F(VLInterstitialServiceTest, AnHTTPErrorIsAFailedRequest) {
+    ask(makeInterstitial(), outcome);
+    answer("gone", 404);
+    expectError(outcome, VLErrorDomainNetwork, 404);
+}
+
+TEST_F(VLInterstitialServiceTest, ThePageIsShownOverTheRootOfTheKeyWindow) {
+    const auto interstitial = makeInterstitial();
+    expectPresented(shown(interstitial, answerWithPage(kPage, "ph-7")));
+    EXPECT_EQ(root()->presentedViewController(), interstitial);
+    EXPECT_EQ(service->displayedInterstitialController(), interstitial);
+    EXPECT_EQ(interstitial->htmlContent(), VIEWPORT_META_TAG + kPage);
+    EXPECT_EQ(interstitial->phash(), "ph-7");
+    EXPECT_EQ(interstitial->modalTransitionStyle(), UIModalTransitionStyle::crossDissolve);
+    EXPECT_EQ(interstitial->modalPresentationStyle(), UIModalPresentationStyle::overCurrentContext);
+    EXPECT_EQ(interstitial->loadedPages(), std::vector<std::string>{VIEWPORT_META_TAG + kPage});
+    EXPECT_EQ(interstitial->baseURLs(), std::vector<std::optional<NSURL>>{std::nullopt});
+    EXPECT_EQ(interstitial->appearances(), 1);
+    EXPECT_TRUE(interstitial->wasAnimated());
+}
+
+TEST_F(VLInterstitialServiceTest, AnimationIsAsTheCallerWants) {
+    const auto interstitial = makeInterstitial();
+    service->presentInterstitialWithPlacementString("Feedback", interstitial, false, keepIn(outcome));
+    phone().settle();
+    answer(answerWithPage(kPage));
+    expectPresented(outcome);
+    EXPECT_FALSE(interstitial->wasAnimated());
+}
+
+TEST_F(VLInterstitialServiceTest, TheHandlerRunsOnceTheInterstitialIsOnScreen) {
+    const auto interstitial = makeInterstitial();
+    int appearances = -1;
+    service->presentInterstitialWithPlacementString(
+        "Feedback", interstitial, true, [&](bool, const auto&) { appearances = interstitial->appearances(); });
+    phone().settle();
+    answer(answerWithPage(kPage));
+    EXPECT_EQ(appearances, 1);
+}
+
+TEST_F(VLInterstitialServiceTest, NothingHappensWithinTheCall) {
+    service->presentInterstitialWithPlacementString("Feedback", nullptr, true, keepIn(outcome));
+    service->presentInterstitialWithPlacementString("Feedback", makeInterstitial(), true, keepIn(outcome));
+    EXPECT_EQ(outcome.calls, 0);
+    EXPECT_TRUE(session().requests().empty());
+}
+
+TEST_F(VLInterstitialServiceTest, WithoutAHandlerItWorksAsWell) {
+    const auto interstitial = makeInterstitial();
+    service->presentInterstitialWithPlacementString("Feedback", nullptr, true, nullptr);
+    service->presentInterstitialWithPlacement(static_cast<VLInterstitialPlacement>(39), nullptr, true, nullptr);
+    for (const auto& body :
+         {std::string("{}"), answerWithContent("no"), answerWithPage(kPage), answerWithPage(kPage)}) {
+        service->presentInterstitialWithPlacementString("Feedback", interstitial, true, nullptr);
+        phone().settle();
+        answer(body);
+    }
+    service->presentInterstitialWithPlacementString("Feedback", interstitial, true, nullptr);
+    phone().settle();
+    session().fail("/interstitial/");
+    phone().settle();
+    EXPECT_EQ(root()->presentedViewController(), interstitial);
+}
+
+TEST_F(VLInterstitialServiceTest, AControllerThatTakesMetadataGetsTheWholeContent) {
+    const auto interstitial = makeInterstitial(Interstitial::Metadata::taken);
+    expectPresented(shown(interstitial, answerWithContent(R"({"html":"%3Cp%3E","colour":"#fff","n":{"a":[1,null]}})")));
+    Dictionary expected{{"html", "%3Cp%3E"}, {"colour", "#fff"}};
+    expected["n"] = Dictionary{{"a", Array{1, nullptr}}};
+    EXPECT_EQ(interstitial->metadata(), expected);
+    EXPECT_EQ(interstitial->htmlContent(), VIEWPORT_META_TAG + std::string("<p>"));
+}
+
+TEST_F(VLInterstitialServiceTest, AControllerMayLeaveMetadataAndTheWebViewOut) {
+    class Bare : public UIViewController, public VLInterstitialViewController {
+    public:
+        std::string htmlContent() const override { return page; }
+        void setHtmlContent(const std::string& htmlContent) override { page = htmlContent; }
+        std::optional<std::string> phash() const override { return std::nullopt; }
+        void setPhash(const std::optional<std::string>& /*phash*/) override {}
+        std::shared_ptr<UIWebView> webView() const override { return nullptr; }
+        std::string page;
+    };
+    const auto bare = std::make_shared<Bare>();
+    expectPresented(shown(bare, answerWithPage(kPage)));
+    EXPECT_EQ(bare->page, VIEWPORT_META_TAG + kPage);
+    EXPECT_EQ(root()->presentedViewController(), bare);
+}
+
+TEST_F(VLInterstitialServiceTest, ThePageIsShownOverTheTopmostScreen) {
+    const auto navigation = std::make_shared<UINavigationController>();
+    const auto inner = std::make_shared<UIViewController>();
+    navigation->pushViewController(inner, false);
+    root()->presentViewController(navigation, false, nullptr);
+    const auto interstitial = makeInterstitial();
+    expectPresented(shown(interstitial, answerWithPage(kPage)));
+    EXPECT_EQ(inner->presentedViewController(), interstitial);
+}
+
+TEST_F(VLInterstitialServiceTest, AnAlertStaysInFrontOfTheInterstitial) {
+    const auto alert = std::make_shared<UIAlertController>();
+    root()->presentViewController(alert, false, nullptr);
+    const auto interstitial = makeInterstitial();
+    expectPresented(shown(interstitial, answerWithPage(kPage)));
+    EXPECT_EQ(root()->presentedViewController(), interstitial);
+    EXPECT_EQ(interstitial->presentedViewController(), alert);
+}
+
+TEST_F(VLInterstitialServiceTest, WithoutAWindowNothingIsShownAndTheNextMayTry) {
+    const auto interstitial = makeInterstitial();
+    application().setKeyWindow(nullptr);
+    expectNothing(shown(interstitial, answerWithPage(kPage)));
+    EXPECT_EQ(interstitial->appearances(), 0);
+    EXPECT_TRUE(interstitial->loadedPages().empty());
+    EXPECT_EQ(service->displayedInterstitialController(), nullptr);
+
+    application().setKeyWindow(std::make_shared<UIWindow>(nullptr));
+    expectNothing(shown(interstitial, answerWithPage(kPage)));
+    application().setKeyWindow(std::make_shared<UIWindow>(std::make_shared<UINavigationController>()));
+    expectNothing(shown(interstitial, answerWithPage(kPage)));
+    application().setKeyWindow(std::make_shared<UIWindow>(std::make_shared<UIViewController>()));
+    expectPresented(shown(interstitial, answerWithPage(kPage)));
+}
+
+TEST_F(VLInterstitialServiceTest, ASecondOneIsSkippedThoughItsContentIsFetched) {
+    const auto first = makeInterstitial();
+    const auto second = makeInterstitial();
+    expectPresented(shown(first, answerWithPage("one", "ph-1")));
+    expectNothing(shown(second, answerWithPage("two", "ph-2")));
+    EXPECT_EQ(session().requests("/interstitial/").size(), 2U);
+    EXPECT_EQ(second->htmlContent(), VIEWPORT_META_TAG + std::string("two"));
+    EXPECT_EQ(second->appearances(), 0);
+    EXPECT_EQ(root()->presentedViewController(), first);
+    EXPECT_EQ(log().count("Interstitial: is already being displayed. Skipping display of interstitial with phash: ph-2",
+                          VLLogLevel::Info),
+              1);
+}
+
+TEST_F(VLInterstitialServiceTest, OfTwoThatRaceTheOneWhoseAnswerComesFirstIsShown) {
+    const auto first = makeInterstitial();
+    const auto second = makeInterstitial();
+    Outcome firstOutcome;
+    Outcome secondOutcome;
+    ask(first, firstOutcome, "Feedback");
+    ask(second, secondOutcome, "Push Open");
+    session().answer(pathOf("Push Open"), 200, answerWithPage("two", "ph-2"));
+    session().answer(pathOf("Feedback"), 200, answerWithPage("one", "ph-1"));
+    phone().settle();
+    expectPresented(secondOutcome);
+    expectNothing(firstOutcome);
+    EXPECT_EQ(root()->presentedViewController(), second);
+    EXPECT_EQ(second->presentedViewController(), nullptr);
+    EXPECT_EQ(first->appearances(), 0);
+    EXPECT_EQ(log().linesContaining("Skipping display of interstitial with phash: ph-1").size(), 1U);
+}
+
+TEST_F(VLInterstitialServiceTest, ADismissalMakesRoomForTheNext) {
+    const auto first = makeInterstitial();
+    const auto second = makeInterstitial();
+    shown(first, answerWithPage("one"));
+    first->close();
+    EXPECT_EQ(service->displayedInterstitialController(), nullptr);
+    expectPresented(shown(second, answerWithPage("two")));
+    EXPECT_EQ(root()->presentedViewController(), second);
+}
+
+TEST_F(VLInterstitialServiceTest, TheSameControllerMayBeShownAgain) {
+    const auto interstitial = makeInterstitial();
+    for (int i = 1; i <= 2; ++i) {
+        expectPresented(shown(interstitial, answerWithPage("page")));
+        EXPECT_EQ(interstitial->appearances(), i);
+        interstitial->close();
+    }
+    EXPECT_EQ(interstitial->loadedPages().size(), 2U);
+}
+
+TEST_F(VLInterstitialServiceTest, OneThatSaysItIsGoneButStaysLoadsItsNewPageWhereItIs) {
+    const auto interstitial = makeInterstitial();
+    shown(interstitial, answerWithPage("one"));
+    dismiss();
+    expectPresented(shown(interstitial, answerWithPage("two")));
+    EXPECT_EQ(root()->presentedViewController(), interstitial);
+    EXPECT_EQ(interstitial->presentedViewController(), nullptr);
+    EXPECT_EQ(interstitial->loadedPages().back(), VIEWPORT_META_TAG + std::string("two"));
+}
+
+TEST_F(VLInterstitialServiceTest, ADismissalWithNothingOnScreenIsHarmless) {
+    dismiss();
+    expectPresented(shown(makeInterstitial(), answerWithPage(kPage)));
+}
+
+TEST_F(VLInterstitialServiceTest, AControllerThatIsFreedWhileShownMakesRoomForTheNext) {
+    auto interstitial = makeInterstitial();
+    const std::weak_ptr<Interstitial> seen = interstitial;
+    shown(interstitial, answerWithPage("one"));
+    interstitial.reset();
+    phone().settle();
+    ASSERT_FALSE(seen.expired());
+    // The host throws its screens away.
+    application().setKeyWindow(std::make_shared<UIWindow>(std::make_shared<UIViewController>()));
+    EXPECT_TRUE(seen.expired());
+    EXPECT_EQ(service->displayedInterstitialController(), nullptr);
+    const auto next = makeInterstitial();
+    expectPresented(shown(next, answerWithPage("two")));
+}
+
+TEST_F(VLInterstitialServiceTest, AControllerThatTheHostKeepsCountsAsShownUntilItsDismissal) {
+    const auto interstitial = makeInterstitial();
+    shown(interstitial, answerWithPage("one"));
+    application().setKeyWindow(std::make_shared<UIWindow>(std::make_shared<UIViewController>()));
+    expectNothing(shown(makeInterstitial(), answerWithPage("two")));
+    dismiss();
+    expectPresented(shown(makeInterstitial(), answerWithPage("two")));
+}
+
+TEST_F(VLInterstitialServiceTest, AControllerIsLetGoOfOnTheMainQueue) {
+    class Leaving : public Interstitial {
+    public:
+        explicit Leaving(bool& wasOnMainQueue) : wasOnMainQueue_(wasOnMainQueue) {}
+        ~Leaving() override { wasOnMainQueue_ = Platform::current().mainQueue()->isCurrent(); }
+
+    private:
+        bool& wasOnMainQueue_;
+    };
+    for (const bool isAnswered : {true, false}) {
+        bool wasOnMainQueue = false;
+        ask(std::make_shared<Leaving>(wasOnMainQueue), outcome);
+        if (isAnswered) {
+            session().answer("/interstitial/", 200, "{}");
+        } else {
+            session().fail("/interstitial/");
+        }
+        phone().settle();
+        EXPECT_TRUE(wasOnMainQueue) << isAnswered;
+    }
+}
+
+TEST_F(VLInterstitialServiceTest, AServiceThatGoesAwayStopsWatchingAndEndsWhatItBegan) {
+    const auto interstitial = makeInterstitial();
+    ask(interstitial, outcome);
+    service.reset();
+    answer(answerWithPage(kPage));
+    expectPresented(outcome);
+    interstitial->close();
+}
+
+TEST_F(VLInterstitialServiceTest, AResponseWithoutAMessageShowsNothing) {
+    for (const auto* body : {R"({})", R"({"message":null})", R"({"message":"text"})", R"({"message":[]})",
+                             R"({"message":7})", R"({"Message":{}})"}) {
+        log().clear();
+        expectNothing(shown(makeInterstitial(), body));
+        EXPECT_EQ(log().count("No interstitial message content found for this tracking id.", VLLogLevel::Info), 1)
+            << body;
+    }
+}
+
+/// Bodies of a message, and the error that comes of each.
+struct HostileContent {
+    std::string message;
+    std::string domain;
+    std::int64_t code;
+};
+
+class VLInterstitialServiceHostileContentTest : public VLInterstitialServiceTest,
+                                                public testing::WithParamInterface<HostileContent> {};
+
+TEST_P(VLInterstitialServiceHostileContentTest, IsTheErrorOfParsingIt) {
+    const auto interstitial = makeInterstitial(Interstitial::Metadata::taken);
+    const auto result = shown(interstitial, R"({"message":)" + GetParam().message + "}");
+    expectError(result, GetParam().domain, GetParam().code);
+    EXPECT_EQ(log().count("Cannot display interstitial because its HTML content was corrupted.", VLLogLevel::Error), 1);
+    EXPECT_EQ(interstitial->htmlContent(), "");
+    EXPECT_EQ(interstitial->metadata(), std::nullopt);
+    EXPECT_EQ(interstitial->appearances(), 0);
+    EXPECT_EQ(service->displayedInterstitialController(), nullptr);
+}
+
+/// A message whose content is that text.
+std::string messageWith(const std::string& content) {
+    return Value(Dictionary{{"messagecontent", content}, {"phash", "p"}}).dump();
+}
+
+INSTANTIATE_TEST_SUITE_P(Contents, VLInterstitialServiceHostileContentTest,
+                         testing::Values(HostileContent{R"({})", VLErrorDomainNetwork, 0},
+                                         HostileContent{R"({"messagecontent":null})", VLErrorDomainNetwork, 0},
+                                         HostileContent{R"({"messagecontent":7})", VLErrorDomainNetwork, 0},
+                                         HostileContent{R"({"messagecontent":{"html":"x"}})", VLErrorDomainNetwork, 0},
+                                         HostileContent{messageWith(""), VLErrorDomainNetwork, 0},
+                                         HostileContent{messageWith("%"), VLErrorDomainNetwork, 0},
+                                         HostileContent{messageWith("%7B%7"), VLErrorDomainNetwork, 0},
+                                         HostileContent{messageWith("%ff%fe"), VLErrorDomainNetwork, 0},
+                                         HostileContent{messageWith("no JSON"), NSCocoaErrorDomain, 3840},
+                                         HostileContent{messageWith("%7B%22html%22"), NSCocoaErrorDomain, 3840},
+                                         HostileContent{messageWith("%5B1%5D"), NSCocoaErrorDomain, 3840},
+                                         HostileContent{messageWith("%22text%22"), NSCocoaErrorDomain, 3840},
+                                         HostileContent{messageWith("null"), NSCocoaErrorDomain, 3840},
+                                         HostileContent{messageWith("7"), NSCocoaErrorDomain, 3840},
+                                         HostileContent{messageWith("%7B%7D%00"), NSCocoaErrorDomain, 3840},
+                                         HostileContent{messageWith("{\"a\":" + std::string(600, '[') +
+                                                                    std::string(600, ']') + "}"),
+                                                        NSCocoaErrorDomain, 3840}));
+
+/// A content that is an object, and the page that comes of it.
+struct OddPage {
+    std::string content;
+    std::string page;
+};
+
+class VLInterstitialServiceOddPageTest : public VLInterstitialServiceTest,
+                                         public testing::WithParamInterface<OddPage> {};
+
+TEST_P(VLInterstitialServiceOddPageTest, IsShownAsFarAsItGoes) {
+    const auto interstitial = makeInterstitial();
+    expectPresented(shown(interstitial, answerWithContent(GetParam().content)));
+    EXPECT_EQ(interstitial->htmlContent(), VIEWPORT_META_TAG + GetParam().page);
+}
+
+INSTANTIATE_TEST_SUITE_P(Pages, VLInterstitialServiceOddPageTest,
+                         testing::Values(OddPage{R"({})", ""}, OddPage{R"({"html":null})", ""},
+                                         OddPage{R"({"html":["<p>"]})", ""}, OddPage{R"({"html":""})", ""},
+                                         // What is not encoded a second time stays as it is.
+                                         OddPage{R"({"html":"<p>50% off</p>"})", "<p>50% off</p>"},
+                                         OddPage{R"({"html":"a+b%2Bc"})", "a+b+c"},
+                                         OddPage{R"({"html":"%ff"})", "%ff"}));
+
+TEST_F(VLInterstitialServiceTest, APhashOfAnotherKindIsNone) {
+    for (const auto* phash : {R"(null)", R"(7)", R"({"p":"q"})"}) {
+        const auto interstitial = makeInterstitial();
+        interstitial->setPhash("old");
+        expectPresented(
+            shown(interstitial, std::string(R"({"message":{"messagecontent":"%7B%7D","phash":)") + phash + "}}"));
+        EXPECT_EQ(interstitial->phash(), std::nullopt);
+        const auto skipped = makeInterstitial();
+        log().clear();
+        expectNothing(shown(skipped, R"({"message":{"messagecontent":"%7B%7D"}})"));
+        EXPECT_EQ(
+            log().count("Interstitial: is already being displayed. Skipping display of interstitial with phash: (null)",
+                        VLLogLevel::Info),
+            1);
+        interstitial->close();
+    }
+}
+
+TEST_F(VLInterstitialServiceTest, AResponseForAnObjectOfAnotherKindIsIgnored) {
+    service->handlePlacementResponse(Dictionary{{"message", Dictionary{{"messagecontent", "%7B%7D"}}}},
+                                     std::make_shared<UIViewController>(), true, keepIn(outcome));
+    EXPECT_EQ(outcome.calls, 0);
+    phone().settle();
+    expectNothing(outcome);
+}
+
+}  // namespace
+
+}  // namespace vorlane
