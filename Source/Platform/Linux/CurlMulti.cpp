@@ -15,18 +15,14 @@ namespace {
 
 constexpr long kMostConnectionsOfHost = 6;
 constexpr long kMostConnectionsKept = 24;
-// Enough to keep the connections busy; over TLS, one connection may carry many requests side by side.
-constexpr std::size_t kMostTransfersOfPlainHost = 12;
-constexpr std::size_t kMostTransfersOfSecureHost = 100;
+constexpr std::size_t kMostTransfersOfHost = kMostConnectionsOfHost;
+// Few enough that a server which takes only some requests on a connection needs no more of these.
+constexpr std::size_t kMostTransfersOfMultiplexedHost = 36;
 constexpr std::size_t kMostTransfersKept = 8;
 constexpr std::chrono::milliseconds kLongestWait = std::chrono::minutes(10);
 // After that many requests, memory is returned to the system once that long nothing has happened.
 constexpr std::size_t kRush = 500;
 constexpr std::chrono::milliseconds kRest{200};
-
-std::size_t mostTransfersOf(const std::string& origin) {
-    return isSecureURL(origin) ? kMostTransfersOfSecureHost : kMostTransfersOfPlainHost;
-}
 
 }  // namespace
 
@@ -45,8 +41,9 @@ void CurlMulti::add(std::shared_ptr<CurlDataTask> task) {
     ++rush_;
     const std::string origin = originOfURL(task->request().URL.absoluteString());
     Host& host = hosts_[origin];
+    host.isSecure = isSecureURL(origin);
     Waiting waiting{std::move(task), now_};
-    if (host.active < mostTransfersOf(origin)) return begin(origin, host, std::move(waiting));
+    if (host.active < mostTransfersOf(host)) return begin(origin, host, std::move(waiting));
     expectProgress(now_);
     host.waiting.push_back(std::move(waiting));
 }
@@ -55,7 +52,7 @@ void CurlMulti::begin(const std::string& origin, Host& host, Waiting waiting) {
     ++host.active;
     active_.push_back(takeTransfer());
     CurlTransfer& transfer = *active_.back();
-    transfer.begin(std::move(waiting.task), origin, waiting.since);
+    transfer.begin(std::move(waiting.task), origin, waiting.since, host.line);
     expectProgress(waiting.since);
     hand(transfer);
 }
@@ -83,6 +80,7 @@ void CurlMulti::step() {
     int running = 0;
     curl_multi_perform(handle_.get(), &running);
     collectFinished();
+    beginWaiting();
     if (now_ >= nextCheck_) endOverdue();
 }
 
@@ -139,10 +137,25 @@ void CurlMulti::release(CurlTransfer& transfer) {
     beginWaiting(origin);
 }
 
+std::size_t CurlMulti::mostTransfersOf(const Host& host) {
+    if (host.line.isMultiplexed) return kMostTransfersOfMultiplexedHost;
+    // Over TLS the first one finds out whether there will be others beside it.
+    return host.line.isOpen || !host.isSecure ? kMostTransfersOfHost : 1;
+}
+
+/// Begins what the hosts have room for by now.
+void CurlMulti::beginWaiting() {
+    std::vector<std::string> roomy;
+    for (const auto& [origin, host] : hosts_) {
+        if (!host.waiting.empty() && host.active < mostTransfersOf(host)) roomy.push_back(origin);
+    }
+    for (const auto& origin : roomy) beginWaiting(origin);
+}
+
 void CurlMulti::beginWaiting(const std::string& origin) {
     const auto found = hosts_.find(origin);
     Host& host = found->second;
-    while (!host.waiting.empty() && host.active < mostTransfersOf(origin)) {
+    while (!host.waiting.empty() && host.active < mostTransfersOf(host)) {
         Waiting next = std::move(host.waiting.front());
         host.waiting.pop_front();
         if (!next.task->hasEnded()) begin(origin, host, std::move(next));

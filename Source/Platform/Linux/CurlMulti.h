@@ -19,8 +19,11 @@ namespace vorlane {
 
 class CurlDataTask;
 
-/// A multi handle with a queue before it: hands libcurl a bounded number of transfers per host, as its lists are walked
-/// with every step, watches over their progress and collects what has ended. Network thread only, except `wake()`.
+/// A multi handle with a queue before it: hands libcurl no more transfers per host than its connections carry, watches
+/// over their progress and collects what has ended. Network thread only, except `wake()`.
+///
+/// A transfer that libcurl holds back itself, for want of a connection, may miss its turn when one gets free, and its
+/// lists are walked with every step.
 class CurlMulti {
 public:
     using TimePoint = CurlTransfer::TimePoint;
@@ -56,6 +59,8 @@ private:
         TimePoint since;
     };
     struct Host {
+        bool isSecure = false;
+        CurlLine line;
         std::size_t active = 0;
         // Oldest first; a task that has ended meanwhile stays until its turn.
         std::deque<Waiting> waiting;
@@ -65,7 +70,9 @@ private:
     };
 
     void begin(const std::string& origin, Host& host, Waiting waiting);
+    void beginWaiting();
     void beginWaiting(const std::string& origin);
+    static std::size_t mostTransfersOf(const Host& host);
     void collectFinished();
     void finished(CurlTransfer& transfer, CURLcode code);
     void hand(CurlTransfer& transfer);

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <string_view>
 #include <utility>
 
 #include "Platform/Linux/CurlDataTask.h"
@@ -37,8 +38,9 @@ CurlTransfer::CurlTransfer(const TimePoint& now, const CurlCertificates& certifi
 
 CurlTransfer::~CurlTransfer() = default;
 
-void CurlTransfer::begin(std::shared_ptr<CurlDataTask> task, std::string origin, TimePoint since) {
+void CurlTransfer::begin(std::shared_ptr<CurlDataTask> task, std::string origin, TimePoint since, CurlLine& line) {
     task_ = std::move(task);
+    line_ = &line;
     task_->setTransfer(this);
     origin_ = std::move(origin);
     lastProgress_ = since;
@@ -50,6 +52,7 @@ void CurlTransfer::begin(std::shared_ptr<CurlDataTask> task, std::string origin,
 void CurlTransfer::clear() {
     task_->setTransfer(nullptr);
     task_.reset();
+    line_ = nullptr;
     redirectedURL_.reset();
     hasLeftOrigin_ = false;
     redirects_ = 0;
@@ -112,12 +115,7 @@ void CurlTransfer::setUpCallbacks() {
     curl_easy_setopt(easy, CURLOPT_XFERINFODATA, this);
 }
 
-void CurlTransfer::setUpConnection() {
-    const std::string& text = url().absoluteString();
-    curl_easy_setopt(handle(), CURLOPT_URL, text.c_str());
-    // Waits for the first connection to tell whether it carries several requests, instead of opening another.
-    curl_easy_setopt(handle(), CURLOPT_PIPEWAIT, isSecureURL(text) ? 1L : 0L);
-}
+void CurlTransfer::setUpConnection() { curl_easy_setopt(handle(), CURLOPT_URL, url().absoluteString().c_str()); }
 
 /// Sets whatever an earlier request may have left otherwise.
 void CurlTransfer::setUpMethod() {
@@ -244,9 +242,13 @@ std::size_t CurlTransfer::received(char* bytes, std::size_t size, std::size_t co
     return length;
 }
 
-std::size_t CurlTransfer::receivedHeader(char*, std::size_t size, std::size_t count, void* self) {
+std::size_t CurlTransfer::receivedHeader(char* bytes, std::size_t size, std::size_t count, void* self) {
     auto& transfer = *static_cast<CurlTransfer*>(self);
     const std::size_t length = size * count;
+    // Behind a redirect it is another host's.
+    if (!transfer.redirectedURL_ && std::string_view(bytes, length).starts_with("HTTP/2")) {
+        transfer.line_->isMultiplexed = true;
+    }
     transfer.headerLength_ += length;
     transfer.lastProgress_ = transfer.now_;
     if (transfer.headerLength_ <= kLongestHeader) return length;
@@ -257,6 +259,7 @@ std::size_t CurlTransfer::receivedHeader(char*, std::size_t size, std::size_t co
 int CurlTransfer::connected(void* self, char*, char*, int, int) {
     auto& transfer = *static_cast<CurlTransfer*>(self);
     transfer.isConnected_ = true;
+    if (!transfer.redirectedURL_) transfer.line_->isOpen = true;
     transfer.lastProgress_ = transfer.now_;
     return CURL_PREREQFUNC_OK;
 }

@@ -17,6 +17,14 @@ namespace vorlane {
 
 class CurlDataTask;
 
+/// What is known of the way to a host.
+struct CurlLine {
+    /// A connection was made.
+    bool isOpen = false;
+    /// It carries several requests side by side.
+    bool isMultiplexed = false;
+};
+
 /// An easy handle at work on one task after another, redirects included. Network thread only.
 class CurlTransfer {
 public:
@@ -35,8 +43,9 @@ public:
     CurlTransfer(const CurlTransfer&) = delete;
     CurlTransfer& operator=(const CurlTransfer&) = delete;
 
-    /// Takes up the task, which has been waiting `since` then. `origin` is where it goes.
-    void begin(std::shared_ptr<CurlDataTask> task, std::string origin, TimePoint since);
+    /// Takes up the task, which has been waiting `since` then. `origin` is where it goes; what is learnt on the way is
+    /// noted in `line`, which must outlive the task's stay.
+    void begin(std::shared_ptr<CurlDataTask> task, std::string origin, TimePoint since, CurlLine& line);
 
     /// Reads the end of the transfer as libcurl tells it: gives the task's completion, unless the task has ended
     /// otherwise or goes on.
@@ -94,6 +103,7 @@ private:
     std::shared_ptr<CurlDataTask> task_;
     std::string origin_;
     TimePoint lastProgress_;
+    CurlLine* line_ = nullptr;
 
     // The request under way, which a redirect changes.
     std::optional<NSURL> redirectedURL_;
