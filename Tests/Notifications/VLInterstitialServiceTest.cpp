@@ -6,7 +6,6 @@
 #include <map>
 #include <utility>
 
-#include "Categories/NSString+VLHTML.h"
 #include "Core/VLError.h"
 #include "Platform/NSNotificationCenter.h"
 #include "Platform/UIAlertController.h"
@@ -296,6 +295,31 @@ TEST_F(VLInterstitialServiceTest, WithoutAWindowNothingIsShownAndTheNextMayTry) 
     expectNothing(shown(interstitial, answerWithPage(kPage)));
     application().setKeyWindow(std::make_shared<UIWindow>(std::make_shared<UIViewController>()));
     expectPresented(shown(interstitial, answerWithPage(kPage)));
+}
+
+TEST_F(VLInterstitialServiceTest, AControllerThatTheHostHasPutSomewhereItselfIsNotPresented) {
+    const auto atTheBottom = makeInterstitial();
+    application().setKeyWindow(std::make_shared<UIWindow>(atTheBottom));
+    expectNothing(shown(atTheBottom, answerWithPage(kPage)));
+
+    const auto navigation = std::make_shared<UINavigationController>();
+    const auto inAStack = makeInterstitial();
+    navigation->pushViewController(inAStack, false);
+    application().setKeyWindow(std::make_shared<UIWindow>(navigation));
+    expectNothing(shown(inAStack, answerWithPage(kPage)));
+    EXPECT_TRUE(inAStack->loadedPages().empty());
+    EXPECT_EQ(service->displayedInterstitialController(), nullptr);
+}
+
+TEST_F(VLInterstitialServiceTest, ADismissalThatIsPostedElsewhereCountsOnTheMainQueue) {
+    const auto interstitial = makeInterstitial();
+    shown(interstitial, answerWithPage("one"));
+    const auto elsewhere = phone().makeSerialQueue("elsewhere");
+    elsewhere->post([center = phone().notificationCenter()] {
+        center->postNotificationName(VLNotificationInterstitialWasDismissed);
+    });
+    phone().settle();
+    EXPECT_EQ(service->displayedInterstitialController(), nullptr);
 }
 
 TEST_F(VLInterstitialServiceTest, ASecondOneIsSkippedThoughItsContentIsFetched) {

@@ -6,7 +6,6 @@
 #include <chrono>
 
 #include "Categories/NSCharacterSet+VLURLEncoding.h"
-#include "Categories/NSString+VLHTML.h"
 #include "Core/VLBootstrap.h"
 #include "Network/VLURLActions.h"
 #include "Notifications/VLInterstitialService.h"
