@@ -189,7 +189,8 @@ void VLInterstitialService::handlePlacementResponse(const Dictionary& response,
     interstitial->setPhash(stringForKey(*message, "phash"));
     interstitial->setMetadata(*content);
     // The host's own reference: while the host keeps its controller, that counts as displayed.
-    show(controller->shared_from_this(), animated, completionHandler);
+    const auto own = controller->weak_from_this().lock();
+    show(own ? own : controller, animated, completionHandler);
 }
 
 void VLInterstitialService::show(const std::shared_ptr<UIViewController>& viewController, bool animated,
@@ -218,8 +219,8 @@ bool VLInterstitialService::presentInterstitialViewController(const std::shared_
     viewController->setModalTransitionStyle(UIModalTransitionStyle::crossDissolve);
     viewController->setModalPresentationStyle(UIModalPresentationStyle::overCurrentContext);
     top->presentViewController(viewController, animated, nullptr);
-    // One that the host has put somewhere itself cannot be presented.
-    if (!viewController->presentingViewController()) return false;
+    // One that the host has put somewhere itself is not presented; one that never went away is where it was.
+    if (top->presentedViewController() != viewController && !viewController->presentingViewController()) return false;
     const auto interstitial = std::dynamic_pointer_cast<VLInterstitialViewController>(viewController);
     const auto webView = interstitial ? interstitial->webView() : nullptr;
     if (webView) webView->loadHTMLString(interstitial->htmlContent(), std::nullopt);
