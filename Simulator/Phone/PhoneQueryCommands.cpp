@@ -2,7 +2,6 @@
 
 #include <functional>
 
-#include "Categories/NSString+VLHTML.h"
 #include "Platform/NSPropertyListSerialization.h"
 #include "Public/Vorlane.h"
 #include "Simulator/Phone/PhoneCommands.h"

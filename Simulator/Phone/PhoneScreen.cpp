@@ -115,6 +115,8 @@ Value askWithInterstitial(const OperationCall& call) {
     return nullptr;
 }
 
+Value locationAuthorisationStatus(const OperationCall& /*call*/) { return Vorlane::locationAuthorisationStatus(); }
+
 }  // namespace
 
 std::shared_ptr<NSObject> viewControllerFrom(Phone& phone, const Value& value, const std::string& name) {
@@ -134,6 +136,7 @@ std::map<std::string, Operation> withScreenOperations(std::map<std::string, Oper
         {"openVorlaneDeepLink:", openDeepLink},
         {"askForPermission:", ask},
         {"askForPermission:interstitialViewController:", askWithInterstitial},
+        {"locationAuthorisationStatus", locationAuthorisationStatus},
     });
     return table;
 }

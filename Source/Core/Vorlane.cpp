@@ -12,6 +12,7 @@
 #include "Notifications/VLPermissionService.h"
 #include "Notifications/VLRemoteNotificationService.h"
 #include "Notifications/VLUserNotificationCentre.h"
+#include "Platform/CLLocationManager.h"
 #include "Platform/ProcessWide.h"
 #include "Tracking/VLEventService.h"
 #include "Tracking/VLSessionService.h"
@@ -204,6 +205,12 @@ void Vorlane::askForPermission(VLPermissions permission) {
 
 void Vorlane::askForPermission(VLPermissions permission, const std::shared_ptr<NSObject>& viewController) {
     sharedInstance().permissionService_->queueSoftOptInForPermission(permission, viewController);
+}
+
+std::int32_t Vorlane::locationAuthorisationStatus() {
+    const auto locationManager = sharedInstance().bootstrap_->getComponent<CLLocationManager>();
+    return static_cast<std::int32_t>(locationManager ? locationManager->authorizationStatus()
+                                                     : CLAuthorizationStatus::NotDetermined);
 }
 
 void Vorlane::setContainer(const std::optional<std::string>& name, const std::optional<std::string>& version,

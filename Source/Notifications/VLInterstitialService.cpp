@@ -17,6 +17,7 @@
 #include "Network/VLPayloadOptions.h"
 #include "Network/VLURLBuilder.h"
 #include "Network/VLURLSession.h"
+#include "Platform/Platform.h"
 #include "Platform/UIApplication.h"
 #include "Platform/UIViewController.h"
 #include "Platform/UIWindow.h"
@@ -85,11 +86,14 @@ VLInterstitialService::~VLInterstitialService() { with_.notificationCenter->remo
 
 /// `interstitialWasDismissed:`
 void VLInterstitialService::observeDismissal() {
-    dismissalObserver_ = with_.notificationCenter->addObserver(VLNotificationInterstitialWasDismissed,
-                                                               [weakSelf = weak_from_this()](const NSNotification&) {
-                                                                   if (const auto self = weakSelf.lock())
-                                                                       self->displayedInterstitialController_.reset();
-                                                               });
+    const auto forget = [weakSelf = weak_from_this()] {
+        if (const auto self = weakSelf.lock()) self->displayedInterstitialController_.reset();
+    };
+    dismissalObserver_ =
+        with_.notificationCenter->addObserver(VLNotificationInterstitialWasDismissed, [forget](const NSNotification&) {
+            if (Platform::current().mainQueue()->isCurrent()) return forget();
+            onMainQueue(forget);
+        });
 }
 
 std::optional<std::string> VLInterstitialService::stringForPlacement(VLInterstitialPlacement placement) {
@@ -185,7 +189,8 @@ void VLInterstitialService::handlePlacementResponse(const Dictionary& response,
     interstitial->setPhash(stringForKey(*message, "phash"));
     interstitial->setMetadata(*content);
     // The host's own reference: while the host keeps its controller, that counts as displayed.
-    show(controller->shared_from_this(), animated, completionHandler);
+    const auto own = controller->weak_from_this().lock();
+    show(own ? own : controller, animated, completionHandler);
 }
 
 void VLInterstitialService::show(const std::shared_ptr<UIViewController>& viewController, bool animated,
@@ -214,6 +219,8 @@ bool VLInterstitialService::presentInterstitialViewController(const std::shared_
     viewController->setModalTransitionStyle(UIModalTransitionStyle::crossDissolve);
     viewController->setModalPresentationStyle(UIModalPresentationStyle::overCurrentContext);
     top->presentViewController(viewController, animated, nullptr);
+    // One that the host has put somewhere itself is not presented; one that never went away is where it was.
+    if (top->presentedViewController() != viewController && !viewController->presentingViewController()) return false;
     const auto interstitial = std::dynamic_pointer_cast<VLInterstitialViewController>(viewController);
     const auto webView = interstitial ? interstitial->webView() : nullptr;
     if (webView) webView->loadHTMLString(interstitial->htmlContent(), std::nullopt);

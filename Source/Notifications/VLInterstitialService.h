@@ -70,7 +70,7 @@ public:
                                  bool animated, const Handler& completionHandler);
 
     /// `presentInterstitialViewController:animated:` shows the controller over the topmost one of the key window; false
-    /// when there is none. Main queue.
+    /// when there is none, or when the host has put it somewhere itself. Main queue.
     bool presentInterstitialViewController(const std::shared_ptr<UIViewController>& viewController, bool animated);
 
     /// The interstitial on screen; null for none. Main queue.

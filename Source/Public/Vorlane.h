@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -211,6 +212,9 @@ public:
     /// Nothing is shown when the user has decided already, or within the configured time (a day) after the last one;
     /// what cannot be shown gives way to the system's prompt. Any thread.
     static void askForPermission(VLPermissions permission, const std::shared_ptr<NSObject>& viewController);
+
+    /// `locationAuthorisationStatus`: what the user allows of the location, in the platform's own numbers.
+    static std::int32_t locationAuthorisationStatus();
 
     // For libraries that wrap this one.
 

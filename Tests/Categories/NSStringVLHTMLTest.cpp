@@ -3,6 +3,7 @@
 #include <string>
 
 #include "Categories/NSString+VLHTML.h"
+#include "Public/VLConstants.h"
 
 namespace vorlane {
 

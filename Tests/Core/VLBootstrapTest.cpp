@@ -7,6 +7,8 @@
 #include "Network/VLPayloadBuilder.h"
 #include "Network/VLURLBuilder.h"
 #include "Network/VLURLSession.h"
+#include "Notifications/VLInterstitialService.h"
+#include "Notifications/VLPermissionService.h"
 #include "Platform/NSBundle.h"
 #include "Platform/NSException.h"
 #include "Platform/NSFileManager.h"
@@ -95,12 +97,16 @@ TEST_F(VLBootstrapTest, TheLifeCycleManagerBringsEveryServiceThatItNeeds) {
     bootstrap->addComponent<VLURLSession>(mustNotRun(static_cast<VLURLSession*>(nullptr)));
     bootstrap->addComponent<VLSessionService>(mustNotRun(static_cast<VLSessionService*>(nullptr)));
     bootstrap->addComponent<VLConfigService>(mustNotRun(static_cast<VLConfigService*>(nullptr)));
+    bootstrap->addComponent<VLPermissionService>(mustNotRun(static_cast<VLPermissionService*>(nullptr)));
+    bootstrap->addComponent<VLInterstitialService>(mustNotRun(static_cast<VLInterstitialService*>(nullptr)));
     EXPECT_EQ(bootstrap->getComponent<VLSettings>(), settings);
     EXPECT_TRUE(bootstrap->getComponent<VLURLBuilder>());
     EXPECT_TRUE(bootstrap->getComponent<VLPayloadBuilder>());
     EXPECT_TRUE(bootstrap->getComponent<VLURLSession>());
     EXPECT_TRUE(bootstrap->getComponent<VLSessionService>());
     EXPECT_TRUE(bootstrap->getComponent<VLConfigService>());
+    EXPECT_TRUE(bootstrap->getComponent<VLPermissionService>());
+    EXPECT_TRUE(bootstrap->getComponent<VLInterstitialService>());
 }
 
 TEST_F(VLBootstrapTest, ThePlatformsObjectsAreThoseOfThePlatform) {

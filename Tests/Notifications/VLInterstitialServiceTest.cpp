@@ -2,12 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <limits>
-#include <map>
 #include <utility>
 
-#include "Categories/NSString+VLHTML.h"
-#include "Core/VLError.h"
 #include "Platform/NSNotificationCenter.h"
 #include "Platform/UIAlertController.h"
 #include "Platform/UINavigationController.h"
@@ -20,86 +16,12 @@ namespace {
 
 const std::string kPage = "<p>100% caf\u00e9 & \"more\"</p>";
 
-/// Every number that has a name.
-std::map<std::uint64_t, std::string> placementNames() {
-    std::map<std::uint64_t, std::string> names{{0, "App Open"}, {1, "Feedback"}, {2, "Push Open"}, {3, "Store Launch"}};
-    for (std::uint64_t i = 0; i < 9; ++i) names[4 + i] = std::string("Placement ") + "123456789"[i];
-    for (std::uint64_t i = 0; i < 26; ++i) names[13 + i] = std::string("Placement ") + "ABCDEFGHIJKLMNOPQRSTUVWXYZ"[i];
-    return names;
-}
-
-std::string invalidPlacementLine(const std::string& number) {
-    return "Interstitial: ignored an attempt to display invalid placement with raw value: \"" + number + "\".";
-}
-
 class VLInterstitialServiceTest : public InterstitialsTest {
 protected:
-    void askByNumber(std::uint64_t number, Outcome& kept) {
-        service->presentInterstitialWithPlacement(static_cast<VLInterstitialPlacement>(number), makeInterstitial(),
-                                                  false, keepIn(kept));
-    }
     void dismiss() { phone().notificationCenter()->postNotificationName(VLNotificationInterstitialWasDismissed); }
 
     Outcome outcome;
 };
-
-TEST_F(VLInterstitialServiceTest, EachNumberUpTo38HasItsNameAndNoOtherHasOne) {
-    const auto names = placementNames();
-    for (std::uint64_t number = 0; number < 100; ++number) {
-        const auto name = VLInterstitialService::stringForPlacement(static_cast<VLInterstitialPlacement>(number));
-        const auto expected = names.find(number);
-        EXPECT_EQ(name, expected == names.end() ? std::nullopt : std::optional(expected->second)) << number;
-    }
-    EXPECT_EQ(VLInterstitialService::stringForPlacement(
-                  static_cast<VLInterstitialPlacement>(std::numeric_limits<std::uint64_t>::max())),
-              std::nullopt);
-}
-
-TEST_F(VLInterstitialServiceTest, ThePublicPlacementsHaveTheirNumbers) {
-    EXPECT_EQ(VLInterstitialService::stringForPlacement(VLInterstitialPlacement::Placement9), "Placement 9");
-    EXPECT_EQ(static_cast<int>(VLInterstitialPlacement::Placement9), 12);
-    EXPECT_EQ(VLInterstitialService::stringForPlacement(VLInterstitialPlacement::PlacementM), "Placement M");
-    EXPECT_EQ(VLInterstitialService::stringForPlacement(VLInterstitialPlacement::PlacementZ), "Placement Z");
-    EXPECT_EQ(static_cast<int>(VLInterstitialPlacement::PlacementZ), 38);
-}
-
-TEST_F(VLInterstitialServiceTest, EachNumberFrom0To39RequestsItsPlacementOrFails) {
-    const auto names = placementNames();
-    session().alwaysAnswer("/interstitial/", 200, "{}");
-    for (std::uint64_t number = 0; number < 40; ++number) {
-        const auto before = session().requests("/interstitial/").size();
-        Outcome result;
-        askByNumber(number, result);
-        EXPECT_EQ(result.calls, 0) << number;
-        phone().settle();
-        if (const auto name = names.find(number); name != names.end()) {
-            ASSERT_EQ(session().requests("/interstitial/").size(), before + 1) << number;
-            const auto path = session().lastRequest("/interstitial/").request.URL.path();
-            EXPECT_EQ(stringByRemovingPercentEncoding(path), "/K/T/interstitial/" + name->second);
-            EXPECT_TRUE(path.ends_with(pathOf(name->second))) << path;
-            expectNothing(result);
-        } else {
-            EXPECT_EQ(session().requests("/interstitial/").size(), before) << number;
-            expectError(result, VLErrorDomainInterstitial, 0);
-        }
-    }
-}
-
-TEST_F(VLInterstitialServiceTest, AnInvalidPlacementIsToldAndLogged) {
-    askByNumber(39, outcome);
-    phone().settle();
-    expectError(outcome, "vorlane.sdk.interstitial", 0);
-    EXPECT_EQ(outcome.error->localizedDescription(), "Could not display invalid placement with raw value 39");
-    EXPECT_EQ(log().count(invalidPlacementLine("39"), VLLogLevel::Error), 1);
-}
-
-TEST_F(VLInterstitialServiceTest, TheLargestNumberIsPrintedWithoutASign) {
-    askByNumber(std::numeric_limits<std::uint64_t>::max(), outcome);
-    phone().settle();
-    EXPECT_EQ(outcome.error->localizedDescription(),
-              "Could not display invalid placement with raw value 18446744073709551615");
-    EXPECT_EQ(log().count(invalidPlacementLine("18446744073709551615"), VLLogLevel::Error), 1);
-}
 
 TEST_F(VLInterstitialServiceTest, WithoutAViewControllerNothingIsRequested) {
     ask(nullptr, outcome);
@@ -298,6 +220,31 @@ TEST_F(VLInterstitialServiceTest, WithoutAWindowNothingIsShownAndTheNextMayTry) 
     expectPresented(shown(interstitial, answerWithPage(kPage)));
 }
 
+TEST_F(VLInterstitialServiceTest, AControllerThatTheHostHasPutSomewhereItselfIsNotPresented) {
+    const auto atTheBottom = makeInterstitial();
+    application().setKeyWindow(std::make_shared<UIWindow>(atTheBottom));
+    expectNothing(shown(atTheBottom, answerWithPage(kPage)));
+
+    const auto navigation = std::make_shared<UINavigationController>();
+    const auto inAStack = makeInterstitial();
+    navigation->pushViewController(inAStack, false);
+    application().setKeyWindow(std::make_shared<UIWindow>(navigation));
+    expectNothing(shown(inAStack, answerWithPage(kPage)));
+    EXPECT_TRUE(inAStack->loadedPages().empty());
+    EXPECT_EQ(service->displayedInterstitialController(), nullptr);
+}
+
+TEST_F(VLInterstitialServiceTest, ADismissalThatIsPostedElsewhereCountsOnTheMainQueue) {
+    const auto interstitial = makeInterstitial();
+    shown(interstitial, answerWithPage("one"));
+    const auto elsewhere = phone().makeSerialQueue("elsewhere");
+    elsewhere->post([center = phone().notificationCenter()] {
+        center->postNotificationName(VLNotificationInterstitialWasDismissed);
+    });
+    phone().settle();
+    EXPECT_EQ(service->displayedInterstitialController(), nullptr);
+}
+
 TEST_F(VLInterstitialServiceTest, ASecondOneIsSkippedThoughItsContentIsFetched) {
     const auto first = makeInterstitial();
     const auto second = makeInterstitial();
@@ -420,101 +367,19 @@ TEST_F(VLInterstitialServiceTest, AServiceThatGoesAwayStopsWatchingAndEndsWhatIt
     interstitial->close();
 }
 
-TEST_F(VLInterstitialServiceTest, AResponseWithoutAMessageShowsNothing) {
-    for (const auto* body : {R"({})", R"({"message":null})", R"({"message":"text"})", R"({"message":[]})",
-                             R"({"message":7})", R"({"Message":{}})"}) {
-        log().clear();
-        expectNothing(shown(makeInterstitial(), body));
-        EXPECT_EQ(log().count("No interstitial message content found for this tracking id.", VLLogLevel::Info), 1)
-            << body;
-    }
-}
-
-/// Bodies of a message, and the error that comes of each.
-struct HostileContent {
-    std::string message;
-    std::string domain;
-    std::int64_t code;
-};
-
-class VLInterstitialServiceHostileContentTest : public VLInterstitialServiceTest,
-                                                public testing::WithParamInterface<HostileContent> {};
-
-TEST_P(VLInterstitialServiceHostileContentTest, IsTheErrorOfParsingIt) {
-    const auto interstitial = makeInterstitial(Interstitial::Metadata::taken);
-    const auto result = shown(interstitial, R"({"message":)" + GetParam().message + "}");
-    expectError(result, GetParam().domain, GetParam().code);
-    EXPECT_EQ(log().count("Cannot display interstitial because its HTML content was corrupted.", VLLogLevel::Error), 1);
-    EXPECT_EQ(interstitial->htmlContent(), "");
-    EXPECT_EQ(interstitial->metadata(), std::nullopt);
-    EXPECT_EQ(interstitial->appearances(), 0);
-    EXPECT_EQ(service->displayedInterstitialController(), nullptr);
-}
-
-/// A message whose content is that text.
-std::string messageWith(const std::string& content) {
-    return Value(Dictionary{{"messagecontent", content}, {"phash", "p"}}).dump();
-}
-
-INSTANTIATE_TEST_SUITE_P(Contents, VLInterstitialServiceHostileContentTest,
-                         testing::Values(HostileContent{R"({})", VLErrorDomainNetwork, 0},
-                                         HostileContent{R"({"messagecontent":null})", VLErrorDomainNetwork, 0},
-                                         HostileContent{R"({"messagecontent":7})", VLErrorDomainNetwork, 0},
-                                         HostileContent{R"({"messagecontent":{"html":"x"}})", VLErrorDomainNetwork, 0},
-                                         HostileContent{messageWith(""), VLErrorDomainNetwork, 0},
-                                         HostileContent{messageWith("%"), VLErrorDomainNetwork, 0},
-                                         HostileContent{messageWith("%7B%7"), VLErrorDomainNetwork, 0},
-                                         HostileContent{messageWith("%ff%fe"), VLErrorDomainNetwork, 0},
-                                         HostileContent{messageWith("no JSON"), NSCocoaErrorDomain, 3840},
-                                         HostileContent{messageWith("%7B%22html%22"), NSCocoaErrorDomain, 3840},
-                                         HostileContent{messageWith("%5B1%5D"), NSCocoaErrorDomain, 3840},
-                                         HostileContent{messageWith("%22text%22"), NSCocoaErrorDomain, 3840},
-                                         HostileContent{messageWith("null"), NSCocoaErrorDomain, 3840},
-                                         HostileContent{messageWith("7"), NSCocoaErrorDomain, 3840},
-                                         HostileContent{messageWith("%7B%7D%00"), NSCocoaErrorDomain, 3840},
-                                         HostileContent{messageWith("{\"a\":" + std::string(600, '[') +
-                                                                    std::string(600, ']') + "}"),
-                                                        NSCocoaErrorDomain, 3840}));
-
-/// A content that is an object, and the page that comes of it.
-struct OddPage {
-    std::string content;
-    std::string page;
-};
-
-class VLInterstitialServiceOddPageTest : public VLInterstitialServiceTest,
-                                         public testing::WithParamInterface<OddPage> {};
-
-TEST_P(VLInterstitialServiceOddPageTest, IsShownAsFarAsItGoes) {
-    const auto interstitial = makeInterstitial();
-    expectPresented(shown(interstitial, answerWithContent(GetParam().content)));
-    EXPECT_EQ(interstitial->htmlContent(), VIEWPORT_META_TAG + GetParam().page);
-}
-
-INSTANTIATE_TEST_SUITE_P(Pages, VLInterstitialServiceOddPageTest,
-                         testing::Values(OddPage{R"({})", ""}, OddPage{R"({"html":null})", ""},
-                                         OddPage{R"({"html":["<p>"]})", ""}, OddPage{R"({"html":""})", ""},
-                                         // What is not encoded a second time stays as it is.
-                                         OddPage{R"({"html":"<p>50% off</p>"})", "<p>50% off</p>"},
-                                         OddPage{R"({"html":"a+b%2Bc"})", "a+b+c"},
-                                         OddPage{R"({"html":"%ff"})", "%ff"}));
-
-TEST_F(VLInterstitialServiceTest, APhashOfAnotherKindIsNone) {
-    for (const auto* phash : {R"(null)", R"(7)", R"({"p":"q"})"}) {
-        const auto interstitial = makeInterstitial();
-        interstitial->setPhash("old");
-        expectPresented(
-            shown(interstitial, std::string(R"({"message":{"messagecontent":"%7B%7D","phash":)") + phash + "}}"));
-        EXPECT_EQ(interstitial->phash(), std::nullopt);
-        const auto skipped = makeInterstitial();
-        log().clear();
-        expectNothing(shown(skipped, R"({"message":{"messagecontent":"%7B%7D"}})"));
-        EXPECT_EQ(
-            log().count("Interstitial: is already being displayed. Skipping display of interstitial with phash: (null)",
-                        VLLogLevel::Info),
-            1);
-        interstitial->close();
-    }
+TEST_F(VLInterstitialServiceTest, AControllerThatIsPartOfAnObjectOfTheHostsIsShownToo) {
+    struct Screens {
+        UIViewController root;
+        Interstitial interstitial;
+    };
+    const auto screens = std::make_shared<Screens>();
+    const std::shared_ptr<UIViewController> part(screens, &screens->root);
+    const std::shared_ptr<Interstitial> interstitial(screens, &screens->interstitial);
+    application().setKeyWindow(std::make_shared<UIWindow>(part));
+    expectPresented(shown(interstitial, answerWithPage(kPage)));
+    EXPECT_EQ(part->presentedViewController(), interstitial);
+    // They hold each other, as they would in the host.
+    part->dismissViewControllerAnimated(false, nullptr);
 }
 
 TEST_F(VLInterstitialServiceTest, AResponseForAnObjectOfAnotherKindIsIgnored) {

@@ -6,7 +6,6 @@
 #include <chrono>
 
 #include "Categories/NSCharacterSet+VLURLEncoding.h"
-#include "Categories/NSString+VLHTML.h"
 #include "Core/VLBootstrap.h"
 #include "Network/VLURLActions.h"
 #include "Notifications/VLInterstitialService.h"
@@ -14,6 +13,7 @@
 #include "Platform/UIWindow.h"
 #include "Public/Vorlane.h"
 #include "Simulator/Platform/SimulatedInterstitialViewController.h"
+#include "Simulator/Platform/SimulatedLocationManager.h"
 #include "Tests/Support/SimulatedPhoneTest.h"
 
 namespace vorlane {
@@ -261,6 +261,32 @@ TEST_F(VorlaneInterstitialsTest, TheTimeOfTheLastSoftOptInOutlivesTheProcess) {
     next->advance(1);
     EXPECT_EQ(requests(), 1U);
     Platform::shutdown();
+}
+
+TEST_F(VorlaneInterstitialsTest, APromptForTheLocationSetsItsStatus) {
+    EXPECT_EQ(Vorlane::locationAuthorisationStatus(), 0);
+    launch();
+    configure();
+    Vorlane::askForPermission(VLPermissions::LocationWhenInUse);
+    phone().settle();
+    EXPECT_EQ(Vorlane::locationAuthorisationStatus(), 4);
+    phone().simulatedLocationManager().setAuthorizationStatus(CLAuthorizationStatus::NotDetermined);
+    phone().simulatedUser().setAnswer("locationAlways", SimulatedUser::Answer::deny);
+    EXPECT_TRUE(Vorlane::openVorlaneDeepLink(NSURL::URLWithString("vorlane://location-yes")));
+    phone().settle();
+    EXPECT_EQ(Vorlane::locationAuthorisationStatus(), 2);
+}
+
+TEST_F(VorlaneInterstitialsTest, BothPromptsOfALinkAppearNotificationsFirst) {
+    std::vector<std::string> kinds;
+    application().setEventObserver([&kinds](const std::string& event, const Dictionary& fields) {
+        if (event == "prompt") kinds.push_back(fields.at("kind").get<std::string>());
+    });
+    launch();
+    configure();
+    EXPECT_TRUE(Vorlane::openVorlaneDeepLink(NSURL::URLWithString("vorlane://notification-location-yes")));
+    phone().settle();
+    EXPECT_THAT(kinds, ElementsAre("notifications", "locationAlways"));
 }
 
 TEST_F(VorlaneInterstitialsTest, LinksLeadToTheSettingsPageAndOthersNowhere) {

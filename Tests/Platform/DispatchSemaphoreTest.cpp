@@ -87,6 +87,17 @@ TEST(DispatchSemaphoreTest, AShutdownOfTheLinuxPlatformAbandonsWaits) {
     expectAbandonedAtShutdown(std::make_shared<LinuxPlatform>());
 }
 
+TEST(DispatchSemaphoreTest, AShutdownAbandonsWaitsForAHostsMainQueueThatDoesNotRun) {
+    class HeldQueue : public DispatchQueue {
+    public:
+        void post(std::function<void()> /*task*/) override {}
+        void postAfter(TimeInterval /*delay*/, std::function<void()> /*task*/) override {}
+    };
+    LinuxPlatform::Options options;
+    options.mainQueue = std::make_shared<HeldQueue>();
+    expectAbandonedAtShutdown(std::make_shared<LinuxPlatform>(options));
+}
+
 TEST(DispatchSemaphoreTest, APlatformThatGoesAwayWithoutAShutdownAbandonsWaits) {
     for (const bool isSimulated : {true, false}) {
         std::shared_ptr<Platform> platform;
