@@ -160,6 +160,7 @@ const std::map<std::string, Operation>& operations() {
              Vorlane::setContainer(call.optionalString(0), call.optionalString(1), call.optionalString(2));
          })},
         {"addCommonJsonData:", addCommonJsonData},
+        {"locationAuthorisationStatus", [](Call) { return Value(Vorlane::locationAuthorisationStatus()); }},
     });
     return table;
 }

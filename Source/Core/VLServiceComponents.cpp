@@ -7,6 +7,8 @@
 #include "Core/VLIOSComponents.h"
 #include "Core/VLLifeCycleManager.h"
 #include "Core/VLSettings.h"
+#include "Geo/VLGeoRegionContent.h"
+#include "Geo/VLGeoService.h"
 #include "Network/VLPayloadBuilder.h"
 #include "Network/VLURLBuilder.h"
 #include "Network/VLURLSession.h"
@@ -18,6 +20,7 @@
 #include "Notifications/VLRemoteNotificationService.h"
 #include "Notifications/VLUserNotificationCentre_iOS10Plus.h"
 #include "Notifications/VLUserNotificationCentre_iOS8To9.h"
+#include "Platform/CLLocationManager.h"
 #include "Platform/NSBundle.h"
 #include "Platform/NSNotificationCenter.h"
 #include "Platform/NSURLSession.h"
@@ -114,6 +117,20 @@ std::shared_ptr<VLLocalNotificationService> createLocalNotificationService(VLBoo
          .notificationCenter = components.getComponent<NSNotificationCenter>()});
 }
 
+std::shared_ptr<VLGeoRegionContent> createGeoRegionContent(VLBootstrap& components) {
+    return std::make_shared<VLGeoRegionContent>(
+        components.getComponent<VLSettings>(), components.getComponent<UIApplication>(),
+        components.getComponent<VLNotificationHelper>(), components.getComponent<VLURLBuilder>(),
+        components.getComponent<VLURLSession>(), components.getComponent<VLPayloadBuilder>());
+}
+
+std::shared_ptr<VLGeoService> createGeoService(VLBootstrap& components) {
+    return std::make_shared<VLGeoService>(
+        components.getComponent<CLLocationManager>(), components.getComponent<VLSettings>(),
+        components.getComponent<VLGeoRegionContent>(), components.getComponent<VLURLBuilder>(),
+        components.getComponent<VLURLSession>());
+}
+
 std::shared_ptr<VLBackgroundRefreshHelper> createBackgroundRefreshHelper(VLBootstrap& components) {
     return std::make_shared<VLBackgroundRefreshHelper>(components.getComponent<UIApplication>());
 }
@@ -157,6 +174,8 @@ void VLServiceComponents::defaultVLServices(const std::shared_ptr<VLURLs>& urls)
     add(createSessionService);
     add(createLifeCycleManager);
     add(createLocalNotificationService);
+    add(createGeoRegionContent);
+    add(createGeoService);
     add(createBackgroundRefreshHelper);
     add(authorisationHelper);
     add(vlUserNotificationCentre);

@@ -9,6 +9,7 @@
 #include "Notifications/VLLocalNotificationService.h"
 #include "Notifications/VLRemoteNotificationService.h"
 #include "Notifications/VLUserNotificationCentre.h"
+#include "Platform/CLLocationManager.h"
 #include "Platform/ProcessWide.h"
 #include "Tracking/VLEventService.h"
 #include "Tracking/VLSessionService.h"
@@ -179,6 +180,10 @@ void Vorlane::cancelAllPendingLocalNotifications() {
 void Vorlane::didReceiveLocalNotification(const std::shared_ptr<UIApplication>& application,
                                           const UILocalNotification& notification) {
     sharedInstance().localNotificationService_->didAcceptLocalNotification(application, notification);
+}
+
+std::int32_t Vorlane::locationAuthorisationStatus() {
+    return static_cast<std::int32_t>(Platform::current().locationManager()->authorizationStatus());
 }
 
 void Vorlane::setContainer(const std::optional<std::string>& name, const std::optional<std::string>& version,

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -175,6 +176,12 @@ public:
     /// `application:didReceiveLocalNotification:`: the user opened a local notification.
     static void didReceiveLocalNotification(const std::shared_ptr<UIApplication>& application,
                                             const UILocalNotification& notification);
+
+    // Location. The library asks for positions, regions and beacons by itself, as the service's configuration says.
+
+    /// `locationAuthorisationStatus` is what the user allows, in the platform's own numbers: 0 not determined, 1
+    /// restricted, 2 denied, 3 always, 4 while the application is in use.
+    static std::int32_t locationAuthorisationStatus();
 
     // For libraries that wrap this one.
 
