@@ -1,5 +1,7 @@
 #include "Simulator/Service/ServiceSchema.h"
 
+#include <cstddef>
+#include <iterator>
 #include <string>
 
 #include "Simulator/Service/SQLiteDatabase.h"
@@ -9,9 +11,9 @@
 namespace vorlane::service {
 namespace {
 
-constexpr const char* kVersion = "1";
-
-constexpr const char* kSchema = R"(
+// What each version of the database adds to the one before. The version of a database is how many of these it has.
+constexpr const char* kSteps[] = {
+    R"(
 CREATE TABLE users (
     app_key TEXT NOT NULL, tracking_id TEXT NOT NULL,
     PRIMARY KEY (app_key, tracking_id)) WITHOUT ROWID;
@@ -31,23 +33,51 @@ CREATE TABLE tags (
     app_key TEXT NOT NULL, tracking_id TEXT NOT NULL, name TEXT NOT NULL, type TEXT NOT NULL, value TEXT NOT NULL,
     PRIMARY KEY (app_key, tracking_id, name)) WITHOUT ROWID;
 CREATE TABLE configurations (app_key TEXT PRIMARY KEY, document JSON TEXT NOT NULL) WITHOUT ROWID;
-)";
+)",
+    R"(
+CREATE TABLE regions (
+    number INTEGER PRIMARY KEY AUTOINCREMENT, app_key TEXT NOT NULL, id TEXT NOT NULL, document JSON TEXT NOT NULL,
+    UNIQUE (app_key, id));
+CREATE TABLE geo_contents (
+    app_key TEXT NOT NULL, segment_id TEXT NOT NULL, transition TEXT NOT NULL, message JSON TEXT NOT NULL,
+    PRIMARY KEY (app_key, segment_id, transition)) WITHOUT ROWID;
+CREATE TABLE beacon_contents (
+    app_key TEXT NOT NULL, uuid TEXT NOT NULL, major TEXT NOT NULL, minor TEXT NOT NULL, message JSON TEXT NOT NULL,
+    PRIMARY KEY (app_key, uuid, major, minor)) WITHOUT ROWID;
+CREATE TABLE beacon_sessions (
+    number INTEGER PRIMARY KEY AUTOINCREMENT, app_key TEXT NOT NULL, tracking_id TEXT NOT NULL,
+    session_id TEXT NOT NULL, uuid TEXT NOT NULL, major TEXT NOT NULL, minor TEXT NOT NULL, start_time INTEGER,
+    end_time INTEGER,
+    UNIQUE (app_key, session_id));
+CREATE TABLE beacon_summaries (
+    number INTEGER PRIMARY KEY AUTOINCREMENT, time REAL NOT NULL, app_key TEXT NOT NULL, tracking_id TEXT NOT NULL,
+    session_id TEXT, timestamp INTEGER NOT NULL, beacons JSON TEXT NOT NULL);
+)"};
 
 std::string firstText(SQLiteDatabase& database, const std::string& sql) {
     SQLiteStatement statement(database, sql);
     return statement.step() ? statement.text(0) : std::string();
 }
 
+/// How many steps the database has taken. Throws ServiceError for one that is not the service's.
+std::size_t stepsTaken(SQLiteDatabase& database) {
+    const auto version = firstText(database, "PRAGMA user_version");
+    for (std::size_t count = 1; count <= std::size(kSteps); ++count) {
+        if (version == std::to_string(count)) return count;
+    }
+    if (version != "0" || firstText(database, "SELECT count(*) FROM sqlite_schema") != "0")
+        throw ServiceError("the database is not one of this service's");
+    return 0;
+}
+
 }  // namespace
 
 void prepareSchema(SQLiteDatabase& database) {
-    const auto version = firstText(database, "PRAGMA user_version");
-    if (version == kVersion) return;
-    if (version != "0" || firstText(database, "SELECT count(*) FROM sqlite_schema") != "0")
-        throw ServiceError("the database is not one of this service's");
-    database.inTransaction([&database] {
-        database.execute(kSchema);
-        database.execute(std::string("PRAGMA user_version = ") + kVersion);
+    const auto taken = stepsTaken(database);
+    if (taken == std::size(kSteps)) return;
+    database.inTransaction([&database, taken] {
+        for (auto step = taken; step < std::size(kSteps); ++step) database.execute(kSteps[step]);
+        database.execute("PRAGMA user_version = " + std::to_string(std::size(kSteps)));
     });
 }
 
