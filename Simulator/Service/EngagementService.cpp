@@ -6,13 +6,17 @@
 #include <exception>
 #include <utility>
 
+#include "Simulator/Service/AdminBeaconEndpoints.h"
 #include "Simulator/Service/AdminEndpoints.h"
+#include "Simulator/Service/AdminGeoEndpoints.h"
 #include "Simulator/Service/AdminInterstitialEndpoints.h"
 #include "Simulator/Service/AdminStoreEndpoints.h"
+#include "Simulator/Service/BeaconEndpoints.h"
 #include "Simulator/Service/ConfigEndpoints.h"
 #include "Simulator/Service/DeviceEndpoints.h"
 #include "Simulator/Service/EndpointCall.h"
 #include "Simulator/Service/EventEndpoints.h"
+#include "Simulator/Service/GeoEndpoints.h"
 #include "Simulator/Service/InterstitialEndpoints.h"
 #include "Simulator/Service/MalformedRequest.h"
 #include "Simulator/Service/RecordedRequest.h"
@@ -61,6 +65,10 @@ EngagementService::EngagementService(const std::string& databasePath, RequestLog
     addAdminStoreEndpoints(router_, store_);
     addAdminInterstitialEndpoints(router_, store_);
     addInterstitialEndpoints(router_, store_);
+    addAdminGeoEndpoints(router_, store_.geo());
+    addAdminBeaconEndpoints(router_, store_.beacons());
+    addGeoEndpoints(router_, store_);
+    addBeaconEndpoints(router_, store_);
 }
 
 ServiceResponse EngagementService::answer(const ServiceRequest& request) {

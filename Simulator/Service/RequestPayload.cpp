@@ -76,4 +76,10 @@ std::string requiredText(const Dictionary& dictionary, const std::string& key) {
     return std::move(*text);
 }
 
+std::string requiredTextOrNumber(const Dictionary& dictionary, const std::string& key) {
+    const auto* value = valueForKey(dictionary, key);
+    if (!value || !value->is_number()) return requiredText(dictionary, key);
+    return stringValue(*value).value_or("");
+}
+
 }  // namespace vorlane::service

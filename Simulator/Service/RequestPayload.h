@@ -23,5 +23,7 @@ Value payloadOrNull(const ServiceRequest& request);
 
 /// The text under the key. Throws MalformedRequest when it is absent, empty or no text.
 std::string requiredText(const Dictionary& dictionary, const std::string& key);
+/// The same, where a number will do, too: its decimal text.
+std::string requiredTextOrNumber(const Dictionary& dictionary, const std::string& key);
 
 }  // namespace vorlane::service

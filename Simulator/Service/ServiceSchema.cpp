@@ -38,6 +38,25 @@ CREATE TABLE configurations (app_key TEXT PRIMARY KEY, document JSON TEXT NOT NU
 CREATE TABLE placements (
     app_key TEXT NOT NULL, name TEXT NOT NULL, html TEXT, metadata JSON TEXT NOT NULL, phash TEXT,
     PRIMARY KEY (app_key, name)) WITHOUT ROWID;
+)",
+    R"(
+CREATE TABLE regions (
+    number INTEGER PRIMARY KEY AUTOINCREMENT, app_key TEXT NOT NULL, id TEXT NOT NULL, document JSON TEXT NOT NULL,
+    UNIQUE (app_key, id));
+CREATE TABLE geo_contents (
+    app_key TEXT NOT NULL, segment_id TEXT NOT NULL, transition TEXT NOT NULL, message JSON TEXT NOT NULL,
+    PRIMARY KEY (app_key, segment_id, transition)) WITHOUT ROWID;
+CREATE TABLE beacon_contents (
+    app_key TEXT NOT NULL, uuid TEXT NOT NULL, major TEXT NOT NULL, minor TEXT NOT NULL, message JSON TEXT NOT NULL,
+    PRIMARY KEY (app_key, uuid, major, minor)) WITHOUT ROWID;
+CREATE TABLE beacon_sessions (
+    number INTEGER PRIMARY KEY AUTOINCREMENT, app_key TEXT NOT NULL, tracking_id TEXT NOT NULL,
+    session_id TEXT NOT NULL, uuid TEXT NOT NULL, major TEXT NOT NULL, minor TEXT NOT NULL, start_time INTEGER,
+    end_time INTEGER,
+    UNIQUE (app_key, session_id));
+CREATE TABLE beacon_summaries (
+    number INTEGER PRIMARY KEY AUTOINCREMENT, time REAL NOT NULL, app_key TEXT NOT NULL, tracking_id TEXT NOT NULL,
+    session_id TEXT, timestamp INTEGER NOT NULL, beacons JSON TEXT NOT NULL);
 )"};
 
 std::string firstText(SQLiteDatabase& database, const std::string& sql) {

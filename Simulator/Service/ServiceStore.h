@@ -6,6 +6,8 @@
 #include <vector>
 
 #include "Public/VLValue.h"
+#include "Simulator/Service/BeaconStore.h"
+#include "Simulator/Service/GeoStore.h"
 #include "Simulator/Service/SQLiteDatabase.h"
 
 namespace vorlane::service {
@@ -51,6 +53,9 @@ public:
     void setPlacement(const std::string& appKey, const Placement& placement);
     void removePlacements(const std::string& appKey);
 
+    GeoStore& geo() { return geo_; }
+    BeaconStore& beacons() { return beacons_; }
+
     // Lists of objects, oldest first; tags and devices by their names.
     Array sessions(const StoreFilter& filter);
     Array events(const StoreFilter& filter);
@@ -70,6 +75,9 @@ private:
     std::mutex mutex_;
     // Guarded by mutex_.
     SQLiteDatabase database_;
+    // They guard themselves by mutex_.
+    GeoStore geo_;
+    BeaconStore beacons_;
 };
 
 }  // namespace vorlane::service

@@ -7,6 +7,8 @@
 #include "Core/VLIOSComponents.h"
 #include "Core/VLLifeCycleManager.h"
 #include "Core/VLSettings.h"
+#include "Geo/VLGeoRegionContent.h"
+#include "Geo/VLGeoService.h"
 #include "Network/VLPayloadBuilder.h"
 #include "Network/VLURLActions.h"
 #include "Network/VLURLBuilder.h"
@@ -139,6 +141,20 @@ std::shared_ptr<VLLocalNotificationService> createLocalNotificationService(VLBoo
          .notificationCenter = components.getComponent<NSNotificationCenter>()});
 }
 
+std::shared_ptr<VLGeoRegionContent> createGeoRegionContent(VLBootstrap& components) {
+    return std::make_shared<VLGeoRegionContent>(
+        components.getComponent<VLSettings>(), components.getComponent<UIApplication>(),
+        components.getComponent<VLNotificationHelper>(), components.getComponent<VLURLBuilder>(),
+        components.getComponent<VLURLSession>(), components.getComponent<VLPayloadBuilder>());
+}
+
+std::shared_ptr<VLGeoService> createGeoService(VLBootstrap& components) {
+    return std::make_shared<VLGeoService>(
+        components.getComponent<CLLocationManager>(), components.getComponent<VLSettings>(),
+        components.getComponent<VLGeoRegionContent>(), components.getComponent<VLURLBuilder>(),
+        components.getComponent<VLURLSession>());
+}
+
 std::shared_ptr<VLBackgroundRefreshHelper> createBackgroundRefreshHelper(VLBootstrap& components) {
     return std::make_shared<VLBackgroundRefreshHelper>(components.getComponent<UIApplication>());
 }
@@ -184,6 +200,8 @@ void VLServiceComponents::defaultVLServices(const std::shared_ptr<VLURLs>& urls)
     add(createSessionService);
     add(createLifeCycleManager);
     add(createLocalNotificationService);
+    add(createGeoRegionContent);
+    add(createGeoService);
     add(createBackgroundRefreshHelper);
     add(authorisationHelper);
     add(vlUserNotificationCentre);

@@ -208,9 +208,7 @@ void Vorlane::askForPermission(VLPermissions permission, const std::shared_ptr<N
 }
 
 std::int32_t Vorlane::locationAuthorisationStatus() {
-    const auto locationManager = sharedInstance().bootstrap_->getComponent<CLLocationManager>();
-    return static_cast<std::int32_t>(locationManager ? locationManager->authorizationStatus()
-                                                     : CLAuthorizationStatus::NotDetermined);
+    return static_cast<std::int32_t>(Platform::current().locationManager()->authorizationStatus());
 }
 
 void Vorlane::setContainer(const std::optional<std::string>& name, const std::optional<std::string>& version,

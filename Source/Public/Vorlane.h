@@ -213,7 +213,10 @@ public:
     /// what cannot be shown gives way to the system's prompt. Any thread.
     static void askForPermission(VLPermissions permission, const std::shared_ptr<NSObject>& viewController);
 
-    /// `locationAuthorisationStatus`: what the user allows of the location, in the platform's own numbers.
+    // Location. The library asks for positions, regions and beacons by itself, as the service's configuration says.
+
+    /// `locationAuthorisationStatus` is what the user allows, in the platform's own numbers: 0 not determined, 1
+    /// restricted, 2 denied, 3 always, 4 while the application is in use.
     static std::int32_t locationAuthorisationStatus();
 
     // For libraries that wrap this one.

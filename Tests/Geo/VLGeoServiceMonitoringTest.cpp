@@ -1,0 +1,282 @@
+#include <gtest/gtest.h>
+
+#include "Tests/Geo/GeoTest.h"
+
+namespace vorlane {
+
+namespace {
+
+using Identifiers = std::vector<std::string>;
+
+/// Which regions are monitored, and what the file says of them.
+class VLGeoServiceMonitoringTest : public GeoTest {
+protected:
+    /// Whether a description is taken.
+    static bool isTaken(const Dictionary& description) {
+        return !VLGeoService::extractGeoRegionsFromJson({{"geo_regions", Array{description}}}).empty();
+    }
+    static Dictionary changed(const std::string& key, const Value& value) {
+        auto description = described("1");
+        description[key] = value;
+        return description;
+    }
+    std::shared_ptr<CLBeaconRegion> beacons(const std::string& identifier) {
+        return std::make_shared<CLBeaconRegion>("B9407F30-F5F8-466E-AFF9-25556B57FE6D", identifier);
+    }
+    /// What the location manager was told to start since the start of the test.
+    Identifiers started() const { return started_; }
+
+    VLGeoServiceMonitoringTest() {
+        phone().simulatedApplication().setEventObserver([this](const std::string& event, const Dictionary& fields) {
+            if (event != "monitoring" || fields.at("action") != Value("start")) return;
+            started_.push_back(fields.at("region")["identifier"].get<std::string>());
+        });
+    }
+
+private:
+    Identifiers started_;
+};
+
+TEST_F(VLGeoServiceMonitoringTest, TheListIsMonitoredAndStoredInItsOrder) {
+    fetch({described("b", 1, 2, 3), described("a")});
+    EXPECT_EQ(monitoredIdentifiers(), (Identifiers{"a", "b"}));
+    EXPECT_EQ(started(), (Identifiers{"b", "a"}));
+    auto first = freshRecord("b");
+    first["latitude"] = 1.0;
+    first["longitude"] = 2.0;
+    first["radius"] = 3.0;
+    EXPECT_EQ(file(), Value(Array{first, freshRecord("a")}));
+    EXPECT_EQ(manager().monitoredRegion("b")->toDictionary(),
+              (Dictionary{
+                  {"type", "circular"}, {"identifier", "b"}, {"latitude", 1.0}, {"longitude", 2.0}, {"radius", 3.0}}));
+    EXPECT_EQ(logged("Currently monitoring 0 beacon regions"), 1);
+    EXPECT_EQ(logged("Set to clear 0 of 0 geo regions"), 1);
+}
+
+TEST_F(VLGeoServiceMonitoringTest, OfTwentyFiveRegionsTheFirstTwentyAreTaken) {
+    fetch(describedRegions(25));
+    EXPECT_EQ(manager().monitoredRegions().size(), 20U);
+    EXPECT_TRUE(manager().monitoredRegion("20"));
+    EXPECT_FALSE(manager().monitoredRegion("21"));
+    EXPECT_EQ(file().size(), 20U);
+    EXPECT_EQ(file()[19], freshRecord("20"));
+    EXPECT_EQ(geo->geoRegionsFromAPI().size(), 25U);
+    EXPECT_EQ(logged("Could not add 5 regions for monitoring due to all 20 slots being in use"), 1);
+}
+
+TEST_F(VLGeoServiceMonitoringTest, TwentyRegionsAreNotTooMany) {
+    fetch(describedRegions(20));
+    EXPECT_EQ(manager().monitoredRegions().size(), 20U);
+    EXPECT_TRUE(log().linesContaining("Could not add").empty());
+    fetch(describedRegions(21));
+    EXPECT_EQ(logged("Could not add 1 regions for monitoring due to all 20 slots being in use"), 1);
+}
+
+TEST_F(VLGeoServiceMonitoringTest, BeaconRegionsAreLeftAloneAndTakeNoSlot) {
+    for (const auto* identifier : {"x", "y", "1"}) manager().startMonitoringForRegion(beacons(identifier));
+    manager().startMonitoringForRegion(std::make_shared<CLCircularRegion>(kOslo, 5, "stale"));
+    std::vector<Dictionary> regions;
+    for (int i = 0; i < 20; ++i) regions.push_back(described("r" + std::to_string(i)));
+    fetch(regions);
+    EXPECT_EQ(manager().monitoredRegions().size(), 23U);
+    EXPECT_FALSE(manager().monitoredRegion("stale"));
+    EXPECT_TRUE(std::dynamic_pointer_cast<CLBeaconRegion>(manager().monitoredRegion("1")));
+    EXPECT_EQ(logged("Currently monitoring 3 beacon regions"), 1);
+    EXPECT_EQ(logged("Set to clear 1 of 1 geo regions"), 1);
+    EXPECT_TRUE(log().linesContaining("Could not add").empty());
+}
+
+TEST_F(VLGeoServiceMonitoringTest, ARegionOfBothListsIsKeptWithItsPastAndNotStartedAgain) {
+    fetch({described("1"), described("2")});
+    const auto before = phone().now();
+    enter("1");
+    phone().advance(100);
+    auto renamed = described("1");
+    renamed["name"] = "another name";
+    fetch({described("3"), renamed});
+    EXPECT_EQ(started(), (Identifiers{"1", "2", "3"}));
+    EXPECT_EQ(monitoredIdentifiers(), (Identifiers{"1", "3"}));
+    auto kept = freshRecord("1");
+    kept["in_region"] = true;
+    kept["VLEnterRegionTimestamp"] = before;
+    kept["VLExitRegionTimestamp"] = before - 86400;
+    // All of the stored record wins, its name too.
+    EXPECT_EQ(file(), Value(Array{freshRecord("3"), kept}));
+    EXPECT_EQ(logged("Continuing to monitor region: " + manager().monitoredRegion("1")->description()), 1);
+    EXPECT_EQ(logged("Stopped monitoring region: CLCircularRegion (identifier:'2', "
+                     "center:<+59.90000000,+10.70000000>, radius:100.00m)"),
+              1);
+    EXPECT_EQ(logged("Set to clear 1 of 2 geo regions"), 1);
+}
+
+TEST_F(VLGeoServiceMonitoringTest, ARegionThatComesBackHasForgottenItsPast) {
+    fetch({described("1"), described("2")});
+    enter("1");
+    fetch({described("2")});
+    fetch({described("1")});
+    EXPECT_EQ(file(), Value(Array{freshRecord("1")}));
+    EXPECT_EQ(started(), (Identifiers{"1", "2", "1"}));
+}
+
+TEST_F(VLGeoServiceMonitoringTest, AnEmptyAnswerLeavesEverythingButTheTime) {
+    fetch(describedRegions(2));
+    const auto before = file();
+    for (const auto* answer : {R"({"geo_regions":[]})", "{}", R"({"geo_regions":{}})", R"({"geo_regions":"x"})",
+                               R"({"geo_regions":[5,null,"text",[],{}]})"}) {
+        phone().advance(10'000);
+        geo->updateConfig(at(kOslo));
+        session().answer(kRegionsPath, 200, answer);
+        phone().settle();
+        EXPECT_TRUE(geo->geoRegionsFromAPI().empty()) << answer;
+        EXPECT_EQ(monitoredIdentifiers(), (Identifiers{"1", "2"})) << answer;
+        EXPECT_EQ(file(), before) << answer;
+        EXPECT_EQ(settings->fetchGeoRegionTimestamp(), phone().now()) << answer;
+    }
+}
+
+TEST_F(VLGeoServiceMonitoringTest, ANumericIdMatchesTheRegionOfThatText) {
+    fetch({described("17")});
+    fetch({described(17)});
+    EXPECT_EQ(started(), Identifiers{"17"});
+    EXPECT_EQ(monitoredIdentifiers(), Identifiers{"17"});
+    EXPECT_EQ(file()[0]["identifier"], Value("17"));
+    fetch({described(-3), described(2.5)});
+    EXPECT_EQ(monitoredIdentifiers(), (Identifiers{"-3", "2.5"}));
+}
+
+TEST_F(VLGeoServiceMonitoringTest, ARadiusIsClippedToTheLargestThatCanBeMonitored) {
+    manager().setCapabilities({.maximumRegionMonitoringDistance = 500});
+    fetch({described("at", 1, 2, 500), described("above", 1, 2, 500.5), described("far", 1, 2, 1e9),
+           described("below", 1, 2, 499.5)});
+    const auto radius = [this](const char* identifier) {
+        return manager().monitoredRegion(identifier)->toDictionary().at("radius");
+    };
+    EXPECT_EQ(radius("at"), Value(500.0));
+    EXPECT_EQ(radius("above"), Value(500.0));
+    EXPECT_EQ(radius("far"), Value(500.0));
+    EXPECT_EQ(radius("below"), Value(499.5));
+    EXPECT_EQ(file()[2]["radius"], Value(1e9));  // stored as the service has it
+}
+
+TEST_F(VLGeoServiceMonitoringTest, NumbersThatArriveAsTextsAndTheReverseAreRead) {
+    auto odd = described("1");
+    odd["latitude"] = "59.25";
+    odd["longitude"] = "-10.5";
+    odd["radius"] = "75";
+    odd["name"] = 12;
+    odd["plotwise_id"] = 99;
+    fetch({odd});
+    EXPECT_EQ(
+        manager().monitoredRegion("1")->toDictionary(),
+        (Dictionary{
+            {"type", "circular"}, {"identifier", "1"}, {"latitude", 59.25}, {"longitude", -10.5}, {"radius", 75.0}}));
+    enter("1");
+    EXPECT_EQ(logged("************** ENTERED REGION  12 *****************"), 1);
+    EXPECT_EQ(contentRequests(), (std::vector<std::pair<Value, Value>>{{99, "enter"}}));
+}
+
+TEST_F(VLGeoServiceMonitoringTest, WhatHasNoUsableIdentifierCentreOrRadiusIsPassedOver) {
+    ASSERT_TRUE(isTaken(described("1")));
+    for (const auto& value : {Value(), Value(true), Value(Array{1}), Value(Dictionary{}), Value("")}) {
+        for (const auto* key : {"id", "latitude", "longitude", "radius"}) {
+            EXPECT_FALSE(isTaken(changed(key, value))) << key << value;
+        }
+    }
+    for (const auto* key : {"id", "latitude", "longitude", "radius"}) {
+        auto description = described("1");
+        description.erase(key);
+        EXPECT_FALSE(isTaken(description)) << key;
+    }
+    for (const auto& [key, value] : std::vector<std::pair<std::string, Value>>{{"latitude", 90.001},
+                                                                               {"latitude", -90.001},
+                                                                               {"longitude", 180.001},
+                                                                               {"longitude", -180.001},
+                                                                               {"latitude", "nan"},
+                                                                               {"longitude", "inf"},
+                                                                               {"latitude", "59,9"},
+                                                                               {"latitude", "+-5"},
+                                                                               {"longitude", "0x10"},
+                                                                               {"radius", 0},
+                                                                               {"radius", -5},
+                                                                               {"radius", "infinity"},
+                                                                               {"radius", "100 metres"},
+                                                                               {"radius", "1e999"}}) {
+        EXPECT_FALSE(isTaken(changed(key, value))) << key << value;
+    }
+    for (const auto& [key, value] : std::vector<std::pair<std::string, Value>>{
+             {"latitude", 90}, {"latitude", -90}, {"longitude", 180}, {"longitude", "-180"}, {"radius", 0.001}}) {
+        EXPECT_TRUE(isTaken(changed(key, value))) << key << value;
+    }
+    fetch({changed("radius", 0), described("2"), changed("latitude", 91), described("3")});
+    EXPECT_EQ(monitoredIdentifiers(), (Identifiers{"2", "3"}));
+}
+
+TEST_F(VLGeoServiceMonitoringTest, OtherKeysAreCarriedAlongButNotStored) {
+    auto description = described("1");
+    description["shape"] = Dictionary{{"points", Array{1, nullptr}}};
+    EXPECT_EQ(VLGeoService::extractGeoRegionsFromJson({{"geo_regions", Array{description}}}),
+              std::vector<Dictionary>{description});
+    fetch({description});
+    EXPECT_EQ(file(), Value(Array{freshRecord("1")}));
+}
+
+TEST_F(VLGeoServiceMonitoringTest, AbsentAndUnusableFieldsAreLeftOutOfTheRecord) {
+    auto bare = described("1");
+    bare.erase("name");
+    bare.erase("plotwise_id");
+    auto odd = described("2");
+    odd["name"] = nullptr;
+    odd["plotwise_id"] = Array{1};
+    fetch({bare, odd});
+    auto first = freshRecord("1");
+    auto second = freshRecord("2");
+    for (auto* record : {&first, &second}) {
+        record->erase("name");
+        record->erase("plotwise_id");
+    }
+    EXPECT_EQ(file(), Value(Array{first, second}));
+}
+
+TEST_F(VLGeoServiceMonitoringTest, ADoubledRegionIsStoredTwice) {
+    fetch({described("1"), described("1")});
+    EXPECT_EQ(file(), Value(Array{freshRecord("1"), freshRecord("1")}));
+    EXPECT_EQ(monitoredIdentifiers(), Identifiers{"1"});
+}
+
+TEST_F(VLGeoServiceMonitoringTest, AFileThatIsUnreadableIsReplaced) {
+    const std::string garbage = "garbage";
+    NSFileManager::writeToFile(Data(garbage.begin(), garbage.end()), documentsPath("VLGeoRegions.plist"));
+    enter("1");
+    fetch({described("1")});
+    EXPECT_EQ(file(), Value(Array{freshRecord("1")}));
+}
+
+TEST_F(VLGeoServiceMonitoringTest, TheRegionsAndTheFileOutliveARestart) {
+    fetch({described("1"), described("2")});
+    SimulatedPhone next({.documentsFolder = phone().documentsFolder()});
+    EXPECT_EQ(next.simulatedLocationManager().monitoredRegions().size(), 2U);
+    geo = makeService();
+    fetch({described("2"), described("3")});
+    EXPECT_EQ(started(), (Identifiers{"1", "2", "3"}));
+    EXPECT_EQ(file(), Value(Array{freshRecord("2"), freshRecord("3")}));
+}
+
+TEST_F(VLGeoServiceMonitoringTest, ARestartAfterRegionsWereStartedAndBeforeTheFileToldOfThemLosesNone) {
+    fetch({described("1")});
+    VLGeoRegionFile::deleteGeoRegionsFile();
+    geo = makeService();
+    fetch({described("1")});
+    EXPECT_EQ(started(), (Identifiers{"1", "1"}));
+    EXPECT_EQ(monitoredIdentifiers(), Identifiers{"1"});
+    EXPECT_EQ(file(), Value(Array{freshRecord("1")}));
+}
+
+TEST_F(VLGeoServiceMonitoringTest, ThereAreTwentySlotsAndOneKey) {
+    EXPECT_EQ(VLGeoService::maxGeoRegionMonitoringSlots(), 20U);
+    EXPECT_STREQ(VLGeoService::geoRegionsConfigKey(), "geo_regions");
+    EXPECT_EQ(geo->stopMonitoringStaleGeoRegions({}), 20U);
+}
+
+}  // namespace
+
+}  // namespace vorlane
