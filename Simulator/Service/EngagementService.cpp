@@ -10,6 +10,7 @@
 #include "Simulator/Service/AdminEndpoints.h"
 #include "Simulator/Service/AdminGeoEndpoints.h"
 #include "Simulator/Service/AdminInterstitialEndpoints.h"
+#include "Simulator/Service/AdminNotificationEndpoints.h"
 #include "Simulator/Service/AdminStoreEndpoints.h"
 #include "Simulator/Service/BeaconEndpoints.h"
 #include "Simulator/Service/ConfigEndpoints.h"
@@ -19,6 +20,7 @@
 #include "Simulator/Service/GeoEndpoints.h"
 #include "Simulator/Service/InterstitialEndpoints.h"
 #include "Simulator/Service/MalformedRequest.h"
+#include "Simulator/Service/NotificationEndpoints.h"
 #include "Simulator/Service/RecordedRequest.h"
 #include "Simulator/Service/SessionEndpoints.h"
 #include "Simulator/Service/TagEndpoints.h"
@@ -65,6 +67,8 @@ EngagementService::EngagementService(const std::string& databasePath, RequestLog
     addAdminStoreEndpoints(router_, store_);
     addAdminInterstitialEndpoints(router_, store_);
     addInterstitialEndpoints(router_, store_);
+    addAdminNotificationEndpoints(router_, store_);
+    addNotificationEndpoints(router_, store_);
     addAdminGeoEndpoints(router_, store_.geo());
     addAdminBeaconEndpoints(router_, store_.beacons());
     addGeoEndpoints(router_, store_);

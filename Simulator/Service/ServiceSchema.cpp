@@ -57,6 +57,20 @@ CREATE TABLE beacon_sessions (
 CREATE TABLE beacon_summaries (
     number INTEGER PRIMARY KEY AUTOINCREMENT, time REAL NOT NULL, app_key TEXT NOT NULL, tracking_id TEXT NOT NULL,
     session_id TEXT, timestamp INTEGER NOT NULL, beacons JSON TEXT NOT NULL);
+)",
+    R"(
+CREATE TABLE campaigns (token TEXT PRIMARY KEY, document JSON TEXT NOT NULL) WITHOUT ROWID;
+CREATE TABLE splits (
+    number INTEGER PRIMARY KEY AUTOINCREMENT, time REAL NOT NULL, tracking_id TEXT NOT NULL, campaign_token TEXT,
+    push_text TEXT NOT NULL, opened_phash TEXT NOT NULL, phash TEXT UNIQUE, split_id JSON TEXT NOT NULL,
+    cancelled REAL);
+CREATE INDEX splits_of_campaigns ON splits (campaign_token);
+CREATE TABLE cancellations (
+    number INTEGER PRIMARY KEY AUTOINCREMENT, time REAL NOT NULL, app_key TEXT NOT NULL, tracking_id TEXT NOT NULL,
+    record JSON TEXT NOT NULL);
+CREATE TABLE pushes (
+    number INTEGER PRIMARY KEY AUTOINCREMENT, time REAL NOT NULL, app_key TEXT NOT NULL, tracking_id TEXT NOT NULL,
+    device_id TEXT NOT NULL, token TEXT NOT NULL, phash TEXT, payload JSON TEXT NOT NULL);
 )"};
 
 std::string firstText(SQLiteDatabase& database, const std::string& sql) {

@@ -8,6 +8,7 @@
 #include "Public/VLValue.h"
 #include "Simulator/Service/BeaconStore.h"
 #include "Simulator/Service/GeoStore.h"
+#include "Simulator/Service/NotificationStore.h"
 #include "Simulator/Service/SQLiteDatabase.h"
 
 namespace vorlane::service {
@@ -55,6 +56,7 @@ public:
 
     GeoStore& geo() { return geo_; }
     BeaconStore& beacons() { return beacons_; }
+    NotificationStore& notifications() { return notifications_; }
 
     // Lists of objects, oldest first; tags and devices by their names.
     Array sessions(const StoreFilter& filter);
@@ -78,6 +80,7 @@ private:
     // They guard themselves by mutex_.
     GeoStore geo_;
     BeaconStore beacons_;
+    NotificationStore notifications_;
 };
 
 }  // namespace vorlane::service

@@ -111,7 +111,11 @@ TEST_F(ServicePersistenceTest, ADatabaseFromBeforeInterstitialsIsTakenOver) {
         client.del("/_admin/interstitials/K");
         before = everything(client);
     }
-    SQLiteDatabase(folder.path("db")).execute("DROP TABLE placements; PRAGMA user_version = 1");
+    SQLiteDatabase(folder.path("db"))
+        .execute(
+            "DROP TABLE placements; DROP TABLE regions; DROP TABLE geo_contents; DROP TABLE beacon_contents; "
+            "DROP TABLE beacon_sessions; DROP TABLE beacon_summaries; DROP TABLE campaigns; DROP TABLE splits; "
+            "DROP TABLE cancellations; DROP TABLE pushes; PRAGMA user_version = 1");
     const ServiceServer server(optionsWith("db"));
     const ServiceClient client(server.port());
     EXPECT_EQ(everything(client), before);
