@@ -8,6 +8,7 @@ std::vector<Chapter> allChapters() {
             {"The application keeps tags", playTags},
             {"Another user signs in", playAnotherUser},
             {"Away, back, and ended", playAwayAndBack},
+            {"Notifications come and go", playNotifications},
             {"Launched again without a network", playWithoutNetwork}};
 }
 

@@ -20,6 +20,7 @@ void playEvents(Stage& stage);
 void playTags(Stage& stage);
 void playAnotherUser(Stage& stage);
 void playAwayAndBack(Stage& stage);
+void playNotifications(Stage& stage);
 void playWithoutNetwork(Stage& stage);
 
 }  // namespace vorlane::demo

@@ -49,6 +49,14 @@ std::string noteOfResult(const Dictionary& event) {
     return note;
 }
 
+std::string noteOfNotification(const std::string& kind, const Dictionary& event) {
+    const auto* notification = dictionaryForKey(event, "notification");
+    const auto* userInfo = notification ? dictionaryForKey(*notification, "userInfo") : nullptr;
+    auto note = fmt::format("  notification {}: \"{}\"", kind, notification ? text(*notification, "alertBody") : "");
+    if (const auto phash = userInfo ? stringForKey(*userInfo, "p") : std::nullopt) note += ", phash " + *phash;
+    return note;
+}
+
 std::string session(const Dictionary& payload) {
     auto note = fmt::format("user {}, length {} s, average {} s", text(payload, "tracking_id"),
                             text(payload, "session_length"), text(payload, "average_session_length"));
@@ -66,6 +74,14 @@ std::string tags(const Dictionary& payload) {
     return fmt::format("{} = {} ({})", text(payload, "name"), text(payload, "value"), text(payload, "type"));
 }
 
+std::string device(const Dictionary& payload) {
+    return fmt::format("{} token {}", text(payload, "type"), text(payload, "devicetoken"));
+}
+
+std::string split(const Dictionary& payload) {
+    return fmt::format("text {}, campaign {}", text(payload, "pushtext"), text(payload, "campaigntoken"));
+}
+
 using Describe = std::function<std::string(const Dictionary& payload)>;
 
 const std::map<std::string, Describe>& describers() {
@@ -73,7 +89,9 @@ const std::map<std::string, Describe>& describers() {
                                                           {"sessionEnd", session},
                                                           {"changeTrackingId", session},
                                                           {"registerEvent", event},
-                                                          {"updateTag", tags}};
+                                                          {"updateTag", tags},
+                                                          {"deviceRegistration", device},
+                                                          {"MDN", split}};
     return table;
 }
 
@@ -86,6 +104,7 @@ std::optional<std::string> noteOfEvent(const Dictionary& event) {
     if (kind == "registerForRemoteNotifications") return "  asks the platform for a push token";
     if (kind == "minimumBackgroundFetchInterval")
         return "  asks for a background fetch every " + text(event, "seconds") + " s";
+    if (kind == "scheduled" || kind == "cancelled" || kind == "fired") return noteOfNotification(kind, event);
     return std::nullopt;
 }
 
