@@ -10,26 +10,41 @@ namespace {
 
 class InstantTask : public NSURLSessionDataTask {
 public:
-    InstantTask(NSURL url, NSURLSession::CompletionHandler handler)
-        : url_(std::move(url)), handler_(std::move(handler)) {}
+    InstantTask(NSURL url, std::optional<Data> body, NSURLSession::CompletionHandler handler)
+        : url_(std::move(url)), body_(std::move(body)), handler_(std::move(handler)) {}
 
     void resume() override {
         const auto handler = std::exchange(handler_, nullptr);
-        if (handler) handler(std::nullopt, std::make_shared<NSHTTPURLResponse>(url_, 204), std::nullopt);
+        const int status = body_ ? 200 : 204;
+        if (handler) handler(std::move(body_), std::make_shared<NSHTTPURLResponse>(url_, status), std::nullopt);
     }
     void cancel() override {}
 
 private:
     NSURL url_;
+    std::optional<Data> body_;
     NSURLSession::CompletionHandler handler_;
 };
 
 class InstantSession : public NSURLSession {
 public:
+    explicit InstantSession(Answers answers) : answers_(std::move(answers)) {}
+
     std::shared_ptr<NSURLSessionDataTask> dataTaskWithRequest(NSURLRequest request,
                                                               CompletionHandler handler) override {
-        return std::make_shared<InstantTask>(std::move(request.URL), std::move(handler));
+        auto body = answerTo(request.URL.path());
+        return std::make_shared<InstantTask>(std::move(request.URL), std::move(body), std::move(handler));
     }
+
+private:
+    std::optional<Data> answerTo(const std::string& path) const {
+        for (const auto& [part, body] : answers_) {
+            if (path.find(part) != std::string::npos) return Data(body.begin(), body.end());
+        }
+        return std::nullopt;
+    }
+
+    const Answers answers_;
 };
 
 LinuxPlatform::Options optionsWithFolder(const std::string& folder) {
@@ -48,7 +63,7 @@ std::shared_ptr<LinuxPlatform> install(std::shared_ptr<LinuxPlatform> platform, 
 }  // namespace
 
 std::shared_ptr<NSURLSession> OfflinePlatform::makeURLSession(const NSURLSessionConfiguration& /*configuration*/) {
-    return std::make_shared<InstantSession>();
+    return std::make_shared<InstantSession>(answers_);
 }
 
 std::shared_ptr<LinuxPlatform> installLinuxPlatform(const std::string& folder, const std::string& origin) {
@@ -57,6 +72,15 @@ std::shared_ptr<LinuxPlatform> installLinuxPlatform(const std::string& folder, c
 
 std::shared_ptr<LinuxPlatform> installOfflinePlatform(const std::string& folder) {
     return install(std::make_shared<OfflinePlatform>(optionsWithFolder(folder)), "http://127.0.0.1:9");
+}
+
+std::shared_ptr<LinuxPlatform> installOfflinePlatform(const std::string& folder, Answers answers,
+                                                      std::shared_ptr<LocationBackEnd> backEnd) {
+    auto options = optionsWithFolder(folder);
+    options.infoDictionary["NSLocationAlwaysUsageDescription"] = "To find what is near";
+    options.infoDictionary["UIBackgroundModes"] = Array{"location"};
+    options.locationBackEnd = std::move(backEnd);
+    return install(std::make_shared<OfflinePlatform>(std::move(options), std::move(answers)), "http://127.0.0.1:9");
 }
 
 void startLibrary() {

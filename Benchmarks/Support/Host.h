@@ -1,25 +1,39 @@
 #pragma once
 
+#include <map>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "Platform/Linux/LinuxPlatform.h"
+#include "Platform/LocationBackEnd.h"
 #include "Platform/NSURLSession.h"
 
 namespace vorlane::benchmarks {
 
-/// A Linux platform whose network answers every request at once, on the caller's thread, with nothing: what remains is
-/// the library.
+/// What requests are answered with: a part of the URL's path, and the body.
+using Answers = std::map<std::string, std::string>;
+
+/// A Linux platform whose network answers every request at once, on the caller's thread, with nothing or what it was
+/// told: what remains is the library.
 class OfflinePlatform : public LinuxPlatform {
 public:
-    using LinuxPlatform::LinuxPlatform;
+    explicit OfflinePlatform(Options options, Answers answers = {})
+        : LinuxPlatform(std::move(options)), answers_(std::move(answers)) {}
     std::shared_ptr<NSURLSession> makeURLSession(const NSURLSessionConfiguration& configuration) override;
+
+private:
+    const Answers answers_;
 };
 
 /// Installs a Linux platform with its files in `folder`, and sets every endpoint to `origin`.
 std::shared_ptr<LinuxPlatform> installLinuxPlatform(const std::string& folder, const std::string& origin);
 /// The same without a network.
 std::shared_ptr<LinuxPlatform> installOfflinePlatform(const std::string& folder);
+/// The same for an application that uses geofences and beacons, and a device that receives what is handed to
+/// `backEnd`.
+std::shared_ptr<LinuxPlatform> installOfflinePlatform(const std::string& folder, Answers answers,
+                                                      std::shared_ptr<LocationBackEnd> backEnd);
 
 /// Starts the library as an application does that logs at INFO.
 void startLibrary();

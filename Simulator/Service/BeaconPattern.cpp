@@ -55,8 +55,9 @@ BeaconPattern BeaconPattern::fromTexts(const std::string& uuid, const std::strin
 }
 
 BeaconPattern BeaconPattern::fromPayload(const Dictionary& payload) {
-    return fromTexts(requiredText(payload, "uuid"), requiredTextOrNumber(payload, "major"),
-                     requiredTextOrNumber(payload, "minor"));
+    const auto uuid = requiredText(payload, "uuid");
+    if (uuid == kAny) throw MalformedRequest("\"*\" is no UUID");
+    return fromTexts(uuid, requiredTextOrNumber(payload, "major"), requiredTextOrNumber(payload, "minor"));
 }
 
 bool BeaconPattern::isExact() const { return uuid != kAny && major != kAny && minor != kAny; }

@@ -16,7 +16,8 @@ struct BeaconPattern {
 
     /// Throws MalformedRequest for what is neither "*" nor a UUID, or a number in the range of a major or minor.
     static BeaconPattern fromTexts(const std::string& uuid, const std::string& major, const std::string& minor);
-    /// From "uuid", "major" and "minor"; the latter two may be texts or numbers. Throws MalformedRequest.
+    /// What a phone tells of a beacon or a region: "uuid", which is never "*", "major" and "minor", which may be texts
+    /// or numbers. Throws MalformedRequest.
     static BeaconPattern fromPayload(const Dictionary& payload);
 
     /// Whether it means one beacon alone.

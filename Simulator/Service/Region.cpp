@@ -2,22 +2,18 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-#include <cmath>
 #include <numbers>
 
 #include "Categories/NSDictionary+VLLookup.h"
+#include "Platform/CLLocation.h"
 #include "Simulator/Service/MalformedRequest.h"
 #include "Simulator/Service/RequestPayload.h"
 
 namespace vorlane::service {
 namespace {
 
-constexpr double kEarthRadius = 6'371'000;
-// Half of the way around: no circle on the globe is larger.
-constexpr double kLargestRadius = kEarthRadius * std::numbers::pi;
-
-double radians(double degrees) { return degrees * std::numbers::pi / 180; }
+// Half of the way around the globe: no circle on it is larger.
+constexpr double kLargestRadius = 6'371'000 * std::numbers::pi;
 
 double numberWithin(const Dictionary& payload, const std::string& key, double least, double most) {
     const auto number = numberForKey(payload, key);
@@ -52,11 +48,7 @@ Region Region::fromPayload(const Dictionary& payload) {
 }
 
 double Region::distanceTo(double otherLatitude, double otherLongitude) const {
-    const auto halfHeight = std::sin(radians(otherLatitude - latitude) / 2);
-    const auto halfWidth = std::sin(radians(otherLongitude - longitude) / 2);
-    const auto chord = halfHeight * halfHeight +
-                       std::cos(radians(latitude)) * std::cos(radians(otherLatitude)) * halfWidth * halfWidth;
-    return 2 * kEarthRadius * std::asin(std::sqrt(std::min(chord, 1.0)));
+    return CLDistanceBetween({latitude, longitude}, {otherLatitude, otherLongitude});
 }
 
 }  // namespace vorlane::service

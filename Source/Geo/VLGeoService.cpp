@@ -34,11 +34,6 @@ constexpr double kDefaultStateChangeTime = 300.0;
 constexpr double kFreshness = 5.0;
 constexpr double kOneDay = 86400.0;
 constexpr std::size_t kMonitoringSlots = 20;
-constexpr double kEarthRadiusInKilometres = 6371.0;
-constexpr double kMetresInKilometre = 1000.0;
-constexpr double kRadiansInDegree = 3.14159265358979323846 / 180.0;
-constexpr double kPole = 90.0;
-constexpr double kDateLine = 180.0;
 
 constexpr const char* kIdentifierKey = "identifier";
 constexpr const char* kEnterTimestampKey = "VLEnterRegionTimestamp";
@@ -51,11 +46,6 @@ double now() { return Platform::current().clock().now(); }
 double orDefault(double setting, double otherwise) { return setting == 0 ? otherwise : setting; }
 
 void logDebug(std::string message) { logMessage(VLLogLevel::Debug, std::move(message)); }
-
-bool isOnGlobe(const CLLocationCoordinate2D& place) {
-    // Written so that what is no number is not on it.
-    return std::abs(place.latitude) <= kPole && std::abs(place.longitude) <= kDateLine;
-}
 
 double numberIn(const Dictionary& dictionary, const char* key) {
     return vl_looseNumber(valueForKey(dictionary, key)).value_or(0);
@@ -76,7 +66,7 @@ bool isUsable(const Dictionary& description) {
     const auto radius = vl_looseNumber(valueForKey(description, "radius"));
     if (!latitude || !longitude || !radius || *radius <= 0) return false;
     const auto identifier = stringForKey(description, "id");
-    return identifier && !identifier->empty() && isOnGlobe({*latitude, *longitude});
+    return identifier && !identifier->empty() && CLLocationCoordinate2DIsValid({*latitude, *longitude});
 }
 
 bool contains(const VLGeoService::Descriptions& descriptions, const std::string& identifier) {
@@ -163,7 +153,7 @@ std::vector<CLLocation> VLGeoService::sortLocationsByAccuracy(std::vector<CLLoca
 }
 
 bool VLGeoService::isUsableLocation(const CLLocation& location, bool allowSignificant) {
-    if (!(location.horizontalAccuracy >= 0) || !isOnGlobe(location.coordinate)) return false;
+    if (!(location.horizontalAccuracy >= 0) || !CLLocationCoordinate2DIsValid(location.coordinate)) return false;
     return allowSignificant || isFreshLocation(location);
 }
 
@@ -222,14 +212,7 @@ double VLGeoService::distanceFromOldLocation(const CLLocation& location, double 
 
 double VLGeoService::calculateDistanceInMetersBetweenCoord(const CLLocationCoordinate2D& first,
                                                            const CLLocationCoordinate2D& second) {
-    const double sineOfLatitudes = std::sin((second.latitude - first.latitude) * kRadiansInDegree / 2);
-    const double sineOfLongitudes = std::sin((second.longitude - first.longitude) * kRadiansInDegree / 2);
-    const double a = sineOfLatitudes * sineOfLatitudes + std::cos(first.latitude * kRadiansInDegree) *
-                                                             std::cos(second.latitude * kRadiansInDegree) *
-                                                             sineOfLongitudes * sineOfLongitudes;
-    // Rounding may take it just past 1 for opposite points.
-    const double c = 2 * std::atan2(std::sqrt(a), std::sqrt(std::max(0.0, 1 - a)));
-    return c * kEarthRadiusInKilometres * kMetresInKilometre;
+    return CLDistanceBetween(first, second);
 }
 
 double VLGeoService::calculateTimeInSecondsBetweenTimeStamps(double newTimeStamp, double oldTimeStamp) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Public/VLExport.h"
+
 namespace vorlane {
 
 /// A place on the globe, in degrees; north and east are positive.
@@ -9,6 +11,12 @@ struct CLLocationCoordinate2D {
 
     bool operator==(const CLLocationCoordinate2D&) const = default;
 };
+
+/// Whether the place is on the globe: what is not finite is not.
+VORLANE_EXPORT bool CLLocationCoordinate2DIsValid(const CLLocationCoordinate2D& place);
+
+/// The distance along the great circle, in metres, on a globe of radius 6371 km.
+VORLANE_EXPORT double CLDistanceBetween(const CLLocationCoordinate2D& first, const CLLocationCoordinate2D& second);
 
 /// One fix of the device's position.
 struct CLLocation {

@@ -41,14 +41,13 @@ bool readShort(const Dictionary& dictionary, const char* key, std::optional<std:
 }
 
 std::shared_ptr<CLRegion> circularRegion(const Dictionary& dictionary, const std::string& identifier) {
-    constexpr double kPole = 90.0;
-    constexpr double kDateLine = 180.0;
     const auto latitude = numberIn(dictionary, "latitude");
     const auto longitude = numberIn(dictionary, "longitude");
     const auto radius = numberIn(dictionary, "radius");
     if (!latitude || !longitude || !radius) return nullptr;
-    if (std::abs(*latitude) > kPole || std::abs(*longitude) > kDateLine || *radius <= 0) return nullptr;
-    return std::make_shared<CLCircularRegion>(CLLocationCoordinate2D{*latitude, *longitude}, *radius, identifier);
+    const CLLocationCoordinate2D center{*latitude, *longitude};
+    if (!CLLocationCoordinate2DIsValid(center) || *radius <= 0) return nullptr;
+    return std::make_shared<CLCircularRegion>(center, *radius, identifier);
 }
 
 std::shared_ptr<CLRegion> beaconRegion(const Dictionary& dictionary, const std::string& identifier) {

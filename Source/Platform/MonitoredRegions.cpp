@@ -10,6 +10,14 @@ namespace vorlane {
 namespace {
 
 constexpr const char* kRegionsKey = "regions";
+constexpr const char* kStateKey = "state";
+
+CLRegionState stateIn(const Dictionary& fields) {
+    const auto found = fields.find(kStateKey);
+    if (found == fields.end()) return CLRegionState::Unknown;
+    if (found->second == Value("inside")) return CLRegionState::Inside;
+    return found->second == Value("outside") ? CLRegionState::Outside : CLRegionState::Unknown;
+}
 
 }  // namespace
 
@@ -23,13 +31,15 @@ MonitoredRegions::MonitoredRegions(std::string path) : path_(std::move(path)) {
     for (const auto& entry : found->second) {
         const auto* fields = entry.get_ptr<const Dictionary*>();
         if (auto region = fields ? CLRegion::fromDictionary(*fields) : nullptr) {
-            regions_[region->identifier()] = std::move(region);
+            const auto identifier = region->identifier();
+            regions_[identifier] = {std::move(region), stateIn(*fields)};
         }
     }
 }
 
 void MonitoredRegions::add(std::shared_ptr<CLRegion> region) {
-    regions_[region->identifier()] = std::move(region);
+    const auto identifier = region->identifier();
+    regions_[identifier] = {std::move(region), CLRegionState::Unknown};
     write();
 }
 
@@ -41,19 +51,35 @@ bool MonitoredRegions::remove(const std::string& identifier) {
 
 std::shared_ptr<CLRegion> MonitoredRegions::find(const std::string& identifier) const {
     const auto found = regions_.find(identifier);
-    return found == regions_.end() ? nullptr : found->second;
+    return found == regions_.end() ? nullptr : found->second.region;
+}
+
+CLRegionState MonitoredRegions::stateOf(const std::string& identifier) const {
+    const auto found = regions_.find(identifier);
+    return found == regions_.end() ? CLRegionState::Unknown : found->second.state;
+}
+
+void MonitoredRegions::setState(const std::string& identifier, CLRegionState state) {
+    const auto found = regions_.find(identifier);
+    if (found == regions_.end() || std::exchange(found->second.state, state) == state) return;
+    write();
 }
 
 std::vector<std::shared_ptr<CLRegion>> MonitoredRegions::all() const {
     std::vector<std::shared_ptr<CLRegion>> list;
-    for (const auto& [identifier, region] : regions_) list.push_back(region);
+    for (const auto& [identifier, entry] : regions_) list.push_back(entry.region);
     return list;
 }
 
 void MonitoredRegions::write() const {
     if (path_.empty()) return;
     Array list;
-    for (const auto& [identifier, region] : regions_) list.emplace_back(region->toDictionary());
+    for (const auto& [identifier, entry] : regions_) {
+        auto fields = entry.region->toDictionary();
+        if (entry.state == CLRegionState::Inside) fields[kStateKey] = "inside";
+        if (entry.state == CLRegionState::Outside) fields[kStateKey] = "outside";
+        list.emplace_back(std::move(fields));
+    }
     NSPropertyListSerialization::writeToFile({{kRegionsKey, std::move(list)}}, path_);
 }
 

@@ -165,10 +165,22 @@ TEST_F(AdminEndpointsTest, ResetForgetsEverything) {
                       {{"app_key", "K"}, {"tracking_id", "T"}, {"event_type", "e"}, {"event_label", "l"}});
     client().postJSON("/api/apps/K/tracking/T", {{"name", "a"}, {"value", 1}});
     client().put("/_admin/config/K", {{"a", 1}});
+    client().put("/_admin/regions/K/a", {{"latitude", 1}, {"longitude", 2}, {"radius", 3}});
+    client().put("/_admin/geoContent/K/enter/a", {{"pushtext", "in"}});
+    client().put("/_admin/beaconContent/K/*/*/*", {{"pushtext", "near"}});
+    client().postJSON("/K/T/session/beacon/region/exit", {{"timestamp", "1"},
+                                                          {"sessionId", "S"},
+                                                          {"uuid", "E2C56DB5-DFFB-48D2-B060-D0F5A71096E0"},
+                                                          {"major", "*"},
+                                                          {"minor", "*"}});
+    client().postJSON("/K/T/session/beacon", {{"timestamp", "2"}, {"beacons", Value::array()}});
     addFault({{"endpoint", "config"}, {"kind", "drop"}});
     expectOK(client().post("/_admin/reset", "", "text/plain"));
-    for (const std::string name : {"requests", "faults", "sessions", "events", "tags", "devices"})
+    for (const std::string name :
+         {"requests", "faults", "sessions", "events", "tags", "devices", "beaconSessions", "beaconSummaries"})
         EXPECT_EQ(listOf(name), Value::array()) << name;
+    for (const std::string name : {"regions", "geoContent", "beaconContent"})
+        EXPECT_EQ(client().get("/_admin/" + name + "/K").json(), Value({{name, Value::array()}}));
     EXPECT_TRUE(client().get("/config/application/ios/K").json().contains("services"));
     EXPECT_TRUE(client().get("/api/apps/K/tracking/T/tag/a").json().contains("error"));
 }

@@ -39,6 +39,25 @@ void fill(const ServiceClient& client) {
     client.del("/_admin/interstitials/K/App%20Open");
 }
 
+/// One of everything that belongs to places.
+void fillPlaces(const ServiceClient& client) {
+    const std::string uuid = "E2C56DB5-DFFB-48D2-B060-D0F5A71096E0";
+    client.put("/_admin/regions/K/a", {{"latitude", 1}, {"longitude", 2}, {"radius", 3}, {"own", {4, nullptr}}});
+    client.put("/_admin/geoContent/K/enter/a", {{"pushtext", "in"}, {"metadata", {{"a", 1}}}});
+    client.put("/_admin/beaconContent/K/" + uuid + "/1/*", {{"pushtext", "near"}, {"sound", "s"}});
+    client.postJSON("/K/T/session/beacon/region/entry",
+                    {{"timestamp", "1"}, {"sessionId", "S"}, {"uuid", uuid}, {"major", "1"}, {"minor", "*"}});
+    client.postJSON("/K/T/session/beacon", {{"timestamp", "2"}, {"sessionId", "S"}, {"beacons", Value::array()}});
+}
+
+std::vector<Value> allPlaces(const ServiceClient& client) {
+    std::vector<Value> answers;
+    for (const char* target : {"/_admin/regions/K", "/_admin/geoContent/K", "/_admin/beaconContent/K",
+                               "/_admin/beaconSessions", "/_admin/beaconSummaries"})
+        answers.push_back(client.get(target).json());
+    return answers;
+}
+
 std::vector<Value> everything(const ServiceClient& client) {
     std::vector<Value> answers;
     for (const char* target : {"/_admin/sessions", "/_admin/events", "/_admin/tags", "/_admin/devices",
@@ -102,7 +121,20 @@ TEST_F(ServicePersistenceTest, ADatabaseOfSomethingElseIsLeftAlone) {
     EXPECT_THROW(ServiceServer(optionsWith("newer")), ServiceError);
 }
 
-TEST_F(ServicePersistenceTest, ADatabaseFromBeforeInterstitialsIsTakenOver) {
+TEST_F(ServicePersistenceTest, AFileKeepsGeofencesAndBeacons) {
+    std::vector<Value> before;
+    {
+        const ServiceServer server(optionsWith("db"));
+        const ServiceClient client(server.port());
+        fillPlaces(client);
+        before = allPlaces(client);
+        for (const auto& answer : before) EXPECT_EQ(answer.begin()->size(), 1u) << answer;
+    }
+    const ServiceServer server(optionsWith("db"));
+    EXPECT_EQ(allPlaces(ServiceClient(server.port())), before);
+}
+
+TEST_F(ServicePersistenceTest, ADatabaseOfTheFirstVersionIsTakenOver) {
     std::vector<Value> before;
     {
         const ServiceServer server(optionsWith("db"));
@@ -120,6 +152,8 @@ TEST_F(ServicePersistenceTest, ADatabaseFromBeforeInterstitialsIsTakenOver) {
     const ServiceClient client(server.port());
     EXPECT_EQ(everything(client), before);
     EXPECT_EQ(client.put("/_admin/interstitials/K/Feedback", {{"html", "mine"}}).status, 200);
+    fillPlaces(client);
+    for (const auto& answer : allPlaces(client)) EXPECT_EQ(answer.begin()->size(), 1u) << answer;
 }
 
 TEST_F(ServicePersistenceTest, APortThatIsTakenIsAnError) {

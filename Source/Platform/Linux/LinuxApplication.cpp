@@ -37,6 +37,7 @@ LinuxApplication::LinuxApplication(std::shared_ptr<NSNotificationCenter> notific
 
 void LinuxApplication::didEnterBackground() {
     const std::uint64_t stay = ++stay_;
+    stayBegan_ = clock_->now();
     UIApplication::didEnterBackground();
     if (const auto queue = mainQueue_.lock()) {
         queue->postAfter(kBackgroundTime, [weakSelf = weak_from_this(), stay] {
@@ -48,6 +49,11 @@ void LinuxApplication::didEnterBackground() {
 void LinuxApplication::willEnterForeground() {
     ++stay_;
     UIApplication::willEnterForeground();
+}
+
+TimeInterval LinuxApplication::backgroundTimeRemaining() const {
+    if (applicationState() != UIApplicationState::background) return UIApplication::backgroundTimeRemaining();
+    return std::clamp(kBackgroundTime - (clock_->now() - stayBegan_), 0.0, kBackgroundTime);
 }
 
 void LinuxApplication::backgroundTimeEnded(std::uint64_t stay) {

@@ -47,6 +47,8 @@ public:
     /// then expire.
     void didEnterBackground() override;
     void willEnterForeground() override;
+    /// What is left of the background time; the largest number there is while the application is not in the background.
+    TimeInterval backgroundTimeRemaining() const override;
 
     /// True when the host opens URLs.
     bool openURL(const NSURL& url) override;
@@ -71,6 +73,8 @@ private:
     const std::shared_ptr<const Clock> clock_;
     // Main queue only. Counts the stays in the background, so that a time that ran out concerns its own stay alone.
     std::uint64_t stay_ = 0;
+    // When the newest one began.
+    double stayBegan_ = 0;
     // Counts the waits for notifications: only the newest one counts.
     std::uint64_t wait_ = 0;
     // Empty: nothing is kept.

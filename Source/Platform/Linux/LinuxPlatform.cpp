@@ -241,7 +241,10 @@ std::shared_ptr<UNUserNotificationCenter> LinuxPlatform::userNotificationCenter(
 std::shared_ptr<CLLocationManager> LinuxPlatform::locationManager() {
     std::call_once(state_->locationManagerOnce, [this] {
         state_->locationManager =
-            std::make_shared<LinuxLocationManager>(mainQueue(), state_->documentsFolder() + kMonitoredRegionsFile);
+            LinuxLocationManager::managerWith({.mainQueue = mainQueue(),
+                                               .clock = std::make_shared<LinuxClock>(),
+                                               .backEnd = state_->options.locationBackEnd,
+                                               .regionsPath = state_->documentsFolder() + kMonitoredRegionsFile});
     });
     return state_->locationManager;
 }

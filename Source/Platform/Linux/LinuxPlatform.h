@@ -12,6 +12,7 @@
 
 namespace vorlane {
 
+class LocationBackEnd;
 class NSURL;
 class UILocalNotification;
 
@@ -53,6 +54,9 @@ public:
         /// Asks the user about notifications, and tells what is allowed. Nothing: a centre that is not determined,
         /// where every request ends with an error.
         std::shared_ptr<UNUserNotificationCenter> userNotificationCenter;
+        /// Where positions and the advertisements of beacons come from; the platform finds out by itself what happens
+        /// to the regions that the library watches. Nothing: no position, and location is not determined.
+        std::shared_ptr<LocationBackEnd> locationBackEnd;
     };
 
     LinuxPlatform();

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <memory>
 #include <string>
 #include <utility>
@@ -11,6 +12,7 @@
 #include "Platform/DispatchQueue.h"
 #include "Platform/NSNotificationCenter.h"
 #include "Platform/NSURL.h"
+#include "Tests/Platform/Linux/ClockedQueue.h"
 
 namespace vorlane {
 namespace {
@@ -86,6 +88,24 @@ TEST_F(LinuxApplicationTest, TasksExpireThreeMinutesAfterTheForegroundWasLeft) {
     queue->runOldest();
     EXPECT_EQ(expirations, 1);
     EXPECT_TRUE(application->backgroundTasks().empty());
+}
+
+TEST_F(LinuxApplicationTest, TheBackgroundTimeThatRemainsIsToldInTheBackgroundAlone) {
+    const auto clock = std::make_shared<SetClock>();
+    const auto clocked = std::make_shared<LinuxApplication>(std::make_shared<NSNotificationCenter>(), queue,
+                                                            LinuxApplication::Callbacks{}, clock);
+    constexpr double kUnlimited = std::numeric_limits<double>::max();
+    EXPECT_EQ(clocked->backgroundTimeRemaining(), kUnlimited);
+    clocked->didEnterBackground();
+    EXPECT_EQ(clocked->backgroundTimeRemaining(), 180);
+    clock->time += 100;
+    EXPECT_EQ(clocked->backgroundTimeRemaining(), 80);
+    clock->time += 100;
+    EXPECT_EQ(clocked->backgroundTimeRemaining(), 0);
+    clock->time -= 1000;
+    EXPECT_EQ(clocked->backgroundTimeRemaining(), 180);
+    clocked->willEnterForeground();
+    EXPECT_EQ(clocked->backgroundTimeRemaining(), kUnlimited);
 }
 
 TEST_F(LinuxApplicationTest, ATaskThatEndedInTimeDoesNotExpire) {

@@ -4,52 +4,17 @@
 #include <memory>
 #include <vector>
 
-#include "Platform/DispatchQueue.h"
 #include "Platform/Linux/LinuxApplication.h"
 #include "Platform/Linux/LinuxPlatform.h"
 #include "Platform/Linux/QuietUserNotificationCenter.h"
 #include "Platform/NSFileManager.h"
 #include "Platform/NSNotificationCenter.h"
 #include "Platform/NSPropertyListSerialization.h"
+#include "Tests/Platform/Linux/ClockedQueue.h"
 #include "Tests/Platform/TemporaryFolderTest.h"
 
 namespace vorlane {
 namespace {
-
-class SetClock : public Clock {
-public:
-    double now() const override { return time; }
-    double time = 1'700'000'000;
-};
-
-/// Keeps tasks until the clock has reached their time.
-class ClockedQueue : public DispatchQueue {
-public:
-    explicit ClockedQueue(std::shared_ptr<SetClock> clock) : clock_(std::move(clock)) {}
-
-    void post(std::function<void()> task) override { postAfter(0, std::move(task)); }
-    void postAfter(TimeInterval delay, std::function<void()> task) override {
-        delays.push_back(delay);
-        tasks_.emplace(clock_->time + delay, std::move(task));
-    }
-
-    void advance(TimeInterval seconds) {
-        const double target = clock_->time + seconds;
-        while (!tasks_.empty() && tasks_.begin()->first <= target) {
-            clock_->time = std::max(clock_->time, tasks_.begin()->first);
-            const auto task = std::move(tasks_.begin()->second);
-            tasks_.erase(tasks_.begin());
-            task();
-        }
-        clock_->time = target;
-    }
-
-    std::vector<TimeInterval> delays;
-
-private:
-    const std::shared_ptr<SetClock> clock_;
-    std::multimap<double, std::function<void()>> tasks_;
-};
 
 class LinuxScheduledNotificationsTest : public TemporaryFolderTest {
 protected:

@@ -1,0 +1,8 @@
+#include "Platform/LocationBackEnd.h"
+
+namespace vorlane {
+
+LocationBackEnd::Listener::~Listener() = default;
+LocationBackEnd::~LocationBackEnd() = default;
+
+}  // namespace vorlane
