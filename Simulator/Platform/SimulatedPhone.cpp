@@ -35,19 +35,30 @@ public:
     }
 };
 
-/// A serial queue whose posts count as activity of the phone.
-class SimulatedSerialQueue : public SerialDispatchQueue {
+/// A serial queue whose posts count as activity of the phone, and whose delays run on the phone's clock.
+class SimulatedSerialQueue : public SerialDispatchQueue, public std::enable_shared_from_this<SimulatedSerialQueue> {
 public:
-    SimulatedSerialQueue(std::string label, std::shared_ptr<ActivityCounter> activity)
-        : SerialDispatchQueue(std::move(label)), activity_(std::move(activity)) {}
+    /// `virtualTime` is what keeps the time of a virtual clock; none with the real one.
+    SimulatedSerialQueue(std::string label, std::shared_ptr<ActivityCounter> activity,
+                         std::shared_ptr<SimulatedMainQueue> virtualTime)
+        : SerialDispatchQueue(std::move(label)), activity_(std::move(activity)), virtualTime_(std::move(virtualTime)) {}
 
     void post(std::function<void()> task) override {
         ++*activity_;
         SerialDispatchQueue::post(std::move(task));
     }
 
+    void postAfter(TimeInterval delay, std::function<void()> task) override {
+        if (!virtualTime_ || delay <= 0) return SerialDispatchQueue::postAfter(delay, std::move(task));
+        virtualTime_->postAt(virtualTime_->now() + delay, SimulatedMainQueue::Kind::phone,
+                             [weakSelf = weak_from_this(), task = std::move(task)] {
+                                 if (const auto self = weakSelf.lock()) self->post(task);
+                             });
+    }
+
 private:
     const std::shared_ptr<ActivityCounter> activity_;
+    const std::shared_ptr<SimulatedMainQueue> virtualTime_;
 };
 
 /// What was written to the system's log and to the console.
@@ -125,7 +136,7 @@ struct SimulatedPhone::Impl {
     }
 
     std::shared_ptr<SerialDispatchQueue> makeQueue(const std::string& label) {
-        auto queue = std::make_shared<SimulatedSerialQueue>(label, activity);
+        auto queue = std::make_shared<SimulatedSerialQueue>(label, activity, virtualClock ? mainQueue : nullptr);
         const std::lock_guard lock(mutex);
         queues.push_back(queue);
         return queue;
