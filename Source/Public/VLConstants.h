@@ -24,4 +24,7 @@ inline constexpr const char* VLCONFIGSERVICEBEACON = "beacon";
 inline constexpr const char* VLCONFIGSERVICEPERMISSION = "permission";
 inline constexpr const char* VLCONFIGSERVICEINBOX = "rich_inbox";
 
+/// Stands in front of every page of HTML that the library hands out.
+inline constexpr const char* VIEWPORT_META_TAG = R"(<meta name="viewport" content="initial-scale=1.0" />)";
+
 }  // namespace vorlane
