@@ -7,6 +7,7 @@
 #include "Core/VLIOSComponents.h"
 #include "Core/VLLifeCycleManager.h"
 #include "Core/VLSettings.h"
+#include "Inbox/VLInboxService.h"
 #include "Network/VLPayloadBuilder.h"
 #include "Network/VLURLBuilder.h"
 #include "Network/VLURLSession.h"
@@ -114,6 +115,15 @@ std::shared_ptr<VLLocalNotificationService> createLocalNotificationService(VLBoo
          .notificationCenter = components.getComponent<NSNotificationCenter>()});
 }
 
+std::shared_ptr<VLInboxService> createInboxService(VLBootstrap& components) {
+    return VLInboxService::serviceWith({.settings = components.getComponent<VLSettings>(),
+                                        .eventService = components.getComponent<VLEventService>(),
+                                        .configService = components.getComponent<VLConfigService>(),
+                                        .urlBuilder = components.getComponent<VLURLBuilder>(),
+                                        .urlSession = components.getComponent<VLURLSession>(),
+                                        .imageSession = components.getComponent<NSURLSession>()});
+}
+
 std::shared_ptr<VLBackgroundRefreshHelper> createBackgroundRefreshHelper(VLBootstrap& components) {
     return std::make_shared<VLBackgroundRefreshHelper>(components.getComponent<UIApplication>());
 }
@@ -157,6 +167,7 @@ void VLServiceComponents::defaultVLServices(const std::shared_ptr<VLURLs>& urls)
     add(createSessionService);
     add(createLifeCycleManager);
     add(createLocalNotificationService);
+    add(createInboxService);
     add(createBackgroundRefreshHelper);
     add(authorisationHelper);
     add(vlUserNotificationCentre);

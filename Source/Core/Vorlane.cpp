@@ -6,6 +6,7 @@
 #include "Core/VLBootstrap.h"
 #include "Core/VLLifeCycleManager.h"
 #include "Core/VLSettings.h"
+#include "Inbox/VLInboxService.h"
 #include "Notifications/VLLocalNotificationService.h"
 #include "Notifications/VLRemoteNotificationService.h"
 #include "Notifications/VLUserNotificationCentre.h"
@@ -31,6 +32,13 @@ struct EndpointSet {
     std::shared_ptr<VLURLs> urls;
 };
 
+/// Leaves the message out, which the host has.
+VLInboxService::MessageHandler errorOnly(Vorlane::ErrorHandler completionHandler) {
+    if (!completionHandler) return nullptr;
+    return [handler = std::move(completionHandler)](const std::shared_ptr<VLInboxMessage>& /*message*/,
+                                                    std::optional<NSError> error) { handler(std::move(error)); };
+}
+
 constinit ProcessWide<Vorlane> sharedVorlane;
 constinit ProcessWide<EndpointSet> endpointSet;
 
@@ -49,6 +57,7 @@ Vorlane::Vorlane() {
     localNotificationService_ = bootstrap_->getComponent<VLLocalNotificationService>();
     remoteNotificationService_ = bootstrap_->getComponent<VLRemoteNotificationService>();
     sessionService_ = bootstrap_->getComponent<VLSessionService>();
+    inboxService_ = bootstrap_->getComponent<VLInboxService>();
     lifeCycleManager_ = bootstrap_->getComponent<VLLifeCycleManager>();
     vlUserNotificationCentre_ = bootstrap_->getComponent<VLUserNotificationCentre>();
 }
@@ -179,6 +188,18 @@ void Vorlane::cancelAllPendingLocalNotifications() {
 void Vorlane::didReceiveLocalNotification(const std::shared_ptr<UIApplication>& application,
                                           const UILocalNotification& notification) {
     sharedInstance().localNotificationService_->didAcceptLocalNotification(application, notification);
+}
+
+void Vorlane::getInboxMessagesWithCompletionHandler(InboxHandler completionHandler) {
+    sharedInstance().inboxService_->getInboxMessagesWithCompletionHandler(std::move(completionHandler));
+}
+
+void Vorlane::openInboxMessage(const std::shared_ptr<VLInboxMessage>& message, ErrorHandler completionHandler) {
+    sharedInstance().inboxService_->openInboxMessage(message, errorOnly(std::move(completionHandler)));
+}
+
+void Vorlane::deleteInboxMessage(const std::shared_ptr<VLInboxMessage>& message, ErrorHandler completionHandler) {
+    sharedInstance().inboxService_->deleteInboxMessage(message, errorOnly(std::move(completionHandler)));
 }
 
 void Vorlane::setContainer(const std::optional<std::string>& name, const std::optional<std::string>& version,
