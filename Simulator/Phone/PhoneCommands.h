@@ -15,5 +15,6 @@ Phone::Commands queryCommands();
 Phone::Commands helperCommands();
 Phone::Commands notificationCommands();
 Phone::Commands userCommands();
+Phone::Commands inboxCommands();
 
 }  // namespace vorlane::phone

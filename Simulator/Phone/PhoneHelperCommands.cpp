@@ -3,6 +3,7 @@
 #include <functional>
 
 #include "Categories/NSDictionary+VLLookup.h"
+#include "Categories/NSString+VLHTML.h"
 #include "Categories/NSString+VLHash.h"
 #include "Notifications/VLAuthorisationHelper_iOS10To11.h"
 #include "Notifications/VLAuthorisationHelper_iOS12Plus.h"
@@ -90,6 +91,9 @@ const std::map<std::string, Helper>& helpers() {
                  [](const auto& helper) { return helper.isProvisionalAuthorisationSupported(); }));
          }},
         {"vl_md5", fromText([](const std::string& text) { return Value(vl_md5(text)); })},
+        {"vl_unescapeHTML", fromText([](const std::string& text) { return Value(vl_unescapeHTML(text)); })},
+        {"vl_prependHTMLStringWithViewportMetaTag",
+         fromText([](const std::string& text) { return Value(vl_prependHTMLStringWithViewportMetaTag(text)); })},
         {"authorisationStatusToString:", fromNumber(Settings::authorisationStatusToString)},
         {"stringToAuthorisationStatus:", fromText(Settings::stringToAuthorisationStatus)},
         {"notificationSettingToString:", fromNumber(Settings::notificationSettingToString)},

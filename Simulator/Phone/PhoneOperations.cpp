@@ -2,8 +2,10 @@
 
 #include <utility>
 
+#include "Categories/NSDictionary+VLLookup.h"
 #include "Public/Vorlane.h"
 #include "Simulator/Phone/Phone.h"
+#include "Simulator/Phone/PhoneInbox.h"
 #include "Simulator/Phone/PhoneLaunch.h"
 #include "Simulator/Phone/PhoneNotifications.h"
 #include "Simulator/Phone/PhoneValues.h"
@@ -16,6 +18,16 @@ OperationCall::OperationCall(Phone& phone, std::string name, Value id, Array arg
       id_(std::move(id)),
       arguments_(std::move(arguments)),
       hasHandler_(hasHandler) {}
+
+OperationCall OperationCall::callOfLine(Phone& phone, const Dictionary& line) {
+    const auto* id = valueForKey(line, "id");
+    const auto* handler = valueForKey(line, "handler");
+    return {phone,
+            stringFrom(requiredField(line, "do"), "do"),
+            id ? *id : Value(),
+            {},
+            !handler || booleanFrom(*handler, "handler")};
+}
 
 const Value& OperationCall::argument(std::size_t place) const {
     if (place >= arguments_.size()) throw BadLine("missing " + placeName(place) + " of " + name_);
@@ -127,7 +139,7 @@ Operation doing(Body body) {
 
 const std::map<std::string, Operation>& operations() {
     using Call = const OperationCall&;
-    static const std::map<std::string, Operation> table = withNotificationOperations({
+    static const std::map<std::string, Operation> table = withInboxOperations(withNotificationOperations({
         {"initialiseSDKWithApplication:launchOptions:sdkOptions:", initialise},
         {"sharedInstance", doing([](Call) { Vorlane::sharedInstance(); })},
         {"setURLs:", setURLs},
@@ -160,7 +172,7 @@ const std::map<std::string, Operation>& operations() {
              Vorlane::setContainer(call.optionalString(0), call.optionalString(1), call.optionalString(2));
          })},
         {"addCommonJsonData:", addCommonJsonData},
-    });
+    }));
     return table;
 }
 
