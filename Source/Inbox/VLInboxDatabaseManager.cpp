@@ -94,7 +94,8 @@ void VLInboxDatabaseManager::performSchemaUpgradeDowngrade() const {
     NSFileManager::createDirectoryAtPath(documentDirectoryPath());
     auto connection = openLiveDatabase();
     if (!connection.isOpen()) return;
-    connection = broughtToCurrent(std::move(connection));
+    const auto version = getSchemaVersion(connection);
+    connection = bringToCurrent(std::move(connection), version);
     if (connection.isCorrupt()) {
         connection.close();
         replaceCorruptDatabase();
@@ -104,8 +105,7 @@ void VLInboxDatabaseManager::performSchemaUpgradeDowngrade() const {
     logMessage(VLLogLevel::Debug, "Inbox upgrade/downgrade operations complete.");
 }
 
-VLInboxConnection VLInboxDatabaseManager::broughtToCurrent(VLInboxConnection connection) const {
-    const auto version = getSchemaVersion(connection);
+VLInboxConnection VLInboxDatabaseManager::bringToCurrent(VLInboxConnection connection, std::uint32_t version) const {
     logMessage(VLLogLevel::Debug,
                fmt::format("Currently using Inbox DB schema version {}", static_cast<std::int32_t>(version)));
     if (version == kCurrentVersion) return connection;
@@ -208,7 +208,9 @@ void VLInboxDatabaseManager::deleteV1DatabaseFile() const {
 void VLInboxDatabaseManager::replaceCorruptDatabase() const {
     moveDatabaseAside();
     auto connection = openLiveDatabase();
-    if (connection.isOpen()) broughtToCurrent(std::move(connection));
+    if (!connection.isOpen()) return;
+    const auto version = getSchemaVersion(connection);
+    bringToCurrent(std::move(connection), version);
 }
 
 void VLInboxDatabaseManager::moveDatabaseAside() const {

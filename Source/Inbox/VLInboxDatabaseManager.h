@@ -18,6 +18,8 @@ public:
     /// Moves a damaged live database aside and makes an empty one. No connection to it may be open.
     void replaceCorruptDatabase() const;
 
+    /// Upgrades a file of that version, or starts again with an empty one; gives the connection in use afterwards.
+    VLInboxConnection bringToCurrent(VLInboxConnection connection, std::uint32_t version) const;
     /// `getSchemaVersion:`; 1 for a file without a version, and when it cannot be read.
     std::uint32_t getSchemaVersion(VLInboxConnection& connection) const;
     /// `setSchemaVersion:version:`
@@ -39,7 +41,6 @@ public:
     static std::string documentDirectoryPath();
 
 private:
-    VLInboxConnection broughtToCurrent(VLInboxConnection connection) const;
     void moveDatabaseAside() const;
 };
 
