@@ -13,7 +13,10 @@ class TestDatabase {
 public:
     using Row = std::vector<std::string>;
 
-    explicit TestDatabase(const std::string& path) { EXPECT_EQ(sqlite3_open(path.c_str(), &database_), SQLITE_OK); }
+    explicit TestDatabase(const std::string& path) {
+        EXPECT_EQ(sqlite3_open(path.c_str(), &database_), SQLITE_OK);
+        sqlite3_busy_timeout(database_, 5000);
+    }
     ~TestDatabase() { sqlite3_close_v2(database_); }
     TestDatabase(const TestDatabase&) = delete;
     TestDatabase& operator=(const TestDatabase&) = delete;
