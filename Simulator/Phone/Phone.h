@@ -4,7 +4,9 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
+#include "Public/VLInboxMessage.h"
 #include "Public/VLValue.h"
 #include "Simulator/Phone/PhoneOptions.h"
 #include "Simulator/Phone/PhoneOutput.h"
@@ -34,6 +36,8 @@ public:
     const PhoneOptions& options() const { return options_; }
     SimulatedPhone& device() { return *device_; }
     PhoneOutput& output() { return output_; }
+    /// The last list that a handler of the inbox received.
+    std::vector<std::shared_ptr<VLInboxMessage>>& inboxMessages() { return inboxMessages_; }
 
 private:
     void answer(const Dictionary& line, const Value& id);
@@ -42,6 +46,7 @@ private:
     PhoneOutput output_;
     std::shared_ptr<SimulatedPhone> device_;
     const Commands commands_;
+    std::vector<std::shared_ptr<VLInboxMessage>> inboxMessages_;
     bool hasQuit_ = false;
 };
 

@@ -5,7 +5,7 @@ namespace vorlane::phone {
 Phone::Commands allCommands() {
     Phone::Commands all;
     for (auto* const group : {lifeCycleCommands, libraryCommands, timeCommands, queryCommands, helperCommands,
-                              notificationCommands, userCommands, screenCommands, locationCommands}) {
+                              notificationCommands, userCommands, screenCommands, locationCommands, inboxCommands}) {
         all.merge(group());
     }
     return all;

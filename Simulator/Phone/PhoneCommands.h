@@ -17,5 +17,6 @@ Phone::Commands notificationCommands();
 Phone::Commands userCommands();
 Phone::Commands screenCommands();
 Phone::Commands locationCommands();
+Phone::Commands inboxCommands();
 
 }  // namespace vorlane::phone

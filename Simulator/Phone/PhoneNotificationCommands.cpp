@@ -1,6 +1,5 @@
 // What the platform tells the host about notifications, and what the host does with the platform itself.
 
-#include "Categories/NSDictionary+VLLookup.h"
 #include "Public/Vorlane.h"
 #include "Simulator/Phone/PhoneCommands.h"
 #include "Simulator/Phone/PhoneNotifications.h"
@@ -10,17 +9,6 @@ namespace vorlane::phone {
 
 namespace {
 
-/// The line as a call, so that its handler's results are told as those of a call are.
-OperationCall callOf(Phone& phone, const Dictionary& line) {
-    const auto* id = valueForKey(line, "id");
-    const auto* handler = valueForKey(line, "handler");
-    return {phone,
-            stringFrom(requiredField(line, "do"), "do"),
-            id ? *id : Value(),
-            {},
-            !handler || booleanFrom(*handler, "handler")};
-}
-
 Value push(Phone& phone, const Dictionary& line) {
     Vorlane::didReceiveRemoteNotification(phone.device().application(),
                                           dictionaryFrom(requiredField(line, "payload"), "payload"));
@@ -28,8 +16,9 @@ Value push(Phone& phone, const Dictionary& line) {
 }
 
 Value token(Phone& phone, const Dictionary& line) {
-    Vorlane::didRegisterForRemoteNotificationsWithDeviceToken(
-        phone.device().application(), dataFrom(requiredField(line, "hex"), "hex"), callOf(phone, line).errorHandler());
+    Vorlane::didRegisterForRemoteNotificationsWithDeviceToken(phone.device().application(),
+                                                              dataFrom(requiredField(line, "hex"), "hex"),
+                                                              OperationCall::callOfLine(phone, line).errorHandler());
     return nullptr;
 }
 
@@ -43,7 +32,8 @@ Value legacySettings(Phone& phone, const Dictionary& line) {
 }
 
 Value performFetch(Phone& phone, const Dictionary& line) {
-    Vorlane::performFetchWithCompletionHandler(phone.device().application(), callOf(phone, line).fetchHandler());
+    Vorlane::performFetchWithCompletionHandler(phone.device().application(),
+                                               OperationCall::callOfLine(phone, line).fetchHandler());
     return nullptr;
 }
 

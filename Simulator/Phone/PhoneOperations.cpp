@@ -2,8 +2,10 @@
 
 #include <utility>
 
+#include "Categories/NSDictionary+VLLookup.h"
 #include "Public/Vorlane.h"
 #include "Simulator/Phone/Phone.h"
+#include "Simulator/Phone/PhoneInbox.h"
 #include "Simulator/Phone/PhoneLaunch.h"
 #include "Simulator/Phone/PhoneNotifications.h"
 #include "Simulator/Phone/PhoneScreen.h"
@@ -17,6 +19,16 @@ OperationCall::OperationCall(Phone& phone, std::string name, Value id, Array arg
       id_(std::move(id)),
       arguments_(std::move(arguments)),
       hasHandler_(hasHandler) {}
+
+OperationCall OperationCall::callOfLine(Phone& phone, const Dictionary& line) {
+    const auto* id = valueForKey(line, "id");
+    const auto* handler = valueForKey(line, "handler");
+    return {phone,
+            stringFrom(requiredField(line, "do"), "do"),
+            id ? *id : Value(),
+            {},
+            !handler || booleanFrom(*handler, "handler")};
+}
 
 const Value& OperationCall::argument(std::size_t place) const {
     if (place >= arguments_.size()) throw BadLine("missing " + placeName(place) + " of " + name_);
@@ -128,40 +140,41 @@ Operation doing(Body body) {
 
 const std::map<std::string, Operation>& operations() {
     using Call = const OperationCall&;
-    static const std::map<std::string, Operation> table = withScreenOperations(withNotificationOperations({
-        {"initialiseSDKWithApplication:launchOptions:sdkOptions:", initialise},
-        {"sharedInstance", doing([](Call) { Vorlane::sharedInstance(); })},
-        {"setURLs:", setURLs},
-        {"getURLs", getURLs},
-        {"setTrackingId:", doing([](Call call) { Vorlane::setTrackingId(call.optionalString(0)); })},
-        {"trackingId", [](Call) { return Value(Vorlane::trackingId()); }},
-        {"appKey", [](Call) { return valueOf(Vorlane::appKey()); }},
-        {"deviceId", [](Call) { return Value(Vorlane::deviceId()); }},
-        {"deviceToken", [](Call) { return valueOf(Vorlane::deviceToken()); }},
-        {"setPhash:", doing([](Call call) { Vorlane::setPhash(call.optionalString(0)); })},
-        {"phash", [](Call) { return valueOf(Vorlane::phash()); }},
-        {"registerEventWithType:label:",
-         doing([](Call call) { Vorlane::registerEventWithType(call.string(0), call.optionalString(1)); })},
-        {"registerEventWithType:label:phash:", doing([](Call call) {
-             Vorlane::registerEventWithType(call.string(0), call.optionalString(1), call.optionalString(2));
-         })},
-        {"registerEventWithType:data:",
-         doing([](Call call) { Vorlane::registerEventWithType(call.string(0), call.dictionary(1)); })},
-        {"registerEventWithType:data:phash:", doing([](Call call) {
-             Vorlane::registerEventWithType(call.string(0), call.dictionary(1), call.optionalString(2));
-         })},
-        {"getTag:completionHandler:",
-         doing([](Call call) { Vorlane::getTag(call.optionalString(0), call.tagHandler()); })},
-        {"setTag:value:type:completionHandler:", setTag},
-        {"batchSetTags:completionHandler:",
-         doing([](Call call) { Vorlane::batchSetTags(call.argument(0), call.errorHandler()); })},
-        {"deleteAllTagsWithCompletionHandler:",
-         doing([](Call call) { Vorlane::deleteAllTagsWithCompletionHandler(call.errorHandler()); })},
-        {"setContainer:withContainerVersion:withContainerVlSdkVersion:", doing([](Call call) {
-             Vorlane::setContainer(call.optionalString(0), call.optionalString(1), call.optionalString(2));
-         })},
-        {"addCommonJsonData:", addCommonJsonData},
-    }));
+    static const std::map<std::string, Operation> table =
+        withInboxOperations(withScreenOperations(withNotificationOperations({
+            {"initialiseSDKWithApplication:launchOptions:sdkOptions:", initialise},
+            {"sharedInstance", doing([](Call) { Vorlane::sharedInstance(); })},
+            {"setURLs:", setURLs},
+            {"getURLs", getURLs},
+            {"setTrackingId:", doing([](Call call) { Vorlane::setTrackingId(call.optionalString(0)); })},
+            {"trackingId", [](Call) { return Value(Vorlane::trackingId()); }},
+            {"appKey", [](Call) { return valueOf(Vorlane::appKey()); }},
+            {"deviceId", [](Call) { return Value(Vorlane::deviceId()); }},
+            {"deviceToken", [](Call) { return valueOf(Vorlane::deviceToken()); }},
+            {"setPhash:", doing([](Call call) { Vorlane::setPhash(call.optionalString(0)); })},
+            {"phash", [](Call) { return valueOf(Vorlane::phash()); }},
+            {"registerEventWithType:label:",
+             doing([](Call call) { Vorlane::registerEventWithType(call.string(0), call.optionalString(1)); })},
+            {"registerEventWithType:label:phash:", doing([](Call call) {
+                 Vorlane::registerEventWithType(call.string(0), call.optionalString(1), call.optionalString(2));
+             })},
+            {"registerEventWithType:data:",
+             doing([](Call call) { Vorlane::registerEventWithType(call.string(0), call.dictionary(1)); })},
+            {"registerEventWithType:data:phash:", doing([](Call call) {
+                 Vorlane::registerEventWithType(call.string(0), call.dictionary(1), call.optionalString(2));
+             })},
+            {"getTag:completionHandler:",
+             doing([](Call call) { Vorlane::getTag(call.optionalString(0), call.tagHandler()); })},
+            {"setTag:value:type:completionHandler:", setTag},
+            {"batchSetTags:completionHandler:",
+             doing([](Call call) { Vorlane::batchSetTags(call.argument(0), call.errorHandler()); })},
+            {"deleteAllTagsWithCompletionHandler:",
+             doing([](Call call) { Vorlane::deleteAllTagsWithCompletionHandler(call.errorHandler()); })},
+            {"setContainer:withContainerVersion:withContainerVlSdkVersion:", doing([](Call call) {
+                 Vorlane::setContainer(call.optionalString(0), call.optionalString(1), call.optionalString(2));
+             })},
+            {"addCommonJsonData:", addCommonJsonData},
+        })));
     return table;
 }
 

@@ -19,7 +19,11 @@ class OperationCall {
 public:
     OperationCall(Phone& phone, std::string name, Value id, Array arguments, bool hasHandler);
 
+    /// A line that passes a handler of its own: its word is the name, and it has no arguments.
+    static OperationCall callOfLine(Phone& phone, const Dictionary& line);
+
     Phone& phone() const { return phone_; }
+    bool hasHandler() const { return hasHandler_; }
 
     // The argument at a place. Each throws BadLine when it is missing or of another kind.
     const Value& argument(std::size_t place) const;

@@ -63,7 +63,8 @@ Value constants(Phone& /*phone*/) {
                       {"VLCONFIGSERVICEGEO", VLCONFIGSERVICEGEO},
                       {"VLCONFIGSERVICEBEACON", VLCONFIGSERVICEBEACON},
                       {"VLCONFIGSERVICEPERMISSION", VLCONFIGSERVICEPERMISSION},
-                      {"VLCONFIGSERVICEINBOX", VLCONFIGSERVICEINBOX}};
+                      {"VLCONFIGSERVICEINBOX", VLCONFIGSERVICEINBOX},
+                      {"VIEWPORT_META_TAG", VIEWPORT_META_TAG}};
 }
 
 Value query(Phone& phone, const Dictionary& line) {

@@ -126,7 +126,9 @@ struct SimulatedPhone::Impl {
     }
 
     std::shared_ptr<SerialDispatchQueue> makeQueue(const std::string& label) {
-        auto queue = std::make_shared<SimulatedSerialQueue>(label, mainQueue, activity);
+        auto queue = std::make_shared<SimulatedSerialQueue>(
+            label, mainQueue, activity,
+            virtualClock ? SimulatedSerialQueue::Delays::phoneTime : SimulatedSerialQueue::Delays::realTime);
         const std::lock_guard lock(mutex);
         if (areQueuesStopped) {
             queue->stop(SteadyClock::now());

@@ -9,6 +9,7 @@
 #include "Core/VLSettings.h"
 #include "Geo/VLGeoRegionContent.h"
 #include "Geo/VLGeoService.h"
+#include "Inbox/VLInboxService.h"
 #include "Network/VLPayloadBuilder.h"
 #include "Network/VLURLActions.h"
 #include "Network/VLURLBuilder.h"
@@ -155,6 +156,15 @@ std::shared_ptr<VLGeoService> createGeoService(VLBootstrap& components) {
         components.getComponent<VLURLSession>());
 }
 
+std::shared_ptr<VLInboxService> createInboxService(VLBootstrap& components) {
+    return VLInboxService::serviceWith({.settings = components.getComponent<VLSettings>(),
+                                        .eventService = components.getComponent<VLEventService>(),
+                                        .configService = components.getComponent<VLConfigService>(),
+                                        .urlBuilder = components.getComponent<VLURLBuilder>(),
+                                        .urlSession = components.getComponent<VLURLSession>(),
+                                        .imageSession = components.getComponent<NSURLSession>()});
+}
+
 std::shared_ptr<VLBackgroundRefreshHelper> createBackgroundRefreshHelper(VLBootstrap& components) {
     return std::make_shared<VLBackgroundRefreshHelper>(components.getComponent<UIApplication>());
 }
@@ -202,6 +212,7 @@ void VLServiceComponents::defaultVLServices(const std::shared_ptr<VLURLs>& urls)
     add(createLocalNotificationService);
     add(createGeoRegionContent);
     add(createGeoService);
+    add(createInboxService);
     add(createBackgroundRefreshHelper);
     add(authorisationHelper);
     add(vlUserNotificationCentre);

@@ -6,6 +6,7 @@
 #include "Core/VLBootstrap.h"
 #include "Core/VLLifeCycleManager.h"
 #include "Core/VLSettings.h"
+#include "Inbox/VLInboxService.h"
 #include "Network/VLURLActions.h"
 #include "Notifications/VLInterstitialService.h"
 #include "Notifications/VLLocalNotificationService.h"
@@ -35,6 +36,13 @@ struct EndpointSet {
     std::shared_ptr<VLURLs> urls;
 };
 
+/// Leaves the message out, which the host has.
+VLInboxService::MessageHandler errorOnly(Vorlane::ErrorHandler completionHandler) {
+    if (!completionHandler) return nullptr;
+    return [handler = std::move(completionHandler)](const std::shared_ptr<VLInboxMessage>& /*message*/,
+                                                    std::optional<NSError> error) { handler(std::move(error)); };
+}
+
 constinit ProcessWide<Vorlane> sharedVorlane;
 constinit ProcessWide<EndpointSet> endpointSet;
 
@@ -55,6 +63,7 @@ Vorlane::Vorlane() {
     remoteNotificationService_ = bootstrap_->getComponent<VLRemoteNotificationService>();
     sessionService_ = bootstrap_->getComponent<VLSessionService>();
     permissionService_ = bootstrap_->getComponent<VLPermissionService>();
+    inboxService_ = bootstrap_->getComponent<VLInboxService>();
     lifeCycleManager_ = bootstrap_->getComponent<VLLifeCycleManager>();
     vlUserNotificationCentre_ = bootstrap_->getComponent<VLUserNotificationCentre>();
     urlActions_ = bootstrap_->getComponent<VLURLActions>();
@@ -209,6 +218,18 @@ void Vorlane::askForPermission(VLPermissions permission, const std::shared_ptr<N
 
 std::int32_t Vorlane::locationAuthorisationStatus() {
     return static_cast<std::int32_t>(Platform::current().locationManager()->authorizationStatus());
+}
+
+void Vorlane::getInboxMessagesWithCompletionHandler(InboxHandler completionHandler) {
+    sharedInstance().inboxService_->getInboxMessagesWithCompletionHandler(std::move(completionHandler));
+}
+
+void Vorlane::openInboxMessage(const std::shared_ptr<VLInboxMessage>& message, ErrorHandler completionHandler) {
+    sharedInstance().inboxService_->openInboxMessage(message, errorOnly(std::move(completionHandler)));
+}
+
+void Vorlane::deleteInboxMessage(const std::shared_ptr<VLInboxMessage>& message, ErrorHandler completionHandler) {
+    sharedInstance().inboxService_->deleteInboxMessage(message, errorOnly(std::move(completionHandler)));
 }
 
 void Vorlane::setContainer(const std::optional<std::string>& name, const std::optional<std::string>& version,

@@ -1,11 +1,13 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "Platform/NSError.h"
 #include "Platform/NSException.h"
@@ -19,6 +21,8 @@
 #include "Public/VLDeviceTokenHelper.h"
 #include "Public/VLErrorDomains.h"
 #include "Public/VLExport.h"
+#include "Public/VLImage.h"
+#include "Public/VLInboxMessage.h"
 #include "Public/VLInterstitialPlacement.h"
 #include "Public/VLInterstitialViewController.h"
 #include "Public/VLLog.h"
@@ -35,6 +39,7 @@ namespace vorlane {
 
 class VLBootstrap;
 class VLEventService;
+class VLInboxService;
 class VLInterstitialService;
 class VLLifeCycleManager;
 class VLLocalNotificationService;
@@ -53,9 +58,9 @@ class VLUserNotificationCentre;
 /// first call: it makes the shared object, its services and the settings file. An operation called before start-up
 /// works, but its requests carry no app key.
 ///
-/// Results arrive through completion handlers, which may be empty. Each runs exactly once, on the main queue, after the
-/// call that took it has returned. Failures are told there and in the log (`VLLog`); the only exceptions thrown are
-/// `NSException`s for mistakes of the application itself.
+/// Results arrive through completion handlers, which may be empty. Each runs exactly once (an inbox list may come more
+/// than once), on the main queue, after the call that took it has returned. Failures are told there and in the log
+/// (`VLLog`); the only exceptions thrown are `NSException`s for mistakes of the application itself.
 class VORLANE_EXPORT Vorlane {
 public:
     /// Nothing on success, else what went wrong.
@@ -67,6 +72,10 @@ public:
     using OutcomeHandler = std::function<void(bool success, std::optional<NSError> error)>;
     using FetchHandler = std::function<void(UIBackgroundFetchResult result)>;
     using NotificationSettingsHandler = std::function<void(const VLUserNotificationSettings& settings)>;
+
+    /// The list, newest first, and how many of its messages are unread.
+    using InboxHandler =
+        std::function<void(const std::vector<std::shared_ptr<VLInboxMessage>>& messages, std::size_t unreadCount)>;
 
     // Start-up.
 
@@ -219,6 +228,21 @@ public:
     /// restricted, 2 denied, 3 always, 4 while the application is in use.
     static std::int32_t locationAuthorisationStatus();
 
+    // The rich inbox of the current user. Works offline, too; what was read or deleted meanwhile reaches the service at
+    // a later synchronisation. Any thread.
+
+    /// `getInboxMessagesWithCompletionHandler:` gives the messages that have not expired: as they are stored, when the
+    /// last synchronisation was less than 30 seconds ago (or what the remote configuration says), else after another
+    /// one. The handler runs at least once; when messages had to be fetched, once for each of them, with the whole list
+    /// so far.
+    static void getInboxMessagesWithCompletionHandler(InboxHandler completionHandler);
+    /// `openInboxMessage:completionHandler:` marks the message as read and tells the service. Errors:
+    /// `VLErrorDomainInbox` 0 when the database could not be changed.
+    static void openInboxMessage(const std::shared_ptr<VLInboxMessage>& message, ErrorHandler completionHandler);
+    /// `deleteInboxMessage:completionHandler:` deletes the message for good and tells the service. Errors:
+    /// `VLErrorDomainInbox` 0 when the database could not be changed.
+    static void deleteInboxMessage(const std::shared_ptr<VLInboxMessage>& message, ErrorHandler completionHandler);
+
     // For libraries that wrap this one.
 
     /// `setContainer:withContainerVersion:withContainerVlSdkVersion:` names the wrapping library, its version and the
@@ -254,6 +278,7 @@ private:
     std::shared_ptr<VLRemoteNotificationService> remoteNotificationService_;
     std::shared_ptr<VLPermissionService> permissionService_;
     std::shared_ptr<VLURLActions> urlActions_;
+    std::shared_ptr<VLInboxService> inboxService_;
     std::shared_ptr<VLUserNotificationCentre> vlUserNotificationCentre_;
 };
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <future>
 
 #include "Simulator/Platform/VirtualClock.h"
@@ -59,6 +60,20 @@ TEST_F(SimulatedSerialQueueTest, ADelayedTaskIsNoWorkUntilItRuns) {
     EXPECT_TRUE(wasWork);
     waitForTheEndOfWork();
     EXPECT_FALSE(mainQueue->hasWorkElsewhere());
+}
+
+TEST_F(SimulatedSerialQueueTest, InThePhonesTimeADelayedTaskWaitsForThePhonesClock) {
+    const auto inPhoneTime = std::make_shared<SimulatedSerialQueue>("another queue", mainQueue, activity,
+                                                                    SimulatedSerialQueue::Delays::phoneTime);
+    std::atomic<bool> hasRun = false;
+    inPhoneTime->postAfter(60, [&hasRun] { hasRun = true; });
+    clock.setNow(1059);
+    mainQueue->runDueTasks();
+    EXPECT_FALSE(mainQueue->hasWorkElsewhere());
+    clock.setNow(1060);
+    mainQueue->runDueTasks();
+    waitForTheEndOfWork();
+    EXPECT_TRUE(hasRun);
 }
 
 TEST_F(SimulatedSerialQueueTest, TasksThatAreDroppedAreNoWork) {

@@ -1,0 +1,244 @@
+#include "Inbox/VLInboxService.h"
+
+#include <fmt/format.h>
+
+#include <cmath>
+#include <utility>
+
+#include "Categories/NSDictionary+VLJSON.h"
+#include "Categories/NSString+VLHash.h"
+#include "Core/VLCompletion.h"
+#include "Core/VLError.h"
+#include "Core/VLSettings.h"
+#include "Inbox/VLCardImageLoader.h"
+#include "Inbox/VLInboxDatabaseManager.h"
+#include "Inbox/VLInboxServer.h"
+#include "Inbox/VLInboxStore.h"
+#include "Inbox/VLInboxSyncQueue.h"
+#include "Inbox/VLInboxUpdate.h"
+#include "Platform/DispatchGroup.h"
+#include "Platform/Platform.h"
+#include "Public/VLConstants.h"
+#include "Public/VLLog.h"
+#include "Tracking/VLConfigService.h"
+#include "Tracking/VLEventService.h"
+
+namespace vorlane {
+
+namespace {
+
+constexpr const char* kSyncTimeLimitKey = "sync_time_limit_s";
+constexpr std::int64_t kDefaultSyncTimeLimit = 30;
+
+double now() { return Platform::current().clock().now(); }
+
+/// For a host that gives no message.
+void completeWithoutMessage(const VLInboxService::MessageHandler& completion) {
+    completeOnMainQueue(completion, std::shared_ptr<VLInboxMessage>(),
+                        std::optional(VLError::errorWithDomain(VLErrorDomainInbox, 0, "There is no message")));
+}
+
+}  // namespace
+
+std::shared_ptr<VLInboxService> VLInboxService::serviceWith(Collaborators collaborators) {
+    const std::shared_ptr<VLInboxService> service(new VLInboxService(std::move(collaborators)));
+    service->start();
+    return service;
+}
+
+VLInboxService::VLInboxService(Collaborators collaborators)
+    : collaborators_(std::move(collaborators)),
+      backgroundQueue_(Platform::current().makeSerialQueue("vorlane.InboxService")),
+      inboxSyncQueue_(
+          std::make_shared<VLInboxSyncQueue>(Platform::current().makeSerialQueue("vorlane.InboxServiceSync"))),
+      databaseManager_(std::make_shared<VLInboxDatabaseManager>()),
+      server_(std::make_shared<VLInboxServer>(collaborators_.urlBuilder, collaborators_.urlSession)),
+      imageLoader_(std::make_shared<VLCardImageLoader>(collaborators_.imageSession, backgroundQueue_)) {}
+
+VLInboxService::~VLInboxService() = default;
+
+void VLInboxService::start() {
+    store_ = std::make_shared<VLInboxStore>(databaseManager_, weak_from_this());
+    backgroundQueue_->post([manager = databaseManager_] { manager->performSchemaUpgradeDowngrade(); });
+}
+
+template <class Work>
+void VLInboxService::onBackgroundQueue(Work work) {
+    backgroundQueue_->post([self = shared_from_this(), work = std::move(work)]() mutable { work(*self); });
+}
+
+std::string VLInboxService::trackingId() const { return collaborators_.settings->trackingId(); }
+
+void VLInboxService::getInboxMessagesWithCompletionHandler(ListHandler completionHandler) {
+    inboxSyncQueue_->post(
+        [self = shared_from_this(), handler = std::move(completionHandler)] { return self->listOrSync(handler); });
+}
+
+/// Runs on the sync queue; gives what is to be waited for.
+std::shared_ptr<DispatchGroup> VLInboxService::listOrSync(const ListHandler& completionHandler) {
+    logMessage(VLLogLevel::Debug, "Inbox: enter sync queue");
+    const auto user = trackingId();
+    if (isReturningLocalDatabaseResult(user)) {
+        logMessage(VLLogLevel::Debug, "Inbox: loading message from database only");
+        onBackgroundQueue([user, completionHandler](VLInboxService& self) {
+            self.runMessageListBlockCallback(user, completionHandler, nullptr);
+        });
+        return nullptr;
+    }
+    logMessage(VLLogLevel::Debug, "Inbox: perform sync");
+    auto group = std::make_shared<DispatchGroup>();
+    group->enter();
+    syncMessages(user, [self = shared_from_this(), user, completionHandler, group](Entries entries) {
+        self->syncEnded(user);
+        self->onBackgroundQueue(
+            [user, completionHandler, group, entries = std::move(entries)](VLInboxService& service) mutable {
+                service.updateRecords(std::move(entries), user, completionHandler, group);
+            });
+    });
+    return group;
+}
+
+bool VLInboxService::isReturningLocalDatabaseResult(const std::string& trackingId) {
+    double passed = 0;
+    {
+        const std::lock_guard lock(mutex_);
+        if (!lastSync_ || lastSyncTrackingId_ != trackingId) return false;
+        passed = now() - *lastSync_;
+    }
+    const auto limit =
+        collaborators_.configService->integerForService(VLCONFIGSERVICEINBOX, kSyncTimeLimitKey, kDefaultSyncTimeLimit);
+    logMessage(VLLogLevel::Debug,
+               fmt::format("Inbox: last sync occured {:.0f} seconds ago, limit set to {}", std::trunc(passed), limit));
+    // After the clock was set back nobody knows how long ago it was.
+    return passed >= 0 && passed < static_cast<double>(limit);
+}
+
+void VLInboxService::syncMessages(const std::string& trackingId, std::function<void(Entries entries)> completion) {
+    onBackgroundQueue([trackingId, completion = std::move(completion)](VLInboxService& self) {
+        self.getStateHash(trackingId, [&](const std::optional<std::string>& json) {
+            self.server_->syncWithHash(json ? std::optional(vl_md5(*json)) : std::nullopt, trackingId, 0, completion);
+        });
+    });
+}
+
+void VLInboxService::getStateHash(const std::string& trackingId,
+                                  const std::function<void(std::optional<std::string> json)>& completion) {
+    const auto entries = store_->stateEntries(trackingId);
+    if (!entries) return completion(std::nullopt);
+    Array elements;
+    elements.reserve(entries->size());
+    for (const auto& entry : *entries) {
+        elements.emplace_back(Dictionary{{"id", entry.notificationId}, {"read", entry.read}});
+    }
+    completion(vl_asJSON({{"notification", std::move(elements)}}));
+}
+
+void VLInboxService::syncEnded(const std::string& trackingId) {
+    const std::lock_guard lock(mutex_);
+    lastSync_ = now();
+    lastSyncTrackingId_ = trackingId;
+}
+
+void VLInboxService::updateRecords(Entries entries, const std::string& trackingId, const ListHandler& messageListBlock,
+                                   const std::shared_ptr<DispatchGroup>& syncFinishGroup) {
+    if (!entries) {
+        runMessageListBlockCallback(trackingId, messageListBlock, nullptr);
+        syncFinishGroup->leave();
+        return;
+    }
+    const auto showList = [self = shared_from_this(), trackingId, messageListBlock](std::function<void()> shown) {
+        self->runMessageListBlockCallback(trackingId, messageListBlock, std::move(shown));
+    };
+    const auto update = std::make_shared<VLInboxUpdate>(VLInboxUpdate::Collaborators{store_, server_, backgroundQueue_},
+                                                        trackingId, std::move(*entries), showList);
+    update->run([syncFinishGroup] { syncFinishGroup->leave(); });
+}
+
+void VLInboxService::runMessageListBlockCallback(const std::string& trackingId, const ListHandler& messageListBlock,
+                                                 std::function<void()> shown) {
+    if (!messageListBlock) {
+        if (shown) shown();
+        return;
+    }
+    auto messages = std::make_shared<Messages>(getInboxList(trackingId));
+    const auto unread = getUnreadCount(trackingId);
+    onMainQueue([queue = backgroundQueue_, messages = std::move(messages), unread, messageListBlock,
+                 shown = std::move(shown)]() mutable {
+        messageListBlock(*messages, unread);
+        if (shown) shown();
+        // Letting go of a long list takes longer than showing it.
+        queue->post([messages = std::move(messages)] {});
+    });
+}
+
+VLInboxService::Messages VLInboxService::getInboxList(const std::string& trackingId) {
+    const auto rows = store_->rows(trackingId);
+    return rows ? visibleRows(*rows, now()) : Messages();
+}
+
+std::size_t VLInboxService::getUnreadCount(const std::string& trackingId) {
+    return store_->unreadCount(trackingId, now()).value_or(0);
+}
+
+void VLInboxService::openInboxMessage(const std::shared_ptr<VLInboxMessage>& message, MessageHandler completion) {
+    openInboxMessage(message, std::nullopt, std::move(completion));
+}
+
+void VLInboxService::openInboxMessage(const std::shared_ptr<VLInboxMessage>& message,
+                                      const std::optional<std::string>& sourcePage, MessageHandler completion) {
+    if (!message) return completeWithoutMessage(completion);
+    onBackgroundQueue([message, user = trackingId(), sourcePage, completion = std::move(completion)](
+                          VLInboxService& self) { self.opened(message, user, sourcePage, completion); });
+}
+
+void VLInboxService::opened(const std::shared_ptr<VLInboxMessage>& message, const std::string& trackingId,
+                            const std::optional<std::string>& sourcePage, const MessageHandler& completion) {
+    auto result = store_->markRead(message->messageId(), trackingId);
+    // Before the event, which tells it as one of its common fields.
+    if (message->phash()) collaborators_.settings->setPhash(message->phash());
+    const auto page = vl_description(sourcePage);
+    if (result.wasRead) {
+        collaborators_.eventService->registerEventWithType("Re-Read", fmt::format("Rich {} Message Re-Read", page));
+    } else {
+        server_->updateServerRecordForNotificationId(message->messageId(), trackingId);
+        collaborators_.eventService->registerEventWithType("Read", fmt::format("Rich {} Message Opened", page));
+    }
+    completeOnMainQueue(completion, message, std::move(result.error));
+}
+
+void VLInboxService::deleteInboxMessage(const std::shared_ptr<VLInboxMessage>& message, MessageHandler completion) {
+    if (!message) return completeWithoutMessage(completion);
+    onBackgroundQueue([message, user = trackingId(), completion = std::move(completion)](VLInboxService& self) {
+        self.deleted(message, user, completion);
+    });
+}
+
+void VLInboxService::deleted(const std::shared_ptr<VLInboxMessage>& message, const std::string& trackingId,
+                             const MessageHandler& completion) {
+    auto error = store_->moveToTrash(message->messageId(), trackingId);
+    server_->deleteServerRecordForNotificationId(message->messageId(), trackingId);
+    collaborators_.eventService->registerEventWithType("Delete", "Inbox Message Deleted", message->phash());
+    completeOnMainQueue(completion, message, std::move(error));
+}
+
+void VLInboxService::loadImageForNotificationId(std::uint64_t notificationId, const std::string& trackingId,
+                                                ImageHandler completionHandler) {
+    onBackgroundQueue([=, handler = std::move(completionHandler)](VLInboxService& self) {
+        auto data = self.store_->cardImage(notificationId, trackingId);
+        if (handler) handler(data ? VLImage::imageWithData(std::move(*data)) : nullptr);
+    });
+}
+
+void VLInboxService::saveImage(const Data& image, std::uint64_t notificationId, const std::string& trackingId,
+                               ErrorHandler completionHandler) {
+    onBackgroundQueue([=, handler = std::move(completionHandler)](VLInboxService& self) {
+        completeOnMainQueue(handler, self.store_->setCardImage(image, notificationId, trackingId));
+    });
+}
+
+void VLInboxService::downloadImage(const NSURL& imageURL, std::uint64_t notificationId,
+                                   ImageHandler completionHandler) {
+    imageLoader_->load(imageURL, server_->messageURL(notificationId, trackingId()), std::move(completionHandler));
+}
+
+}  // namespace vorlane
