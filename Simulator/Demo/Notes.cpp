@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <map>
+#include <string_view>
 #include <vector>
 
 #include "Categories/NSDictionary+VLJSON.h"
@@ -49,12 +50,29 @@ std::string noteOfResult(const Dictionary& event) {
     return note;
 }
 
+/// What the page of an interstitial calls itself.
+std::string titleOf(const Dictionary& event) {
+    constexpr std::string_view kTag = "<title>";
+    const auto html = text(event, "htmlContent");
+    const auto begin = html.find(kTag);
+    if (begin == std::string::npos) return "a page without a title";
+    const auto title = html.substr(begin + kTag.size());
+    return '"' + title.substr(0, title.find("</title>")) + '"';
+}
+
 std::string session(const Dictionary& payload) {
     auto note = fmt::format("user {}, length {} s, average {} s", text(payload, "tracking_id"),
                             text(payload, "session_length"), text(payload, "average_session_length"));
     if (const auto phash = stringForKey(payload, "phash"); phash && !phash->empty()) note += ", phash " + *phash;
     if (const auto before = stringForKey(payload, "prev_tracking_id")) note += ", before " + *before;
     return note;
+}
+
+std::string registration(const Dictionary& payload) {
+    const auto* settings = dictionaryForKey(payload, "notification_settings.v2");
+    const auto* platform = settings ? dictionaryForKey(*settings, "ios") : nullptr;
+    return fmt::format("{}, notifications {}", text(payload, "type"),
+                       platform ? text(*platform, "authorisation") : "unknown");
 }
 
 std::string event(const Dictionary& payload) {
@@ -66,6 +84,11 @@ std::string tags(const Dictionary& payload) {
     return fmt::format("{} = {} ({})", text(payload, "name"), text(payload, "value"), text(payload, "type"));
 }
 
+/// What a request without a telling payload is about.
+std::string subject(const std::string& endpoint, const std::string& path) {
+    return endpoint == "interstitial" ? path.substr(path.rfind('/') + 1) : path;
+}
+
 using Describe = std::function<std::string(const Dictionary& payload)>;
 
 const std::map<std::string, Describe>& describers() {
@@ -73,6 +96,7 @@ const std::map<std::string, Describe>& describers() {
                                                           {"sessionEnd", session},
                                                           {"changeTrackingId", session},
                                                           {"registerEvent", event},
+                                                          {"deviceRegistration", registration},
                                                           {"updateTag", tags}};
     return table;
 }
@@ -86,6 +110,9 @@ std::optional<std::string> noteOfEvent(const Dictionary& event) {
     if (kind == "registerForRemoteNotifications") return "  asks the platform for a push token";
     if (kind == "minimumBackgroundFetchInterval")
         return "  asks for a background fetch every " + text(event, "seconds") + " s";
+    if (kind == "interstitial") return "  on screen: " + titleOf(event);
+    if (kind == "prompt") return "  the system asks the user for " + text(event, "kind");
+    if (kind == "openURL") return "  opens " + text(event, "url");
     return std::nullopt;
 }
 
@@ -97,7 +124,7 @@ std::string noteOfRequest(const Dictionary& request) {
     if (payload && describe != describers().end()) {
         note += "  " + describe->second(*payload);
     } else {
-        note += "  " + text(request, "path");
+        note += "  " + subject(endpoint, text(request, "path"));
     }
     return note;
 }
