@@ -9,7 +9,8 @@ std::vector<Chapter> allChapters() {
             {"Another user signs in", playAnotherUser},
             {"Away, back, and ended", playAwayAndBack},
             {"Notifications come and go", playNotifications},
-            {"Launched again without a network", playWithoutNetwork}};
+            {"Launched again without a network", playWithoutNetwork},
+            {"Greeted, and asked for permission", playInterstitials}};
 }
 
 }  // namespace vorlane::demo

@@ -22,5 +22,6 @@ void playAnotherUser(Stage& stage);
 void playAwayAndBack(Stage& stage);
 void playNotifications(Stage& stage);
 void playWithoutNetwork(Stage& stage);
+void playInterstitials(Stage& stage);
 
 }  // namespace vorlane::demo

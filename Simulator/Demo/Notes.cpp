@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <map>
+#include <string_view>
 #include <vector>
 
 #include "Categories/NSDictionary+VLJSON.h"
@@ -57,12 +58,29 @@ std::string noteOfNotification(const std::string& kind, const Dictionary& event)
     return note;
 }
 
+/// What the page of an interstitial calls itself.
+std::string titleOf(const Dictionary& event) {
+    constexpr std::string_view kTag = "<title>";
+    const auto html = text(event, "htmlContent");
+    const auto begin = html.find(kTag);
+    if (begin == std::string::npos) return "a page without a title";
+    const auto title = html.substr(begin + kTag.size());
+    return '"' + title.substr(0, title.find("</title>")) + '"';
+}
+
 std::string session(const Dictionary& payload) {
     auto note = fmt::format("user {}, length {} s, average {} s", text(payload, "tracking_id"),
                             text(payload, "session_length"), text(payload, "average_session_length"));
     if (const auto phash = stringForKey(payload, "phash"); phash && !phash->empty()) note += ", phash " + *phash;
     if (const auto before = stringForKey(payload, "prev_tracking_id")) note += ", before " + *before;
     return note;
+}
+
+std::string registration(const Dictionary& payload) {
+    const auto* settings = dictionaryForKey(payload, "notification_settings.v2");
+    const auto* platform = settings ? dictionaryForKey(*settings, "ios") : nullptr;
+    return fmt::format("{}, notifications {}", text(payload, "type"),
+                       platform ? text(*platform, "authorisation") : "unknown");
 }
 
 std::string event(const Dictionary& payload) {
@@ -74,12 +92,13 @@ std::string tags(const Dictionary& payload) {
     return fmt::format("{} = {} ({})", text(payload, "name"), text(payload, "value"), text(payload, "type"));
 }
 
-std::string device(const Dictionary& payload) {
-    return fmt::format("{} token {}", text(payload, "type"), text(payload, "devicetoken"));
-}
-
 std::string split(const Dictionary& payload) {
     return fmt::format("text {}, campaign {}", text(payload, "pushtext"), text(payload, "campaigntoken"));
+}
+
+/// What a request without a telling payload is about.
+std::string subject(const std::string& endpoint, const std::string& path) {
+    return endpoint == "interstitial" ? path.substr(path.rfind('/') + 1) : path;
 }
 
 using Describe = std::function<std::string(const Dictionary& payload)>;
@@ -89,8 +108,8 @@ const std::map<std::string, Describe>& describers() {
                                                           {"sessionEnd", session},
                                                           {"changeTrackingId", session},
                                                           {"registerEvent", event},
+                                                          {"deviceRegistration", registration},
                                                           {"updateTag", tags},
-                                                          {"deviceRegistration", device},
                                                           {"MDN", split}};
     return table;
 }
@@ -105,6 +124,9 @@ std::optional<std::string> noteOfEvent(const Dictionary& event) {
     if (kind == "minimumBackgroundFetchInterval")
         return "  asks for a background fetch every " + text(event, "seconds") + " s";
     if (kind == "scheduled" || kind == "cancelled" || kind == "fired") return noteOfNotification(kind, event);
+    if (kind == "interstitial") return "  on screen: " + titleOf(event);
+    if (kind == "prompt") return "  the system asks the user for " + text(event, "kind");
+    if (kind == "openURL") return "  opens " + text(event, "url");
     return std::nullopt;
 }
 
@@ -116,7 +138,7 @@ std::string noteOfRequest(const Dictionary& request) {
     if (payload && describe != describers().end()) {
         note += "  " + describe->second(*payload);
     } else {
-        note += "  " + text(request, "path");
+        note += "  " + subject(endpoint, text(request, "path"));
     }
     return note;
 }
