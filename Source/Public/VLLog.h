@@ -60,7 +60,7 @@ private:
     std::shared_ptr<const Loggers> loggers_;
 };
 
-/// Logs to the shared log.
-void logMessage(VLLogLevel level, std::string message, std::optional<Value> payload = std::nullopt);
+/// Logs to the shared log. Any thread.
+VORLANE_EXPORT void logMessage(VLLogLevel level, std::string message, std::optional<Value> payload = std::nullopt);
 
 }  // namespace vorlane

@@ -1,9 +1,40 @@
-# The shared library exports names of namespace vorlane only, and is known by its major version.
+# The shared library exports names of namespace vorlane only, all that its installed headers promise and nothing that they do
+# not, and is known by its major version.
 source "$(dirname "$0")/common.sh"
 exported=$("$NM" --dynamic --demangle --defined-only "$LIBRARY" | cut -d ' ' -f 2-)
-grep -q ' vorlane::Vorlane::initialiseSDKWithApplication(' <<<"$exported" || fail "the facade is not exported"
 strangers=$(grep -vE '^[A-Za-z] ((typeinfo( name)?|vtable|VTT|guard variable) for |(non-)?virtual thunk to )?vorlane::|^A VORLANE_2$' \
     <<<"$exported" || true)
 [[ -z $strangers ]] || fail "exported without need: $strangers"
 # Read to its end: a pipe that closes early fails its writer.
 objdump -p "$LIBRARY" | grep -E "SONAME +libvorlane\.so\.${VERSION%%.*}$" >/dev/null || fail "the soname is another one"
+
+# What a class has compiled; a class that is all in its header has nothing.
+headers=("$SOURCE"/Source/Public/*.h "$SOURCE"/Source/Platform/*.h "$SOURCE"/Source/Platform/Linux/LinuxPlatform.h)
+classes=$(grep -hoP '^(class|struct) VORLANE_EXPORT \K\w+' "${headers[@]}")
+[[ $(wc -l <<<"$classes") -gt 30 ]] || fail "the headers name only these classes: $classes"
+for class in $classes; do
+    grep -qE " (vtable for )?vorlane::$class(::|@)" <<<"$exported" || fail "nothing of $class is exported"
+done
+
+# What an application calls, and hands in or is handed.
+for name in logMessage onMainQueue \
+    Vorlane::{initialiseSDKWithApplication,registerEventWithType,setTag,setURLs} \
+    Vorlane::{didRegisterForRemoteNotificationsWithDeviceToken,unregisterFromRemoteNotificationsWithCompletionHandler} \
+    Vorlane::{didReceiveRemoteNotification,didRegisterUserNotificationSettings,performFetchWithCompletionHandler} \
+    Vorlane::{getNotificationSettingsWithCompletionHandler,scheduleLocalNotification,didReceiveLocalNotification} \
+    Vorlane::{cancelPendingLocalNotification,cancelAllPendingLocalNotifications} \
+    VLDeviceTokenHelper::hexStringToData \
+    VLUserNotificationSettings::{settingsWithAuthorisation,toDictionary,settingsFromDictionary} \
+    VLUserNotificationSettings::{isEqualToSettings,willNotificationsBeVisible,isProvisionallyAuthorised} \
+    UILocalNotification::{UILocalNotification,toDictionary,fromDictionary,description,operator==} \
+    UIApplication::{UIApplication,scheduleLocalNotification,scheduledLocalNotifications} \
+    UIApplication::{cancelLocalNotification,cancelAllLocalNotifications}; do
+    grep -qE "^T vorlane::$name[[(]" <<<"$exported" || fail "$name is not exported"
+done
+
+# Every class of the library's own: hosts have no header for it.
+insiders=$(find "$SOURCE"/Source/{Core,Network,Tracking,Notifications,Categories} -name '*.h' -exec grep -hoP \
+    '^(class|struct) \K\w+(?=.*[{:]$)' {} + | sort -u)
+for class in $insiders; do
+    ! grep -qE " (vtable for )?vorlane::$class(::|@)" <<<"$exported" || fail "$class is exported, though it has no header"
+done
