@@ -24,6 +24,8 @@ constexpr std::size_t longestName() {
     return longest;
 }
 
+constexpr std::size_t kLongestName = longestName();
+
 bool isCharacter(char32_t value) {
     const bool isSurrogate = value >= 0xD800 && value <= 0xDFFF;
     return value > 0 && value <= kLastCharacter && !isSurrogate;
@@ -57,7 +59,7 @@ std::optional<Reference> numericReference(std::string_view text) {
 
 /// `text` starts with "&".
 std::optional<Reference> namedReference(std::string_view text) {
-    const auto end = text.substr(0, longestName() + 2).find(';');
+    const auto end = text.substr(0, kLongestName + 2).find(';');
     if (end == std::string_view::npos) return std::nullopt;
     const auto name = text.substr(1, end - 1);
     const auto* const entity = std::ranges::lower_bound(kHTMLEntities, name, {}, &HTMLEntity::name);

@@ -206,8 +206,10 @@ std::optional<Data> VLInboxStore::cardImage(std::uint64_t notificationId, const 
     Operation operation(*this);
     std::optional<Data> image;
     VLInboxStatement statement(operation.connection(), kSelectImage);
-    operation.readAll(statement.bindId(notificationId).bind(trackingId),
-                      [&image](const VLInboxStatement& row) { image = row.data(0); });
+    operation.readAll(statement.bindId(notificationId).bind(trackingId), [&image](const VLInboxStatement& row) {
+        // Of a message that is there twice, one row may have it and the other not.
+        if (!image) image = row.data(0);
+    });
     return image;
 }
 
