@@ -361,6 +361,10 @@ void SimulatedPhone::stop() {
     impl_->network.reset();
     impl_->settle(deadline, Impl::Requests::ignored);
     impl_->stopQueues(deadline);
+    // An open prompt keeps whoever asked, who in turn keeps the user. Nobody hears the answer any more.
+    auto& user = *impl_->user;
+    while (!user.openPrompts().empty())
+        user.answer(user.openPrompts().front().number, SimulatedUser::Answer::undetermined);
 }
 
 }  // namespace vorlane

@@ -101,7 +101,8 @@ protected:
     /// Asks for the list and lets everything settle; gives the last one.
     List list() {
         service->getInboxMessagesWithCompletionHandler(listHandler());
-        phone().settle();
+        // Ten thousand messages take their time under the sanitizers.
+        phone().settle(120);
         return lists.empty() ? List{} : lists.back();
     }
     /// A list request of its own that does not synchronise, or after half a minute's rest one that does.
