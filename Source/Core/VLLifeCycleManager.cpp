@@ -9,6 +9,7 @@
 #include "Categories/NSDictionary+VLLookup.h"
 #include "Categories/NSString+VLLength.h"
 #include "Core/VLSettings.h"
+#include "Geo/VLLocationService.h"
 #include "Platform/NSBundle.h"
 #include "Platform/NSException.h"
 #include "Platform/Platform.h"
@@ -58,11 +59,13 @@ const Value* launchPhash(const Value* remote, const Value* local, Dictionary& lo
 
 VLLifeCycleManager::VLLifeCycleManager(std::weak_ptr<VLSettings> settings,
                                        std::weak_ptr<VLSessionService> sessionService,
+                                       std::weak_ptr<VLLocationService> locationService,
                                        std::weak_ptr<VLConfigService> configService,
                                        std::shared_ptr<NSNotificationCenter> notificationCenter,
                                        std::shared_ptr<NSBundle> mainBundle)
     : settings_(std::move(settings)),
       sessionService_(std::move(sessionService)),
+      locationService_(std::move(locationService)),
       configService_(std::move(configService)),
       notificationCenter_(std::move(notificationCenter)),
       mainBundle_(std::move(mainBundle)) {}
@@ -107,6 +110,7 @@ void VLLifeCycleManager::observeApplicationStates() {
     observe(UIApplicationDidBecomeActiveNotification, &VLLifeCycleManager::applicationDidBecomeActive);
     observe(UIApplicationDidEnterBackgroundNotification, &VLLifeCycleManager::applicationDidEnterBackground);
     observe(UIApplicationWillTerminateNotification, &VLLifeCycleManager::applicationWillTerminate);
+    observe(UIApplicationWillEnterForegroundNotification, &VLLifeCycleManager::applicationWillEnterForeground);
 }
 
 void VLLifeCycleManager::observe(const char* notificationName, void (VLLifeCycleManager::*operation)()) {
@@ -149,8 +153,12 @@ void VLLifeCycleManager::registerWithPlatform() {
 void VLLifeCycleManager::loadConfig() {
     const auto configService = configService_.lock();
     if (!configService) return;
-    configService->loadConfigWithCompletion([](VLConfigService::LoadStatus status) {
-        if (status == VLConfigService::LoadStatus::unavailable) logMessage(VLLogLevel::Error, kNoConfigText);
+    configService->loadConfigWithCompletion([weakLocationService = locationService_](auto status) {
+        if (status == VLConfigService::LoadStatus::unavailable) return logMessage(VLLogLevel::Error, kNoConfigText);
+        // In line with the callbacks of the location manager.
+        onMainQueue([weakLocationService] {
+            if (const auto locationService = weakLocationService.lock()) locationService->startWithConfig();
+        });
     });
 }
 
@@ -180,6 +188,13 @@ void VLLifeCycleManager::applicationWillTerminate() {
     // In the background the session has been ended already.
     if (!application || application->applicationState() != UIApplicationState::background) endSession();
     if (const auto settings = settings_.lock()) settings->setForceGeoConfigUpdate(false);
+}
+
+void VLLifeCycleManager::applicationWillEnterForeground() {
+    assertMainQueue();
+    if (const auto locationService = locationService_.lock()) {
+        locationService->configUpdateWithBeacons(true, false, nullptr);
+    }
 }
 
 void VLLifeCycleManager::endSession() {

@@ -15,6 +15,7 @@ namespace vorlane {
 class NSBundle;
 class UIApplication;
 class VLConfigService;
+class VLLocationService;
 class VLSessionService;
 class VLSettings;
 
@@ -22,10 +23,10 @@ class VLSettings;
 /// and the notification centre; main queue only.
 class VLLifeCycleManager : public std::enable_shared_from_this<VLLifeCycleManager> {
 public:
-    /// `initWithSettings:sessionService:configService:`, with the platform's objects. The services are held weakly: the
-    /// registry owns them.
+    /// `initWithSettings:sessionService:locationService:configService:`, with the platform's objects. The services are
+    /// held weakly: the registry owns them.
     VLLifeCycleManager(std::weak_ptr<VLSettings> settings, std::weak_ptr<VLSessionService> sessionService,
-                       std::weak_ptr<VLConfigService> configService,
+                       std::weak_ptr<VLLocationService> locationService, std::weak_ptr<VLConfigService> configService,
                        std::shared_ptr<NSNotificationCenter> notificationCenter, std::shared_ptr<NSBundle> mainBundle);
     ~VLLifeCycleManager();
 
@@ -37,6 +38,7 @@ public:
     void applicationDidBecomeActive();
     void applicationDidEnterBackground();
     void applicationWillTerminate();
+    void applicationWillEnterForeground();
 
     bool isAppInForeground() const { return isAppInForeground_; }
     /// The options of the last start-up, refused or not.
@@ -55,6 +57,7 @@ private:
     // Fixed at construction.
     const std::weak_ptr<VLSettings> settings_;
     const std::weak_ptr<VLSessionService> sessionService_;
+    const std::weak_ptr<VLLocationService> locationService_;
     const std::weak_ptr<VLConfigService> configService_;
     const std::shared_ptr<NSNotificationCenter> notificationCenter_;
     const std::shared_ptr<NSBundle> mainBundle_;

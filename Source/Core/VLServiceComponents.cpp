@@ -9,6 +9,7 @@
 #include "Core/VLSettings.h"
 #include "Geo/VLGeoRegionContent.h"
 #include "Geo/VLGeoService.h"
+#include "Geo/VLLocationService.h"
 #include "Network/VLPayloadBuilder.h"
 #include "Network/VLURLBuilder.h"
 #include "Network/VLURLSession.h"
@@ -84,8 +85,8 @@ std::shared_ptr<VLSessionService> createSessionService(VLBootstrap& components) 
 std::shared_ptr<VLLifeCycleManager> createLifeCycleManager(VLBootstrap& components) {
     return std::make_shared<VLLifeCycleManager>(
         components.getComponent<VLSettings>(), components.getComponent<VLSessionService>(),
-        components.getComponent<VLConfigService>(), components.getComponent<NSNotificationCenter>(),
-        components.getComponent<NSBundle>());
+        components.getComponent<VLLocationService>(), components.getComponent<VLConfigService>(),
+        components.getComponent<NSNotificationCenter>(), components.getComponent<NSBundle>());
 }
 
 std::shared_ptr<VLNotificationHelper> createNotificationHelper(VLBootstrap& components) {
@@ -129,6 +130,15 @@ std::shared_ptr<VLGeoService> createGeoService(VLBootstrap& components) {
         components.getComponent<CLLocationManager>(), components.getComponent<VLSettings>(),
         components.getComponent<VLGeoRegionContent>(), components.getComponent<VLURLBuilder>(),
         components.getComponent<VLURLSession>());
+}
+
+std::shared_ptr<VLLocationService> createLocationService(VLBootstrap& components) {
+    return VLLocationService::serviceWith({.settings = components.getComponent<VLSettings>(),
+                                           .configService = components.getComponent<VLConfigService>(),
+                                           .locationManager = components.getComponent<CLLocationManager>(),
+                                           .geoService = components.getComponent<VLGeoService>(),
+                                           .mainBundle = components.getComponent<NSBundle>(),
+                                           .application = components.getComponent<UIApplication>()});
 }
 
 std::shared_ptr<VLBackgroundRefreshHelper> createBackgroundRefreshHelper(VLBootstrap& components) {
@@ -176,6 +186,7 @@ void VLServiceComponents::defaultVLServices(const std::shared_ptr<VLURLs>& urls)
     add(createLocalNotificationService);
     add(createGeoRegionContent);
     add(createGeoService);
+    add(createLocationService);
     add(createBackgroundRefreshHelper);
     add(authorisationHelper);
     add(vlUserNotificationCentre);
