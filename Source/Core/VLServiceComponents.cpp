@@ -3,6 +3,9 @@
 #include <type_traits>
 #include <utility>
 
+#include "Beacons/VLBeaconRegionSessions.h"
+#include "Beacons/VLBeaconService.h"
+#include "Beacons/VLBeaconsConfig.h"
 #include "Core/VLBootstrap.h"
 #include "Core/VLIOSComponents.h"
 #include "Core/VLLifeCycleManager.h"
@@ -141,6 +144,25 @@ std::shared_ptr<VLLocationService> createLocationService(VLBootstrap& components
                                            .application = components.getComponent<UIApplication>()});
 }
 
+std::shared_ptr<VLBeaconsConfig> createBeaconsConfig(VLBootstrap& components) {
+    return std::make_shared<VLBeaconsConfig>(components.getComponent<VLSettings>());
+}
+
+std::shared_ptr<VLBeaconRegionSessions> createBeaconRegionSessions(VLBootstrap& components) {
+    return std::make_shared<VLBeaconRegionSessions>(
+        components.getComponent<CLLocationManager>(), components.getComponent<VLSettings>(),
+        components.getComponent<VLBeaconsConfig>(), components.getComponent<VLNotificationHelper>(),
+        components.getComponent<VLURLBuilder>(), components.getComponent<VLURLSession>(),
+        components.getComponent<VLPayloadBuilder>(), components.getComponent<UIApplication>());
+}
+
+std::shared_ptr<VLBeaconService> createBeaconService(VLBootstrap& components) {
+    return std::make_shared<VLBeaconService>(
+        components.getComponent<CLLocationManager>(), components.getComponent<VLSettings>(),
+        components.getComponent<VLConfigService>(), components.getComponent<VLBeaconsConfig>(),
+        components.getComponent<VLBeaconRegionSessions>());
+}
+
 std::shared_ptr<VLBackgroundRefreshHelper> createBackgroundRefreshHelper(VLBootstrap& components) {
     return std::make_shared<VLBackgroundRefreshHelper>(components.getComponent<UIApplication>());
 }
@@ -181,6 +203,9 @@ void VLServiceComponents::defaultVLServices(const std::shared_ptr<VLURLs>& urls)
     add(createNotificationHelper);
     add(remoteNotificationService);
     add(createTagsService);
+    add(createBeaconsConfig);
+    add(createBeaconRegionSessions);
+    add(createBeaconService);
     add(createSessionService);
     add(createLifeCycleManager);
     add(createLocalNotificationService);
