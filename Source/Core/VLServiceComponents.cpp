@@ -138,6 +138,7 @@ std::shared_ptr<VLGeoService> createGeoService(VLBootstrap& components) {
 std::shared_ptr<VLLocationService> createLocationService(VLBootstrap& components) {
     return VLLocationService::serviceWith({.settings = components.getComponent<VLSettings>(),
                                            .configService = components.getComponent<VLConfigService>(),
+                                           .beacons = components.getComponent<VLBeaconService>(),
                                            .locationManager = components.getComponent<CLLocationManager>(),
                                            .geoService = components.getComponent<VLGeoService>(),
                                            .mainBundle = components.getComponent<NSBundle>(),

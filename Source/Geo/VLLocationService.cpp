@@ -7,6 +7,7 @@
 #include <optional>
 #include <utility>
 
+#include "Beacons/VLBeaconService.h"
 #include "Categories/NSBundle+VLBackgroundLocation.h"
 #include "Categories/NSDictionary+VLJSON.h"
 #include "Categories/NSDictionary+VLLookup.h"
@@ -102,10 +103,10 @@ void VLLocationService::configureLocationUpdates(bool enabled) {
 void VLLocationService::updateAfterConfiguration() {
     const bool isInBackground = with_.application->applicationState() == UIApplicationState::background;
     if (!isInBackground) with_.settings->setForceGeoConfigUpdate(true);
-    configUpdateWithBeacons(!isInBackground, true, nullptr);
+    configUpdateWithBeacons(!isInBackground || with_.beacons->isConfigStale(), true, nullptr);
 }
 
-void VLLocationService::configUpdateWithBeacons(bool /*withBeacons*/, bool enableSignificantLocationUpdates,
+void VLLocationService::configUpdateWithBeacons(bool withBeacons, bool enableSignificantLocationUpdates,
                                                 const CompletionHandler& completionHandler) {
     assertMainQueue();
     if (!isLocationTrackingEnabled_) return call(completionHandler, true);
@@ -115,13 +116,14 @@ void VLLocationService::configUpdateWithBeacons(bool /*withBeacons*/, bool enabl
             // Without calling the handler, meant so.
             return logMessage(VLLogLevel::Error, kNoUsageKeyText);
         }
-        switchOn(isGeoCapable && enableSignificantLocationUpdates, completionHandler);
+        switchOn(isRangingCapable && withBeacons, isGeoCapable && enableSignificantLocationUpdates, completionHandler);
     });
 }
 
-void VLLocationService::switchOn(bool significantChanges, const CompletionHandler& completionHandler) {
+void VLLocationService::switchOn(bool beacons, bool significantChanges, const CompletionHandler& completionHandler) {
     logDebug("App has Location Updates switched ON");
     if (significantChanges) with_.geoService->startSignificantLocationUpdates();
+    if (beacons) return startBeaconUpdates(completionHandler);
     call(completionHandler, true);
 }
 
@@ -161,6 +163,11 @@ bool VLLocationService::rangingCapable() const {
     return false;
 }
 
+void VLLocationService::startBeaconUpdates(const CompletionHandler& handler) {
+    with_.beacons->getBeaconsConfig(
+        [handler](const std::optional<std::string>& /*config*/, auto flag) { call(handler, flag != 0); });
+}
+
 void VLLocationService::didUpdateLocations(CLLocationManager& /*manager*/, const std::vector<CLLocation>& locations) {
     with_.geoService->didUpdateLocations(locations);
 }
@@ -171,6 +178,7 @@ void VLLocationService::didDetermineState(CLLocationManager& /*manager*/, CLRegi
                              : state == CLRegionState::Outside ? "## Outside of Region - {}"
                                                                : "## Unknown state Region - {}";
     logDebug(fmt::format(fmt::runtime(text), region->identifier()));
+    if (const auto beaconRegion = asBeaconRegion(region)) with_.beacons->didDetermineState(state, beaconRegion);
 }
 
 void VLLocationService::didStartMonitoringForRegion(CLLocationManager& /*manager*/,
@@ -186,10 +194,10 @@ void VLLocationService::monitoringDidFailForRegion(CLLocationManager& /*manager*
 
 void VLLocationService::didEnterRegion(CLLocationManager& /*manager*/, const std::shared_ptr<CLRegion>& region) {
     beginEnterRegionTask();
-    if (asBeaconRegion(region)) {
+    if (const auto beaconRegion = asBeaconRegion(region)) {
         logDebug(fmt::format("************** INSIDE BEACON DELEGATE- ENTERED REGION {} *****************",
                              region->identifier()));
-        return;
+        return with_.beacons->didEnterRegion(beaconRegion);
     }
     logDebug(fmt::format("************** INSIDE GEOFENCE - ENTERED REGION {} *****************", region->identifier()));
     with_.geoService->didEnterRegion(*region);
@@ -208,20 +216,21 @@ void VLLocationService::beginEnterRegionTask() {
 }
 
 void VLLocationService::didExitRegion(CLLocationManager& /*manager*/, const std::shared_ptr<CLRegion>& region) {
-    if (asBeaconRegion(region)) {
+    if (const auto beaconRegion = asBeaconRegion(region)) {
         logDebug(fmt::format("************** OUTSIDE BEACON DELEGATE - EXITED REGION {} *****************",
                              region->identifier()));
-        return;
+        return with_.beacons->didExitRegion(beaconRegion);
     }
     logDebug(
         fmt::format("************** OUTSIDE GEOFENCE - EXITED REGION  {} *****************", region->identifier()));
     with_.geoService->didExitRegion(*region);
 }
 
-void VLLocationService::didRangeBeacons(CLLocationManager& /*manager*/, const std::vector<CLBeacon>& /*beacons*/,
-                                        const std::shared_ptr<CLBeaconRegion>& /*region*/) {
+void VLLocationService::didRangeBeacons(CLLocationManager& /*manager*/, const std::vector<CLBeacon>& beacons,
+                                        const std::shared_ptr<CLBeaconRegion>& region) {
     const Value remaining = with_.application->backgroundTimeRemaining();
     logDebug(fmt::format("Inside Ranging.  Time remaining:{}", vl_description(stringValue(remaining))));
+    with_.beacons->rangingBeacons(beacons, region);
 }
 
 void VLLocationService::didChangeAuthorizationStatus(CLLocationManager& /*manager*/, CLAuthorizationStatus status) {

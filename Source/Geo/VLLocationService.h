@@ -12,16 +12,17 @@ namespace vorlane {
 
 class CLLocationManager;
 class NSBundle;
+class VLBeaconService;
 class VLConfigService;
 class VLGeoService;
 class VLSettings;
 
 /// The one delegate of the platform's location manager. Decides from the configuration, the device and the user's
-/// permission whether location features run, and routes what happens to the geo service. Main queue
+/// permission whether location features run, and routes what happens to the geo and the beacon service. Main queue
 /// only.
 class VLLocationService : public CLLocationManagerDelegate, public std::enable_shared_from_this<VLLocationService> {
 public:
-    /// Whether it was done.
+    /// Whether it was done, as the beacon service tells; true when there was nothing to do.
     using CompletionHandler = std::function<void(bool success)>;
     /// What the device, the configuration and the user allow.
     using AvailabilityHandler = std::function<void(bool isGeoCapable, bool isRangingCapable)>;
@@ -29,13 +30,14 @@ public:
     struct Collaborators {
         std::shared_ptr<VLSettings> settings;
         std::shared_ptr<VLConfigService> configService;
+        std::shared_ptr<VLBeaconService> beacons;
         std::shared_ptr<CLLocationManager> locationManager;
         std::shared_ptr<VLGeoService> geoService;
         std::shared_ptr<NSBundle> mainBundle;
         std::shared_ptr<UIApplication> application;
     };
 
-    /// `initWithSettings:withConfigService:withLocationManager:geoService:`, with the platform's
+    /// `initWithSettings:withConfigService:withBeaconsService:withLocationManager:geoService:`, with the platform's
     /// objects. The service is the manager's delegate from then on.
     static std::shared_ptr<VLLocationService> serviceWith(Collaborators collaborators);
     ~VLLocationService() override;
@@ -55,6 +57,8 @@ public:
     bool checkGeoRegionMonitoringCapability();
     bool checkBeaconMonitoringCapability() const;
     bool rangingCapable() const;
+    /// `startBeaconUpdates:`
+    void startBeaconUpdates(const CompletionHandler& handler);
 
     /// The last decision of `configureLocationUpdates()`.
     bool isLocationTrackingEnabled() const { return isLocationTrackingEnabled_; }
@@ -77,7 +81,7 @@ private:
     bool isGeoEnabled() const;
     bool canMonitorGeoRegions() const;
     void updateAfterConfiguration();
-    void switchOn(bool significantChanges, const CompletionHandler& completionHandler);
+    void switchOn(bool beacons, bool significantChanges, const CompletionHandler& completionHandler);
     void beginEnterRegionTask();
 
     // Fixed at construction.

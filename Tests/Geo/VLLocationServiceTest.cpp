@@ -304,6 +304,35 @@ TEST_F(VLLocationServiceTest, AnUpdateStartsWhatItIsAskedFor) {
     EXPECT_EQ(significantChanges, (std::vector<bool>{true, true}));
 }
 
+TEST_F(VLLocationServiceTest, BeaconsAloneAreMonitoredWithoutSignificantChanges) {
+    start(kBeacons);
+    EXPECT_TRUE(service->isLocationTrackingEnabled());
+    EXPECT_TRUE(significantChanges.empty());
+    ASSERT_EQ(manager().monitoredRegions().size(), 1U);
+    EXPECT_EQ(manager().monitoredRegions()[0]->identifier(), kUUID + "_1_2");
+}
+
+TEST_F(VLLocationServiceTest, WhatTheBeaconServiceTellsIsPassedOn) {
+    start(kBeacons);
+    EXPECT_EQ(update(true, false), true);
+    start(R"({"services":{"beacon":true}})");  // without a configuration it tells 2, which is no less than yes
+    EXPECT_EQ(update(true, false), true);
+}
+
+TEST_F(VLLocationServiceTest, InTheBackgroundBeaconsAreUpdatedWhenTheirConfigurationIsStale) {
+    application().setApplicationState(UIApplicationState::background);
+    start(kBeacons);  // never updated before
+    EXPECT_EQ(manager().monitoredRegions().size(), 1U);
+    manager().stopMonitoringForRegion(manager().monitoredRegions()[0]);
+    service->configureLocationUpdates(true);
+    phone().settle();
+    EXPECT_TRUE(manager().monitoredRegions().empty());
+    application().setApplicationState(UIApplicationState::active);
+    service->configureLocationUpdates(true);
+    phone().settle();
+    EXPECT_EQ(manager().monitoredRegions().size(), 1U);
+}
+
 TEST_F(VLLocationServiceTest, OnlyAnAuthorisationThatAllowsConfiguresTracking) {
     configure(kGeo);
     for (const auto status : {Status::NotDetermined, Status::Restricted, Status::Denied}) {
@@ -332,6 +361,8 @@ TEST_F(VLLocationServiceTest, StatesAreLogged) {
         EXPECT_EQ(debugLines("## Outside of Region - " + region->identifier()), 1);
         EXPECT_EQ(debugLines("## Unknown state Region - " + region->identifier()), 1);
     }
+    // Only the beacon service has a use for being inside.
+    EXPECT_EQ(log().linesContaining("Inside beacon region but did not record an enter event:").size(), 1U);
 }
 
 TEST_F(VLLocationServiceTest, TheStartAndTheFailureOfMonitoringAreLogged) {
@@ -348,6 +379,7 @@ TEST_F(VLLocationServiceTest, TheStartAndTheFailureOfMonitoringAreLogged) {
 TEST_F(VLLocationServiceTest, EnteringAGeofenceGoesToTheGeoServiceUnderABackgroundTask) {
     happens(RegionEvent::enter, circle);
     EXPECT_EQ(debugLines("************** INSIDE GEOFENCE - ENTERED REGION circle *****************"), 1);
+    EXPECT_TRUE(log().linesContaining("DidEnterRegion called for region").empty());
     EXPECT_EQ(application().backgroundTasks().size(), 1U);
     happens(RegionEvent::exit, circle);
     EXPECT_EQ(debugLines("************** OUTSIDE GEOFENCE - EXITED REGION  circle *****************"), 1);
@@ -369,12 +401,16 @@ TEST_F(VLLocationServiceTest, EachEnterHasABackgroundTaskThatItsExpiryEnds) {
     EXPECT_TRUE(application().backgroundTasks().empty());
 }
 
-TEST_F(VLLocationServiceTest, EnteringAndLeavingABeaconRegionIsNothingForTheGeoService) {
+TEST_F(VLLocationServiceTest, EnteringAndLeavingABeaconRegionGoToTheBeaconService) {
     happens(RegionEvent::enter, shop);
     EXPECT_EQ(debugLines("************** INSIDE BEACON DELEGATE- ENTERED REGION shop *****************"), 1);
+    EXPECT_EQ(log().linesContaining("DidEnterRegion called for region:").size(), 1U);
     EXPECT_EQ(application().backgroundTasks().size(), 1U);
+    EXPECT_EQ(manager().rangedRegions().size(), 1U);
     happens(RegionEvent::exit, shop);
     EXPECT_EQ(debugLines("************** OUTSIDE BEACON DELEGATE - EXITED REGION shop *****************"), 1);
+    EXPECT_EQ(log().linesContaining("DidExitRegion called for region:").size(), 1U);
+    EXPECT_TRUE(manager().rangedRegions().empty());
     EXPECT_TRUE(log().linesContaining("GEOFENCE").empty());
 }
 
@@ -388,6 +424,7 @@ TEST_F(VLLocationServiceTest, RangingIsLoggedWithTheTimeThatRemains) {
     manager().deliverRanging({}, shop);
     phone().settle();
     EXPECT_EQ(debugLines("Inside Ranging.  Time remaining:180"), 1);
+    EXPECT_EQ(log().linesContaining("Beacons Found: ").size(), 3U);
 }
 
 TEST_F(VLLocationServiceTest, LocationsGoToTheGeoService) {
