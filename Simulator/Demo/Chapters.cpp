@@ -8,7 +8,8 @@ std::vector<Chapter> allChapters() {
             {"The application keeps tags", playTags},
             {"Another user signs in", playAnotherUser},
             {"Away, back, and ended", playAwayAndBack},
-            {"Launched again without a network", playWithoutNetwork}};
+            {"Launched again without a network", playWithoutNetwork},
+            {"A walk through three geofences, past two beacons", playWalk}};
 }
 
 }  // namespace vorlane::demo
