@@ -21,7 +21,8 @@ class KeepingReporter : public benchmark::ConsoleReporter {
 public:
     void ReportRuns(const std::vector<Run>& runs) override {
         for (const auto& run : runs) {
-            const auto name = run.run_name.function_name;
+            const auto& arguments = run.run_name.args;
+            const auto name = run.run_name.function_name + (arguments.empty() ? "" : "/" + arguments);
             if (run.run_type == Run::RT_Aggregate || run.error_occurred) continue;
             const auto iterations = static_cast<double>(run.iterations);
             const bool isManual = run.run_name.time_type == "manual_time" || run.run_name.time_type == "real_time";
@@ -86,6 +87,16 @@ std::vector<Row> rowsOf(const KeepingReporter& results, double librarySize) {
         {"a session start", microseconds(s("SessionStart")),
          microseconds(s("SessionStartWithoutLogging")) + " logging compiled out",
          s("SessionStart") / s("SessionStartWithoutLogging"), 3, "times"},
+        {"a location update with 20 geofences", microseconds(s("LocationUpdate/20")),
+         microseconds(s("LocationUpdate/1")) + " with 1", s("LocationUpdate/20") / s("LocationUpdate/1"), 0, "times"},
+        {"crossing into one of 20 geofences", microseconds(s("CrossIntoRegion/20")),
+         microseconds(s("CrossIntoRegion/1")) + " with 1", s("CrossIntoRegion/20") / s("CrossIntoRegion/1"), 0,
+         "times"},
+        {"a location update that brings 20 other geofences", milliseconds(s("ChangeRegions/20")),
+         milliseconds(s("ChangeRegions/1")) + " with 1", s("ChangeRegions/20") / s("ChangeRegions/1"), 0, "times"},
+        {"a ranging result with 50 beacons and 100 rules", microseconds(s("RangingResult/50/100")),
+         microseconds(s("RangingResult/1/1")) + " with 1 and 1", s("RangingResult/50/100") / s("RangingResult/1/1"), 0,
+         "times"},
     };
 }
 

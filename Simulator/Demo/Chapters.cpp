@@ -10,7 +10,8 @@ std::vector<Chapter> allChapters() {
             {"Away, back, and ended", playAwayAndBack},
             {"Notifications come and go", playNotifications},
             {"Launched again without a network", playWithoutNetwork},
-            {"Greeted, and asked for permission", playInterstitials}};
+            {"Greeted, and asked for permission", playInterstitials},
+            {"A walk through three geofences, past two beacons", playWalk}};
 }
 
 }  // namespace vorlane::demo

@@ -23,5 +23,6 @@ void playAwayAndBack(Stage& stage);
 void playNotifications(Stage& stage);
 void playWithoutNetwork(Stage& stage);
 void playInterstitials(Stage& stage);
+void playWalk(Stage& stage);
 
 }  // namespace vorlane::demo

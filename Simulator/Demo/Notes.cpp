@@ -68,6 +68,12 @@ std::string titleOf(const Dictionary& event) {
     return '"' + title.substr(0, title.find("</title>")) + '"';
 }
 
+/// "starts" or "stops", and the region.
+std::string noteOfRegion(const Dictionary& event, const char* doing) {
+    const auto* region = dictionaryForKey(event, "region");
+    return fmt::format("  {}s {} {}", text(event, "action"), doing, region ? text(*region, "identifier") : "");
+}
+
 std::string session(const Dictionary& payload) {
     auto note = fmt::format("user {}, length {} s, average {} s", text(payload, "tracking_id"),
                             text(payload, "session_length"), text(payload, "average_session_length"));
@@ -101,7 +107,33 @@ std::string subject(const std::string& endpoint, const std::string& path) {
     return endpoint == "interstitial" ? path.substr(path.rfind('/') + 1) : path;
 }
 
-using Describe = std::function<std::string(const Dictionary& payload)>;
+std::string place(const Dictionary& query) {
+    return fmt::format("near {}, {}, at most {}", text(query, "latitude"), text(query, "longitude"),
+                       text(query, "max"));
+}
+
+std::string transition(const Dictionary& payload) {
+    const auto* region = dictionaryForKey(payload, "geoRegion");
+    return region ? text(*region, "status") + " " + text(*region, "segmentId") : "";
+}
+
+std::string beacon(const Dictionary& payload) {
+    std::string note = boolForKey(payload, "getContent").value_or(false) ? "a message for" : "no message for";
+    const auto* beacons = arrayForKey(payload, "ibeacons");
+    for (const auto& each : beacons ? *beacons : Array()) {
+        const auto* fields = each.get_ptr<const Dictionary*>();
+        if (fields) note += fmt::format(" {}_{}", text(*fields, "major"), text(*fields, "minor"));
+    }
+    return note;
+}
+
+std::string visit(const Dictionary& payload) {
+    return fmt::format("visit {} to {}_{}", text(payload, "sessionId").substr(0, 8), text(payload, "major"),
+                       text(payload, "minor"));
+}
+
+/// From the payload, or from the query of a request without one.
+using Describe = std::function<std::string(const Dictionary& fields)>;
 
 const std::map<std::string, Describe>& describers() {
     static const std::map<std::string, Describe> table = {{"sessionStart", session},
@@ -110,7 +142,12 @@ const std::map<std::string, Describe>& describers() {
                                                           {"registerEvent", event},
                                                           {"deviceRegistration", registration},
                                                           {"updateTag", tags},
-                                                          {"MDN", split}};
+                                                          {"MDN", split},
+                                                          {"geoRegions", place},
+                                                          {"geoContent", transition},
+                                                          {"beaconContent", beacon},
+                                                          {"beaconEntry", visit},
+                                                          {"beaconExit", visit}};
     return table;
 }
 
@@ -127,6 +164,8 @@ std::optional<std::string> noteOfEvent(const Dictionary& event) {
     if (kind == "interstitial") return "  on screen: " + titleOf(event);
     if (kind == "prompt") return "  the system asks the user for " + text(event, "kind");
     if (kind == "openURL") return "  opens " + text(event, "url");
+    if (kind == "monitoring") return noteOfRegion(event, "watching");
+    if (kind == "ranging") return noteOfRegion(event, "ranging");
     return std::nullopt;
 }
 
@@ -134,9 +173,10 @@ std::string noteOfRequest(const Dictionary& request) {
     const auto endpoint = text(request, "endpoint");
     auto note = fmt::format("{} {} -> {}", text(request, "method"), endpoint, text(request, "status"));
     const auto* payload = dictionaryForKey(request, "payload");
+    const auto* fields = payload ? payload : dictionaryForKey(request, "query");
     const auto describe = describers().find(endpoint);
-    if (payload && describe != describers().end()) {
-        note += "  " + describe->second(*payload);
+    if (fields && describe != describers().end()) {
+        note += "  " + describe->second(*fields);
     } else {
         note += "  " + subject(endpoint, text(request, "path"));
     }

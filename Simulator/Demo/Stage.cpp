@@ -29,7 +29,9 @@ std::string writeInfo(const std::string& folder) {
     const Value info = Dictionary{{"CFBundleName", "Demo"},
                                   {"CFBundleShortVersionString", "1.0"},
                                   {"CFBundleVersion", "1"},
-                                  {"VL_App_Key", Stage::appKey()}};
+                                  {"VL_App_Key", Stage::appKey()},
+                                  {"NSLocationAlwaysUsageDescription", "To find what is near"},
+                                  {"UIBackgroundModes", Array{"location"}}};
     std::FILE* file = std::fopen(path.c_str(), "w");
     if (!file) throw std::runtime_error("cannot write " + path);
     const auto text = info.dump();

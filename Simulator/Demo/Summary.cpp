@@ -41,7 +41,8 @@ void tellSessions(Stage& stage) {
 void tellTotals(Stage& stage) {
     const auto events = stored(stage, "events").size();
     const auto tags = stored(stage, "tags").size();
-    stage.transcript().line(fmt::format("\nStored: {} events, {} tags", events, tags));
+    const auto visits = stored(stage, "beaconSessions").size();
+    stage.transcript().line(fmt::format("\nStored: {} events, {} tags, {} visits to beacons", events, tags, visits));
 }
 
 }  // namespace

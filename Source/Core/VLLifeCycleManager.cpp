@@ -9,6 +9,7 @@
 #include "Categories/NSDictionary+VLLookup.h"
 #include "Categories/NSString+VLLength.h"
 #include "Core/VLSettings.h"
+#include "Geo/VLLocationService.h"
 #include "Notifications/VLPermissionService.h"
 #include "Platform/NSBundle.h"
 #include "Platform/NSException.h"
@@ -69,12 +70,14 @@ const Value* launchPhash(const Value* remote, const Value* local, Dictionary& lo
 
 VLLifeCycleManager::VLLifeCycleManager(std::weak_ptr<VLSettings> settings,
                                        std::weak_ptr<VLSessionService> sessionService,
+                                       std::weak_ptr<VLLocationService> locationService,
                                        std::weak_ptr<VLPermissionService> permissionService,
                                        std::weak_ptr<VLConfigService> configService,
                                        std::shared_ptr<NSNotificationCenter> notificationCenter,
                                        std::shared_ptr<NSBundle> mainBundle)
     : settings_(std::move(settings)),
       sessionService_(std::move(sessionService)),
+      locationService_(std::move(locationService)),
       permissionService_(std::move(permissionService)),
       configService_(std::move(configService)),
       notificationCenter_(std::move(notificationCenter)),
@@ -122,6 +125,7 @@ void VLLifeCycleManager::observeApplicationStates() {
     observe(UIApplicationDidBecomeActiveNotification, &VLLifeCycleManager::applicationDidBecomeActive);
     observe(UIApplicationDidEnterBackgroundNotification, &VLLifeCycleManager::applicationDidEnterBackground);
     observe(UIApplicationWillTerminateNotification, &VLLifeCycleManager::applicationWillTerminate);
+    observe(UIApplicationWillEnterForegroundNotification, &VLLifeCycleManager::applicationWillEnterForeground);
 }
 
 void VLLifeCycleManager::observe(const char* notificationName, void (VLLifeCycleManager::*operation)()) {
@@ -165,7 +169,7 @@ void VLLifeCycleManager::loadConfig() {
     const auto configService = configService_.lock();
     if (!configService) return;
     configService->loadConfigWithCompletion(
-        [weakConfig = configService_, weakPermissions = permissionService_,
+        [weakConfig = configService_, weakPermissions = permissionService_, weakLocation = locationService_,
          providesSettings = options_.providesAppNotificationSettings()](VLConfigService::LoadStatus status) {
             if (status == VLConfigService::LoadStatus::unavailable) {
                 return logMessage(VLLogLevel::Error, kNoConfigText);
@@ -173,6 +177,10 @@ void VLLifeCycleManager::loadConfig() {
             const auto config = weakConfig.lock();
             const auto permissionService = weakPermissions.lock();
             if (config && permissionService) permissionService->startWithConfig(*config, providesSettings);
+            // In line with the callbacks of the location manager.
+            onMainQueue([weakLocation] {
+                if (const auto locationService = weakLocation.lock()) locationService->startWithConfig();
+            });
         });
 }
 
@@ -209,6 +217,13 @@ void VLLifeCycleManager::applicationWillTerminate() {
     // In the background the session has been ended already.
     if (!application || application->applicationState() != UIApplicationState::background) endSession();
     if (const auto settings = settings_.lock()) settings->setForceGeoConfigUpdate(false);
+}
+
+void VLLifeCycleManager::applicationWillEnterForeground() {
+    assertMainQueue();
+    if (const auto locationService = locationService_.lock()) {
+        locationService->configUpdateWithBeacons(true, false, nullptr);
+    }
 }
 
 void VLLifeCycleManager::endSession() {

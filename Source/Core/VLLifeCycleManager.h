@@ -16,6 +16,7 @@ class NSBundle;
 class NSObject;
 class UIApplication;
 class VLConfigService;
+class VLLocationService;
 class VLPermissionService;
 class VLSessionService;
 class VLSettings;
@@ -24,9 +25,10 @@ class VLSettings;
 /// and the notification centre; main queue only.
 class VLLifeCycleManager : public std::enable_shared_from_this<VLLifeCycleManager> {
 public:
-    /// `initWithSettings:sessionService:permissionService:configService:`, with the platform's objects. The services
-    /// are held weakly: the registry owns them.
+    /// `initWithSettings:sessionService:locationService:permissionService:configService:`, with the platform's objects.
+    /// The services are held weakly: the registry owns them.
     VLLifeCycleManager(std::weak_ptr<VLSettings> settings, std::weak_ptr<VLSessionService> sessionService,
+                       std::weak_ptr<VLLocationService> locationService,
                        std::weak_ptr<VLPermissionService> permissionService,
                        std::weak_ptr<VLConfigService> configService,
                        std::shared_ptr<NSNotificationCenter> notificationCenter, std::shared_ptr<NSBundle> mainBundle);
@@ -40,6 +42,7 @@ public:
     void applicationDidBecomeActive();
     void applicationDidEnterBackground();
     void applicationWillTerminate();
+    void applicationWillEnterForeground();
 
     bool isAppInForeground() const { return isAppInForeground_; }
     /// The options of the last start-up, refused or not.
@@ -59,6 +62,7 @@ private:
     // Fixed at construction.
     const std::weak_ptr<VLSettings> settings_;
     const std::weak_ptr<VLSessionService> sessionService_;
+    const std::weak_ptr<VLLocationService> locationService_;
     const std::weak_ptr<VLPermissionService> permissionService_;
     const std::weak_ptr<VLConfigService> configService_;
     const std::shared_ptr<NSNotificationCenter> notificationCenter_;

@@ -3,12 +3,16 @@
 #include <type_traits>
 #include <utility>
 
+#include "Beacons/VLBeaconRegionSessions.h"
+#include "Beacons/VLBeaconService.h"
+#include "Beacons/VLBeaconsConfig.h"
 #include "Core/VLBootstrap.h"
 #include "Core/VLIOSComponents.h"
 #include "Core/VLLifeCycleManager.h"
 #include "Core/VLSettings.h"
 #include "Geo/VLGeoRegionContent.h"
 #include "Geo/VLGeoService.h"
+#include "Geo/VLLocationService.h"
 #include "Inbox/VLInboxService.h"
 #include "Network/VLPayloadBuilder.h"
 #include "Network/VLURLActions.h"
@@ -88,8 +92,9 @@ std::shared_ptr<VLSessionService> createSessionService(VLBootstrap& components) 
 std::shared_ptr<VLLifeCycleManager> createLifeCycleManager(VLBootstrap& components) {
     return std::make_shared<VLLifeCycleManager>(
         components.getComponent<VLSettings>(), components.getComponent<VLSessionService>(),
-        components.getComponent<VLPermissionService>(), components.getComponent<VLConfigService>(),
-        components.getComponent<NSNotificationCenter>(), components.getComponent<NSBundle>());
+        components.getComponent<VLLocationService>(), components.getComponent<VLPermissionService>(),
+        components.getComponent<VLConfigService>(), components.getComponent<NSNotificationCenter>(),
+        components.getComponent<NSBundle>());
 }
 
 std::shared_ptr<VLInterstitialService> createInterstitialService(VLBootstrap& components) {
@@ -165,6 +170,35 @@ std::shared_ptr<VLInboxService> createInboxService(VLBootstrap& components) {
                                         .imageSession = components.getComponent<NSURLSession>()});
 }
 
+std::shared_ptr<VLLocationService> createLocationService(VLBootstrap& components) {
+    return VLLocationService::serviceWith({.settings = components.getComponent<VLSettings>(),
+                                           .configService = components.getComponent<VLConfigService>(),
+                                           .beacons = components.getComponent<VLBeaconService>(),
+                                           .locationManager = components.getComponent<CLLocationManager>(),
+                                           .geoService = components.getComponent<VLGeoService>(),
+                                           .mainBundle = components.getComponent<NSBundle>(),
+                                           .application = components.getComponent<UIApplication>()});
+}
+
+std::shared_ptr<VLBeaconsConfig> createBeaconsConfig(VLBootstrap& components) {
+    return std::make_shared<VLBeaconsConfig>(components.getComponent<VLSettings>());
+}
+
+std::shared_ptr<VLBeaconRegionSessions> createBeaconRegionSessions(VLBootstrap& components) {
+    return std::make_shared<VLBeaconRegionSessions>(
+        components.getComponent<CLLocationManager>(), components.getComponent<VLSettings>(),
+        components.getComponent<VLBeaconsConfig>(), components.getComponent<VLNotificationHelper>(),
+        components.getComponent<VLURLBuilder>(), components.getComponent<VLURLSession>(),
+        components.getComponent<VLPayloadBuilder>(), components.getComponent<UIApplication>());
+}
+
+std::shared_ptr<VLBeaconService> createBeaconService(VLBootstrap& components) {
+    return std::make_shared<VLBeaconService>(
+        components.getComponent<CLLocationManager>(), components.getComponent<VLSettings>(),
+        components.getComponent<VLConfigService>(), components.getComponent<VLBeaconsConfig>(),
+        components.getComponent<VLBeaconRegionSessions>());
+}
+
 std::shared_ptr<VLBackgroundRefreshHelper> createBackgroundRefreshHelper(VLBootstrap& components) {
     return std::make_shared<VLBackgroundRefreshHelper>(components.getComponent<UIApplication>());
 }
@@ -207,12 +241,16 @@ void VLServiceComponents::defaultVLServices(const std::shared_ptr<VLURLs>& urls)
     add(createPermissionService);
     add(remoteNotificationService);
     add(createTagsService);
+    add(createBeaconsConfig);
+    add(createBeaconRegionSessions);
+    add(createBeaconService);
     add(createSessionService);
     add(createLifeCycleManager);
     add(createLocalNotificationService);
     add(createGeoRegionContent);
     add(createGeoService);
     add(createInboxService);
+    add(createLocationService);
     add(createBackgroundRefreshHelper);
     add(authorisationHelper);
     add(vlUserNotificationCentre);

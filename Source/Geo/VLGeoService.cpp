@@ -7,13 +7,13 @@
 #include <cmath>
 #include <utility>
 
-#include "Categories/NSDictionary+VLJSON.h"
 #include "Categories/NSDictionary+VLLookup.h"
 #include "Categories/NSNumber+VLLooseValue.h"
 #include "Core/VLSettings.h"
 #include "Geo/VLGeoRegionContent.h"
 #include "Geo/VLGeoRegionFile.h"
 #include "Geo/VLGeoRegionInfo.h"
+#include "Geo/VLGeoRegionRecord.h"
 #include "Network/VLURLBuilder.h"
 #include "Network/VLURLSession.h"
 #include "Platform/CLBeaconRegion.h"
@@ -32,12 +32,9 @@ constexpr double kDefaultDistance = 1000.0;
 constexpr double kDefaultTime = 3600.0;
 constexpr double kDefaultStateChangeTime = 300.0;
 constexpr double kFreshness = 5.0;
-constexpr double kOneDay = 86400.0;
 constexpr std::size_t kMonitoringSlots = 20;
 
-constexpr const char* kIdentifierKey = "identifier";
-constexpr const char* kEnterTimestampKey = "VLEnterRegionTimestamp";
-constexpr const char* kExitTimestampKey = "VLExitRegionTimestamp";
+using Record = VLGeoRegionRecord;
 
 void assertMainQueue() { assert(Platform::current().mainQueue()->isCurrent()); }
 
@@ -47,41 +44,9 @@ double orDefault(double setting, double otherwise) { return setting == 0 ? other
 
 void logDebug(std::string message) { logMessage(VLLogLevel::Debug, std::move(message)); }
 
-double numberIn(const Dictionary& dictionary, const char* key) {
-    return vl_looseNumber(valueForKey(dictionary, key)).value_or(0);
-}
-
-/// The value when it is a text or a number, which is what a property list keeps of a description.
-std::optional<Value> plainValue(const Dictionary& dictionary, const char* key) {
-    const auto* value = valueForKey(dictionary, key);
-    return value && (value->is_string() || value->is_number()) ? std::optional(*value) : std::nullopt;
-}
-
-std::string nameOf(const Dictionary& record) { return vl_description(vl_looseText(valueForKey(record, "name"))); }
-
-/// Whether a description has what monitoring needs.
-bool isUsable(const Dictionary& description) {
-    const auto latitude = vl_looseNumber(valueForKey(description, "latitude"));
-    const auto longitude = vl_looseNumber(valueForKey(description, "longitude"));
-    const auto radius = vl_looseNumber(valueForKey(description, "radius"));
-    if (!latitude || !longitude || !radius || *radius <= 0) return false;
-    const auto identifier = stringForKey(description, "id");
-    return identifier && !identifier->empty() && CLLocationCoordinate2DIsValid({*latitude, *longitude});
-}
-
 bool contains(const VLGeoService::Descriptions& descriptions, const std::string& identifier) {
     return std::ranges::any_of(
         descriptions, [&](const Dictionary& description) { return stringForKey(description, "id") == identifier; });
-}
-
-/// The record of a region that was never entered nor left.
-Dictionary newRecord(const Dictionary& description, double time) {
-    Dictionary record{{"in_region", false}, {kEnterTimestampKey, time - kOneDay}, {kExitTimestampKey, time - kOneDay}};
-    if (auto identifier = plainValue(description, "id")) record[kIdentifierKey] = std::move(*identifier);
-    for (const auto* key : {"latitude", "longitude", "radius", "name", "plotwise_id"}) {
-        if (auto value = plainValue(description, key)) record[key] = std::move(*value);
-    }
-    return record;
 }
 
 }  // namespace
@@ -267,7 +232,7 @@ VLGeoService::Descriptions VLGeoService::extractGeoRegionsFromJson(const Diction
         auto description = *given;
         const auto id = description.find("id");
         if (id != description.end() && id->second.is_number()) id->second = stringValue(id->second).value();
-        if (isUsable(description)) descriptions.push_back(std::move(description));
+        if (Record::isUsable(description)) descriptions.push_back(std::move(description));
     }
     return descriptions;
 }
@@ -308,10 +273,10 @@ void VLGeoService::monitorRegions(const Descriptions& regions, std::size_t slots
     const auto count = std::min({slots, regions.size(), geoRegionsFromAPI_.size()});
     VLGeoRegionFile::Records records;
     for (std::size_t i = 0; i < count; ++i) {
-        auto record = newRecord(geoRegionsFromAPI_[i], now());
-        const auto identifier = stringForKey(record, kIdentifierKey);
+        auto record = Record::recordOf(geoRegionsFromAPI_[i], now());
+        const auto identifier = stringForKey(record, Record::kIdentifierKey);
         const auto retained = std::ranges::find_if(stored, [&](const Dictionary& candidate) {
-            return identifier && stringForKey(candidate, kIdentifierKey) == identifier;
+            return identifier && stringForKey(candidate, Record::kIdentifierKey) == identifier;
         });
         if (retained != stored.end()) {
             // Also where the service tells it differently by now, meant so.
@@ -336,16 +301,16 @@ void VLGeoService::addGeoRegion(const Dictionary& record) {
 
 std::shared_ptr<CLCircularRegion> VLGeoService::dictionaryToRegion(const Dictionary& record) const {
     VLGeoRegionInfo info;
-    info.identifier = vl_looseText(valueForKey(record, kIdentifierKey)).value_or("");
-    info.center = {numberIn(record, "latitude"), numberIn(record, "longitude")};
-    info.radius = std::min(numberIn(record, "radius"), locationManager_->maximumRegionMonitoringDistance());
+    info.identifier = vl_looseText(valueForKey(record, Record::kIdentifierKey)).value_or("");
+    info.center = {Record::numberIn(record, "latitude"), Record::numberIn(record, "longitude")};
+    info.radius = std::min(Record::numberIn(record, "radius"), locationManager_->maximumRegionMonitoringDistance());
     return info.toCLRegion();
 }
 
 void VLGeoService::didEnterRegion(const CLRegion& region) {
     didCross(region, {.word = "enter",
                       .isInside = true,
-                      .timestampKey = kEnterTimestampKey,
+                      .timestampKey = Record::kEnterTimestampKey,
                       .crossedText = "************** ENTERED REGION  {} *****************",
                       .acceptedText = "************** TIMER RESET INSIDE - ENTERED REGION  {} *****************",
                       .flappingText = "Flapping for enter region:{}"});
@@ -354,7 +319,7 @@ void VLGeoService::didEnterRegion(const CLRegion& region) {
 void VLGeoService::didExitRegion(const CLRegion& region) {
     didCross(region, {.word = "exit",
                       .isInside = false,
-                      .timestampKey = kExitTimestampKey,
+                      .timestampKey = Record::kExitTimestampKey,
                       .crossedText = "************** EXITED REGION  {} *****************",
                       .acceptedText = "************** TIMER RESET OUTSIDE - EXITED REGION  {} *****************",
                       .flappingText = "Flapping for exit region:{}"});
@@ -365,12 +330,13 @@ void VLGeoService::didCross(const CLRegion& region, const Transition& transition
     auto records = VLGeoRegionFile::getRegionsFromFile();
     if (!records) return;
     for (auto& record : *records) {
-        if (stringForKey(record, kIdentifierKey) != region.identifier()) continue;
-        logDebug(fmt::format(fmt::runtime(transition.crossedText), nameOf(record)));
+        if (stringForKey(record, Record::kIdentifierKey) != region.identifier()) continue;
+        logDebug(fmt::format(fmt::runtime(transition.crossedText), Record::nameOf(record)));
         if (accept(record, region, transition)) {
-            geoRegionContent_->displayNotificationForPlotwiseId(plainValue(record, "plotwise_id"), transition.word);
+            geoRegionContent_->displayNotificationForPlotwiseId(Record::plainValue(record, "plotwise_id"),
+                                                                transition.word);
         } else {
-            logDebug(fmt::format(fmt::runtime(transition.flappingText), nameOf(record)));
+            logDebug(fmt::format(fmt::runtime(transition.flappingText), Record::nameOf(record)));
         }
     }
     VLGeoRegionFile::saveRegionsToFile(*records);
@@ -380,8 +346,8 @@ void VLGeoService::didCross(const CLRegion& region, const Transition& transition
 bool VLGeoService::accept(Dictionary& record, const CLRegion& region, const Transition& transition) const {
     const double time = now();
     const double limit = orDefault(settings_->geoRegionStateChangeTime(), kDefaultStateChangeTime);
-    if (!(time - numberIn(record, transition.timestampKey) > limit)) return false;
-    record["in_region"] = transition.isInside;
+    if (!(time - Record::numberIn(record, transition.timestampKey) > limit)) return false;
+    record[Record::kIsInRegionKey] = transition.isInside;
     record[transition.timestampKey] = time;
     logDebug(fmt::format(fmt::runtime(transition.acceptedText), region.identifier()));
     return true;

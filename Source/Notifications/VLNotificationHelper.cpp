@@ -35,7 +35,8 @@ VLNotificationHelper::VLNotificationHelper(std::shared_ptr<UIApplication> applic
     : application_(std::move(application)), device_(std::move(device)), mainBundle_(std::move(mainBundle)) {}
 
 void VLNotificationHelper::displayLocalNotification(const std::optional<std::string>& text,
-                                                    const std::optional<std::string>& phash, const std::string& sound,
+                                                    const std::optional<std::string>& phash,
+                                                    const std::optional<std::string>& sound,
                                                     const std::optional<Dictionary>& metadata) const {
     UILocalNotification notification;
     notification.fireDate = Platform::current().clock().now();

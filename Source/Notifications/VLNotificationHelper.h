@@ -20,9 +20,10 @@ public:
                          std::shared_ptr<NSBundle> mainBundle);
 
     /// `displayLocalNotification:phash:sound:metadata:` hands a notification that is due now to the platform, on the
-    /// main queue. Its user info is the metadata, with the phash when there is one.
+    /// main queue, silent without a sound. Its user info is the metadata, with the phash when there is one.
     void displayLocalNotification(const std::optional<std::string>& text, const std::optional<std::string>& phash,
-                                  const std::string& sound, const std::optional<Dictionary>& metadata) const;
+                                  const std::optional<std::string>& sound,
+                                  const std::optional<Dictionary>& metadata) const;
 
     /// `getNotificationSoundFromMessageData:` gives the file name of the sound that the message names, when the bundle
     /// has it as a "wav" or a "caf" file; else the platform's default sound.

@@ -70,6 +70,36 @@ TEST_F(ServiceConcurrencyTest, TheOperatorMayChangeThingsWhileAppsAreAtWork) {
     EXPECT_EQ(listOf("tags"), Value::array());
 }
 
+TEST_F(ServiceConcurrencyTest, ManyPhonesWalkAtOnceAndNothingIsLost) {
+    const std::string uuid = "E2C56DB5-DFFB-48D2-B060-D0F5A71096E0";
+    atOnce([this, uuid](const std::string& user) {
+        const std::string phone = "/K/" + user;
+        client().put("/_admin/regions/K/" + user, {{"latitude", 1}, {"longitude", 2}, {"radius", 3}});
+        client().put("/_admin/geoContent/K/enter/" + user, {{"pushtext", "in"}});
+        for (int i = 0; i < kRequests; ++i) {
+            const Value visit = {{"timestamp", i},
+                                 {"sessionId", user + "." + std::to_string(i)},
+                                 {"uuid", uuid},
+                                 {"major", 1},
+                                 {"minor", "*"}};
+            EXPECT_FALSE(
+                client().get(phone + "/geo/regions?latitude=0&longitude=0&max=20").json()["geo_regions"].empty());
+            const Value region = {{"segmentId", user}, {"status", "enter"}};
+            EXPECT_TRUE(client()
+                            .postJSON(phone + "/geo", {{"getContent", true}, {"geoRegion", region}})
+                            .json()
+                            .contains("message"));
+            expectOK(client().postJSON(phone + "/session/beacon/region/entry", visit));
+            expectOK(client().postJSON(phone + "/session/beacon/region/exit", visit));
+            expectOK(client().postJSON(phone + "/session/beacon", {{"timestamp", i}, {"beacons", Value::array()}}));
+        }
+    });
+    const auto visits = listOf("beaconSessions");
+    EXPECT_EQ(visits.size(), std::size_t{kClients * kRequests});
+    for (const auto& visit : visits) EXPECT_EQ(visit["startTime"], visit["endTime"]);
+    EXPECT_EQ(listOf("beaconSummaries").size(), std::size_t{kClients * kRequests});
+}
+
 TEST_F(ServiceConcurrencyTest, ManyWaitingOperatorsDoNotKeepAppsFromBeingServed) {
     std::vector<std::future<ServiceAnswer>> waiting;
     for (int i = 0; i < 3 * kClients; ++i) {

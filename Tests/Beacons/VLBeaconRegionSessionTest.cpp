@@ -1,0 +1,248 @@
+#include "Beacons/VLBeaconRegionSession.h"
+
+#include <gtest/gtest.h>
+
+#include "Beacons/VLBeaconRegionSessionData.h"
+#include "Categories/CLBeaconRegion+VLRegionId.h"
+#include "Tests/Beacons/BeaconTest.h"
+
+namespace vorlane {
+
+namespace {
+
+using enum CLProximity;
+
+class VLBeaconRegionSessionTest : public BeaconTest {
+protected:
+    /// The session of a region that is being ranged.
+    std::shared_ptr<VLBeaconRegionSession> sessionOf(const std::shared_ptr<CLBeaconRegion>& watched,
+                                                     const Array& rules) {
+        beaconsConfig = config(rules, {{"cooloff_period_minutes", 10}});
+        sessions = makeSessions(beaconsConfig);
+        manager().startRangingBeaconsInRegion(watched);
+        return sessions->getSessionWithRegion(watched);
+    }
+    std::vector<std::string> requestedPaths() {
+        std::vector<std::string> paths;
+        for (const auto& request : session().requests()) {
+            const auto url = request.request.URL.absoluteString();
+            paths.push_back(url.substr(url.find("/K/T/") + 5));
+        }
+        return paths;
+    }
+    bool isRanged() { return !manager().rangedRegions().empty(); }
+
+    std::shared_ptr<VLBeaconsConfig> beaconsConfig;
+    std::shared_ptr<VLBeaconRegionSessions> sessions;
+    std::vector<bool> answers;
+    VLBeaconMessage::ContentHandler handler = [this](bool requested) { answers.push_back(requested); };
+};
+
+using Texts = std::vector<std::string>;
+
+TEST_F(VLBeaconRegionSessionTest, ItsTypesAreThoseOfTheRulesThatGiveTheRegion) {
+    const Array rules{rule("message"), rule("data", {{"minor", 3}}), rule("message;data", {{"minor", 4}})};
+    const auto typesOf = [&](std::optional<std::uint16_t> major, std::optional<std::uint16_t> minor) {
+        const auto made = sessionOf(region(major, minor), rules);
+        return std::pair(made->isMessageType(), made->isDataType());
+    };
+    EXPECT_EQ(typesOf(std::nullopt, std::nullopt), std::pair(true, false));
+    EXPECT_EQ(typesOf(1, 3), std::pair(false, true));
+    EXPECT_EQ(typesOf(1, 4), std::pair(true, true));
+    EXPECT_EQ(typesOf(1, 2), std::pair(false, false));
+    EXPECT_EQ(typesOf(1, std::nullopt), std::pair(false, false));
+}
+
+TEST_F(VLBeaconRegionSessionTest, ItsTypesStayWhateverTheConfigurationBecomes) {
+    const auto made = sessionOf(region(1, 2), {rule("data")});
+    beaconsConfig->isBeaconsFound(configured({}));
+    EXPECT_TRUE(made->isDataType());
+}
+
+TEST_F(VLBeaconRegionSessionTest, ARegionForDataReportsItsVisitAndNoMessages) {
+    const auto made = sessionOf(region(1, 2), {rule("data")});
+    made->didEnter();
+    for (int i = 0; i < 30; ++i) made->rangingBeacons({beacon()}, handler);
+    made->didExit();
+    EXPECT_EQ(requestedPaths(), (Texts{"session/beacon/region/entry", "session/beacon", "session/beacon/region/exit"}));
+    EXPECT_TRUE(answers.empty());
+    EXPECT_TRUE(isRanged());
+}
+
+TEST_F(VLBeaconRegionSessionTest, ARegionForMessagesAsksForContentAndReportsNoVisit) {
+    const auto made = sessionOf(region(), {rule("message")});
+    made->didEnter();
+    EXPECT_TRUE(session().requests().empty());
+    made->rangingBeacons({beacon()}, handler);
+    EXPECT_EQ(requestedPaths(), Texts{"ibeacon"});
+    answerContent();
+    EXPECT_EQ(answers, std::vector{true});
+    made->didExit();
+    EXPECT_EQ(requestedPaths(), Texts{"ibeacon"});
+    EXPECT_TRUE(sessionsFile().is_null());
+    EXPECT_EQ(loggedPart("No previous beacon region session data"), 0);
+}
+
+TEST_F(VLBeaconRegionSessionTest, ARegionForBothDoesBoth) {
+    const auto made = sessionOf(region(1, 2), {rule("message;data")});
+    made->didEnter();
+    for (int i = 0; i < 30; ++i) made->rangingBeacons({beacon()}, handler);
+    made->didExit();
+    EXPECT_EQ(requestedPaths(),
+              (Texts{"session/beacon/region/entry", "ibeacon", "session/beacon", "session/beacon/region/exit"}));
+    EXPECT_EQ(made->beaconData().currentInterval(), 0);
+    // All in cool-off, but ranged for the data.
+    EXPECT_TRUE(isRanged());
+    EXPECT_EQ(loggedPart("Stopping ranging"), 0);
+}
+
+TEST_F(VLBeaconRegionSessionTest, ARegionOfNoRuleDoesNothing) {
+    const auto made = sessionOf(region(9, 9), {rule("message;data")});
+    made->didEnter();
+    made->rangingBeacons({beacon()}, handler);
+    made->didExit();
+    EXPECT_TRUE(session().requests().empty());
+    EXPECT_TRUE(answers.empty());
+    EXPECT_EQ(loggedPart(""), 0);
+}
+
+TEST_F(VLBeaconRegionSessionTest, RangingStopsOnceAllBeaconsAreInCoolOff) {
+    const auto made = sessionOf(region(), {rule("message", {{"minor", "*"}})});
+    made->rangingBeacons({beacon(1)}, handler);
+    EXPECT_TRUE(isRanged());
+    made->rangingBeacons({beacon(1)}, handler);
+    EXPECT_FALSE(isRanged());
+    EXPECT_EQ(answers, std::vector{false});
+    EXPECT_EQ(logged("Stopping ranging due to all ranged beacons being in cool off mode: [CLBeacon "
+                     "(uuid:B9407F30-F5F8-466E-AFF9-25556B57FE6D, major:1, minor:1, proximity:2, accuracy:1.50)]"),
+              1);
+}
+
+TEST_F(VLBeaconRegionSessionTest, ABeaconThatIsNotInCoolOffKeepsRangingUp) {
+    const auto made = sessionOf(region(), {rule("message", {{"minor", "*"}, {"alert_range", "near"}})});
+    made->rangingBeacons({beacon(1)}, handler);
+    made->rangingBeacons({beacon(1), beacon(2, Far, 20)}, handler);
+    EXPECT_TRUE(isRanged());
+    EXPECT_EQ(answers, std::vector{false});
+}
+
+TEST_F(VLBeaconRegionSessionTest, AResultWithoutBeaconsLeadsToNothingForMessages) {
+    const auto made = sessionOf(region(), {rule("message")});
+    made->rangingBeacons({}, handler);
+    EXPECT_FALSE(made->beaconMessage()->isBeaconsInCooloff());
+    EXPECT_TRUE(isRanged());
+    EXPECT_TRUE(answers.empty());
+}
+
+TEST_F(VLBeaconRegionSessionTest, RangingThatStartsAgainBeforeTheExitIsStoppedAgain) {
+    const auto made = sessionOf(region(), {rule("message", {{"minor", "*"}})});
+    made->rangingBeacons({beacon(1)}, handler);
+    made->rangingBeacons({beacon(1)}, handler);
+    manager().startRangingBeaconsInRegion(made->region());
+    // One that is new comes too late.
+    made->rangingBeacons({beacon(2)}, handler);
+    EXPECT_FALSE(isRanged());
+    EXPECT_EQ(contentRequests(), 1U);
+    EXPECT_EQ(loggedPart("Stopping ranging"), 2);
+    made->didExit();
+    made->rangingBeacons({beacon(2)}, handler);
+    EXPECT_EQ(contentRequests(), 2U);
+}
+
+TEST_F(VLBeaconRegionSessionTest, CountsAndTheCoolOffFlagAreKeptFromOneVisitToTheNext) {
+    const auto watched = region(1, 2);
+    const auto made = sessionOf(watched, {rule("message;data")});
+    made->didEnter();
+    for (int i = 0; i < 29; ++i) made->rangingBeacons({beacon()}, nullptr);
+    made->didExit();
+    const auto again = sessions->getSessionWithRegion(region(1, 2, "another identifier"));
+    EXPECT_EQ(again, made);
+    again->didEnter();
+    again->rangingBeacons({beacon()}, nullptr);
+    EXPECT_EQ(requestedPaths().back(), "session/beacon");
+}
+
+class VLBeaconRegionSessionsTest : public VLBeaconRegionSessionTest {
+protected:
+    void open(const std::shared_ptr<CLBeaconRegion>& watched) {
+        sessions->getBeaconRegionSessionData(watched)->setId("open");
+    }
+    std::size_t tasks() { return phone().application()->backgroundTasks().size(); }
+};
+
+TEST_F(VLBeaconRegionSessionsTest, EachRegionHasOneSessionByWhatItCovers) {
+    sessionOf(region(), {rule("message")});
+    const auto made = sessions->getSessionWithRegion(region(1, 2));
+    EXPECT_EQ(sessions->getSessionWithRegion(region(1, 2, "another")), made);
+    EXPECT_NE(sessions->getSessionWithRegion(region(1)), made);
+    EXPECT_NE(sessions->getSessionWithRegion(region(1, 3)), made);
+    EXPECT_EQ(made->beaconMessage()->region(), made->region());
+    EXPECT_NE(sessions->getSessionWithRegion(region(1))->beaconMessage(), made->beaconMessage());
+}
+
+TEST_F(VLBeaconRegionSessionsTest, WithoutRulesThereIsNoSession) {
+    sessionOf(region(), {rule("message")});
+    beaconsConfig.reset();
+    EXPECT_EQ(sessions->getSessionWithRegion(region(1, 2)), nullptr);
+}
+
+TEST_F(VLBeaconRegionSessionsTest, InsideARegionWithAnOpenSessionBackgroundTimeIsAskedForOnce) {
+    sessionOf(region(), {rule("data")});
+    open(region(1, 2));
+    open(region(1, 3));
+    sessions->startBackgroundTaskExtensionTime(region(1, 2));
+    EXPECT_EQ(tasks(), 1U);
+    EXPECT_EQ(logged("started background task."), 1);
+    sessions->startBackgroundTaskExtensionTime(region(1, 2));
+    sessions->startBackgroundTaskExtensionTime(region(1, 3));
+    // Nor is anything said of one without a session.
+    sessions->startBackgroundTaskExtensionTime(region(1, 9));
+    EXPECT_EQ(tasks(), 1U);
+    EXPECT_EQ(logged("started background task."), 1);
+    EXPECT_EQ(loggedPart("Inside beacon region but did not record"), 0);
+}
+
+TEST_F(VLBeaconRegionSessionsTest, BackgroundTimeEndsByItsExpiryAndCanBeAskedForAgain) {
+    sessionOf(region(), {rule("data")});
+    open(region(1, 2));
+    sessions->startBackgroundTaskExtensionTime(region(1, 2));
+    sessions->getSessionWithRegion(region(1, 2))->didExit();
+    EXPECT_EQ(tasks(), 1U);
+    phone().application()->expireBackgroundTasks();
+    EXPECT_EQ(tasks(), 0U);
+    EXPECT_EQ(logged("expired background task."), 1);
+    open(region(1, 2));
+    sessions->startBackgroundTaskExtensionTime(region(1, 2));
+    EXPECT_EQ(tasks(), 1U);
+}
+
+TEST_F(VLBeaconRegionSessionsTest, InsideARegionWithoutAnEnterNoBackgroundTimeIsAskedFor) {
+    sessionOf(region(), {rule("data")});
+    sessions->startBackgroundTaskExtensionTime(region(1, 2));
+    EXPECT_EQ(tasks(), 0U);
+    EXPECT_EQ(logged("Inside beacon region but did not record an enter event:CLBeaconRegion (identifier:'R', "
+                     "uuid:B9407F30-F5F8-466E-AFF9-25556B57FE6D, major:1, minor:2)"),
+              1);
+}
+
+TEST_F(VLBeaconRegionSessionsTest, AnEnterBeforeARestartStillCounts) {
+    sessionOf(region(), {rule("data")});
+    open(region(1, 2));
+    sessions = makeSessions(beaconsConfig);
+    sessions->startBackgroundTaskExtensionTime(region(1, 2));
+    EXPECT_EQ(tasks(), 1U);
+}
+
+TEST_F(VLBeaconRegionSessionsTest, AnExpiryAfterTheEndOfTheSessionsIsHarmless) {
+    sessionOf(region(), {rule("data")});
+    open(region(1, 2));
+    sessions->startBackgroundTaskExtensionTime(region(1, 2));
+    sessions.reset();
+    phone().application()->expireBackgroundTasks();
+    EXPECT_EQ(tasks(), 0U);
+    EXPECT_EQ(logged("expired background task."), 0);
+}
+
+}  // namespace
+
+}  // namespace vorlane
