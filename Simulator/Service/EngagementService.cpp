@@ -7,11 +7,13 @@
 #include <utility>
 
 #include "Simulator/Service/AdminEndpoints.h"
+#include "Simulator/Service/AdminMailboxEndpoints.h"
 #include "Simulator/Service/AdminStoreEndpoints.h"
 #include "Simulator/Service/ConfigEndpoints.h"
 #include "Simulator/Service/DeviceEndpoints.h"
 #include "Simulator/Service/EndpointCall.h"
 #include "Simulator/Service/EventEndpoints.h"
+#include "Simulator/Service/MailboxEndpoints.h"
 #include "Simulator/Service/MalformedRequest.h"
 #include "Simulator/Service/RecordedRequest.h"
 #include "Simulator/Service/SessionEndpoints.h"
@@ -55,8 +57,10 @@ EngagementService::EngagementService(const std::string& databasePath, RequestLog
     addTagEndpoints(router_, store_);
     addConfigEndpoints(router_, store_);
     addDeviceEndpoints(router_, store_);
+    addMailboxEndpoints(router_, store_);
     addAdminEndpoints(router_, *this);
     addAdminStoreEndpoints(router_, store_);
+    addAdminMailboxEndpoints(router_, store_.mailboxes());
 }
 
 ServiceResponse EngagementService::answer(const ServiceRequest& request) {

@@ -24,4 +24,8 @@ Value payloadOrNull(const ServiceRequest& request);
 /// The text under the key. Throws MalformedRequest when it is absent, empty or no text.
 std::string requiredText(const Dictionary& dictionary, const std::string& key);
 
+/// The bytes that the text under the key stands for, two hexadecimal digits each. Throws MalformedRequest when it is
+/// something else.
+std::string hexadecimalBytes(const Dictionary& dictionary, const std::string& key);
+
 }  // namespace vorlane::service

@@ -1,5 +1,8 @@
 #include "Simulator/Service/ServiceSchema.h"
 
+#include <fmt/format.h>
+
+#include <array>
 #include <string>
 
 #include "Simulator/Service/SQLiteDatabase.h"
@@ -9,9 +12,7 @@
 namespace vorlane::service {
 namespace {
 
-constexpr const char* kVersion = "1";
-
-constexpr const char* kSchema = R"(
+constexpr const char* kFirst = R"(
 CREATE TABLE users (
     app_key TEXT NOT NULL, tracking_id TEXT NOT NULL,
     PRIMARY KEY (app_key, tracking_id)) WITHOUT ROWID;
@@ -33,6 +34,23 @@ CREATE TABLE tags (
 CREATE TABLE configurations (app_key TEXT PRIMARY KEY, document JSON TEXT NOT NULL) WITHOUT ROWID;
 )";
 
+constexpr const char* kMailboxes = R"(
+CREATE TABLE message_ids (id INTEGER PRIMARY KEY);
+CREATE TABLE messages (
+    id INTEGER PRIMARY KEY, app_key TEXT NOT NULL, subject TEXT NOT NULL, html TEXT NOT NULL, label TEXT, link TEXT,
+    phash TEXT NOT NULL, background_color TEXT, foreground_color TEXT, card_url TEXT, image TEXT, metadata JSON TEXT,
+    created NUMERIC NOT NULL, expires NUMERIC NOT NULL);
+CREATE TABLE mailboxes (
+    app_key TEXT NOT NULL, tracking_id TEXT NOT NULL, message INTEGER NOT NULL, is_read BOOLEAN NOT NULL DEFAULT 0,
+    is_deleted BOOLEAN NOT NULL DEFAULT 0,
+    PRIMARY KEY (app_key, tracking_id, message)) WITHOUT ROWID;
+CREATE INDEX mailboxes_by_message ON mailboxes (message);
+CREATE TABLE card_images (name TEXT PRIMARY KEY, content_type TEXT NOT NULL, bytes BLOB NOT NULL) WITHOUT ROWID;
+)";
+
+/// What brings a database of each version, from 0 on, to the next.
+constexpr std::array kSteps = {kFirst, kMailboxes};
+
 std::string firstText(SQLiteDatabase& database, const std::string& sql) {
     SQLiteStatement statement(database, sql);
     return statement.step() ? statement.text(0) : std::string();
@@ -41,13 +59,14 @@ std::string firstText(SQLiteDatabase& database, const std::string& sql) {
 }  // namespace
 
 void prepareSchema(SQLiteDatabase& database) {
-    const auto version = firstText(database, "PRAGMA user_version");
-    if (version == kVersion) return;
-    if (version != "0" || firstText(database, "SELECT count(*) FROM sqlite_schema") != "0")
+    const auto version = std::stoull(firstText(database, "PRAGMA user_version"));
+    if (version == kSteps.size()) return;
+    const bool isEmpty = firstText(database, "SELECT count(*) FROM sqlite_schema") == "0";
+    if (version > kSteps.size() || (version == 0 && !isEmpty))
         throw ServiceError("the database is not one of this service's");
-    database.inTransaction([&database] {
-        database.execute(kSchema);
-        database.execute(std::string("PRAGMA user_version = ") + kVersion);
+    database.inTransaction([&database, version] {
+        for (auto step = version; step < kSteps.size(); ++step) database.execute(kSteps.at(step));
+        database.execute(fmt::format("PRAGMA user_version = {}", kSteps.size()));
     });
 }
 

@@ -207,7 +207,8 @@ void ServiceStore::clear() {
     database_.inTransaction([this] {
         database_.execute(
             "DELETE FROM users; DELETE FROM devices; DELETE FROM sessions; DELETE FROM events; DELETE FROM tags; "
-            "DELETE FROM configurations; DELETE FROM sqlite_sequence");
+            "DELETE FROM configurations; DELETE FROM mailboxes; DELETE FROM messages; DELETE FROM message_ids; "
+            "DELETE FROM card_images; DELETE FROM sqlite_sequence");
     });
 }
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "Public/VLValue.h"
+#include "Simulator/Service/MailboxStore.h"
 #include "Simulator/Service/SQLiteDatabase.h"
 
 namespace vorlane::service {
@@ -49,6 +50,8 @@ public:
     Array tags(const StoreFilter& filter);
     Array devices(const StoreFilter& filter);
 
+    MailboxStore& mailboxes() { return mailboxes_; }
+
     /// Forgets everything.
     void clear();
 
@@ -62,6 +65,7 @@ private:
     std::mutex mutex_;
     // Guarded by mutex_.
     SQLiteDatabase database_;
+    MailboxStore mailboxes_{database_, mutex_};
 };
 
 }  // namespace vorlane::service
