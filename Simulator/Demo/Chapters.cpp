@@ -8,7 +8,8 @@ std::vector<Chapter> allChapters() {
             {"The application keeps tags", playTags},
             {"Another user signs in", playAnotherUser},
             {"Away, back, and ended", playAwayAndBack},
-            {"Launched again without a network", playWithoutNetwork}};
+            {"Launched again without a network", playWithoutNetwork},
+            {"The inbox fills, here and elsewhere", playInbox}};
 }
 
 }  // namespace vorlane::demo

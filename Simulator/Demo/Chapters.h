@@ -21,5 +21,6 @@ void playTags(Stage& stage);
 void playAnotherUser(Stage& stage);
 void playAwayAndBack(Stage& stage);
 void playWithoutNetwork(Stage& stage);
+void playInbox(Stage& stage);
 
 }  // namespace vorlane::demo

@@ -35,7 +35,19 @@ std::optional<std::string> noteOfLog(const Dictionary& event) {
     return "  log: " + tidied(text(event, "message"));
 }
 
+/// The subjects of an inbox list, read ones in brackets.
+std::string noteOfMessages(const Array& messages) {
+    std::string note;
+    for (const auto& message : messages) {
+        const auto subject = message["subject"].dump();
+        note += (note.empty() ? "" : " ") + (message["read"] == Value(1) ? "(" + subject + ")" : subject);
+    }
+    return note;
+}
+
 std::string noteOfValue(const Value& value) {
+    const auto* list = value.get_ptr<const Array*>();
+    if (list && !list->empty() && list->front().contains("messageId")) return noteOfMessages(*list);
     const auto* error = value.get_ptr<const Dictionary*>();
     if (error && error->contains("domain")) return "error: " + text(*error, "description");
     return value.is_null() ? "nothing" : value.dump();
@@ -66,14 +78,14 @@ std::string tags(const Dictionary& payload) {
     return fmt::format("{} = {} ({})", text(payload, "name"), text(payload, "value"), text(payload, "type"));
 }
 
+std::string wholePayload(const Dictionary& payload) { return Value(payload).dump(); }
+
 using Describe = std::function<std::string(const Dictionary& payload)>;
 
 const std::map<std::string, Describe>& describers() {
-    static const std::map<std::string, Describe> table = {{"sessionStart", session},
-                                                          {"sessionEnd", session},
-                                                          {"changeTrackingId", session},
-                                                          {"registerEvent", event},
-                                                          {"updateTag", tags}};
+    static const std::map<std::string, Describe> table = {
+        {"sessionStart", session}, {"sessionEnd", session}, {"changeTrackingId", session},
+        {"registerEvent", event},  {"updateTag", tags},     {"updateInboxMessage", wholePayload}};
     return table;
 }
 

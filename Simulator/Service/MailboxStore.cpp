@@ -37,10 +37,11 @@ std::optional<std::string> metadataText(const MailboxMessage& message) {
 
 std::vector<MailboxStore::Entry> MailboxStore::entries(const std::string& appKey, const std::string& trackingId) {
     const std::lock_guard lock(mutex_);
-    // Ids above the signed range are stored as negative numbers, and are the highest.
+    // Ids above the signed range are stored as negative numbers and so come last, as in an app's database: the order
+    // counts when the two compare their states.
     SQLiteStatement statement(database_,
                               "SELECT message, is_read FROM mailboxes WHERE app_key = ?1 AND tracking_id = ?2 "
-                              "AND NOT is_deleted ORDER BY message < 0 DESC, message DESC");
+                              "AND NOT is_deleted ORDER BY message DESC");
     statement.bind(appKey, trackingId);
     std::vector<Entry> entries;
     while (statement.step())

@@ -30,7 +30,7 @@ public:
         std::uint64_t id = 0;
         bool isRead = false;
     };
-    /// What a user has, by descending id.
+    /// What a user has, by descending id; ids above the signed range of 64 bits come last.
     std::vector<Entry> entries(const std::string& appKey, const std::string& trackingId);
     /// One message of a user's as list() has it; nothing when the user does not have it.
     std::optional<Dictionary> message(const std::string& appKey, const std::string& trackingId, std::uint64_t id);
