@@ -11,6 +11,7 @@ std::vector<Chapter> allChapters() {
             {"Notifications come and go", playNotifications},
             {"Launched again without a network", playWithoutNetwork},
             {"Greeted, and asked for permission", playInterstitials},
+            {"The inbox fills, here and elsewhere", playInbox},
             {"A walk through three geofences, past two beacons", playWalk}};
 }
 

@@ -23,6 +23,7 @@ void playAwayAndBack(Stage& stage);
 void playNotifications(Stage& stage);
 void playWithoutNetwork(Stage& stage);
 void playInterstitials(Stage& stage);
+void playInbox(Stage& stage);
 void playWalk(Stage& stage);
 
 }  // namespace vorlane::demo

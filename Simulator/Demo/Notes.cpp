@@ -36,7 +36,19 @@ std::optional<std::string> noteOfLog(const Dictionary& event) {
     return "  log: " + tidied(text(event, "message"));
 }
 
+/// The subjects of an inbox list, read ones in brackets.
+std::string noteOfMessages(const Array& messages) {
+    std::string note;
+    for (const auto& message : messages) {
+        const auto subject = message["subject"].dump();
+        note += (note.empty() ? "" : " ") + (message["read"] == Value(1) ? "(" + subject + ")" : subject);
+    }
+    return note;
+}
+
 std::string noteOfValue(const Value& value) {
+    const auto* list = value.get_ptr<const Array*>();
+    if (list && !list->empty() && list->front().contains("messageId")) return noteOfMessages(*list);
     const auto* error = value.get_ptr<const Dictionary*>();
     if (error && error->contains("domain")) return "error: " + text(*error, "description");
     return value.is_null() ? "nothing" : value.dump();
@@ -132,6 +144,8 @@ std::string visit(const Dictionary& payload) {
                        text(payload, "minor"));
 }
 
+std::string wholePayload(const Dictionary& payload) { return Value(payload).dump(); }
+
 /// From the payload, or from the query of a request without one.
 using Describe = std::function<std::string(const Dictionary& fields)>;
 
@@ -143,6 +157,7 @@ const std::map<std::string, Describe>& describers() {
                                                           {"deviceRegistration", registration},
                                                           {"updateTag", tags},
                                                           {"MDN", split},
+                                                          {"updateInboxMessage", wholePayload},
                                                           {"geoRegions", place},
                                                           {"geoContent", transition},
                                                           {"beaconContent", beacon},

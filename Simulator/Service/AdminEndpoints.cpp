@@ -27,7 +27,7 @@ ServiceResponse firstPage(const EngagementService& service) {
     std::string forApps = "\nFor apps:\n";
     for (const auto& endpoint : service.router().endpoints()) {
         auto& list = endpoint.isAdministrative ? response.body : forApps;
-        list += fmt::format("  {:<7} {:<55} {}\n", endpoint.method, endpoint.pattern, endpoint.name);
+        list += fmt::format("  {:<7} {:<58} {}\n", endpoint.method, endpoint.pattern, endpoint.name);
     }
     response.body += forApps;
     return response;

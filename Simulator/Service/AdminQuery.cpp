@@ -20,7 +20,7 @@ std::optional<Number> numberWithin(const ServiceRequest& request, const std::str
     const auto result = std::from_chars(text->data(), end, number);
     const bool isWhole = result.ec == std::errc() && result.ptr == end;
     // Written so that what is not a number at all fails, too.
-    if (isWhole && number >= 0 && number <= most) return number;
+    if (isWhole && number >= Number{} && number <= most) return number;
     throw MalformedRequest(fmt::format("\"{}\" is no number from 0 to {}", name, most));
 }
 
@@ -35,6 +35,10 @@ void requireKnownNames(const ServiceRequest& request, std::initializer_list<std:
 
 std::optional<std::int64_t> integerInQuery(const ServiceRequest& request, const std::string& name) {
     return numberWithin<std::int64_t>(request, name, INT64_MAX);
+}
+
+std::optional<std::uint64_t> unsignedInQuery(const ServiceRequest& request, const std::string& name) {
+    return numberWithin<std::uint64_t>(request, name, UINT64_MAX);
 }
 
 std::optional<double> numberInQuery(const ServiceRequest& request, const std::string& name, double most) {

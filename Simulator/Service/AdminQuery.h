@@ -16,6 +16,9 @@ void requireKnownNames(const ServiceRequest& request, std::initializer_list<std:
 /// Nothing when the query does not have the name. Throws MalformedRequest for what is no whole number from 0 on.
 std::optional<std::int64_t> integerInQuery(const ServiceRequest& request, const std::string& name);
 
+/// The same up to 18446744073709551615.
+std::optional<std::uint64_t> unsignedInQuery(const ServiceRequest& request, const std::string& name);
+
 /// Nothing when the query does not have the name. Throws MalformedRequest for what is no number from 0 to `most`.
 std::optional<double> numberInQuery(const ServiceRequest& request, const std::string& name, double most);
 

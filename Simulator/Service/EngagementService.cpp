@@ -10,6 +10,7 @@
 #include "Simulator/Service/AdminEndpoints.h"
 #include "Simulator/Service/AdminGeoEndpoints.h"
 #include "Simulator/Service/AdminInterstitialEndpoints.h"
+#include "Simulator/Service/AdminMailboxEndpoints.h"
 #include "Simulator/Service/AdminNotificationEndpoints.h"
 #include "Simulator/Service/AdminStoreEndpoints.h"
 #include "Simulator/Service/BeaconEndpoints.h"
@@ -19,6 +20,7 @@
 #include "Simulator/Service/EventEndpoints.h"
 #include "Simulator/Service/GeoEndpoints.h"
 #include "Simulator/Service/InterstitialEndpoints.h"
+#include "Simulator/Service/MailboxEndpoints.h"
 #include "Simulator/Service/MalformedRequest.h"
 #include "Simulator/Service/NotificationEndpoints.h"
 #include "Simulator/Service/RecordedRequest.h"
@@ -63,6 +65,7 @@ EngagementService::EngagementService(const std::string& databasePath, RequestLog
     addTagEndpoints(router_, store_);
     addConfigEndpoints(router_, store_);
     addDeviceEndpoints(router_, store_);
+    addMailboxEndpoints(router_, store_);
     addAdminEndpoints(router_, *this);
     addAdminStoreEndpoints(router_, store_);
     addAdminInterstitialEndpoints(router_, store_);
@@ -73,6 +76,7 @@ EngagementService::EngagementService(const std::string& databasePath, RequestLog
     addAdminBeaconEndpoints(router_, store_.beacons());
     addGeoEndpoints(router_, store_);
     addBeaconEndpoints(router_, store_);
+    addAdminMailboxEndpoints(router_, store_.mailboxes());
 }
 
 ServiceResponse EngagementService::answer(const ServiceRequest& request) {

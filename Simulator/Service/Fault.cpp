@@ -56,19 +56,8 @@ double delayOf(const Dictionary& dictionary) {
     throw MalformedRequest("\"seconds\" is no number from 0 to 600");
 }
 
-std::string bytesOf(const Dictionary& dictionary) {
-    const auto text = requiredText(dictionary, "bytes");
-    constexpr std::string_view kDigits = "0123456789abcdefABCDEF";
-    if (text.size() % 2 != 0 || text.find_first_not_of(kDigits) != std::string::npos)
-        throw MalformedRequest("\"bytes\" is not hexadecimal");
-    std::string bytes;
-    for (std::size_t i = 0; i < text.size(); i += 2)
-        bytes += static_cast<char>(std::stoi(text.substr(i, 2), nullptr, 16));
-    return bytes;
-}
-
 std::optional<std::string> bodyOf(const Dictionary& dictionary) {
-    if (valueForKey(dictionary, "bytes")) return bytesOf(dictionary);
+    if (valueForKey(dictionary, "bytes")) return hexadecimalBytes(dictionary, "bytes");
     const auto* body = valueForKey(dictionary, "body");
     if (!body) return std::nullopt;
     return body->is_string() ? body->get<std::string>() : jsonText(*body);

@@ -82,4 +82,15 @@ std::string requiredTextOrNumber(const Dictionary& dictionary, const std::string
     return stringValue(*value).value_or("");
 }
 
+std::string hexadecimalBytes(const Dictionary& dictionary, const std::string& key) {
+    const auto text = requiredText(dictionary, key);
+    constexpr std::string_view kDigits = "0123456789abcdefABCDEF";
+    if (text.size() % 2 != 0 || text.find_first_not_of(kDigits) != std::string::npos)
+        throw MalformedRequest(fmt::format("\"{}\" is not hexadecimal", key));
+    std::string bytes;
+    for (std::size_t i = 0; i < text.size(); i += 2)
+        bytes += static_cast<char>(std::stoi(text.substr(i, 2), nullptr, 16));
+    return bytes;
+}
+
 }  // namespace vorlane::service

@@ -26,4 +26,8 @@ std::string requiredText(const Dictionary& dictionary, const std::string& key);
 /// The same, where a number will do, too: its decimal text.
 std::string requiredTextOrNumber(const Dictionary& dictionary, const std::string& key);
 
+/// The bytes that the text under the key stands for, two hexadecimal digits each. Throws MalformedRequest when it is
+/// something else.
+std::string hexadecimalBytes(const Dictionary& dictionary, const std::string& key);
+
 }  // namespace vorlane::service

@@ -45,6 +45,8 @@ std::string SQLiteStatement::text(int column) const {
     return characters ? std::string(characters, length) : std::string();
 }
 
+std::int64_t SQLiteStatement::integer(int column) const { return sqlite3_column_int64(statement_.get(), column); }
+
 void SQLiteStatement::bindNext(const std::string& text) {
     check(sqlite3_bind_text64(statement_.get(), ++bound_, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8));
 }

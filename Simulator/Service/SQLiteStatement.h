@@ -37,6 +37,7 @@ public:
     /// All rows from here on.
     Array rows();
     std::string text(int column) const;
+    std::int64_t integer(int column) const;
 
 private:
     struct Finalizer {

@@ -71,6 +71,19 @@ CREATE TABLE cancellations (
 CREATE TABLE pushes (
     number INTEGER PRIMARY KEY AUTOINCREMENT, time REAL NOT NULL, app_key TEXT NOT NULL, tracking_id TEXT NOT NULL,
     device_id TEXT NOT NULL, token TEXT NOT NULL, phash TEXT, payload JSON TEXT NOT NULL);
+)",
+    R"(
+CREATE TABLE message_ids (id INTEGER PRIMARY KEY);
+CREATE TABLE messages (
+    id INTEGER PRIMARY KEY, app_key TEXT NOT NULL, subject TEXT NOT NULL, html TEXT NOT NULL, label TEXT, link TEXT,
+    phash TEXT NOT NULL, background_color TEXT, foreground_color TEXT, card_url TEXT, image TEXT, metadata JSON TEXT,
+    created NUMERIC NOT NULL, expires NUMERIC NOT NULL);
+CREATE TABLE mailboxes (
+    app_key TEXT NOT NULL, tracking_id TEXT NOT NULL, message INTEGER NOT NULL, is_read BOOLEAN NOT NULL DEFAULT 0,
+    is_deleted BOOLEAN NOT NULL DEFAULT 0,
+    PRIMARY KEY (app_key, tracking_id, message)) WITHOUT ROWID;
+CREATE INDEX mailboxes_by_message ON mailboxes (message);
+CREATE TABLE card_images (name TEXT PRIMARY KEY, content_type TEXT NOT NULL, bytes BLOB NOT NULL) WITHOUT ROWID;
 )"};
 
 std::string firstText(SQLiteDatabase& database, const std::string& sql) {

@@ -34,7 +34,11 @@ Placement placementOf(const Dictionary& row) {
 }  // namespace
 
 ServiceStore::ServiceStore(const std::string& path)
-    : database_(path), geo_(mutex_, database_), beacons_(mutex_, database_), notifications_(mutex_, database_) {
+    : database_(path),
+      geo_(mutex_, database_),
+      beacons_(mutex_, database_),
+      notifications_(mutex_, database_),
+      mailboxes_(mutex_, database_) {
     database_.execute("PRAGMA busy_timeout = 5000; PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL");
     prepareSchema(database_);
 }
@@ -250,6 +254,7 @@ void ServiceStore::clear() {
             "DELETE FROM configurations; DELETE FROM placements; DELETE FROM regions; DELETE FROM geo_contents; "
             "DELETE FROM beacon_contents; DELETE FROM beacon_sessions; DELETE FROM beacon_summaries; "
             "DELETE FROM campaigns; DELETE FROM splits; DELETE FROM cancellations; DELETE FROM pushes; "
+            "DELETE FROM mailboxes; DELETE FROM messages; DELETE FROM message_ids; DELETE FROM card_images; "
             "DELETE FROM sqlite_sequence");
     });
 }

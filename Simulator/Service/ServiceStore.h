@@ -8,6 +8,7 @@
 #include "Public/VLValue.h"
 #include "Simulator/Service/BeaconStore.h"
 #include "Simulator/Service/GeoStore.h"
+#include "Simulator/Service/MailboxStore.h"
 #include "Simulator/Service/NotificationStore.h"
 #include "Simulator/Service/SQLiteDatabase.h"
 
@@ -57,6 +58,7 @@ public:
     GeoStore& geo() { return geo_; }
     BeaconStore& beacons() { return beacons_; }
     NotificationStore& notifications() { return notifications_; }
+    MailboxStore& mailboxes() { return mailboxes_; }
 
     // Lists of objects, oldest first; tags and devices by their names.
     Array sessions(const StoreFilter& filter);
@@ -81,6 +83,7 @@ private:
     GeoStore geo_;
     BeaconStore beacons_;
     NotificationStore notifications_;
+    MailboxStore mailboxes_;
 };
 
 }  // namespace vorlane::service

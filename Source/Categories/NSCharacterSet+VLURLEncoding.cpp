@@ -62,17 +62,16 @@ std::string stringByAddingPercentEncoding(const std::string& text, const NSChara
 std::optional<std::string> stringByRemovingPercentEncoding(const std::string& text) {
     std::string result;
     result.reserve(text.size());
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] != '%') {
-            result += text[i];
-            continue;
-        }
-        const int high = i + 1 < text.size() ? hexadecimalValue(text[i + 1]) : -1;
-        const int low = i + 2 < text.size() ? hexadecimalValue(text[i + 2]) : -1;
+    std::size_t done = 0;
+    for (auto sign = text.find('%'); sign != std::string::npos; sign = text.find('%', done)) {
+        const int high = sign + 1 < text.size() ? hexadecimalValue(text[sign + 1]) : -1;
+        const int low = sign + 2 < text.size() ? hexadecimalValue(text[sign + 2]) : -1;
         if (high < 0 || low < 0) return std::nullopt;
+        result.append(text, done, sign - done);
         result += static_cast<char>(high * 16 + low);
-        i += 2;
+        done = sign + 3;
     }
+    result.append(text, done);
     if (!vl_isUTF8(result)) return std::nullopt;
     return result;
 }

@@ -1,5 +1,8 @@
 #include "Categories/NSString+VLUTF8.h"
 
+#include <cstdint>
+#include <cstring>
+
 namespace vorlane {
 
 namespace {
@@ -19,10 +22,23 @@ std::size_t characterLength(std::string_view text) {
     return isOverlong || isSurrogateOrBeyond ? 0 : length;
 }
 
+/// How many of the first bytes are ASCII, found out eight at a time; bytes left over at the end do not count.
+std::size_t lengthOfASCII(std::string_view text) {
+    constexpr std::uint64_t kHighBits = 0x8080808080808080U;
+    std::size_t length = 0;
+    for (std::uint64_t block = 0; length + sizeof block <= text.size(); length += sizeof block) {
+        std::memcpy(&block, text.data() + length, sizeof block);
+        if ((block & kHighBits) != 0) break;
+    }
+    return length;
+}
+
 }  // namespace
 
 bool vl_isUTF8(std::string_view bytes) {
     while (!bytes.empty()) {
+        bytes.remove_prefix(lengthOfASCII(bytes));
+        if (bytes.empty()) break;
         const auto length = characterLength(bytes);
         if (length == 0) return false;
         bytes.remove_prefix(length);

@@ -60,10 +60,10 @@ TEST_F(AdminEndpointsTest, ARequestIsRecordedWhole) {
 }
 
 TEST_F(AdminEndpointsTest, WhatHasNoEndpointIsNotFoundButRecorded) {
-    expectError(client().get("/K/T/rich/mailbox?stateHash=x&timezone=%252B600"), 404, "there is no such endpoint");
+    expectError(client().get("/K/T/rich/other?stateHash=x&timezone=%252B600"), 404, "there is no such endpoint");
     const auto record = lastRecord();
     EXPECT_EQ(record["endpoint"], "unknown");
-    EXPECT_EQ(record["path"], "/K/T/rich/mailbox");
+    EXPECT_EQ(record["path"], "/K/T/rich/other");
     EXPECT_EQ(record["query"], Value({{"stateHash", "x"}, {"timezone", "%2B600"}}));
     EXPECT_EQ(record["status"], 404);
 }

@@ -37,6 +37,8 @@ void fill(const ServiceClient& client) {
     client.put("/_admin/config/K", {{"a", 1}});
     client.put("/_admin/interstitials/K/Feedback", {{"html", "mine"}, {"metadata", {{"a", 1}}}, {"phash", "p"}});
     client.del("/_admin/interstitials/K/App%20Open");
+    client.postJSON("/_admin/messages",
+                    {{"appKey", "K"}, {"trackingId", "T"}, {"subject", "Hello"}, {"image", "ffd8ff"}});
 }
 
 /// One of everything that belongs to places.
@@ -61,7 +63,8 @@ std::vector<Value> allPlaces(const ServiceClient& client) {
 std::vector<Value> everything(const ServiceClient& client) {
     std::vector<Value> answers;
     for (const char* target : {"/_admin/sessions", "/_admin/events", "/_admin/tags", "/_admin/devices",
-                               "/_admin/config/K", "/_admin/interstitials/K", "/api/apps/K/tracking/T/tag/a"})
+                               "/_admin/config/K", "/_admin/interstitials/K", "/api/apps/K/tracking/T/tag/a",
+                               "/_admin/messages", "/K/T/rich/mailbox?stateHash=x"})
         answers.push_back(client.get(target).json());
     return answers;
 }
@@ -78,7 +81,7 @@ TEST_F(ServicePersistenceTest, AFileKeepsEverythingButTheRecordOfRequests) {
     const ServiceServer server(optionsWith("db"));
     const ServiceClient client(server.port());
     EXPECT_EQ(everything(client), before);
-    EXPECT_EQ(client.get("/_admin/requests").json()["requests"].size(), 1u);
+    EXPECT_EQ(client.get("/_admin/requests").json()["requests"].size(), 2u);
 }
 
 TEST_F(ServicePersistenceTest, MemoryKeepsNothing) {
@@ -99,6 +102,25 @@ TEST_F(ServicePersistenceTest, NumbersGoOnAfterARestart) {
     const auto events = ServiceClient(server.port()).get("/_admin/events").json()["events"];
     ASSERT_EQ(events.size(), 2u);
     EXPECT_EQ(events[1]["number"], 2);
+}
+
+TEST_F(ServicePersistenceTest, ADatabaseFromBeforeTheMailboxesGetsThem) {
+    {
+        const ServiceServer server(optionsWith("db"));
+        fill(ServiceClient(server.port()));
+    }
+    {
+        SQLiteDatabase database(folder.path("db"));
+        database.execute(
+            "DROP TABLE message_ids; DROP TABLE messages; DROP TABLE mailboxes; DROP TABLE card_images; "
+            "PRAGMA user_version = 1");
+    }
+    const ServiceServer server(optionsWith("db"));
+    const ServiceClient client(server.port());
+    EXPECT_EQ(client.get("/_admin/events").json()["events"].size(), 1u);
+    EXPECT_EQ(client.get("/_admin/messages").json()["messages"], Value::array());
+    fill(client);
+    EXPECT_EQ(client.get("/_admin/messages").json()["messages"].size(), 1u);
 }
 
 TEST_F(ServicePersistenceTest, ADatabaseThatCannotBeHadIsAnError) {
