@@ -57,7 +57,7 @@ void SimulatedApplication::registerUserNotificationSettings(const UIUserNotifica
 
 std::map<SimulatedApplication::Handle, UILocalNotification> SimulatedApplication::scheduledByHandle() const {
     std::map<Handle, UILocalNotification> found;
-    for (const auto& entry : scheduled()) found.emplace(waits_.at(entry.number).handle, entry.notification);
+    for (const auto& [number, notification] : scheduled()) found.emplace(waits_.at(number).handle, notification);
     return found;
 }
 
@@ -85,23 +85,36 @@ Dictionary SimulatedApplication::notificationFields(Handle handle, const UILocal
             {"userInfo", valueOf(notification.userInfo)}};
 }
 
+void SimulatedApplication::keepScheduledLocalNotifications(const std::string& path) {
+    path_ = path;
+    restoreScheduled(path);
+    for (const auto& [number, notification] : scheduled()) addObject({number, notification});
+}
+
 void SimulatedApplication::didScheduleLocalNotification(const ScheduledLocalNotification& entry) {
+    store();
+    const Handle handle = addObject(entry);
+    tellOf("scheduled", handle, entry.notification);
+}
+
+/// Gives what is scheduled a handle and a wait for its date.
+SimulatedApplication::Handle SimulatedApplication::addObject(const ScheduledLocalNotification& entry) {
     const Handle handle = ++newestHandle_;
     objects_.emplace(handle, entry.notification);
     waits_[entry.number] = {handle, 0};
-    tellOf("scheduled", handle, entry.notification);
-    waitFor(entry);
-}
-
-void SimulatedApplication::waitFor(const ScheduledLocalNotification& entry) {
-    if (!mainQueue_) return;
     constexpr double kAlready = -std::numeric_limits<double>::infinity();
     const double date = entry.notification.fireDate.value_or(kAlready);
-    if (date != date) return;
-    waits_[entry.number].token = mainQueue_->postAt(date, SimulatedMainQueue::Kind::phone, [this] { fireDue(); });
+    if (mainQueue_ && date == date)
+        waits_[entry.number].token = mainQueue_->postAt(date, SimulatedMainQueue::Kind::phone, [this] { fireDue(); });
+    return handle;
+}
+
+void SimulatedApplication::store() const {
+    if (!path_.empty()) storeScheduled(path_);
 }
 
 void SimulatedApplication::didCancelLocalNotifications(const std::vector<ScheduledLocalNotification>& entries) {
+    store();
     for (const auto& entry : entries) {
         const auto found = waits_.extract(entry.number);
         if (mainQueue_) mainQueue_->cancel(found.mapped().token);
@@ -111,6 +124,7 @@ void SimulatedApplication::didCancelLocalNotifications(const std::vector<Schedul
 
 void SimulatedApplication::fireDue() {
     while (const auto due = takeDue(mainQueue_->now())) {
+        store();
         const auto found = waits_.extract(due->number);
         mainQueue_->cancel(found.mapped().token);
         delivered_.emplace(found.mapped().handle, due->notification);

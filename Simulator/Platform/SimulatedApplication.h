@@ -15,7 +15,7 @@ class SimulatedMainQueue;
 class SimulatedUser;
 
 /// The simulated phone's application object: remembers what it was told, tells an observer, and keeps scheduled local
-/// notifications in memory until the phone's clock reaches their date.
+/// notifications until the phone's clock reaches their date.
 class SimulatedApplication : public UIApplication {
 public:
     /// Names one notification object for those who speak with the phone; each time one is scheduled it is an object of
@@ -26,6 +26,10 @@ public:
     explicit SimulatedApplication(std::shared_ptr<NSNotificationCenter> notificationCenter,
                                   std::shared_ptr<SimulatedMainQueue> mainQueue = nullptr,
                                   std::shared_ptr<SimulatedUser> user = nullptr);
+
+    /// Takes over the scheduled notifications that an earlier process left in the file, and keeps it up to date from
+    /// now on. What was missed meanwhile fires when the main queue runs. Without this they are kept in memory.
+    void keepScheduledLocalNotifications(const std::string& path);
 
     /// Always opened.
     bool openURL(const NSURL& url) override;
@@ -84,7 +88,8 @@ protected:
 
 private:
     void tellOf(const char* event, Handle handle, const UILocalNotification& notification);
-    void waitFor(const ScheduledLocalNotification& entry);
+    Handle addObject(const ScheduledLocalNotification& entry);
+    void store() const;
     void fireDue();
 
     // Fixed at construction.
@@ -104,6 +109,8 @@ private:
         std::uint64_t token;
     };
     std::map<std::uint64_t, Wait> waits_;
+    // Empty: nothing is kept.
+    std::string path_;
     int remoteNotificationRegistrations_ = 0;
     std::vector<TimeInterval> backgroundFetchIntervals_;
     std::vector<std::string> openedURLs_;

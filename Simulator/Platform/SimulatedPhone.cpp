@@ -31,6 +31,7 @@ using SteadyClock = std::chrono::steady_clock;
 
 constexpr std::chrono::seconds kShutdownTime{2};
 constexpr const char* kMonitoredRegionsFile = "/VLMonitoredRegions.plist";
+constexpr const char* kScheduledNotificationsFile = "/VLScheduledNotifications.plist";
 // How long a queue is waited for before it is seen whether the main queue, which it may be waiting for, has work.
 constexpr std::chrono::milliseconds kTurn{1};
 
@@ -117,6 +118,8 @@ struct SimulatedPhone::Impl {
           session(std::make_shared<ScriptedURLSession>(makeQueue("NSURLSession"))) {
         NSFileManager::createDirectoryAtPath(documentsFolder);
         application->setKeyWindow(std::make_shared<UIWindow>(std::make_shared<UIViewController>()));
+        // A folder of the caller's may have been another phone's before, and be one's after.
+        if (!isTemporary) application->keepScheduledLocalNotifications(documentsFolder + kScheduledNotificationsFile);
         if (options.realHTTP) network = std::make_unique<LinuxPlatform>(networkOptions(documentsFolder));
     }
 

@@ -26,7 +26,8 @@ namespace vorlane {
 class SimulatedPhone : public Platform {
 public:
     struct Options {
-        /// Where the library's files go; made when missing. Empty: a fresh temporary folder that goes with the phone.
+        /// Where the library's files go, and those of the phone, which keeps scheduled local notifications there; made
+        /// when missing. Empty: a fresh temporary folder that goes with the phone.
         std::string documentsFolder = {};
         double systemVersion = 12.0;
         /// Where the virtual clock starts; nothing: the real clock.

@@ -16,6 +16,7 @@
 #include "Network/VLURLBuilder.h"
 #include "Network/VLURLSession.h"
 #include "Notifications/VLNotificationHelper.h"
+#include "Platform/Clock.h"
 #include "Platform/DispatchGroup.h"
 #include "Platform/NSTimer.h"
 #include "Platform/Platform.h"
@@ -225,7 +226,10 @@ UILocalNotification VLLocalNotificationService::splitCopy(UILocalNotification co
 std::vector<UILocalNotification> VLLocalNotificationService::outstandingNotifications() const {
     auto notifications = with_.application->scheduledLocalNotifications();
     std::erase_if(notifications, [](const auto& notification) { return !isOutstanding(notification); });
-    std::ranges::stable_sort(notifications, {}, timeToFire);
+    std::ranges::stable_sort(notifications, {}, [now = Platform::current().clock().now()](const auto& notification) {
+        const double due = notification.fireDate.value_or(now);
+        return due == due ? due : std::numeric_limits<double>::infinity();
+    });
     return notifications;
 }
 

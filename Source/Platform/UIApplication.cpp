@@ -4,12 +4,16 @@
 #include <limits>
 #include <utility>
 
+#include "Platform/NSFileManager.h"
 #include "Platform/NSNotificationCenter.h"
+#include "Platform/NSPropertyListSerialization.h"
 #include "Platform/UIWindow.h"
 
 namespace vorlane {
 
 namespace {
+
+constexpr const char* kNotificationsKey = "notifications";
 
 /// A date that is no number never comes.
 double dueTime(const UILocalNotification& notification) {
@@ -100,62 +104,87 @@ void UIApplication::setKeyWindow(std::shared_ptr<UIWindow> window) {
 TimeInterval UIApplication::backgroundTimeRemaining() const { return std::numeric_limits<TimeInterval>::max(); }
 
 void UIApplication::scheduleLocalNotification(const UILocalNotification& notification) {
-    // A copy, since whoever is told may change the list.
-    const auto entry = addScheduled(notification);
-    didScheduleLocalNotification(entry);
+    didScheduleLocalNotification(addScheduled(notification));
 }
 
 std::vector<UILocalNotification> UIApplication::scheduledLocalNotifications() const {
     std::vector<UILocalNotification> notifications;
-    for (const auto& entry : scheduled_) notifications.push_back(entry.notification);
+    notifications.reserve(scheduled_.size());
+    for (const auto& [number, notification] : scheduled_) notifications.push_back(notification);
     return notifications;
 }
 
 void UIApplication::cancelLocalNotification(const UILocalNotification& notification) {
     std::vector<ScheduledLocalNotification> cancelled;
-    std::erase_if(scheduled_, [&](const ScheduledLocalNotification& entry) {
-        const bool isSame = entry.notification.isSameAs(notification);
-        if (isSame) cancelled.push_back(entry);
-        return isSame;
-    });
-    if (cancelled.empty()) {
-        // Read back in another way than from the list of this process: its fields tell which one is meant.
-        const auto equal = std::ranges::find(scheduled_, notification, &ScheduledLocalNotification::notification);
-        if (equal == scheduled_.end()) return;
-        cancelled.push_back(*equal);
-        scheduled_.erase(equal);
-    }
-    didCancelLocalNotifications(cancelled);
+    for (const auto number : numbersOf(notification)) cancelled.push_back(take(number));
+    if (!cancelled.empty()) didCancelLocalNotifications(cancelled);
 }
 
 void UIApplication::cancelAllLocalNotifications() {
-    if (!scheduled_.empty()) didCancelLocalNotifications(std::exchange(scheduled_, {}));
+    std::vector<ScheduledLocalNotification> cancelled;
+    while (!scheduled_.empty()) cancelled.push_back(take(scheduled_.begin()->first));
+    if (!cancelled.empty()) didCancelLocalNotifications(cancelled);
 }
 
-const UIApplication::ScheduledLocalNotification& UIApplication::addScheduled(const UILocalNotification& notification) {
-    scheduled_.push_back({++newestNumber_, notification});
-    return scheduled_.back();
+/// The numbers, ascending, under which that notification is scheduled; where it is not, that of one with equal fields.
+std::vector<std::uint64_t> UIApplication::numbersOf(const UILocalNotification& notification) const {
+    std::vector<std::uint64_t> numbers;
+    const auto [first, end] = identities_.equal_range(notification.identity_);
+    for (auto entry = first; entry != end; ++entry) numbers.push_back(entry->second);
+    std::ranges::sort(numbers);
+    if (!numbers.empty()) return numbers;
+    // Read back in another way than from the list of this process: its fields, the date among them, tell which one is
+    // meant.
+    const double due = dueTime(notification);
+    for (auto entry = dueTimes_.lower_bound({due, 0}); entry != dueTimes_.end() && entry->first == due; ++entry) {
+        if (scheduled_.at(entry->second) == notification) return {entry->second};
+    }
+    return {};
 }
 
-std::vector<UIApplication::ScheduledLocalNotification>::iterator UIApplication::firstDue() {
-    return std::ranges::min_element(
-        scheduled_, {}, [](const ScheduledLocalNotification& entry) { return dueTime(entry.notification); });
+UIApplication::ScheduledLocalNotification UIApplication::addScheduled(const UILocalNotification& notification) {
+    const std::uint64_t number = ++newestNumber_;
+    scheduled_.emplace_hint(scheduled_.end(), number, notification);
+    dueTimes_.emplace(dueTime(notification), number);
+    identities_.emplace(notification.identity_, number);
+    return {number, notification};
+}
+
+UIApplication::ScheduledLocalNotification UIApplication::take(std::uint64_t number) {
+    auto entry = scheduled_.extract(number);
+    auto& notification = entry.mapped();
+    dueTimes_.erase({dueTime(notification), number});
+    const auto [first, end] = identities_.equal_range(notification.identity_);
+    identities_.erase(std::find_if(first, end, [number](const auto& identity) { return identity.second == number; }));
+    return {number, std::move(notification)};
 }
 
 std::optional<UIApplication::ScheduledLocalNotification> UIApplication::takeDue(double time) {
-    const auto first = firstDue();
-    if (first == scheduled_.end() || !(dueTime(first->notification) <= time)) return std::nullopt;
-    auto taken = std::move(*first);
-    scheduled_.erase(first);
-    return taken;
+    if (dueTimes_.empty() || !(dueTimes_.begin()->first <= time)) return std::nullopt;
+    return take(dueTimes_.begin()->second);
 }
 
 std::optional<double> UIApplication::nextFireDate() const {
-    std::optional<double> next;
-    for (const auto& entry : scheduled_) {
-        if (const double due = dueTime(entry.notification); !next || due < *next) next = due;
+    if (dueTimes_.empty()) return std::nullopt;
+    return dueTimes_.begin()->first;
+}
+
+void UIApplication::restoreScheduled(const std::string& path) {
+    const auto root = NSPropertyListSerialization::dictionaryWithContentsOfFile(path);
+    if (!root && NSFileManager::fileExistsAtPath(path)) NSFileManager::moveItemAtPath(path, path + ".corrupt");
+    const auto found = root ? root->find(kNotificationsKey) : Dictionary::const_iterator();
+    if (!root || found == root->end() || !found->second.is_array()) return;
+    for (const auto& entry : found->second) {
+        const auto* fields = entry.get_ptr<const Dictionary*>();
+        if (fields) addScheduled(UILocalNotification::fromDictionary(*fields));
     }
-    return next;
+}
+
+void UIApplication::storeScheduled(const std::string& path) const {
+    Array notifications;
+    notifications.reserve(scheduled_.size());
+    for (const auto& [number, notification] : scheduled_) notifications.emplace_back(notification.toDictionary());
+    NSPropertyListSerialization::writeToFile({{kNotificationsKey, std::move(notifications)}}, path);
 }
 
 std::map<UIBackgroundTaskIdentifier, std::string> UIApplication::backgroundTasks() const {

@@ -7,7 +7,10 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <string>
+#include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "Platform/UILocalNotification.h"
@@ -132,13 +135,19 @@ protected:
     };
 
     /// What is scheduled, by number.
-    const std::vector<ScheduledLocalNotification>& scheduled() const { return scheduled_; }
+    const std::map<std::uint64_t, UILocalNotification>& scheduled() const { return scheduled_; }
     /// Puts a notification on the list without telling anyone.
-    const ScheduledLocalNotification& addScheduled(const UILocalNotification& notification);
+    ScheduledLocalNotification addScheduled(const UILocalNotification& notification);
     /// Takes the notification that is due first off the list; nothing when none is by that time.
     std::optional<ScheduledLocalNotification> takeDue(double time);
     /// When the first one is due; nothing when none is scheduled. One without a date has been due always.
     std::optional<double> nextFireDate() const;
+
+    /// Puts on the list what `storeScheduled()` left in the file, without telling anyone. A file that cannot be read is
+    /// kept with the suffix ".corrupt"; what is no notification in it is left out.
+    void restoreScheduled(const std::string& path);
+    /// Replaces the file, a property list, by the list as it is. A failure is silent.
+    void storeScheduled(const std::string& path) const;
 
     /// Told after notifications were put on the list, or taken off it by being cancelled. Main queue.
     virtual void didScheduleLocalNotification(const ScheduledLocalNotification&) {}
@@ -156,7 +165,8 @@ private:
     };
 
     void change(UIApplicationState state, const char* notificationName);
-    std::vector<ScheduledLocalNotification>::iterator firstDue();
+    std::vector<std::uint64_t> numbersOf(const UILocalNotification& notification) const;
+    ScheduledLocalNotification take(std::uint64_t number);
 
     // Fixed at construction.
     const std::shared_ptr<NSNotificationCenter> notificationCenter_;
@@ -164,8 +174,12 @@ private:
 
     // Main queue only.
     std::shared_ptr<UIWindow> keyWindow_;
+    // Main queue only. The list by number, and the numbers by due time and by identity: no operation on one
+    // notification walks through all of them.
     std::uint64_t newestNumber_ = 0;
-    std::vector<ScheduledLocalNotification> scheduled_;
+    std::map<std::uint64_t, UILocalNotification> scheduled_;
+    std::set<std::pair<double, std::uint64_t>> dueTimes_;
+    std::unordered_multimap<std::uint64_t, std::uint64_t> identities_;
 
     mutable std::mutex mutex_;
     // Guarded by mutex_.

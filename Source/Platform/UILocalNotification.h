@@ -43,6 +43,9 @@ public:
     bool operator==(const UILocalNotification& other) const;
 
 private:
+    /// Finds what is scheduled by its identity.
+    friend class UIApplication;
+
     std::uint64_t identity_;
 };
 

@@ -4,28 +4,8 @@
 #include <utility>
 
 #include "Platform/DispatchQueue.h"
-#include "Platform/NSFileManager.h"
-#include "Platform/NSPropertyListSerialization.h"
 
 namespace vorlane {
-
-namespace {
-
-constexpr const char* kNotificationsKey = "notifications";
-
-/// The notifications of a file's root; what is none is left out.
-std::vector<UILocalNotification> notificationsIn(const Dictionary& root) {
-    std::vector<UILocalNotification> notifications;
-    const auto found = root.find(kNotificationsKey);
-    if (found == root.end() || !found->second.is_array()) return notifications;
-    for (const auto& entry : found->second) {
-        const auto* fields = entry.get_ptr<const Dictionary*>();
-        if (fields) notifications.push_back(UILocalNotification::fromDictionary(*fields));
-    }
-    return notifications;
-}
-
-}  // namespace
 
 LinuxApplication::LinuxApplication(std::shared_ptr<NSNotificationCenter> notificationCenter,
                                    std::weak_ptr<DispatchQueue> mainQueue, Callbacks callbacks,
@@ -81,10 +61,7 @@ std::int64_t LinuxApplication::backgroundRefreshStatus() const {
 
 void LinuxApplication::keepScheduledLocalNotifications(const std::string& path) {
     path_ = path;
-    const auto root = NSPropertyListSerialization::dictionaryWithContentsOfFile(path);
-    if (!root && NSFileManager::fileExistsAtPath(path)) NSFileManager::moveItemAtPath(path, path + ".corrupt");
-    if (!root) return;
-    for (const auto& notification : notificationsIn(*root)) addScheduled(notification);
+    restoreScheduled(path);
     waitForNext();
 }
 
@@ -99,22 +76,23 @@ void LinuxApplication::didCancelLocalNotifications(const std::vector<ScheduledLo
 }
 
 void LinuxApplication::writeScheduled() const {
-    if (path_.empty()) return;
-    Array notifications;
-    for (const auto& notification : scheduledLocalNotifications()) {
-        notifications.emplace_back(notification.toDictionary());
-    }
-    NSPropertyListSerialization::writeToFile({{kNotificationsKey, std::move(notifications)}}, path_);
+    if (!path_.empty()) storeScheduled(path_);
 }
 
 void LinuxApplication::waitForNext() {
-    const std::uint64_t wait = ++wait_;
     const auto next = nextFireDate();
     const auto queue = mainQueue_.lock();
     if (!next || !queue) return;
-    queue->postAfter(std::clamp(*next - clock_->now(), 0.0, kLongestWait), [weakSelf = weak_from_this(), wait] {
+    const double now = clock_->now();
+    const TimeInterval length = std::clamp(*next - now, 0.0, kLongestWait);
+    // A wait that ends before is enough: whoever schedules many leaves no heap of waits behind.
+    if (waitEnd_ && *waitEnd_ <= now + length) return;
+    waitEnd_ = now + length;
+    queue->postAfter(length, [weakSelf = weak_from_this(), wait = ++wait_] {
         const auto self = weakSelf.lock();
-        if (self && self->wait_ == wait) self->deliverDue();
+        if (!self || self->wait_ != wait) return;
+        self->waitEnd_.reset();
+        self->deliverDue();
     });
 }
 

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -75,8 +76,10 @@ private:
     std::uint64_t stay_ = 0;
     // When the newest one began.
     double stayBegan_ = 0;
-    // Counts the waits for notifications: only the newest one counts.
+    // Counts the waits for notifications: only the newest one counts. When it ends by the clock; nothing: none is under
+    // way.
     std::uint64_t wait_ = 0;
+    std::optional<double> waitEnd_;
     // Empty: nothing is kept.
     std::string path_;
 };
