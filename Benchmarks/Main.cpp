@@ -1,6 +1,7 @@
 #include <benchmark/benchmark.h>
 #include <fmt/format.h>
 
+#include <cmath>
 #include <cstdio>
 #include <filesystem>
 #include <functional>
@@ -54,9 +55,15 @@ std::string microseconds(double seconds) { return fmt::format("{:.2f} µs", seco
 std::string milliseconds(double seconds) { return fmt::format("{:.2f} ms", seconds * 1e3); }
 std::string megabytes(double bytes) { return fmt::format("{:.2f} MB", bytes / 1e6); }
 
+/// How many times as long ten times as many take when the time grows with n log n.
+double nLogN(double count) { return 10 * std::log(10 * count) / std::log(count); }
+
 std::vector<Row> rowsOf(const KeepingReporter& results, double librarySize) {
     const auto s = [&results](const char* name) { return results.seconds(name); };
     const auto c = [&results](const char* name) { return results.counter(name); };
+    const auto growth = [&results](const std::string& name, const char* from, const char* to) {
+        return results.seconds(name + to) / results.seconds(name + from);
+    };
     const auto logLine = s("LogBelowThreshold") - s("BuildLogText");
     return {
         {"record one event with five keys, mean", microseconds(s("RecordEvent")),
@@ -87,6 +94,17 @@ std::vector<Row> rowsOf(const KeepingReporter& results, double librarySize) {
         {"a session start", microseconds(s("SessionStart")),
          microseconds(s("SessionStartWithoutLogging")) + " logging compiled out",
          s("SessionStart") / s("SessionStartWithoutLogging"), 3, "times"},
+        {"schedule 1,000 local notifications", milliseconds(s("ScheduleNotifications/1000")), "",
+         s("ScheduleNotifications/1000") * 1e3, 0, "ms"},
+        {"the same: growth from 100 to 1,000", "", "", growth("ScheduleNotifications", "/100", "/1000"), nLogN(100),
+         "times"},
+        {"the same: growth from 1,000 to 10,000", "", "", growth("ScheduleNotifications", "/1000", "/10000"),
+         nLogN(1000), "times"},
+        {"one phash pass over 1,000", milliseconds(s("PhashPass/1000")), "", s("PhashPass/1000") * 1e3, 0, "ms"},
+        {"the same: growth from 100 to 1,000", "", "", growth("PhashPass", "/100", "/1000"), nLogN(100), "times"},
+        {"the same: growth from 1,000 to 10,000", "", "", growth("PhashPass", "/1000", "/10000"), nLogN(1000), "times"},
+        {"schedule one beside 1,000, with the file that keeps them", milliseconds(s("ScheduleIntoFile")), "",
+         s("ScheduleIntoFile") * 1e3, 0, "ms"},
         {"a location update with 20 geofences", microseconds(s("LocationUpdate/20")),
          microseconds(s("LocationUpdate/1")) + " with 1", s("LocationUpdate/20") / s("LocationUpdate/1"), 0, "times"},
         {"crossing into one of 20 geofences", microseconds(s("CrossIntoRegion/20")),
@@ -106,7 +124,7 @@ void printTable(const std::vector<Row>& rows) {
         const bool isTold = row.target == 0;
         const bool isMet = row.isAtLeast ? row.figure >= row.target : row.figure <= row.target;
         const auto target =
-            isTold ? std::string("told") : fmt::format("{} {} {}", row.isAtLeast ? "≥" : "≤", row.target, row.unit);
+            isTold ? std::string("told") : fmt::format("{} {:.4g} {}", row.isAtLeast ? "≥" : "≤", row.target, row.unit);
         fmt::print("| {} | {} | {} | {:.2f} {} | {} | {} |\n", row.what, row.measured, row.bare, row.figure, row.unit,
                    target, isTold ? "" : (isMet ? "met" : "missed"));
     }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <thread>
 
 #include "Platform/NSNotificationCenter.h"
@@ -17,6 +18,8 @@ public:
     using UIApplication::UIApplication;
     void registerForRemoteNotifications() override {}
     void setMinimumBackgroundFetchInterval(TimeInterval /*seconds*/) override {}
+    using UIApplication::nextFireDate;
+    using UIApplication::takeDue;
 
     std::vector<std::string> events;
 
@@ -36,6 +39,23 @@ class UIApplicationTest : public ::testing::Test {
 protected:
     std::shared_ptr<NSNotificationCenter> center = std::make_shared<NSNotificationCenter>();
     PlainApplication application{center};
+
+    UILocalNotification schedule(const std::string& body, std::optional<double> date) {
+        UILocalNotification notification;
+        notification.alertBody = body;
+        notification.fireDate = date;
+        application.scheduleLocalNotification(notification);
+        return notification;
+    }
+    std::string scheduledBodies() const {
+        std::string bodies;
+        for (const auto& notification : application.scheduledLocalNotifications()) bodies += *notification.alertBody;
+        return bodies;
+    }
+    std::string nextBody(double time) {
+        const auto due = application.takeDue(time);
+        return due ? *due->notification.alertBody : "none";
+    }
 };
 
 TEST_F(UIApplicationTest, AnApplicationHasNoWindowUntilItSetsOne) {
@@ -186,6 +206,62 @@ TEST_F(UIApplicationTest, ATaskThatAnotherOnesHandlerEndsDoesNotExpire) {
     second = application.beginBackgroundTaskWithName("second", [&] { secondExpired = true; });
     application.expireBackgroundTasks();
     EXPECT_FALSE(secondExpired);
+}
+
+TEST_F(UIApplicationTest, NotificationsAreListedInTheOrderOfScheduling) {
+    schedule("c", 30);
+    const auto a = schedule("a", 10);
+    schedule("b", std::nullopt);
+    EXPECT_EQ(scheduledBodies(), "cab");
+    application.scheduleLocalNotification(a);
+    EXPECT_EQ(scheduledBodies(), "caba");
+}
+
+TEST_F(UIApplicationTest, CancellingTakesEveryCopyOfTheNotification) {
+    auto a = schedule("a", 10);
+    schedule("b", 10);
+    a.alertBody = "A";
+    a.fireDate = 20;
+    application.scheduleLocalNotification(a);
+    application.cancelLocalNotification(a);
+    EXPECT_EQ(scheduledBodies(), "b");
+    EXPECT_EQ(application.nextFireDate(), 10);
+}
+
+TEST_F(UIApplicationTest, WithoutThatIdentityTheFirstWithEqualFieldsIsCancelled) {
+    schedule("a", 10);
+    const auto other = UILocalNotification::fromDictionary(schedule("b", 10).toDictionary());
+    schedule("b", 10);
+    application.cancelLocalNotification(other);
+    EXPECT_EQ(scheduledBodies(), "ab");
+    auto changed = other;
+    changed.fireDate = 11;
+    application.cancelLocalNotification(changed);
+    changed.fireDate = 10;
+    changed.alertAction = "x";
+    application.cancelLocalNotification(changed);
+    EXPECT_EQ(scheduledBodies(), "ab");
+    application.cancelLocalNotification(other);
+    EXPECT_EQ(scheduledBodies(), "a");
+    application.cancelAllLocalNotifications();
+    EXPECT_EQ(scheduledBodies(), "");
+    EXPECT_EQ(application.nextFireDate(), std::nullopt);
+}
+
+TEST_F(UIApplicationTest, WhatIsDueComesByItsDateThenInTheOrderOfScheduling) {
+    schedule("late", 30);
+    schedule("first", 10);
+    schedule("second", 10);
+    schedule("always", std::nullopt);
+    schedule("never", std::numeric_limits<double>::quiet_NaN());
+    EXPECT_EQ(nextBody(10), "always");
+    EXPECT_EQ(application.nextFireDate(), 10);
+    EXPECT_EQ(nextBody(10), "first");
+    EXPECT_EQ(nextBody(10), "second");
+    EXPECT_EQ(nextBody(29.9), "none");
+    EXPECT_EQ(nextBody(1e300), "late");
+    EXPECT_EQ(nextBody(1e300), "none");
+    EXPECT_EQ(scheduledBodies(), "never");
 }
 
 }  // namespace
