@@ -126,7 +126,7 @@ void UIApplication::cancelAllLocalNotifications() {
     if (!cancelled.empty()) didCancelLocalNotifications(cancelled);
 }
 
-/// The numbers, ascending, under which that notification is scheduled; where it is not, that of one with equal fields.
+/// The numbers, ascending, under which that notification is scheduled; where it is not, that of one it may stand for.
 std::vector<std::uint64_t> UIApplication::numbersOf(const UILocalNotification& notification) const {
     std::vector<std::uint64_t> numbers;
     const auto [first, end] = identities_.equal_range(notification.identity_);
@@ -137,7 +137,9 @@ std::vector<std::uint64_t> UIApplication::numbersOf(const UILocalNotification& n
     // meant.
     const double due = dueTime(notification);
     for (auto entry = dueTimes_.lower_bound({due, 0}); entry != dueTimes_.end() && entry->first == due; ++entry) {
-        if (scheduled_.at(entry->second) == notification) return {entry->second};
+        const auto& candidate = scheduled_.at(entry->second);
+        const bool isReadBack = candidate.isReadBack_ || notification.isReadBack_;
+        if (isReadBack && candidate == notification) return {entry->second};
     }
     return {};
 }

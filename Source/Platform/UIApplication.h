@@ -122,8 +122,8 @@ public:
     void scheduleLocalNotification(const UILocalNotification& notification);
     /// What is scheduled and not due yet, in the order of scheduling.
     std::vector<UILocalNotification> scheduledLocalNotifications() const;
-    /// Cancels that notification, told by its identity; where none has it, one whose fields are all equal. Ignored when
-    /// nothing fits.
+    /// Cancels that notification, told by its identity. Where none has it, one whose fields are all equal, if either of
+    /// the two was read back: what was made in this process is never taken for another. Ignored when nothing fits.
     void cancelLocalNotification(const UILocalNotification& notification);
     void cancelAllLocalNotifications();
 

@@ -72,6 +72,7 @@ Dictionary UILocalNotification::toDictionary() const {
 
 UILocalNotification UILocalNotification::fromDictionary(const Dictionary& dictionary) {
     UILocalNotification notification;
+    notification.isReadBack_ = true;
     if (const auto* date = numberField(dictionary, "fireDate")) notification.fireDate = date->get<double>();
     notification.timeZone = stringField(dictionary, "timeZone");
     notification.alertBody = stringField(dictionary, "alertBody");

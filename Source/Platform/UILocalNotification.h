@@ -47,6 +47,8 @@ private:
     friend class UIApplication;
 
     std::uint64_t identity_;
+    // Made from a dictionary: it stands for another object with these fields, which may be gone with its process.
+    bool isReadBack_ = false;
 };
 
 }  // namespace vorlane

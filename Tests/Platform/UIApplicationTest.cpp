@@ -228,6 +228,15 @@ TEST_F(UIApplicationTest, CancellingTakesEveryCopyOfTheNotification) {
     EXPECT_EQ(application.nextFireDate(), 10);
 }
 
+TEST_F(UIApplicationTest, ANotificationOfThisProcessIsNeverTakenForAnother) {
+    UILocalNotification twin;
+    twin.alertBody = "a";
+    twin.fireDate = 10;
+    schedule("a", 10);
+    application.cancelLocalNotification(twin);
+    EXPECT_EQ(scheduledBodies(), "a");
+}
+
 TEST_F(UIApplicationTest, WithoutThatIdentityTheFirstWithEqualFieldsIsCancelled) {
     schedule("a", 10);
     const auto other = UILocalNotification::fromDictionary(schedule("b", 10).toDictionary());

@@ -86,7 +86,7 @@ void LinuxApplication::waitForNext() {
     const double now = clock_->now();
     const TimeInterval length = std::clamp(*next - now, 0.0, kLongestWait);
     // A wait that ends before is enough: whoever schedules many leaves no heap of waits behind.
-    if (waitEnd_ && *waitEnd_ <= now + length) return;
+    if (waitEnd_ && now < *waitEnd_ && *waitEnd_ <= now + length) return;
     waitEnd_ = now + length;
     queue->postAfter(length, [weakSelf = weak_from_this(), wait = ++wait_] {
         const auto self = weakSelf.lock();
