@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "Benchmarks/Support/BareSender.h"
 #include "Benchmarks/Support/Host.h"
 #include "Benchmarks/Support/LoopbackServer.h"
 #include "Benchmarks/Support/Process.h"
@@ -17,7 +18,6 @@ namespace vorlane::benchmarks {
 namespace {
 
 constexpr int kEvents = 5000;
-constexpr long kConnections = 6;
 
 using SteadyClock = std::chrono::steady_clock;
 
@@ -94,54 +94,6 @@ void SendEvents(benchmark::State& state) {
 BENCHMARK(SendEvents)->Iterations(3)->UseManualTime();
 
 /// What the same requests take with nothing but libcurl: prepared bodies, six connections.
-class BareSender {
-public:
-    explicit BareSender(std::string url) : url_(std::move(url)), multi_(curl_multi_init()) {
-        curl_multi_setopt(multi_, CURLMOPT_MAX_HOST_CONNECTIONS, kConnections);
-    }
-    ~BareSender() { curl_multi_cleanup(multi_); }
-    BareSender(const BareSender&) = delete;
-    BareSender& operator=(const BareSender&) = delete;
-
-    void send(const std::string& body, int count) {
-        int begun = 0;
-        int running = 0;
-        for (; begun < kConnections; ++begun) curl_multi_add_handle(multi_, makeTransfer(body));
-        for (int done = 0; done < count;) {
-            curl_multi_perform(multi_, &running);
-            int left = 0;
-            while (const CURLMsg* message = curl_multi_info_read(multi_, &left)) {
-                CURL* transfer = message->easy_handle;
-                curl_multi_remove_handle(multi_, transfer);
-                ++done;
-                if (begun++ < count) {
-                    curl_multi_add_handle(multi_, transfer);
-                } else {
-                    curl_easy_cleanup(transfer);
-                }
-            }
-            if (done < count) curl_multi_poll(multi_, nullptr, 0, 1000, nullptr);
-        }
-    }
-
-private:
-    static std::size_t discard(char* /*bytes*/, std::size_t size, std::size_t count, void* /*context*/) {
-        return size * count;
-    }
-
-    CURL* makeTransfer(const std::string& body) const {
-        CURL* transfer = curl_easy_init();
-        curl_easy_setopt(transfer, CURLOPT_URL, url_.c_str());
-        curl_easy_setopt(transfer, CURLOPT_POSTFIELDSIZE, static_cast<long>(body.size()));
-        curl_easy_setopt(transfer, CURLOPT_POSTFIELDS, body.c_str());
-        curl_easy_setopt(transfer, CURLOPT_WRITEFUNCTION, &discard);
-        return transfer;
-    }
-
-    const std::string url_;
-    CURLM* const multi_;
-};
-
 void BareSendEvents(benchmark::State& state) {
     curl_global_init(CURL_GLOBAL_DEFAULT);
     LoopbackServer server;

@@ -23,12 +23,28 @@ void SessionStartWithoutLogging(benchmark::State& state) {
     measureRole(state, thisProgram() + "-without-logging", "session-start");
 }
 
+void InboxList(benchmark::State& state) { measureRole(state, thisProgram(), "inbox-list"); }
+void BareInboxList(benchmark::State& state) { measureRole(state, thisProgram(), "bare-inbox-list"); }
+void InboxListRequest(benchmark::State& state) { measureRole(state, thisProgram(), "inbox-list-request"); }
+void InboxMainThread(benchmark::State& state) { measureRole(state, thisProgram(), "inbox-main-thread"); }
+void InboxSynchronisation(benchmark::State& state) { measureRole(state, thisProgram(), "inbox-synchronisation"); }
+void BareInboxSynchronisation(benchmark::State& state) {
+    measureRole(state, thisProgram(), "bare-inbox-synchronisation");
+}
+
 BENCHMARK(StartUp)->Iterations(15)->UseManualTime();
 BENCHMARK(BareStartUp)->Iterations(15)->UseManualTime();
 BENCHMARK(ShutdownIdle)->Iterations(5)->UseManualTime();
 BENCHMARK(ShutdownBusy)->Iterations(5)->UseManualTime();
 BENCHMARK(SessionStart)->Iterations(3)->UseManualTime();
 BENCHMARK(SessionStartWithoutLogging)->Iterations(3)->UseManualTime();
+
+BENCHMARK(InboxList)->Iterations(5)->UseManualTime();
+BENCHMARK(BareInboxList)->Iterations(5)->UseManualTime();
+BENCHMARK(InboxListRequest)->Iterations(5)->UseManualTime();
+BENCHMARK(InboxMainThread)->Iterations(5)->UseManualTime();
+BENCHMARK(InboxSynchronisation)->Iterations(5)->UseManualTime();
+BENCHMARK(BareInboxSynchronisation)->Iterations(5)->UseManualTime();
 
 void figure(benchmark::State& state, const std::string& role) {
     double value = 0;
@@ -39,11 +55,13 @@ void figure(benchmark::State& state, const std::string& role) {
 void MemoryAfterStartUp(benchmark::State& state) { figure(state, "memory-after-start-up"); }
 void BareMemory(benchmark::State& state) { figure(state, "bare-memory"); }
 void MemoryAfterEvents(benchmark::State& state) { figure(state, "memory-after-events"); }
+void InboxListMemory(benchmark::State& state) { figure(state, "inbox-list-memory"); }
 void Threads(benchmark::State& state) { figure(state, "threads"); }
 
 BENCHMARK(MemoryAfterStartUp)->Iterations(1);
 BENCHMARK(BareMemory)->Iterations(1);
 BENCHMARK(MemoryAfterEvents)->Iterations(1);
+BENCHMARK(InboxListMemory)->Iterations(1);
 BENCHMARK(Threads)->Iterations(1);
 
 }  // namespace

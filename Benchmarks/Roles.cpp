@@ -2,13 +2,13 @@
 
 #include <curl/curl.h>
 
-#include <chrono>
 #include <cstddef>
 #include <functional>
 #include <map>
 #include <string>
 #include <thread>
 
+#include "Benchmarks/InboxRoles.h"
 #include "Benchmarks/Support/BareFile.h"
 #include "Benchmarks/Support/Host.h"
 #include "Benchmarks/Support/LoopbackServer.h"
@@ -25,12 +25,6 @@ namespace {
 constexpr int kEvents = 5000;
 constexpr int kWritesOfAStartUp = 2;  // the app key, and the phash that is cleared
 constexpr const char* kSettingsFile = "/VLLibSettings.plist";
-
-double secondsOf(const std::function<void()>& work) {
-    const auto start = std::chrono::steady_clock::now();
-    work();
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
 
 /// Lives through a first launch, so that the folder is one of an application that ran before.
 void makeExistingFolder(const std::string& folder) {
@@ -160,6 +154,13 @@ double figureOfRole(const std::string& role) {
         {"memory-after-events", [] { return memoryAfter(kEvents); }},
         {"threads", threads},
         {"session-start", sessionStart},
+        {"inbox-list", inboxList},
+        {"bare-inbox-list", bareInboxList},
+        {"inbox-list-request", inboxListRequest},
+        {"inbox-main-thread", inboxMainThread},
+        {"inbox-list-memory", inboxListMemory},
+        {"inbox-synchronisation", inboxSynchronisation},
+        {"bare-inbox-synchronisation", bareInboxSynchronisation},
     };
     return roles.at(role)();
 }

@@ -32,18 +32,12 @@ public:
 
     std::shared_ptr<NSURLSessionDataTask> dataTaskWithRequest(NSURLRequest request,
                                                               CompletionHandler handler) override {
-        auto body = answerTo(request.URL.path());
+        const auto* text = answerTo(answers_, request.URL.path());
+        auto body = text ? std::optional(Data(text->begin(), text->end())) : std::nullopt;
         return std::make_shared<InstantTask>(std::move(request.URL), std::move(body), std::move(handler));
     }
 
 private:
-    std::optional<Data> answerTo(const std::string& path) const {
-        for (const auto& [part, body] : answers_) {
-            if (path.find(part) != std::string::npos) return Data(body.begin(), body.end());
-        }
-        return std::nullopt;
-    }
-
     const Answers answers_;
 };
 

@@ -1,18 +1,15 @@
 #pragma once
 
-#include <map>
 #include <memory>
 #include <string>
 #include <utility>
 
+#include "Benchmarks/Support/Answers.h"
 #include "Platform/Linux/LinuxPlatform.h"
 #include "Platform/LocationBackEnd.h"
 #include "Platform/NSURLSession.h"
 
 namespace vorlane::benchmarks {
-
-/// What requests are answered with: a part of the URL's path, and the body.
-using Answers = std::map<std::string, std::string>;
 
 /// A Linux platform whose network answers every request at once, on the caller's thread, with nothing or what it was
 /// told: what remains is the library.

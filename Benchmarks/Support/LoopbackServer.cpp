@@ -23,7 +23,17 @@ namespace vorlane::benchmarks {
 
 namespace {
 
-constexpr std::string_view kAnswer = "HTTP/1.1 200 OK\r\nContent-Type: application/json\r\nContent-Length: 2\r\n\r\n{}";
+std::string response(std::string_view body) {
+    return "HTTP/1.1 200 OK\r\nContent-Type: application/json\r\nContent-Length: " + std::to_string(body.size()) +
+           "\r\n\r\n" + std::string(body);
+}
+
+/// The whole responses, made beforehand.
+Answers responsesOf(const Answers& answers) {
+    Answers responses;
+    for (const auto& [part, body] : answers) responses.emplace(part, response(body));
+    return responses;
+}
 
 int check(int result, const char* what) {
     if (result < 0) throw std::system_error(errno, std::generic_category(), what);
@@ -69,7 +79,11 @@ void watch(int poller, int descriptor) {
 
 }  // namespace
 
-LoopbackServer::LoopbackServer(Manner manner) {
+LoopbackServer::LoopbackServer(Manner manner) : LoopbackServer(manner, Answers()) {}
+
+LoopbackServer::LoopbackServer(Answers answers) : LoopbackServer(Manner::answers, answers) {}
+
+LoopbackServer::LoopbackServer(Manner manner, const Answers& answers) {
     const int listener = listenOnLoopback();
     port_ = portOf(listener);
     void* memory = mmap(nullptr, sizeof(Shared), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
@@ -81,7 +95,7 @@ LoopbackServer::LoopbackServer(Manner manner) {
     if (process_ == 0) {
         prctl(PR_SET_PDEATHSIG, SIGKILL);
         close(ends[0]);
-        serve(listener, manner, *shared_, ends[1]);
+        serve(listener, manner, answers, *shared_, ends[1]);
     }
     close(listener);
     close(ends[1]);
@@ -106,7 +120,9 @@ void LoopbackServer::wait() const {
     }
 }
 
-void LoopbackServer::serve(int listener, Manner manner, Shared& shared, int reached) {
+void LoopbackServer::serve(int listener, Manner manner, const Answers& answers, Shared& shared, int reached) {
+    const auto responses = responsesOf(answers);
+    const auto empty = response("{}");
     const int poller = check(epoll_create1(0), "epoll_create1");
     watch(poller, listener);
     std::map<int, std::string> buffers;
@@ -131,8 +147,10 @@ void LoopbackServer::serve(int listener, Manner manner, Shared& shared, int reac
         auto& buffer = buffers[event.data.fd];
         buffer.append(chunk.data(), static_cast<std::size_t>(count));
         while (const auto length = completeRequest(buffer)) {
+            const auto* told = answerTo(responses, std::string_view(buffer).substr(0, buffer.find("\r\n")));
+            const auto& answer = told ? *told : empty;
             buffer.erase(0, length);
-            if (manner == Manner::answers && write(event.data.fd, kAnswer.data(), kAnswer.size()) < 0) break;
+            if (manner == Manner::answers && write(event.data.fd, answer.data(), answer.size()) < 0) break;
             if (++shared.requests == shared.expected && write(reached, "x", 1) < 0) _exit(1);
         }
     }

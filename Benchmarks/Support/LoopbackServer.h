@@ -6,16 +6,18 @@
 #include <cstdint>
 #include <string>
 
+#include "Benchmarks/Support/Answers.h"
+
 namespace vorlane::benchmarks {
 
-/// A web server on loopback in a process of its own, so that its work does not count as the library's. Answers every
-/// request with
-/// "{}", or never answers. Ends with the object.
+/// A web server on loopback in a process of its own, so that its work does not count as the library's. Answers requests
+/// with what it was told, all others with "{}", or never answers. Ends with the object.
 class LoopbackServer {
 public:
     enum class Manner { answers, isSilent };
 
     explicit LoopbackServer(Manner manner = Manner::answers);
+    explicit LoopbackServer(Answers answers);
     ~LoopbackServer();
     LoopbackServer(const LoopbackServer&) = delete;
     LoopbackServer& operator=(const LoopbackServer&) = delete;
@@ -34,7 +36,8 @@ private:
         std::atomic<std::uint64_t> expected;
     };
 
-    [[noreturn]] static void serve(int listener, Manner manner, Shared& shared, int reached);
+    LoopbackServer(Manner manner, const Answers& answers);
+    [[noreturn]] static void serve(int listener, Manner manner, const Answers& answers, Shared& shared, int reached);
 
     Shared* shared_ = nullptr;
     std::uint16_t port_ = 0;

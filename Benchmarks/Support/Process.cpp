@@ -1,11 +1,13 @@
 #include "Benchmarks/Support/Process.h"
 
+#include <malloc.h>
 #include <spawn.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -58,6 +60,12 @@ double figureOf(const std::string& program, const std::vector<std::string>& argu
 
 std::string thisProgram() { return std::filesystem::read_symlink("/proc/self/exe"); }
 
+double secondsOf(const std::function<void()>& work) {
+    const auto start = std::chrono::steady_clock::now();
+    work();
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
 double processorTime() {
     rusage usage{};
     getrusage(RUSAGE_SELF, &usage);
@@ -65,6 +73,15 @@ double processorTime() {
 }
 
 std::int64_t residentMemory() { return statusNumber("VmRSS:") * 1024; }
+
+std::int64_t startPeakMemory() {
+    // What was freed before would be used again first.
+    malloc_trim(0);
+    std::ofstream("/proc/self/clear_refs") << "5";
+    return residentMemory();
+}
+
+std::int64_t peakMemory() { return statusNumber("VmHWM:") * 1024; }
 
 std::int64_t threadCount() { return statusNumber("Threads:"); }
 
