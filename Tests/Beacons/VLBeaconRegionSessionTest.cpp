@@ -181,7 +181,8 @@ TEST_F(VLBeaconRegionSessionsTest, EachRegionHasOneSessionByWhatItCovers) {
 }
 
 TEST_F(VLBeaconRegionSessionsTest, WithoutRulesThereIsNoSession) {
-    sessionOf(region(), {rule("message")});
+    beaconsConfig = config({rule("message")});
+    sessions = makeSessions(beaconsConfig);
     beaconsConfig.reset();
     EXPECT_EQ(sessions->getSessionWithRegion(region(1, 2)), nullptr);
 }
@@ -207,6 +208,8 @@ TEST_F(VLBeaconRegionSessionsTest, BackgroundTimeEndsByItsExpiryAndCanBeAskedFor
     open(region(1, 2));
     sessions->startBackgroundTaskExtensionTime(region(1, 2));
     sessions->getSessionWithRegion(region(1, 2))->didExit();
+    session().answer(kExitPath, 200, "");
+    phone().settle();
     EXPECT_EQ(tasks(), 1U);
     phone().application()->expireBackgroundTasks();
     EXPECT_EQ(tasks(), 0U);

@@ -113,7 +113,7 @@ TEST_F(ServicePersistenceTest, ADatabaseFromBeforeTheMailboxesGetsThem) {
         SQLiteDatabase database(folder.path("db"));
         database.execute(
             "DROP TABLE message_ids; DROP TABLE messages; DROP TABLE mailboxes; DROP TABLE card_images; "
-            "PRAGMA user_version = 1");
+            "PRAGMA user_version = 4");
     }
     const ServiceServer server(optionsWith("db"));
     const ServiceClient client(server.port());
@@ -163,13 +163,15 @@ TEST_F(ServicePersistenceTest, ADatabaseOfTheFirstVersionIsTakenOver) {
         const ServiceClient client(server.port());
         fill(client);
         client.del("/_admin/interstitials/K");
+        client.del("/_admin/messages");
         before = everything(client);
     }
     SQLiteDatabase(folder.path("db"))
         .execute(
             "DROP TABLE placements; DROP TABLE regions; DROP TABLE geo_contents; DROP TABLE beacon_contents; "
             "DROP TABLE beacon_sessions; DROP TABLE beacon_summaries; DROP TABLE campaigns; DROP TABLE splits; "
-            "DROP TABLE cancellations; DROP TABLE pushes; PRAGMA user_version = 1");
+            "DROP TABLE cancellations; DROP TABLE pushes; DROP TABLE message_ids; DROP TABLE messages; "
+            "DROP TABLE mailboxes; DROP TABLE card_images; PRAGMA user_version = 1");
     const ServiceServer server(optionsWith("db"));
     const ServiceClient client(server.port());
     EXPECT_EQ(everything(client), before);
