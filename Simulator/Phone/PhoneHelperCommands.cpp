@@ -112,8 +112,6 @@ const std::map<std::string, Helper>& helpers() {
          fromText([](const std::string& text) { return Value(vl_prependHTMLStringWithViewportMetaTag(text)); })},
         {"vl_md5", fromText([](const std::string& text) { return Value(vl_md5(text)); })},
         {"vl_unescapeHTML", fromText([](const std::string& text) { return Value(vl_unescapeHTML(text)); })},
-        {"vl_prependHTMLStringWithViewportMetaTag",
-         fromText([](const std::string& text) { return Value(vl_prependHTMLStringWithViewportMetaTag(text)); })},
         {"authorisationStatusToString:", fromNumber(Settings::authorisationStatusToString)},
         {"stringToAuthorisationStatus:", fromText(Settings::stringToAuthorisationStatus)},
         {"notificationSettingToString:", fromNumber(Settings::notificationSettingToString)},

@@ -1,21 +1,15 @@
 #include "Simulator/Phone/PhoneLocation.h"
 
-#include <algorithm>
-#include <limits>
+#include <memory>
 
 #include "Categories/NSDictionary+VLLookup.h"
+#include "Platform/CLBeaconRegion.h"
 #include "Simulator/Phone/Phone.h"
 #include "Simulator/Phone/PhoneValues.h"
 
 namespace vorlane::phone {
 
 namespace {
-
-std::uint16_t shortFrom(const Value& value, const std::string& name) {
-    const auto number = integerFrom(value, name);
-    if (number < 0 || number > std::numeric_limits<std::uint16_t>::max()) throw BadLine(name + " must be 0 to 65535");
-    return static_cast<std::uint16_t>(number);
-}
 
 double numberOrDefault(const Dictionary& fields, const std::string& name, double otherwise) {
     const auto* value = valueForKey(fields, name);
@@ -38,13 +32,15 @@ std::shared_ptr<CLRegion> regionFrom(const Value& value) {
 
 CLBeacon beaconFrom(const Value& value) {
     const auto& fields = dictionaryFrom(value, "beacon");
-    CLBeacon beacon;
-    beacon.proximityUUID = stringFrom(requiredField(fields, "uuid"), "uuid");
-    std::ranges::transform(beacon.proximityUUID, beacon.proximityUUID.begin(), [](char letter) {
-        return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 32) : letter;
-    });
-    beacon.major = shortFrom(requiredField(fields, "major"), "major");
-    beacon.minor = shortFrom(requiredField(fields, "minor"), "minor");
+    const auto region = std::dynamic_pointer_cast<CLBeaconRegion>(
+        CLRegion::fromDictionary({{"type", "beacon"},
+                                  {"identifier", ""},
+                                  {"uuid", requiredField(fields, "uuid")},
+                                  {"major", requiredField(fields, "major")},
+                                  {"minor", requiredField(fields, "minor")}}));
+    if (!region || !region->major() || !region->minor())
+        throw BadLine("a beacon needs a uuid, and a major and a minor from 0 to 65535");
+    CLBeacon beacon{.proximityUUID = region->proximityUUID(), .major = *region->major(), .minor = *region->minor()};
     if (const auto* proximity = valueForKey(fields, "proximity")) {
         beacon.proximity = static_cast<CLProximity>(integerFrom(*proximity, "proximity"));
     }

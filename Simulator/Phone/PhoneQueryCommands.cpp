@@ -63,8 +63,7 @@ Value constants(Phone& /*phone*/) {
                       {"VLCONFIGSERVICEGEO", VLCONFIGSERVICEGEO},
                       {"VLCONFIGSERVICEBEACON", VLCONFIGSERVICEBEACON},
                       {"VLCONFIGSERVICEPERMISSION", VLCONFIGSERVICEPERMISSION},
-                      {"VLCONFIGSERVICEINBOX", VLCONFIGSERVICEINBOX},
-                      {"VIEWPORT_META_TAG", VIEWPORT_META_TAG}};
+                      {"VLCONFIGSERVICEINBOX", VLCONFIGSERVICEINBOX}};
 }
 
 Value query(Phone& phone, const Dictionary& line) {

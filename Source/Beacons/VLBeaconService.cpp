@@ -90,6 +90,8 @@ void VLBeaconService::addBeaconRegions() {
     auto wanted = wantedRegions();
     stopMonitoringStaleRegions(wanted);
     for (const auto& region : wanted) {
+        // A rule for messages and one for data with the same values share a name: the platform keeps the later, meant
+        // so.
         region->setNotifyEntryStateOnDisplay(true);
         locationManager_->startMonitoringForRegion(region);
         logDebug(fmt::format("Attempting to monitor new beacon region:{}", region->description()));

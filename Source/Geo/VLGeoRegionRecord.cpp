@@ -6,6 +6,7 @@
 #include "Categories/NSDictionary+VLLookup.h"
 #include "Categories/NSNumber+VLLooseValue.h"
 #include "Platform/CLLocation.h"
+#include "Platform/PropertyList/PropertyListText.h"
 
 namespace vorlane {
 
@@ -21,7 +22,9 @@ bool VLGeoRegionRecord::isUsable(const Dictionary& description) {
     const auto radius = vl_looseNumber(valueForKey(description, "radius"));
     if (!latitude || !longitude || !radius || *radius <= 0) return false;
     const auto identifier = stringForKey(description, "id");
-    return identifier && !identifier->empty() && CLLocationCoordinate2DIsValid({*latitude, *longitude});
+    // The file and the platform must tell the region by the same identifier.
+    if (!identifier || identifier->empty() || PropertyListText::fitForXML(*identifier) != *identifier) return false;
+    return CLLocationCoordinate2DIsValid({*latitude, *longitude});
 }
 
 Dictionary VLGeoRegionRecord::recordOf(const Dictionary& description, double now) {

@@ -49,6 +49,17 @@ bool contains(const VLGeoService::Descriptions& descriptions, const std::string&
         descriptions, [&](const Dictionary& description) { return stringForKey(description, "id") == identifier; });
 }
 
+/// Before they are stopped: a record means that its region is watched, also to the process after one that was killed.
+void forgetStaleRecords(const VLGeoService::Descriptions& regions) {
+    auto records = VLGeoRegionFile::getRegionsFromFile();
+    if (!records) return;
+    const auto dropped = std::erase_if(*records, [&](const Dictionary& record) {
+        const auto identifier = stringForKey(record, Record::kIdentifierKey);
+        return !identifier || !contains(regions, *identifier);
+    });
+    if (dropped > 0 && !VLGeoRegionFile::saveRegionsToFile(*records)) VLGeoRegionFile::deleteGeoRegionsFile();
+}
+
 }  // namespace
 
 /// What entering and leaving differ in.
@@ -241,6 +252,7 @@ const char* VLGeoService::geoRegionsConfigKey() { return VLCONFIGSERVICEGEO; }
 
 void VLGeoService::addRegions(const Descriptions& regions) {
     if (regions.empty()) return;
+    forgetStaleRecords(regions);
     const auto slots = stopMonitoringStaleGeoRegions(regions);
     monitorRegions(regions, slots);
 }

@@ -33,9 +33,9 @@ auto originOf(const NSURL& url) {
     return std::tuple(lowercase(url.scheme()), lowercase(url.host().value_or("")), portOf(url));
 }
 
-bool isAllowed(const NSURL& url, const NSURL& service) {
-    return lowercase(url.scheme()) == "https" || originOf(url) == originOf(service);
-}
+bool isSecure(const NSURL& url) { return lowercase(url.scheme()) == "https"; }
+
+bool isAllowed(const NSURL& url, const NSURL& service) { return isSecure(url) || originOf(url) == originOf(service); }
 
 /// Why the answer holds no image; empty when it may hold one.
 std::string fault(const std::optional<Data>& data, const NSURLResponse* response, const std::optional<NSError>& error,
@@ -68,9 +68,11 @@ void VLCardImageLoader::load(const NSURL& imageURL, const NSURL& service, Handle
         return;
     }
     const auto task = session_->dataTaskWithRequest(
-        {.URL = imageURL}, [queue = queue_, imageURL, service, handler = std::move(handler)](
-                               std::optional<Data> data, const std::shared_ptr<const NSURLResponse>& response,
-                               const std::optional<NSError>& error) {
+        // Away from the service's own origin, only https may be fetched.
+        {.URL = imageURL, .followsRedirects = isSecure(imageURL)},
+        [queue = queue_, imageURL, service, handler = std::move(handler)](
+            std::optional<Data> data, const std::shared_ptr<const NSURLResponse>& response,
+            const std::optional<NSError>& error) {
             auto why = fault(data, response.get(), error, service);
             queue->post([imageURL, handler, why = std::move(why), data = std::move(data)]() mutable {
                 auto image = why.empty() ? VLImage::imageWithData(std::move(*data)) : nullptr;

@@ -218,10 +218,13 @@ void VLInboxDatabaseManager::moveDatabaseAside() const {
     const auto destination = path + ".corrupt";
     // A journal left beside a fresh file would be played into it.
     for (const char* companion : {"-journal", "-wal", "-shm"}) {
-        NSFileManager::moveItemAtPath(path + companion, destination + companion);
+        if (!NSFileManager::moveItemAtPath(path + companion, destination + companion)) removeFile(path + companion);
     }
-    NSFileManager::moveItemAtPath(path, destination);
-    logMessage(VLLogLevel::Error, fmt::format("Inbox: moved the damaged database to {}", destination));
+    if (NSFileManager::moveItemAtPath(path, destination)) {
+        return logMessage(VLLogLevel::Error, fmt::format("Inbox: moved the damaged database to {}", destination));
+    }
+    logMessage(VLLogLevel::Error, fmt::format("Inbox: unable to move the damaged database to {}", destination));
+    removeFile(path);
 }
 
 std::string VLInboxDatabaseManager::databaseV1Path() {

@@ -48,8 +48,9 @@ void VLInboxMessage::setLoadedImage(std::shared_ptr<const VLImage> image) {
 }
 
 void VLInboxMessage::loadImageWithCompletion(ImageHandler completionHandler) {
+    if (auto image = loadedImage()) return completeOnMainQueue(completionHandler, std::move(image));
     const auto service = service_.lock();
-    if (auto image = loadedImage(); image || !service) return completeOnMainQueue(completionHandler, std::move(image));
+    if (!service) return loadExternalImage(std::move(completionHandler));
     service->loadImageForNotificationId(
         messageId(), service->trackingId(),
         [self = shared_from_this(), handler = std::move(completionHandler)](std::shared_ptr<const VLImage> image) {

@@ -37,8 +37,9 @@ std::optional<std::int64_t> flagForKey(const Dictionary& answer, const std::stri
     const auto* value = valueForKey(answer, key);
     if (!value) return std::nullopt;
     if (value->is_boolean()) return value->get<bool>() ? 1 : 0;
-    if (value->is_string()) return numberWithText<std::int64_t>(value->get_ref<const std::string&>());
-    return integerValue(*value);
+    if (!value->is_string()) return integerValue(*value);
+    const auto number = numberWithText<double>(value->get_ref<const std::string&>());
+    return number ? integerValue(Value(*number)) : std::nullopt;
 }
 
 /// An id from 0 to 18446744073709551615, as a number or in decimal digits.

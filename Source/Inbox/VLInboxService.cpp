@@ -107,8 +107,8 @@ bool VLInboxService::isReturningLocalDatabaseResult(const std::string& trackingI
     }
     const auto limit =
         collaborators_.configService->integerForService(VLCONFIGSERVICEINBOX, kSyncTimeLimitKey, kDefaultSyncTimeLimit);
-    logMessage(VLLogLevel::Debug,
-               fmt::format("Inbox: last sync occured {:.0f} seconds ago, limit set to {}", std::trunc(passed), limit));
+    logMessage(VLLogLevel::Debug, fmt::format("Inbox: last sync occured {} seconds ago, limit set to {}",
+                                              static_cast<std::int64_t>(passed), limit));
     // After the clock was set back nobody knows how long ago it was.
     return passed >= 0 && passed < static_cast<double>(limit);
 }

@@ -222,7 +222,8 @@ bool VLInboxStore::insert(VLInboxRecord record, const std::string& trackingId) {
         statement.bind(record.end).bind(record.cardUrl).bind(record.backgroundColor).bind(record.foregroundColor);
         statement.bind(record.metadata).bind(trackingId);
     });
-    if (isInserted && before) {
+    // SQLite has no date before any other; the kept rows have 0 for it.
+    if (isInserted && before && record.created.value_or(0) > 0) {
         keptRows_.add(trackingId, message(std::move(record)), before, operation.connection().stamp());
     }
     return isInserted;

@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include "Categories/NSCharacterSet+VLURLEncoding.h"
 #include "Notifications/VLPermissionService.h"
 #include "Platform/UIApplication.h"
 #include "Public/VLLog.h"
@@ -57,7 +58,7 @@ bool VLURLActions::handleVorlaneActionURL(const std::optional<NSURL>& url) {
                                                  url->absoluteString()));
         return false;
     }
-    const auto host = url->host();
+    const auto host = url->host() ? stringByRemovingPercentEncoding(*url->host()) : std::nullopt;
     const auto* const action =
         std::ranges::find_if(kActions, [&host](const Action& known) { return host == known.host; });
     return action != std::end(kActions) && (this->*action->operation)();

@@ -259,7 +259,8 @@ void VLLocalNotificationService::updateOutstandingNotificationTimer(UIBackground
                    fmt::format("Local notification: due to fire in {:.0f} seconds, create phash in {:.0f} seconds", due,
                                due - kPhashLead));
         invalidateTimer();
-        scheduleTimer(std::max(due - kPhashLead, kSoonestNextPass));
+        // In this order, a date that is no number does not count.
+        scheduleTimer(std::max(kSoonestNextPass, due - kPhashLead));
     }
     with_.application->endBackgroundTask(task);
 }

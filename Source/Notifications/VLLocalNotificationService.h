@@ -20,6 +20,7 @@ class VLPayloadBuilder;
 class VLSettings;
 class VLURLBuilder;
 class VLURLSession;
+class VLUserNotificationCentre;
 
 /// Schedules local notifications for the host, and gives each one a phash close to its delivery: the service's answer
 /// to a "split" may also choose another text, or filter the notification out. Called by the facade and the notification
@@ -67,6 +68,14 @@ public:
     /// seconds.
     void createPhashForOutstandingNotificationDueIn(double seconds);
 
+    // Main queue only. Held for whoever sets it; none of the operations uses it, and the registry leaves it unset.
+    const std::shared_ptr<VLUserNotificationCentre>& vlUserNotificationCentre() const {
+        return vlUserNotificationCentre_;
+    }
+    void setVlUserNotificationCentre(std::shared_ptr<VLUserNotificationCentre> centre) {
+        vlUserNotificationCentre_ = std::move(centre);
+    }
+
 private:
     explicit VLLocalNotificationService(Collaborators collaborators);
 
@@ -103,6 +112,7 @@ private:
     std::vector<NSNotificationCenter::Token> observers_;
     // Main queue only.
     std::shared_ptr<NSTimer> notificationTimer_;
+    std::shared_ptr<VLUserNotificationCentre> vlUserNotificationCentre_;
     UIBackgroundTaskIdentifier backgroundLocalUpdateTask_ = UIBackgroundTaskInvalid;
 };
 

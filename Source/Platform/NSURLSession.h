@@ -20,6 +20,8 @@ struct NSURLRequest {
     std::string HTTPMethod = "GET";
     std::map<std::string, std::string> allHTTPHeaderFields = {};
     std::optional<Data> HTTPBody = std::nullopt;
+    /// Otherwise the redirect itself is the answer.
+    bool followsRedirects = true;
 };
 
 /// What a server answered with, over any protocol.

@@ -185,7 +185,11 @@ void UIApplication::restoreScheduled(const std::string& path) {
 void UIApplication::storeScheduled(const std::string& path) const {
     Array notifications;
     notifications.reserve(scheduled_.size());
-    for (const auto& [number, notification] : scheduled_) notifications.emplace_back(notification.toDictionary());
+    for (const auto& [number, notification] : scheduled_) {
+        // A property list holds no such date: without one it would be due at once in the next process.
+        const bool neverComes = dueTime(notification) == std::numeric_limits<double>::infinity();
+        if (!neverComes) notifications.emplace_back(notification.toDictionary());
+    }
     NSPropertyListSerialization::writeToFile({{kNotificationsKey, std::move(notifications)}}, path);
 }
 

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <thread>
 
 #include "Beacons/VLBeaconRegionSessionData.h"
 #include "Beacons/VLBeaconRegionSessionsData.h"
@@ -306,6 +307,31 @@ TEST_F(VLBeaconRegionSessionsDataTest, RegionsDataDoesNotKeepItsRegion) {
     const VLBeaconRegionSessionData alone(region(5, 6), sessionsData);
     EXPECT_EQ(alone.region(), nullptr);
     EXPECT_EQ(alone.regionId(), std::string(kUUID) + "_5_6");
+}
+
+TEST_F(VLBeaconRegionSessionsDataTest, AFailedWriteIsSilentAndWhatIsInMemoryStays) {
+    std::filesystem::create_directories(documentsPath("VLBeaconRegionSessions.plist") + "/in the way");
+    data->didEnterRegion();
+    const auto id = session().lastRequest().payload()["sessionId"];
+    EXPECT_EQ(Value(sessionData->id().value_or("")), id);
+    data->didExitRegion();
+    EXPECT_EQ(payloads(kExitPath).front()["sessionId"], id);
+    EXPECT_FALSE(sessionData->id());
+    EXPECT_TRUE(sessionsFile().is_null());
+}
+
+TEST_F(VLBeaconRegionSessionsDataTest, ThreadsMayReadAndWriteAtOnce) {
+    const auto write = [this](const std::string& regionId) {
+        for (int i = 0; i < 25; ++i) {
+            sessionsData->setId(std::to_string(i), regionId);
+            EXPECT_EQ(sessionsData->idWithRegionId(regionId), std::to_string(i));
+        }
+    };
+    std::thread other(write, "A");
+    write("B");
+    other.join();
+    EXPECT_EQ(sessionsFile(), Value(Dictionary{{"A", Dictionary{{"REGION_SESSION_ID", "24"}}},
+                                               {"B", Dictionary{{"REGION_SESSION_ID", "24"}}}}));
 }
 
 }  // namespace

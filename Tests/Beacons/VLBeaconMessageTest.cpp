@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 
+#include "Platform/Platform.h"
 #include "Tests/Beacons/BeaconTest.h"
 
 namespace vorlane {
@@ -168,6 +169,7 @@ TEST_F(VLBeaconMessageTest, WhereMessagesAreNotToBeShownTheRequestGoesOutAndNoth
     EXPECT_TRUE(shown().empty());
     EXPECT_EQ(answers, std::vector<bool>(4, true));
     EXPECT_EQ(loggedPart("beacon content"), 0);
+    EXPECT_EQ(loggedPart("Beacon Content"), 0);
     // Nor does a period begin.
     EXPECT_EQ(settingsFile()["VL_BEACON_RULES_KEY"], Value(Dictionary{}));
 }
@@ -339,6 +341,39 @@ TEST_F(VLBeaconMessageTest, ARuleForNoBeaconInSightAsksForNothing) {
     filter({beacon(1), beacon(2)});
     EXPECT_EQ(contentRequests(), 0U);
     EXPECT_EQ(answers, std::vector{false});
+}
+
+TEST_F(VLBeaconMessageTest, OnlyMinusOneIsAnUnknownAccuracy) {
+    const auto closest =
+        VLBeaconMessage::getClosestBeaconArray({beacon(1, Near, 0.5), beacon(2, Near, -5), beacon(3, Near, -1)});
+    EXPECT_EQ(minorsOf(closest), std::vector{2});
+}
+
+TEST_F(VLBeaconMessageTest, ADefaultMessageIsRefusedAtTheLimit) {
+    use({rule("message", {{"default_message", "Welcome"}, {"message_count", 0}, {"time_period", 1}})});
+    for (int i = 0; i < 2; ++i) {
+        filter({beacon()});
+        session().fail(kContentPath);
+        phone().advance(1);
+    }
+    EXPECT_EQ(shown(), std::vector<std::string>{"Welcome"});
+    EXPECT_FALSE(isContentAsked());
+    EXPECT_EQ(loggedPart("Error getting beacon content from server: "), 1);
+    EXPECT_EQ(answers, std::vector<bool>(2, true));
+}
+
+TEST_F(VLBeaconMessageTest, TheEndOfARequestWaitsForItsTurnOnTheMainQueue) {
+    use({rule("message")});
+    std::vector<std::string> order;
+    messages->filterBeaconsForContent({beacon()}, [&order](bool /*requested*/) {
+        order.emplace_back(Platform::current().mainQueue()->isCurrent() ? "end" : "elsewhere");
+    });
+    onMainQueue([this, &order] {
+        session().answer(kContentPath, 200, message());
+        order.emplace_back("callback");
+    });
+    phone().settle();
+    EXPECT_EQ(order, (std::vector<std::string>{"callback", "end"}));
 }
 
 }  // namespace

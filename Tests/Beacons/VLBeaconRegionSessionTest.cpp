@@ -149,7 +149,7 @@ TEST_F(VLBeaconRegionSessionTest, RangingThatStartsAgainBeforeTheExitIsStoppedAg
     EXPECT_EQ(contentRequests(), 2U);
 }
 
-TEST_F(VLBeaconRegionSessionTest, CountsAndTheCoolOffFlagAreKeptFromOneVisitToTheNext) {
+TEST_F(VLBeaconRegionSessionTest, CountsAreKeptFromOneVisitToTheNext) {
     const auto watched = region(1, 2);
     const auto made = sessionOf(watched, {rule("message;data")});
     made->didEnter();
@@ -160,6 +160,15 @@ TEST_F(VLBeaconRegionSessionTest, CountsAndTheCoolOffFlagAreKeptFromOneVisitToTh
     again->didEnter();
     again->rangingBeacons({beacon()}, nullptr);
     EXPECT_EQ(requestedPaths().back(), "session/beacon");
+}
+
+TEST_F(VLBeaconRegionSessionTest, TheCoolOffFlagOutlivesAnEnterAndEndsWithTheExit) {
+    const auto made = sessionOf(region(), {rule("message", {{"minor", "*"}})});
+    for (int i = 0; i < 2; ++i) made->rangingBeacons({beacon(1)}, nullptr);
+    made->didEnter();
+    EXPECT_TRUE(made->beaconMessage()->isBeaconsInCooloff());
+    made->didExit();
+    EXPECT_FALSE(made->beaconMessage()->isBeaconsInCooloff());
 }
 
 class VLBeaconRegionSessionsTest : public VLBeaconRegionSessionTest {

@@ -221,11 +221,19 @@ TEST_F(VLBeaconServiceTest, RegionsOfOtherKindsAreLeftAlone) {
 }
 
 TEST_F(VLBeaconServiceTest, MonitoringAgainChangesNothing) {
-    begin({rule("data"), rule("message")});
-    const auto first = monitored();
+    begin({rule("data"), rule("message", {{"minor", 3}})});
+    EXPECT_EQ(monitored(), (Texts{id("_1_2"), id("_1_3")}));
     service->getBeaconsConfig(nullptr);
     service->addBeaconRegions();
-    EXPECT_EQ(monitored(), first);
+    EXPECT_EQ(monitored(), (Texts{id("_1_2"), id("_1_3")}));
+    EXPECT_EQ(loggedPart("Skipped adding beacon region"), 4);
+    EXPECT_EQ(loggedPart("Attempting to monitor") + loggedPart("Stopped monitoring"), 0);
+}
+
+TEST_F(VLBeaconServiceTest, OfTwoRegionsOfOneNameThePlatformKeepsTheLater) {
+    begin({rule("message"), rule("data")});
+    ASSERT_EQ(monitored(), Texts{id("_1_2")});
+    EXPECT_EQ(manager().monitoredRegions()[0]->toDictionary()["minor"], Value(2));
 }
 
 TEST_F(VLBeaconServiceTest, OnlyInsideAsksForBackgroundTime) {
@@ -345,6 +353,9 @@ TEST_F(VLBeaconServiceTest, HostileConfigurationsLeadToNothing) {
         service->rangingBeacons({beacon(), beacon(0, CLProximity::Unknown, -1)}, region(1, 2));
         service->didExitRegion(region(1, 2));
         phone().settle();
+        const bool isNeeded = key == "type" || key == "beacon_type" || key == "uuid";
+        const std::size_t expected = isNeeded ? 0 : key == "major" || key == "minor" ? 4 : 1;
+        EXPECT_EQ(manager().monitoredRegions().size(), expected) << key;
     }
     for (const auto* key : {"beacon_data", "auto_beacon_notify", "cooloff_period_minutes"}) {
         for (const auto& value : wrong) {

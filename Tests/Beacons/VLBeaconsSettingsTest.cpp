@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <limits>
+#include <thread>
 
 #include "Tests/Beacons/BeaconTest.h"
 
@@ -268,6 +269,21 @@ TEST_F(VLBeaconsSettingsTest, AFailedWriteIsSilentAndWhatIsInMemoryStays) {
     EXPECT_EQ(store.serverConfig(), (Dictionary{{"a", 1}}));
     EXPECT_EQ(store.messageDisplayCount(), 2);
     EXPECT_TRUE(log().lines().empty());
+}
+
+TEST_F(VLBeaconsSettingsTest, ThreadsMayReadAndWriteAtOnce) {
+    store.setMessageCountRuleId("R");
+    std::thread other([this] {
+        for (int i = 0; i < 50; ++i) store.setServerConfig({{"a", i}, {"b", i}});
+    });
+    for (int i = 0; i < 50; ++i) {
+        store.setMessageDisplayCount(i);
+        const auto config = store.serverConfig().value_or(Dictionary{{"a", 0}, {"b", 0}});
+        EXPECT_EQ(config.at("a"), config.at("b"));
+    }
+    other.join();
+    EXPECT_EQ(settingsFile()["VL_SERVER_CONFIG"], Value(Dictionary{{"a", 49}, {"b", 49}}));
+    EXPECT_EQ(settingsFile()["VL_BEACON_RULES_KEY"]["R"]["VL_MESSAGE_DISPLAY_COUNT"], Value(49));
 }
 
 }  // namespace

@@ -261,6 +261,19 @@ TEST_F(BeaconsTest, HostileRulesAreWatchedOnlyWhereTheyMakeSense) {
     EXPECT_EQ(phone->end(), 0);
 }
 
+TEST_F(BeaconsTest, InsideAVisitBackgroundTimeIsAskedForUntilItExpires) {
+    setRules({rule("data")});
+    begin();
+    region(watched(), "inside");
+    EXPECT_EQ(countLog("Inside beacon region but did not record an enter event:"), 1);
+    for (const auto* event : {"enter", "inside", "inside"}) region(watched(), event);
+    EXPECT_EQ(countLog("started background task."), 1);
+    phone->perform({{"do", "expireBackgroundTasks"}});
+    EXPECT_EQ(countLog("expired background task."), 1);
+    region(watched(), "inside");
+    EXPECT_EQ(countLog("started background task."), 2);
+}
+
 }  // namespace
 
 }  // namespace vorlane

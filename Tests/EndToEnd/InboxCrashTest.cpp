@@ -107,9 +107,11 @@ TEST_F(InboxCrashTest, AKillWhileMessagesAreOpenedAndDeletedLeavesNothingBetween
         kill();
         // What was deleted is in the trash and not in the inbox, or the other way round.
         TestDatabase database(databasePath());
-        const auto both = fmt::format(
-            "SELECT count(*) FROM RICH_INBOX JOIN RICH_TRASH USING (NOTIF_ID) WHERE NOTIF_ID = {}", deleted);
-        ASSERT_EQ(database.value(both), "0") << round;
+        const auto places = fmt::format(
+            "SELECT (SELECT count(*) FROM RICH_INBOX WHERE NOTIF_ID = {0}) + "
+            "(SELECT count(*) FROM RICH_TRASH WHERE NOTIF_ID = {0})",
+            deleted);
+        ASSERT_EQ(database.value(places), "1") << round;
         startPhoneOf("anna");
     }
     // The first brings the service in step with what was deleted and read here, the second the other way round.

@@ -173,6 +173,48 @@ TEST_F(NotificationsAgainstServiceTest, CancellingAllTakesEveryPhashBackAtOnce) 
     EXPECT_EQ(service.requests("cancelPhash").size(), 1U);
 }
 
+TEST_F(NotificationsAgainstServiceTest, OneScheduledBeforeARestartGetsItsPhashAndIsShownOnce) {
+    schedule("Later", 200);
+    relaunch();
+    ASSERT_EQ(scheduled().size(), 1U);
+    EXPECT_FALSE(scheduled()[0]["userInfo"].contains("p"));
+    state("inactive");
+    phone->settle();
+    ASSERT_EQ(scheduled().size(), 1U);
+    EXPECT_TRUE(scheduled()[0]["userInfo"].contains("p"));
+    advance(200);
+    EXPECT_EQ(phone->events("fired").size(), 1U);
+    relaunch();
+    advance(300);
+    EXPECT_TRUE(phone->events("fired").empty());
+    EXPECT_TRUE(scheduled().empty());
+}
+
+TEST_F(NotificationsAgainstServiceTest, TheHostsOwnNotificationsFetchesAndLegacyAnswersHaveTheirWords) {
+    const auto own = [this](double in) {
+        return phone->perform(
+            {{"do", "schedulePlatform"}, {"notification", Dictionary{{"alertBody", "own"}, {"fireDate", now() + in}}}});
+    };
+    const auto first = own(10);
+    EXPECT_EQ(scheduled(), Value(Array{first}));
+    advance(10);
+    EXPECT_EQ(phone->perform({{"do", "query"}, {"what", "deliveredNotifications"}}), Value(Array{first}));
+    const auto second = own(10);
+    phone->call("cancelAllPendingLocalNotifications");
+    ASSERT_EQ(phone->events("cancelled").size(), 1U);
+    EXPECT_EQ(phone->events("cancelled")[0].at("notification"), second);
+    phone->perform({{"do", "performFetch"}});
+    EXPECT_EQ(lastResult(), Value(Array{1}));
+    EXPECT_EQ(phone->quit(), 0);
+    startPhone({"--os-version", "9.0"});
+    launch();
+    for (const auto& [types, status] : {std::pair{7, "authorised"}, std::pair{0, "denied"}}) {
+        phone->perform({{"do", "legacySettings"}, {"types", types}});
+        phone->settle();
+        EXPECT_EQ(listOf("devices")[0]["notificationSettings"]["ios"]["authorisation"], status);
+    }
+}
+
 }  // namespace
 
 }  // namespace vorlane

@@ -36,7 +36,9 @@ TEST_F(PhoneLocationLinesTest, LinesThatCannotBeTakenAreAnsweredWithAnError) {
          R"({"do":"range","beacons":[]})",
          R"({"do":"range","beacons":[],"region":{"type":"circular","identifier":"1","latitude":1,"longitude":2,"radius":3}})",
          R"({"do":"range","region":{"type":"beacon","identifier":"1","uuid":"no"},"beacons":[]})",
-         R"({"do":"range","region":{"type":"beacon","identifier":"1","uuid":"B9407F30-F5F8-466E-AFF9-25556B57FE6D"},"beacons":[{"uuid":"u","major":70000,"minor":1}]})"}) {
+         R"({"do":"range","region":{"type":"beacon","identifier":"1","uuid":"B9407F30-F5F8-466E-AFF9-25556B57FE6D"},"beacons":[{"uuid":"B9407F30-F5F8-466E-AFF9-25556B57FE6D","major":70000,"minor":1}]})",
+         R"({"do":"range","region":{"type":"beacon","identifier":"1","uuid":"B9407F30-F5F8-466E-AFF9-25556B57FE6D"},"beacons":[{"uuid":"B9407F30-F5F8-466E-AFF9-25556B57FE6D","major":1.5,"minor":1}]})",
+         R"({"do":"range","region":{"type":"beacon","identifier":"1","uuid":"B9407F30-F5F8-466E-AFF9-25556B57FE6D"},"beacons":[{"uuid":"u","major":1,"minor":1}]})"}) {
         expectRefused(line);
     }
 }

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+
+#include "Platform/NSBundle.h"
 #include "Tests/Geo/GeoTest.h"
 
 namespace vorlane {
@@ -86,6 +89,17 @@ TEST_F(VLGeoRegionContentTest, AnAnswerForContentThatIsGoneShowsNothing) {
     session().answer(kContentPath, 200, R"({"message":{"appkey":"K","pushtext":"Hi"}})");
     phone().settle();
     EXPECT_TRUE(shown().empty());
+}
+
+TEST_F(VLGeoRegionContentTest, TheSoundThatTheMessageNamesIsHandedOn) {
+    std::ofstream(documentsPath("bell.wav")).put('x');
+    const auto ringing = std::make_shared<VLNotificationHelper>(
+        phone().application(), phone().device(), std::make_shared<NSBundle>(Dictionary(), phone().documentsFolder()));
+    content = std::make_shared<VLGeoRegionContent>(settings, phone().application(), ringing, urlBuilder, urlSession,
+                                                   payloadBuilder);
+    answer(200, R"({"message":{"appkey":"K","pushtext":"Hi","messagecontent":"{\"sound\":\"bell\"}"}})");
+    ASSERT_EQ(shown().size(), 1U);
+    EXPECT_EQ(shown().front().soundName, "bell.wav");
 }
 
 }  // namespace

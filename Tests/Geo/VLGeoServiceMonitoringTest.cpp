@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "Tests/Geo/GeoTest.h"
 
 namespace vorlane {
@@ -197,6 +199,7 @@ TEST_F(VLGeoServiceMonitoringTest, WhatHasNoUsableIdentifierCentreOrRadiusIsPass
                                                                                {"latitude", "+-5"},
                                                                                {"longitude", "0x10"},
                                                                                {"radius", 0},
+                                                                               {"id", "a\001"},
                                                                                {"radius", -5},
                                                                                {"radius", "infinity"},
                                                                                {"radius", "100 metres"},
@@ -275,6 +278,38 @@ TEST_F(VLGeoServiceMonitoringTest, ThereAreTwentySlotsAndOneKey) {
     EXPECT_EQ(VLGeoService::maxGeoRegionMonitoringSlots(), 20U);
     EXPECT_STREQ(VLGeoService::geoRegionsConfigKey(), "geo_regions");
     EXPECT_EQ(geo->stopMonitoringStaleGeoRegions({}), 20U);
+}
+
+TEST_F(VLGeoServiceMonitoringTest, ARegionIsForgottenBeforeItIsStoppedSoThatAKilledProcessLosesNone) {
+    fetch({described("1"), described("2")});
+    std::vector<Value> filesAtStop;
+    phone().simulatedApplication().setEventObserver([&](const std::string& event, const Dictionary& fields) {
+        if (event == "monitoring" && fields.at("action") == Value("stop")) filesAtStop.push_back(file());
+    });
+    fetch({described("1"), described("3")});
+    phone().simulatedApplication().setEventObserver(nullptr);
+    EXPECT_EQ(filesAtStop, std::vector<Value>{Value(Array{freshRecord("1")})});
+}
+
+TEST_F(VLGeoServiceMonitoringTest, AKnownRegionBeyondTheTwentiethStaysMonitoredWithoutARecord) {
+    fetch({described("25")});
+    fetch(describedRegions(25));
+    EXPECT_EQ(manager().monitoredRegions().size(), 21U);
+    EXPECT_EQ(file().size(), 20U);
+    enter("25");
+    EXPECT_TRUE(contentRequests().empty());
+    fetch({described("25")});
+    EXPECT_EQ(started().back(), "25");
+    EXPECT_EQ(file(), Value(Array{freshRecord("25")}));
+}
+
+TEST_F(VLGeoServiceMonitoringTest, WhereTheFileCannotBeWrittenRegionsAreMonitoredAndEntersIgnored) {
+    std::filesystem::create_directories(documentsPath("VLGeoRegions.plist/full"));
+    fetch({described("1")});
+    enter("1");
+    EXPECT_TRUE(contentRequests().empty());
+    fetch({described("1")});
+    EXPECT_EQ(started(), (Identifiers{"1", "1"}));
 }
 
 }  // namespace

@@ -347,6 +347,17 @@ TEST_F(VLGeoServiceRefreshTest, ARestartBetweenAnyTwoStepsLosesNothing) {
     EXPECT_EQ(fetches(), 3U);
 }
 
+TEST_F(VLGeoServiceRefreshTest, AnAnswerWaitsItsTurnOnTheMainQueue) {
+    geo->updateConfig(at(kOslo));
+    session().answer(kRegionsPath, 200, answerWith(describedRegions(2)));
+    EXPECT_TRUE(geo->geoFeedWithSessionCall());
+    EXPECT_EQ(settings->oldLocation(), std::nullopt);
+    EXPECT_TRUE(monitoredIdentifiers().empty());
+    phone().runMainQueue();
+    EXPECT_FALSE(geo->geoFeedWithSessionCall());
+    EXPECT_EQ(monitoredIdentifiers().size(), 2U);
+}
+
 }  // namespace
 
 }  // namespace vorlane

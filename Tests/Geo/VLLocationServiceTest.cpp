@@ -445,6 +445,21 @@ TEST_F(VLLocationServiceTest, AServiceThatIsGoneIsNotMissed) {
     EXPECT_TRUE(significantChanges.empty());
 }
 
+TEST_F(VLLocationServiceTest, Mode1WithBeaconsFetchesRegionsWhereTheyCanBeMonitored) {
+    const std::string mode1 =
+        R"({"services":{"geo_regions":true,"beacon":true},"configs":{"geo_regions":{"geo_mode":1}}})";
+    manager().setCapabilities({.regionMonitoring = false});
+    start(mode1);
+    EXPECT_TRUE(service->isLocationTrackingEnabled());
+    EXPECT_TRUE(significantChanges.empty());
+    manager().setCapabilities({});
+    start(mode1);
+    EXPECT_EQ(significantChanges, std::vector<bool>{true});
+    manager().deliverLocations({{{59.9, 10.7}, 5, phone().now()}});
+    phone().settle();
+    EXPECT_EQ(session().requests("/geo/regions").size(), 1U);
+}
+
 }  // namespace
 
 }  // namespace vorlane

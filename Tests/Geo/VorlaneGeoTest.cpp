@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "Platform/CLCircularRegion.h"
+#include "Platform/NSPropertyListSerialization.h"
 #include "Public/Vorlane.h"
 #include "Tests/Support/SimulatedPhoneTest.h"
 
@@ -147,6 +148,40 @@ TEST_F(VorlaneGeoTest, AWalkOfTenThousandPositionsFetchesWhereTheConfigurationSa
     phone().settle();
     EXPECT_EQ(fetches(), 20U);
     EXPECT_EQ(manager().monitoredRegions().size(), 1U);
+}
+
+TEST_F(VorlaneGeoTest, ComingToTheForegroundBringsBeaconRegionsUpToDate) {
+    session().alwaysAnswer("/config/application/ios/", 200,
+                           R"({"services":{"geo_regions":true,"beacon":true},"configs":{"geo_regions":{},"beacon":{
+                               "beacon_data":[{"type":"data","beacon_type":"ibeacon",
+                                               "uuid":"B9407F30-F5F8-466E-AFF9-25556B57FE6D","major":1,"minor":2}]}}})");
+    launch();
+    ASSERT_EQ(manager().monitoredRegions().size(), 1U);
+    const auto beacons = manager().monitoredRegions().front();
+    phone().simulatedApplication().didEnterBackground();
+    manager().stopMonitoringForRegion(beacons);
+    manager().stopMonitoringSignificantLocationChanges();
+    phone().simulatedApplication().willEnterForeground();
+    phone().settle();
+    EXPECT_TRUE(manager().monitoredRegion(beacons->identifier()));
+    EXPECT_FALSE(manager().isMonitoringSignificantLocationChanges());
+}
+
+TEST_F(VorlaneGeoTest, TerminationForgetsAForcedFetchAlsoInTheBackground) {
+    const auto forced = [this] {
+        const auto stored =
+            NSPropertyListSerialization::dictionaryWithContentsOfFile(documentsPath("VLLibSettings.plist"));
+        return stored.value_or(Dictionary())["VLForceGeoConfigUpdate"];
+    };
+    auto& application = phone().simulatedApplication();
+    for (const auto state : {UIApplicationState::active, UIApplicationState::background}) {
+        application.setApplicationState(UIApplicationState::inactive);
+        launch();
+        ASSERT_EQ(forced(), Value(true));
+        application.setApplicationState(state);
+        application.willTerminate();
+        EXPECT_EQ(forced(), Value(false));
+    }
 }
 
 }  // namespace

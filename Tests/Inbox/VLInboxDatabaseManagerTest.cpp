@@ -268,6 +268,24 @@ TEST_F(VLInboxDatabaseManagerTest, EachPathIsLoggedOnce) {
     EXPECT_EQ(logged("Inbox version 2 database path: " + path()), 1);
 }
 
+TEST_F(VLInboxDatabaseManagerTest, ADamagedFileThatCannotBeMovedAsideIsReplacedAllTheSame) {
+    std::filesystem::create_directory(path() + ".corrupt");
+    write(path(), std::string(5000, 'x'));
+    manager.performSchemaUpgradeDowngrade();
+    expectCurrent("0");
+    EXPECT_EQ(logged("Inbox: unable to move the damaged database to " + path() + ".corrupt", VLLogLevel::Error), 1);
+    EXPECT_EQ(logged("Inbox: moved the damaged database to " + path() + ".corrupt", VLLogLevel::Error), 0);
+}
+
+TEST_F(VLInboxDatabaseManagerTest, BesideACurrentFileTheOldOneIsDeletedToo) {
+    prepare(2);
+    const auto before = contents(path());
+    write(oldPath(), "anything");
+    manager.performSchemaUpgradeDowngrade();
+    EXPECT_EQ(contents(path()), before);
+    EXPECT_FALSE(std::filesystem::exists(oldPath()));
+}
+
 }  // namespace
 
 }  // namespace vorlane

@@ -276,6 +276,37 @@ TEST_F(VLInboxMessageTest, SavingAnImageTellsWhatWentWrong) {
     EXPECT_EQ(errors[1]->userInfo().at("sqlite3_errcode"), Value(SQLITE_ERROR));
 }
 
+TEST_F(VLInboxMessageTest, AMessageOfTheHostsOwnWithoutAnImageSaysSo) {
+    std::make_shared<VLInboxMessage>()->loadImageWithCompletion(imageHandler());
+    phone().settle();
+    EXPECT_EQ(calls, 1);
+    EXPECT_EQ(image, nullptr);
+    EXPECT_EQ(log().count("Skipping image download as card has no image", VLLogLevel::Debug), 1);
+}
+
+TEST_F(VLInboxMessageTest, AFailedDownloadIsLogged) {
+    messageWithImage()->loadImageWithCompletion(imageHandler());
+    phone().settle();
+    session().fail(kImagePath);
+    const auto lines = log().linesContaining(
+        "Card image https://images.example/card.png not loaded: Error Domain=NSURLErrorDomain Code=-1009");
+    ASSERT_EQ(lines.size(), 1U);
+    EXPECT_EQ(lines[0].level, VLLogLevel::Warn);
+}
+
+TEST_F(VLInboxMessageTest, AnImageIsThatOfOneUser) {
+    store(7);
+    store(7, 0, 100, kLater, "U");
+    service->saveImage(testPNG(5, 4), 7, "U", nullptr);
+    std::vector<bool> found;
+    for (const auto* user : {"T", "U"}) {
+        service->loadImageForNotificationId(
+            7, user, [&found](std::shared_ptr<const VLImage> loaded) { found.push_back(loaded != nullptr); });
+    }
+    phone().settle();
+    EXPECT_EQ(found, (std::vector<bool>{false, true}));
+}
+
 }  // namespace
 
 }  // namespace vorlane

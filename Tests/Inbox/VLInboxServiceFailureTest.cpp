@@ -284,6 +284,13 @@ TEST_F(VLInboxServiceFailureTest, TextIsStoredAsItIsWhateverItSays) {
     EXPECT_EQ(value("SELECT count(*) FROM RICH_INBOX"), "1");
 }
 
+TEST_F(VLInboxServiceFailureTest, AReadFlagMayBeWrittenWithAFraction) {
+    listAtServer({entry(1, 1)});
+    session().alwaysAnswer(kMessages, 200, R"({"read":"1.0","end":1800000000})");
+    list();
+    EXPECT_EQ(rows("SELECT READ, typeof(READ) FROM RICH_INBOX"), (Rows{{"1", "integer"}}));
+}
+
 }  // namespace
 
 }  // namespace vorlane

@@ -527,6 +527,22 @@ TEST_F(VLInboxServiceSyncTest, AShutdownEndsEveryRequestThatWaits) {
     EXPECT_EQ(lists.size(), 3U);
 }
 
+TEST_F(VLInboxServiceSyncTest, AMessageWithoutADateHasOnePlaceInTheList) {
+    listAtServer({entry(9), entry(5)});
+    session().alwaysAnswer(messagePath(9), 200, R"({"end":1800000000})");
+    session().alwaysAnswer(messagePath(5), 200, R"({"created":0,"end":1800000000})");
+    EXPECT_THAT(list().ids(), ElementsAre(5, 9));
+    EXPECT_THAT(listAfter(1).ids(), ElementsAre(5, 9));
+}
+
+TEST_F(VLInboxServiceSyncTest, LessThanASecondBackIsNoSecond) {
+    listAtServer({});
+    list();
+    phone().setClock(phone().now() - 0.4);
+    list();
+    EXPECT_EQ(logged("Inbox: last sync occured 0 seconds ago, limit set to 30"), 1);
+}
+
 }  // namespace
 
 }  // namespace vorlane

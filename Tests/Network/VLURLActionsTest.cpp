@@ -132,6 +132,10 @@ TEST_F(VLURLActionsTest, AnApplicationThatIsGoneOpensNothing) {
     EXPECT_THAT(done, IsEmpty());
 }
 
+TEST_F(VLURLActionsTest, AHostIsComparedDecoded) {
+    EXPECT_THAT(handled("vorlane://notification%2Dyes"), ElementsAre("notifications"));
+}
+
 }  // namespace
 
 }  // namespace vorlane

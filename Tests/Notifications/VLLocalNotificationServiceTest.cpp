@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 #include "Categories/UILocalNotification+VLTimeToFire.h"
 #include "Notifications/VLNotificationHelper.h"
 #include "Tests/Notifications/NotificationsTest.h"
@@ -426,6 +428,73 @@ TEST_F(VLLocalNotificationServiceTest, TheTimeToFireIsCountedFromNow) {
     EXPECT_EQ(timeToFire(notification), 0);
     notification.fireDate = phone().now() - 5;
     EXPECT_EQ(timeToFire(notification), -5);
+}
+
+TEST_F(VLLocalNotificationServiceTest, ADateThatIsNoNumberDoesNotKeepThePassesRunning) {
+    schedule(std::numeric_limits<double>::quiet_NaN());
+    phone().advance(5);
+    EXPECT_EQ(phone().timers(), std::vector<double>{10});
+    EXPECT_TRUE(splits().empty());
+}
+
+TEST_F(VLLocalNotificationServiceTest, AnAnswerThatIsNoObjectSchedulesTheNotificationAsItIs) {
+    for (const auto* body : {"", "garbage", "[]", "null", "7", "{\"phash\":\"h\""}) {
+        log().clear();
+        const auto built = schedule(89);
+        answerSplit(200, body);
+        EXPECT_EQ(scheduled(), std::vector{*built}) << body;
+        EXPECT_EQ(openTasks(), 0U) << body;
+        EXPECT_EQ(log().linesContaining("schedule as is. Error retrieving split: Error Domain=").size(), 1U) << body;
+        application().cancelAllLocalNotifications();
+    }
+}
+
+TEST_F(VLLocalNotificationServiceTest, FieldsOfAnotherKindInASplitReadAsAbsent) {
+    schedule(89);
+    answerSplit(200, R"({"phash":null,"messagetext":7,"campaignid":null,"splitid":[1],"templateid":{}})");
+    const Dictionary record{
+        {"campaignid", nullptr}, {"absplitid", Array{1}}, {"templateid", Dictionary()}, {"campaigntoken", "token"}};
+    ASSERT_EQ(scheduled().size(), 1U);
+    EXPECT_EQ(scheduled()[0].alertBody, "50% off!");
+    EXPECT_EQ(scheduled()[0].userInfo,
+              (Dictionary{{"vl_notification", true}, {"vl_campaign", "token"}, {"vl_data", record}}));
+}
+
+TEST_F(VLLocalNotificationServiceTest, ASplitCancelsTheNotificationBeforeItSchedulesTheCopy) {
+    for (const auto status : {200, 500}) {
+        schedule(1000);
+        std::vector<std::string> events;
+        application().setEventObserver([&events](const std::string& event, const Dictionary& /*fields*/) {
+            if (event == "cancelled" || event == "scheduled") events.push_back(event);
+        });
+        application().willResignActive();
+        answerSplit(status, R"({"phash":"h"})");
+        application().setEventObserver(nullptr);
+        EXPECT_EQ(events, (std::vector<std::string>{"cancelled", "scheduled"})) << status;
+        application().cancelAllLocalNotifications();
+        application().didBecomeActive();
+    }
+}
+
+TEST_F(VLLocalNotificationServiceTest, ASecondPassTakesTheFirstOnesTaskPlaceAndLeavesThatToExpire) {
+    schedule(1000);
+    application().willResignActive();
+    application().willTerminate();
+    answerSplit(200, R"({"phash":"one"})");
+    answerSplit(200, R"({"phash":"two"})");
+    EXPECT_EQ(openTasks(), 1U);
+    application().expireBackgroundTasks();
+    EXPECT_EQ(openTasks(), 0U);
+}
+
+TEST_F(VLLocalNotificationServiceTest, APassTakesWhatIsDueWithinItsSecondsAndHasNoPhashNotEvenNull) {
+    schedule(100);
+    schedule(100.5);
+    foreign(Dictionary{{"vl_notification", true}, {"p", nullptr}});
+    service->createPhashForOutstandingNotificationDueIn(100);
+    EXPECT_EQ(splits().size(), 1U);
+    service->createPhashForOutstandingNotificationDueIn(2000);
+    EXPECT_EQ(splits().size(), 3U);
 }
 
 }  // namespace

@@ -389,6 +389,7 @@ TEST_F(VLPermissionServiceTest, AShutdownDoesNotWaitForSettingsThatNeverCome) {
     permissions->queueSoftOptInForPermission(VLPermissions::Notifications, makeInterstitial());
     permissions->queueSystemPromptForPermission(VLPermissions::LocationAlways);
     EXPECT_FALSE(phone().settle(0.02));
+    EXPECT_THAT(locationManager->requests(), IsEmpty());
     const auto start = std::chrono::steady_clock::now();
     Platform::shutdown();
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));

@@ -417,6 +417,18 @@ TEST_F(VLRemoteNotificationServiceTest, AnotherUserWithoutATokenOrWithAnEmptyOne
     EXPECT_TRUE(registrations().empty());
 }
 
+TEST_F(VLRemoteNotificationServiceTest, TheSettingsAreReadAfterTheSecondNotBefore) {
+    settings->setDeviceToken(kToken);
+    settings->setNotificationSettings(allowed());
+    application().willEnterForeground();
+    phone().advance(0.5);
+    center().setNotificationSettings({1, 1, 1, 1, 1, 1, 1, 0});
+    phone().advance(0.5);
+    ASSERT_EQ(registrations().size(), 1U);
+    EXPECT_EQ(registrations()[0].payload(),
+              registration(VLUserNotificationSettings::settingsWithAuthorisation(1, 1, 1, 1, 2, 1, 1, 1, 0)));
+}
+
 }  // namespace
 
 }  // namespace vorlane

@@ -257,7 +257,7 @@ TEST_F(VLSoftOptInTest, NothingToShowAndNoRoomToShowItAreNoFailures) {
     EXPECT_THAT(prompts, IsEmpty());
 }
 
-TEST_F(VLSoftOptInTest, AWaitingSoftOptInHoldsTheNextRequestsBack) {
+TEST_F(VLSoftOptInTest, ARequestFollowsTheSoftOptInBeforeIt) {
     start();
     permissions->queueSoftOptInForPermission(VLPermissions::Notifications, makeInterstitial());
     permissions->queueSystemPromptForPermission(VLPermissions::LocationAlways);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <limits>
 
 #include "Notifications/VLAuthorisationHelper_iOS10To11.h"
@@ -255,6 +256,14 @@ TEST_F(LegacyCentreTest, TheBackgroundRefreshStatusIsReadWithinItsScale) {
         EXPECT_EQ(refreshHelper->getUIKitBackgroundRefreshSetting(), -1);
     }
     EXPECT_EQ(VLBackgroundRefreshHelper({}).getUIKitBackgroundRefreshSetting(), -1);
+}
+
+TEST_F(ModernCentreTest, TheHandlerRunsOnTheQueueOfThePlatformsAnswer) {
+    std::atomic<bool> wasOnMainQueue = true;
+    centre->requestNotificationAuthorisation(
+        7, [&](auto, const auto&) { wasOnMainQueue = phone().mainQueue()->isCurrent(); });
+    phone().settle();
+    EXPECT_FALSE(wasOnMainQueue);
 }
 
 }  // namespace

@@ -168,6 +168,10 @@ TEST_P(GenerationTest, TheNotificationCentreIsAnObjectOfPlatformsFromTenOnOnly) 
     }
 }
 
+TEST_P(GenerationTest, TheLocalNotificationServiceIsGivenNoCentre) {
+    EXPECT_EQ(bootstrap->getComponent<VLLocalNotificationService>()->vlUserNotificationCentre(), nullptr);
+}
+
 INSTANTIATE_TEST_SUITE_P(Platforms, GenerationTest, ::testing::Values(9.0, 10.0, 11.4, 12.0, 13.1));
 
 }  // namespace

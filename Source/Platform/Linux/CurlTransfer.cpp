@@ -186,7 +186,8 @@ std::optional<CurlCompletion> CurlTransfer::answered() {
     long status = 0;
     curl_easy_getinfo(handle(), CURLINFO_RESPONSE_CODE, &status);
     const char* destination = nullptr;
-    if (isRedirect(status)) curl_easy_getinfo(handle(), CURLINFO_REDIRECT_URL, &destination);
+    if (isRedirect(status) && task_->request().followsRedirects)
+        curl_easy_getinfo(handle(), CURLINFO_REDIRECT_URL, &destination);
     if (destination != nullptr) return redirected(status, destination);
 
     auto response = std::make_shared<NSHTTPURLResponse>(url(), status);

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <memory>
 #include <vector>
 
@@ -255,6 +256,17 @@ TEST_F(LinuxScheduledNotificationsTest, WithoutADesktopNobodyCanBeAsked) {
     EXPECT_EQ(refusal->domain(), UNErrorDomain);
     EXPECT_EQ(settings, UNNotificationSettings());
     EXPECT_THAT(categories, ElementsAre(UNNotificationCategory{"own"}));
+}
+
+TEST_F(LinuxScheduledNotificationsTest, ADateThatNeverComesDoesNotComeInALaterProcessEither) {
+    for (const double date : {std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::infinity()}) {
+        auto never = notification("never", 10);
+        never.fireDate = date;
+        application->scheduleLocalNotification(never);
+        start();
+        queue->advance(1000);
+        EXPECT_THAT(delivered, IsEmpty());
+    }
 }
 
 }  // namespace
