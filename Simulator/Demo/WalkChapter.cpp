@@ -63,13 +63,13 @@ void launch(Stage& stage) {
     stage.play("the user puts the phone away", {{"do", "state"}, {"to", "background"}});
 }
 
-Array delivered(Stage& stage) {
+Array shownNotifications(Stage& stage) {
     return stage.phone().perform({{"do", "query"}, {"what", "deliveredNotifications"}}).get<Array>();
 }
 
 /// How often the phone showed a message with this phash.
 std::ptrdiff_t timesShown(Stage& stage, const std::string& phash) {
-    const auto notifications = delivered(stage);
+    const auto notifications = shownNotifications(stage);
     return std::count_if(notifications.begin(), notifications.end(), [&phash](const Value& notification) {
         const auto* info = dictionaryForKey(notification.get_ref<const Dictionary&>(), "userInfo");
         return info && stringForKey(*info, "p") == phash;
@@ -125,7 +125,7 @@ void promiseTheVisit(Stage& stage) {
 /// The user opens the kiosk's message.
 void openMessage(Stage& stage) {
     stage.play("the user takes out the phone", {{"do", "state"}, {"to", "foreground"}});
-    for (const auto& notification : delivered(stage)) {
+    for (const auto& notification : shownNotifications(stage)) {
         if (notification["userInfo"]["p"] != Value("near-kiosk")) continue;
         stage.play("the user opens the kiosk's message",
                    {{"do", "openNotification"}, {"handle", notification["handle"]}});

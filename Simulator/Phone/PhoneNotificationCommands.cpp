@@ -31,7 +31,7 @@ Value legacySettings(Phone& phone, const Dictionary& line) {
     return nullptr;
 }
 
-Value performFetch(Phone& phone, const Dictionary& line) {
+Value fetchInBackground(Phone& phone, const Dictionary& line) {
     Vorlane::performFetchWithCompletionHandler(phone.device().application(),
                                                OperationCall::callOfLine(phone, line).fetchHandler());
     return nullptr;
@@ -51,12 +51,12 @@ Value openNotification(Phone& phone, const Dictionary& line) {
 }
 
 /// Where a number of the platform's goes.
-using Setter = void (*)(SimulatedApplication& application, UNNotificationSettings& settings, std::int64_t value);
+using SettingSetter = void (*)(SimulatedApplication& application, UNNotificationSettings& settings, std::int64_t value);
 
-const std::map<std::string, Setter>& setters() {
+const std::map<std::string, SettingSetter>& settingSetters() {
     using Application = SimulatedApplication;
     using Settings = UNNotificationSettings;
-    static const std::map<std::string, Setter> table = {
+    static const std::map<std::string, SettingSetter> table = {
         {"authorizationStatus", [](Application&, Settings& s, std::int64_t v) { s.authorizationStatus = v; }},
         {"soundSetting", [](Application&, Settings& s, std::int64_t v) { s.soundSetting = v; }},
         {"badgeSetting", [](Application&, Settings& s, std::int64_t v) { s.badgeSetting = v; }},
@@ -76,13 +76,13 @@ const std::map<std::string, Setter>& setters() {
 Value notificationSettings(Phone& phone, const Dictionary& line) {
     const auto& given = dictionaryFrom(requiredField(line, "set"), "set");
     for (const auto& [name, value] : given) {
-        if (!setters().contains(name)) throw BadLine("notificationSettings has no " + name);
+        if (!settingSetters().contains(name)) throw BadLine("notificationSettings has no " + name);
         integerFrom(value, name);
     }
     auto& center = phone.device().simulatedUserNotificationCenter();
     auto settings = center.notificationSettings();
     for (const auto& [name, value] : given) {
-        setters().at(name)(phone.device().simulatedApplication(), settings, integerFrom(value, name));
+        settingSetters().at(name)(phone.device().simulatedApplication(), settings, integerFrom(value, name));
     }
     center.setNotificationSettings(settings);
     return nullptr;
@@ -94,7 +94,7 @@ Phone::Commands notificationCommands() {
     return {{"push", push},
             {"token", token},
             {"legacySettings", legacySettings},
-            {"performFetch", performFetch},
+            {"performFetch", fetchInBackground},
             {"schedulePlatform", schedulePlatform},
             {"openNotification", openNotification},
             {"notificationSettings", notificationSettings}};

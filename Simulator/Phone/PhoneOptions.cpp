@@ -62,10 +62,10 @@ void setLogLevel(PhoneOptions& options, const std::string& text) {
     options.logLevel = static_cast<VLLogLevel>(static_cast<std::uint64_t>(level));
 }
 
-using Setter = std::function<void(PhoneOptions&, const std::string&)>;
+using OptionSetter = std::function<void(PhoneOptions&, const std::string&)>;
 
-const std::map<std::string, Setter>& setters() {
-    static const std::map<std::string, Setter> table = {
+const std::map<std::string, OptionSetter>& optionSetters() {
+    static const std::map<std::string, OptionSetter> table = {
         {"--data-dir", [](auto& options, const auto& text) { options.dataDirectory = text; }},
         {"--service", [](auto& options, const auto& text) { options.serviceOrigin = absoluteURL(text, "--service"); }},
         {"--urls", [](auto& options, const auto& text) { options.urls = dictionaryInFile(text, "--urls"); }},
@@ -90,8 +90,8 @@ PhoneOptions PhoneOptions::parse(int count, char** arguments) {
     PhoneOptions options;
     for (int i = 1; i < count; i += 2) {
         const std::string option = arguments[i];
-        const auto setter = setters().find(option);
-        if (setter == setters().end()) throw std::invalid_argument("unknown option " + option);
+        const auto setter = optionSetters().find(option);
+        if (setter == optionSetters().end()) throw std::invalid_argument("unknown option " + option);
         if (i + 1 == count) throw std::invalid_argument(option + " needs a value");
         setter->second(options, arguments[i + 1]);
     }

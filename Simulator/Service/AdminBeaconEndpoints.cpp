@@ -13,8 +13,6 @@
 namespace vorlane::service {
 namespace {
 
-const std::string& appKeyOf(const EndpointCall& call) { return call.parameters.at("appKey"); }
-
 BeaconPattern patternOf(const EndpointCall& call) {
     return BeaconPattern::fromTexts(call.parameters.at("uuid"), call.parameters.at("major"),
                                     call.parameters.at("minor"));

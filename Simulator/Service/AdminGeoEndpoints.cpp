@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Categories/NSDictionary+VLLookup.h"
+#include "Simulator/Service/AdminQuery.h"
 #include "Simulator/Service/EndpointCall.h"
 #include "Simulator/Service/EndpointRouter.h"
 #include "Simulator/Service/GeoStore.h"
@@ -16,8 +17,6 @@
 
 namespace vorlane::service {
 namespace {
-
-const std::string& appKeyOf(const EndpointCall& call) { return call.parameters.at("appKey"); }
 
 ServiceResponse listRegions(GeoStore& store, const EndpointCall& call) {
     Array list;

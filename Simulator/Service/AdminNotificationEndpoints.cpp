@@ -2,8 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-#include <array>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -21,16 +19,6 @@
 
 namespace vorlane::service {
 namespace {
-
-using List = Array (NotificationStore::*)(const StoreFilter&);
-
-void addList(EndpointRouter& router, ServiceStore& store, const std::string& name, List list) {
-    router.addAdministrative(name, "GET", "/_admin/" + name, [&store, name, list](EndpointCall& call) {
-        requireKnownNames(call.request, {"appKey", "trackingId"});
-        const StoreFilter filter{call.request.queryValue("appKey"), call.request.queryValue("trackingId")};
-        return ServiceResponse::json(Value(Dictionary{{name, Value((store.notifications().*list)(filter))}}));
-    });
-}
 
 ServiceResponse listCampaigns(NotificationStore& store, const EndpointCall& /*call*/) {
     Array campaigns;
@@ -50,14 +38,6 @@ ServiceResponse setCampaign(NotificationStore& store, const EndpointCall& call) 
 ServiceResponse removeCampaign(NotificationStore& store, const EndpointCall& call) {
     if (store.removeCampaign(call.parameters.at("token"))) return ServiceResponse::ok();
     return ServiceResponse::error(404, "there is no such campaign");
-}
-
-void requireKnownKeys(const Dictionary& payload) {
-    constexpr std::array<std::string_view, 7> kKeys{"appKey", "deviceId", "alert", "sound", "badge", "phash", "data"};
-    for (const auto& [key, value] : payload) {
-        if (std::find(kKeys.begin(), kKeys.end(), key) == kKeys.end())
-            throw MalformedRequest(fmt::format("there is no \"{}\" here", key));
-    }
 }
 
 /// What the device's system reads of a push; one without an alert is silent.
@@ -102,7 +82,7 @@ std::optional<Dictionary> deviceOf(ServiceStore& store, const std::string& appKe
 /// What the device would receive; its delivery is the operator's.
 ServiceResponse composePush(ServiceStore& store, const EndpointCall& call) {
     const auto wish = jsonObject(call.request.body);
-    requireKnownKeys(wish);
+    requireKnownKeys(wish, {"appKey", "deviceId", "alert", "sound", "badge", "phash", "data"});
     const auto device = deviceOf(store, requiredText(wish, "appKey"), requiredText(wish, "deviceId"));
     if (!device) return ServiceResponse::error(404, "there is no such device");
     const auto token = stringForKey(*device, "token");
@@ -128,9 +108,10 @@ ServiceResponse composePush(ServiceStore& store, const EndpointCall& call) {
 }  // namespace
 
 void addAdminNotificationEndpoints(EndpointRouter& router, ServiceStore& store) {
-    addList(router, store, "splits", &NotificationStore::splits);
-    addList(router, store, "cancellations", &NotificationStore::cancellations);
-    addList(router, store, "pushes", &NotificationStore::pushes);
+    addList(router, "splits", [&store](const StoreFilter& filter) { return store.notifications().splits(filter); });
+    addList(router, "cancellations",
+            [&store](const StoreFilter& filter) { return store.notifications().cancellations(filter); });
+    addList(router, "pushes", [&store](const StoreFilter& filter) { return store.notifications().pushes(filter); });
     const auto add = [&router, &store](const char* name, const char* method, const char* path,
                                        ServiceResponse (*answer)(NotificationStore&, const EndpointCall&)) {
         router.addAdministrative(name, method, path,

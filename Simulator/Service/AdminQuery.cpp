@@ -4,9 +4,14 @@
 
 #include <algorithm>
 #include <charconv>
+#include <utility>
 
+#include "Simulator/Service/EndpointCall.h"
+#include "Simulator/Service/EndpointRouter.h"
 #include "Simulator/Service/MalformedRequest.h"
 #include "Simulator/Service/ServiceRequest.h"
+#include "Simulator/Service/ServiceResponse.h"
+#include "Simulator/Service/StoreFilter.h"
 
 namespace vorlane::service {
 namespace {
@@ -25,6 +30,16 @@ std::optional<Number> numberWithin(const ServiceRequest& request, const std::str
 }
 
 }  // namespace
+
+const std::string& appKeyOf(const EndpointCall& call) { return call.parameters.at("appKey"); }
+
+void addList(EndpointRouter& router, const std::string& name, std::function<Array(const StoreFilter& filter)> list) {
+    router.addAdministrative(name, "GET", "/_admin/" + name, [name, list = std::move(list)](EndpointCall& call) {
+        requireKnownNames(call.request, {"appKey", "trackingId"});
+        const StoreFilter filter{call.request.queryValue("appKey"), call.request.queryValue("trackingId")};
+        return ServiceResponse::json(Value(Dictionary{{name, Value(list(filter))}}));
+    });
+}
 
 void requireKnownNames(const ServiceRequest& request, std::initializer_list<std::string_view> names) {
     for (const auto& [name, value] : request.query) {

@@ -1,14 +1,26 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <initializer_list>
 #include <optional>
 #include <string>
 #include <string_view>
 
+#include "Public/VLValue.h"
+
 namespace vorlane::service {
 
+class EndpointRouter;
+struct EndpointCall;
 struct ServiceRequest;
+struct StoreFilter;
+
+/// The app that the call's path names.
+const std::string& appKeyOf(const EndpointCall& call);
+
+/// Has `GET /_admin/name` list under `name` what `list` gives for an app or a user, or for all.
+void addList(EndpointRouter& router, const std::string& name, std::function<Array(const StoreFilter& filter)> list);
 
 /// Throws MalformedRequest when the query has a name that is none of these, which would otherwise go unnoticed.
 void requireKnownNames(const ServiceRequest& request, std::initializer_list<std::string_view> names);

@@ -13,17 +13,6 @@
 namespace vorlane::service {
 namespace {
 
-using List = Array (ServiceStore::*)(const StoreFilter&);
-
-/// Lists under `name` what the store has of it.
-void addList(EndpointRouter& router, ServiceStore& store, const std::string& name, List list) {
-    router.addAdministrative(name, "GET", "/_admin/" + name, [&store, name, list](EndpointCall& call) {
-        requireKnownNames(call.request, {"appKey", "trackingId"});
-        const StoreFilter filter{call.request.queryValue("appKey"), call.request.queryValue("trackingId")};
-        return ServiceResponse::json(Value(Dictionary{{name, Value((store.*list)(filter))}}));
-    });
-}
-
 ServiceResponse configuration(ServiceStore& store, const EndpointCall& call) {
     return ServiceResponse::json(Value(configurationInForce(store, call.parameters.at("appKey"))));
 }
@@ -41,10 +30,10 @@ ServiceResponse removeConfiguration(ServiceStore& store, const EndpointCall& cal
 }  // namespace
 
 void addAdminStoreEndpoints(EndpointRouter& router, ServiceStore& store) {
-    addList(router, store, "devices", &ServiceStore::devices);
-    addList(router, store, "sessions", &ServiceStore::sessions);
-    addList(router, store, "events", &ServiceStore::events);
-    addList(router, store, "tags", &ServiceStore::tags);
+    addList(router, "devices", [&store](const StoreFilter& filter) { return store.devices(filter); });
+    addList(router, "sessions", [&store](const StoreFilter& filter) { return store.sessions(filter); });
+    addList(router, "events", [&store](const StoreFilter& filter) { return store.events(filter); });
+    addList(router, "tags", [&store](const StoreFilter& filter) { return store.tags(filter); });
     const char* path = "/_admin/config/{appKey}";
     router.addAdministrative("configuration", "GET", path,
                              [&store](EndpointCall& call) { return configuration(store, call); });

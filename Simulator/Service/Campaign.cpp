@@ -13,23 +13,6 @@
 namespace vorlane::service {
 namespace {
 
-void requireKnownKeys(const Dictionary& payload, std::initializer_list<std::string_view> keys) {
-    for (const auto& [key, value] : payload) {
-        if (std::find(keys.begin(), keys.end(), key) == keys.end())
-            throw MalformedRequest(fmt::format("there is no \"{}\" here", key));
-    }
-}
-
-/// Null counts as absent.
-const Value* wishedValue(const Dictionary& payload, const std::string& key) {
-    const auto* value = valueForKey(payload, key);
-    return value && !value->is_null() ? value : nullptr;
-}
-
-std::optional<std::string> optionalText(const Dictionary& payload, const std::string& key) {
-    return wishedValue(payload, key) ? std::optional(requiredText(payload, key)) : std::nullopt;
-}
-
 Value optionalIdentifier(const Dictionary& payload, const std::string& key) {
     const auto* value = wishedValue(payload, key);
     if (!value) return nullptr;

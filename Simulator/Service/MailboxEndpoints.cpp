@@ -8,10 +8,10 @@
 #include <string>
 #include <vector>
 
-#include "Categories/NSCharacterSet+VLURLEncoding.h"
 #include "Categories/NSDictionary+VLLookup.h"
 #include "Categories/NSString+VLHash.h"
 #include "Simulator/Service/CardImage.h"
+#include "Simulator/Service/EncodedText.h"
 #include "Simulator/Service/EndpointCall.h"
 #include "Simulator/Service/EndpointRouter.h"
 #include "Simulator/Service/MalformedRequest.h"
@@ -77,7 +77,7 @@ std::string contentOf(const std::string& html) {
             escaped += character;
         }
     }
-    return stringByAddingPercentEncoding(escaped, vl_URIComponentAllowedCharacterSet());
+    return encodedText(escaped);
 }
 
 /// An image of the service's own is where the app found the service.

@@ -13,38 +13,25 @@ constexpr double kLifetime = 30.0 * 24 * 60 * 60;
 // Beyond the year 9999 nothing can be meant.
 constexpr double kLastMoment = 253'402'300'799.0;
 
-/// Nothing for null, either.
-const Value* givenValue(const Dictionary& payload, const std::string& key) {
-    const auto* value = valueForKey(payload, key);
-    return value && value->is_null() ? nullptr : value;
-}
-
 std::optional<std::string> text(const Dictionary& payload, const std::string& key) {
-    const auto* value = givenValue(payload, key);
+    const auto* value = wishedValue(payload, key);
     if (!value) return std::nullopt;
     if (!value->is_string()) throw MalformedRequest(fmt::format("\"{}\" is no text", key));
     return value->get<std::string>();
 }
 
 std::optional<std::uint64_t> idOf(const Dictionary& payload) {
-    const auto* value = givenValue(payload, "id");
+    const auto* value = wishedValue(payload, "id");
     if (!value) return std::nullopt;
     if (!value->is_number_unsigned()) throw MalformedRequest("\"id\" is no whole number from 0 on");
     return value->get<std::uint64_t>();
 }
 
 double time(const Dictionary& payload, const std::string& key, double otherwise) {
-    if (!givenValue(payload, key)) return otherwise;
+    if (!wishedValue(payload, key)) return otherwise;
     const auto seconds = numberForKey(payload, key).value_or(-1);
     if (seconds >= 0 && seconds <= kLastMoment) return seconds;
     throw MalformedRequest(fmt::format("\"{}\" is no number from 0 to {:.0f}", key, kLastMoment));
-}
-
-std::optional<Dictionary> metadataOf(const Dictionary& payload) {
-    const auto* value = givenValue(payload, "metadata");
-    if (!value) return std::nullopt;
-    if (!value->is_object()) throw MalformedRequest("\"metadata\" is no object");
-    return value->get_ref<const Dictionary&>();
 }
 
 }  // namespace
@@ -61,8 +48,8 @@ MailboxMessage MailboxMessage::fromPayload(const Dictionary& payload, double now
     message.backgroundColor = text(payload, "backgroundColor");
     message.foregroundColor = text(payload, "foregroundColor");
     message.cardUrl = text(payload, "cardUrl");
-    if (givenValue(payload, "image")) message.image = CardImage::fromBytes(hexadecimalBytes(payload, "image"));
-    message.metadata = metadataOf(payload);
+    if (wishedValue(payload, "image")) message.image = CardImage::fromBytes(hexadecimalBytes(payload, "image"));
+    message.metadata = optionalMetadata(payload);
     message.created = time(payload, "created", now);
     message.end = time(payload, "end", message.created + kLifetime);
     return message;

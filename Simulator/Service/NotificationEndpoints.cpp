@@ -6,6 +6,7 @@
 #include "Categories/NSCharacterSet+VLURLEncoding.h"
 #include "Categories/NSDictionary+VLLookup.h"
 #include "Categories/NSUUID+VLString.h"
+#include "Simulator/Service/EncodedText.h"
 #include "Simulator/Service/EndpointCall.h"
 #include "Simulator/Service/EndpointRouter.h"
 #include "Simulator/Service/MalformedRequest.h"
@@ -15,10 +16,6 @@
 
 namespace vorlane::service {
 namespace {
-
-std::string encoded(const std::string& text) {
-    return stringByAddingPercentEncoding(text, vl_URIComponentAllowedCharacterSet());
-}
 
 /// Nothing for a text that stands for none.
 std::optional<std::string> campaignTokenOf(const Dictionary& payload) {
@@ -56,11 +53,12 @@ void setUnlessNull(Dictionary& dictionary, const char* key, const Value& value) 
 
 /// What the app is to show in the place of its own text.
 Dictionary answerOf(const Campaign& campaign, const Campaign::Split& choice, const SplitReport& split) {
-    Dictionary answer{{"phash", *split.phash}, {"messagetext", encoded(choice.messageText.value_or(split.pushText))}};
+    Dictionary answer{{"phash", *split.phash},
+                      {"messagetext", encodedText(choice.messageText.value_or(split.pushText))}};
     setUnlessNull(answer, "campaignid", campaign.campaignId);
     setUnlessNull(answer, "templateid", campaign.templateId);
     setUnlessNull(answer, "splitid", choice.id);
-    if (choice.sound) answer["messagecontent"] = encoded(jsonText(Value(Dictionary{{"sound", *choice.sound}})));
+    if (choice.sound) answer["messagecontent"] = encodedText(jsonText(Value(Dictionary{{"sound", *choice.sound}})));
     return answer;
 }
 

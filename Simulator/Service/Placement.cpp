@@ -6,8 +6,8 @@
 #include <array>
 #include <string_view>
 
-#include "Categories/NSCharacterSet+VLURLEncoding.h"
 #include "Categories/NSDictionary+VLLookup.h"
+#include "Simulator/Service/EncodedText.h"
 #include "Simulator/Service/MalformedRequest.h"
 #include "Simulator/Service/RequestPayload.h"
 #include "Simulator/Service/ServiceResponse.h"
@@ -26,36 +26,6 @@ constexpr std::array<std::string_view, 9> kNames = {"App Open",
                                                     "Location Settings"};
 constexpr std::string_view kNumbered = "Placement ";
 
-void requireKnownKeys(const Dictionary& payload) {
-    for (const auto& [key, value] : payload) {
-        if (key != "html" && key != "metadata" && key != "phash")
-            throw MalformedRequest(fmt::format("there is no \"{}\" here", key));
-    }
-}
-
-/// Null counts as absent.
-const Value* wishedValue(const Dictionary& payload, const std::string& key) {
-    const auto* value = valueForKey(payload, key);
-    return value && !value->is_null() ? value : nullptr;
-}
-
-Dictionary metadataOf(const Dictionary& payload) {
-    const auto* value = wishedValue(payload, "metadata");
-    if (!value) return {};
-    if (!value->is_object()) throw MalformedRequest("\"metadata\" is no object");
-    // It would stand in the page's place.
-    if (value->contains("html")) throw MalformedRequest("\"metadata\" has an \"html\"");
-    return value->get_ref<const Dictionary&>();
-}
-
-std::optional<std::string> phashOf(const Dictionary& payload) {
-    return wishedValue(payload, "phash") ? std::optional(requiredText(payload, "phash")) : std::nullopt;
-}
-
-std::string encoded(const std::string& text) {
-    return stringByAddingPercentEncoding(text, vl_URIComponentAllowedCharacterSet());
-}
-
 }  // namespace
 
 bool Placement::isName(const std::string& name) {
@@ -67,14 +37,15 @@ bool Placement::isName(const std::string& name) {
 
 Placement Placement::fromPayload(const std::string& name, const Dictionary& payload) {
     if (!isName(name)) throw MalformedRequest(fmt::format("there is no placement \"{}\"", name));
-    requireKnownKeys(payload);
-    return {name, requiredText(payload, "html"), metadataOf(payload), phashOf(payload)};
+    requireKnownKeys(payload, {"html", "metadata", "phash"});
+    return {name, requiredText(payload, "html"), optionalMetadata(payload, "html").value_or(Dictionary()),
+            optionalText(payload, "phash")};
 }
 
 Dictionary Placement::message() const {
     auto content = metadata;
-    content["html"] = encoded(html.value_or(""));
-    Dictionary message{{"messagecontent", encoded(jsonText(Value(content)))}};
+    content["html"] = encodedText(html.value_or(""));
+    Dictionary message{{"messagecontent", encodedText(jsonText(Value(content)))}};
     if (phash) message["phash"] = *phash;
     return message;
 }

@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -68,6 +70,31 @@ Value payloadOrNull(const ServiceRequest& request) {
     } catch (const MalformedRequest&) {
         return nullptr;
     }
+}
+
+const Value* wishedValue(const Dictionary& dictionary, const std::string& key) {
+    const auto* value = valueForKey(dictionary, key);
+    return value && !value->is_null() ? value : nullptr;
+}
+
+void requireKnownKeys(const Dictionary& dictionary, std::initializer_list<std::string_view> keys) {
+    for (const auto& [key, value] : dictionary) {
+        if (std::find(keys.begin(), keys.end(), key) == keys.end())
+            throw MalformedRequest(fmt::format("there is no \"{}\" here", key));
+    }
+}
+
+std::optional<Dictionary> optionalMetadata(const Dictionary& dictionary, const std::string& reservedKey) {
+    const auto* value = wishedValue(dictionary, "metadata");
+    if (!value) return std::nullopt;
+    if (!value->is_object()) throw MalformedRequest("\"metadata\" is no object");
+    if (!reservedKey.empty() && value->contains(reservedKey))
+        throw MalformedRequest(fmt::format("\"metadata\" has \"{}\"", reservedKey));
+    return value->get<Dictionary>();
+}
+
+std::optional<std::string> optionalText(const Dictionary& dictionary, const std::string& key) {
+    return wishedValue(dictionary, key) ? std::optional(requiredText(dictionary, key)) : std::nullopt;
 }
 
 std::string requiredText(const Dictionary& dictionary, const std::string& key) {

@@ -12,7 +12,7 @@ namespace vorlane::support {
 
 namespace {
 
-std::vector<std::string> commandLine(const std::string& program, const std::vector<std::string>& options) {
+std::vector<std::string> serviceCommandLine(const std::string& program, const std::vector<std::string>& options) {
     std::vector<std::string> arguments{program, "--port", "0"};
     arguments.insert(arguments.end(), options.begin(), options.end());
     return arguments;
@@ -33,7 +33,7 @@ std::size_t append(char* bytes, std::size_t size, std::size_t count, void* text)
 }  // namespace
 
 ServiceProcess::ServiceProcess(const std::string& program, const std::vector<std::string>& options)
-    : process_(commandLine(program, options)), origin_(listeningOrigin(process_)) {}
+    : process_(serviceCommandLine(program, options)), origin_(listeningOrigin(process_)) {}
 
 Value ServiceProcess::get(const std::string& path) const { return ask("GET", path, std::nullopt); }
 Value ServiceProcess::put(const std::string& path, const Value& body) const { return ask("PUT", path, body); }

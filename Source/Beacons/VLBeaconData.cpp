@@ -23,10 +23,7 @@ namespace vorlane {
 namespace {
 
 /// The key that stands for "deviceData".
-constexpr std::uint64_t kDeviceDataKey = 1;
 constexpr const char* kProximity = "proximity";
-
-void logDebug(std::string message) { logMessage(VLLogLevel::Debug, std::move(message)); }
 
 std::string timestamp() { return vl_unixTimestampInMilliseconds(Platform::current().clock().now()); }
 
@@ -47,7 +44,7 @@ VLBeaconData::VLBeaconData(std::shared_ptr<VLSettings> settings,
 void VLBeaconData::didEnterRegion() {
     const auto sessionId = vl_newUUIDString();
     regionSessionData_->setId(sessionId);
-    logDebug("Beacon Data Session Start request");
+    logMessage(VLLogLevel::Debug, "Beacon Data Session Start request");
     sendRegionJson(urlBuilder_->beaconEntryURL(), sessionId);
 }
 
@@ -63,10 +60,10 @@ void VLBeaconData::didExitRegion() {
     const auto sessionId = regionSessionData_->id();
     if (!sessionId) {
         const auto region = regionSessionData_->region();
-        return logDebug(fmt::format("No previous beacon region session data found for region:{}",
-                                    region ? region->description() : "(null)"));
+        return logMessage(VLLogLevel::Debug, fmt::format("No previous beacon region session data found for region:{}",
+                                                         region ? region->description() : "(null)"));
     }
-    logDebug("Beacon Data Session End request");
+    logMessage(VLLogLevel::Debug, "Beacon Data Session End request");
     sendRegionJson(urlBuilder_->beaconExitURL(), *sessionId);
     regionSessionData_->clear();
 }
@@ -128,7 +125,7 @@ void VLBeaconData::send(const NSURL& url, Dictionary body) {
     const auto payload = payloadBuilder_->payloadWithOptions([&body](VLPayloadOptions& options) {
         options.body = std::move(body);
         options.includeDeviceData = true;
-        options.deviceDataKey = kDeviceDataKey;
+        options.deviceDataKey = VLPayloadOptions::kDeviceDataKey;
     });
     urlSession_->POST(url, payload, false, nullptr);
 }

@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cassert>
 #include <limits>
 #include <utility>
 
@@ -25,12 +24,7 @@ namespace vorlane {
 namespace {
 
 /// The key that stands for "deviceData".
-constexpr std::uint64_t kDeviceDataKey = 1;
 constexpr double kUnknownAccuracy = -1;
-
-void assertMainQueue() { assert(Platform::current().mainQueue()->isCurrent()); }
-
-void logDebug(std::string message) { logMessage(VLLogLevel::Debug, std::move(message)); }
 
 /// Whatever the proximity; meant so.
 bool isAccuracyKnown(const CLBeacon& beacon) { return beacon.accuracy != kUnknownAccuracy; }
@@ -99,11 +93,11 @@ bool VLBeaconMessage::getContentForValidBeacon(const std::vector<CLBeacon>& beac
 void VLBeaconMessage::requestContentForBeaconData(const std::shared_ptr<VLBeaconContentData>& data,
                                                   const ContentHandler& handler) {
     const auto body = configureContentRequest(*data);
-    logDebug("Beacon Data content request");
+    logMessage(VLLogLevel::Debug, "Beacon Data content request");
     const auto payload = payloadBuilder_->payloadWithOptions([&body](VLPayloadOptions& options) {
         options.body = body;
         options.includeDeviceData = true;
-        options.deviceDataKey = kDeviceDataKey;
+        options.deviceDataKey = VLPayloadOptions::kDeviceDataKey;
     });
     urlSession_->POSTWithJSONResponse(
         urlBuilder_->beaconContentURL(), payload, false,
@@ -146,15 +140,16 @@ void VLBeaconMessage::contentRequestEnded(VLBeaconContentData& data, const std::
 }
 
 void VLBeaconMessage::contentRequestFailed(VLBeaconContentData& data, const std::optional<NSError>& error) {
-    logDebug(fmt::format("Error getting beacon content from server: {}", error ? error->description() : "(null)"));
+    logMessage(VLLogLevel::Debug,
+               fmt::format("Error getting beacon content from server: {}", error ? error->description() : "(null)"));
     if (!data.defaultMessage()) return;
     displayLocalNotification(data.defaultMessage(), std::nullopt, std::nullopt, std::nullopt, data);
 }
 
 void VLBeaconMessage::parseContentResponse(const Dictionary& response, VLBeaconContentData& data) {
     const auto content = VLMessageContent::contentWithResponse(response, *settings_, *notificationHelper_);
-    if (!content) return logDebug("Beacon Content not available and no default message");
-    logDebug("Beacon Content available, displaying message");
+    if (!content) return logMessage(VLLogLevel::Debug, "Beacon Content not available and no default message");
+    logMessage(VLLogLevel::Debug, "Beacon Content available, displaying message");
     displayLocalNotification(content->pushText(), content->phash(), content->sound(), content->metadata(), data);
 }
 

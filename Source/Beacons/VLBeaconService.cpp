@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <cassert>
 #include <set>
 #include <utility>
 
@@ -26,10 +25,6 @@ namespace {
 
 /// Seconds: more than 41 days and no hour, meant so.
 constexpr double kConfigLifetime = 3600000.0;
-
-void assertMainQueue() { assert(Platform::current().mainQueue()->isCurrent()); }
-
-void logDebug(std::string message) { logMessage(VLLogLevel::Debug, std::move(message)); }
 
 }  // namespace
 
@@ -66,7 +61,7 @@ void VLBeaconService::didDetermineState(CLRegionState state, const std::shared_p
 
 void VLBeaconService::didEnterRegion(const std::shared_ptr<CLBeaconRegion>& region) {
     assertMainQueue();
-    logDebug(fmt::format("DidEnterRegion called for region:{}", region->description()));
+    logMessage(VLLogLevel::Debug, fmt::format("DidEnterRegion called for region:{}", region->description()));
     if (const auto session = regionSessions_->getSessionWithRegion(region)) session->didEnter();
     locationManager_->startRangingBeaconsInRegion(region);
 }
@@ -74,13 +69,13 @@ void VLBeaconService::didEnterRegion(const std::shared_ptr<CLBeaconRegion>& regi
 void VLBeaconService::rangingBeacons(const std::vector<CLBeacon>& beacons,
                                      const std::shared_ptr<CLBeaconRegion>& region) {
     assertMainQueue();
-    logDebug(fmt::format("Beacons Found: {}", vl_description(beacons)));
+    logMessage(VLLogLevel::Debug, fmt::format("Beacons Found: {}", vl_description(beacons)));
     if (const auto session = regionSessions_->getSessionWithRegion(region)) session->rangingBeacons(beacons, nullptr);
 }
 
 void VLBeaconService::didExitRegion(const std::shared_ptr<CLBeaconRegion>& region) {
     assertMainQueue();
-    logDebug(fmt::format("DidExitRegion called for region:{}", region->description()));
+    logMessage(VLLogLevel::Debug, fmt::format("DidExitRegion called for region:{}", region->description()));
     locationManager_->stopRangingBeaconsInRegion(region);
     if (const auto session = regionSessions_->getSessionWithRegion(region)) session->didExit();
 }
@@ -94,7 +89,7 @@ void VLBeaconService::addBeaconRegions() {
         // so.
         region->setNotifyEntryStateOnDisplay(true);
         locationManager_->startMonitoringForRegion(region);
-        logDebug(fmt::format("Attempting to monitor new beacon region:{}", region->description()));
+        logMessage(VLLogLevel::Debug, fmt::format("Attempting to monitor new beacon region:{}", region->description()));
     }
 }
 
@@ -117,11 +112,13 @@ void VLBeaconService::stopMonitoringStaleRegions(Regions& wanted) {
         if (!region) continue;
         if (const auto same = vl_findBeaconRegionWithin(*region, wanted)) {
             std::erase(wanted, same);
-            logDebug(fmt::format("Skipped adding beacon region to monitoring since it's already being monitored:{}",
-                                 region->description()));
+            logMessage(VLLogLevel::Debug,
+                       fmt::format("Skipped adding beacon region to monitoring since it's already being monitored:{}",
+                                   region->description()));
         } else {
             locationManager_->stopMonitoringForRegion(region);
-            logDebug(
+            logMessage(
+                VLLogLevel::Debug,
                 fmt::format("Stopped monitoring beacon region since it is no longer exists within the beacon rules:{}",
                             region->description()));
         }

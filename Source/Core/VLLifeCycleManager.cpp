@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <cassert>
 #include <utility>
 
 #include "Categories/NSDictionary+VLJSON.h"
@@ -47,8 +46,6 @@ void removeAbandonedFiles() {
     NSFileManager::removeAbandonedTemporaryFilesInFolder(platform.documentsFolder(),
                                                          platform.clock().now() - kLongestWrite);
 }
-
-void assertMainQueue() { assert(Platform::current().mainQueue()->isCurrent()); }
 
 /// Logs what launched the application and gives the value under "p"; null when it was no notification, or one without
 /// it.

@@ -15,7 +15,6 @@ namespace vorlane {
 namespace {
 
 /// The key that stands for "deviceData".
-constexpr std::uint64_t kDeviceDataKey = 1;
 
 }  // namespace
 
@@ -38,7 +37,7 @@ void VLGeoRegionContent::displayNotificationForPlotwiseId(const std::optional<Va
         options.body = {{"getContent", true},
                         {"geoRegion", Dictionary{{"segmentId", *plotwiseId}, {"status", transition}}}};
         options.includeDeviceData = true;
-        options.deviceDataKey = kDeviceDataKey;
+        options.deviceDataKey = VLPayloadOptions::kDeviceDataKey;
     });
     urlSession_->POSTWithJSONResponse(
         urlBuilder_->geoContentURL(), payload, false,

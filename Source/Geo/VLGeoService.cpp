@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cassert>
 #include <cmath>
 #include <utility>
 
@@ -36,13 +35,9 @@ constexpr std::size_t kMonitoringSlots = 20;
 
 using Record = VLGeoRegionRecord;
 
-void assertMainQueue() { assert(Platform::current().mainQueue()->isCurrent()); }
-
 double now() { return Platform::current().clock().now(); }
 
 double orDefault(double setting, double otherwise) { return setting == 0 ? otherwise : setting; }
-
-void logDebug(std::string message) { logMessage(VLLogLevel::Debug, std::move(message)); }
 
 bool contains(const VLGeoService::Descriptions& descriptions, const std::string& identifier) {
     return std::ranges::any_of(
@@ -91,7 +86,7 @@ void VLGeoService::startWithConfig(std::shared_ptr<VLConfigService> configServic
 
 void VLGeoService::setupGeoConfig() {
     geoDataConfiguration_ = configService_ ? configService_->serviceConfig(VLCONFIGSERVICEGEO) : std::nullopt;
-    if (!geoDataConfiguration_) return logDebug("NO GEO CONFIG DATA RETURNED IN THE RESPONSE");
+    if (!geoDataConfiguration_) return logMessage(VLLogLevel::Debug, "NO GEO CONFIG DATA RETURNED IN THE RESPONSE");
     takeOver(*geoDataConfiguration_, "significant_distance_m", &VLSettings::setSignificantDistance);
     takeOver(*geoDataConfiguration_, "significant_timeperiod_s", &VLSettings::setSignificantTime);
     takeOver(*geoDataConfiguration_, "polling_geostatechangeignore_timeperiod_s",
@@ -136,17 +131,17 @@ bool VLGeoService::isUsableLocation(const CLLocation& location, bool allowSignif
 bool VLGeoService::isFreshLocation(const CLLocation& location) {
     const double age = now() - location.timestamp;
     if (age <= kFreshness) return true;
-    logDebug(fmt::format("Location is not fresh, is {:.2f} limit is {:.2f}", age, kFreshness));
+    logMessage(VLLogLevel::Debug, fmt::format("Location is not fresh, is {:.2f} limit is {:.2f}", age, kFreshness));
     return false;
 }
 
 void VLGeoService::logLocation(const CLLocation& location) const {
-    logDebug(fmt::format("Activity:{}", activity()));
-    logDebug(fmt::format("Age:{:.0f} seconds, ACCURACY {:f}", std::abs(now() - location.timestamp),
-                         location.horizontalAccuracy));
-    logDebug(fmt::format("LATITUDE {:+.6f}, LONGITUDE {:+.6f}", location.coordinate.latitude,
-                         location.coordinate.longitude));
-    logDebug(fmt::format("Attempt:{}", numNewLocationsRetried_));
+    logMessage(VLLogLevel::Debug, fmt::format("Activity:{}", activity()));
+    logMessage(VLLogLevel::Debug, fmt::format("Age:{:.0f} seconds, ACCURACY {:f}", std::abs(now() - location.timestamp),
+                                              location.horizontalAccuracy));
+    logMessage(VLLogLevel::Debug, fmt::format("LATITUDE {:+.6f}, LONGITUDE {:+.6f}", location.coordinate.latitude,
+                                              location.coordinate.longitude));
+    logMessage(VLLogLevel::Debug, fmt::format("Attempt:{}", numNewLocationsRetried_));
 }
 
 const char* VLGeoService::activity() const {
@@ -167,11 +162,11 @@ void VLGeoService::updateConfig(const CLLocation& location) {
     const double neededTime = orDefault(settings_->significantTime(), kDefaultTime);
     const double distance = distanceFromOldLocation(location, neededDistance);
     const double time = calculateTimeInSecondsBetweenTimeStamps(now(), settings_->fetchGeoRegionTimestamp());
-    logDebug(fmt::format("SIGNIFICANT DISTANCE {:f}", distance));
+    logMessage(VLLogLevel::Debug, fmt::format("SIGNIFICANT DISTANCE {:f}", distance));
     // Spelt so.
-    logDebug(fmt::format("SIGNIGICANT TIME {:f}", time));
+    logMessage(VLLogLevel::Debug, fmt::format("SIGNIGICANT TIME {:f}", time));
     if (time < neededTime && distance < neededDistance && !settings_->forceGeoConfigUpdate()) {
-        return logDebug("FETCH GEO REGIONS NOT CALLED");
+        return logMessage(VLLogLevel::Debug, "FETCH GEO REGIONS NOT CALLED");
     }
     if (std::exchange(geoFeedWithSessionCall_, true)) return;
     settings_->setForceGeoConfigUpdate(false);
@@ -196,7 +191,7 @@ double VLGeoService::calculateTimeInSecondsBetweenTimeStamps(double newTimeStamp
 }
 
 void VLGeoService::fetchGeoRegionsForLocation(const CLLocation& location, bool withRetry) {
-    logDebug(fmt::format("************** FETCH GEO REGIONS - {:d} *****************", withRetry));
+    logMessage(VLLogLevel::Debug, fmt::format("************** FETCH GEO REGIONS - {:d} *****************", withRetry));
     geoRegionsForCurrentLocation(
         location, [weakSelf = weak_from_this(), location, withRetry](const std::optional<Dictionary>& response) {
             if (const auto self = weakSelf.lock()) self->handleGeoRegionsFetch(location, response, withRetry);
@@ -264,16 +259,17 @@ std::size_t VLGeoService::stopMonitoringStaleGeoRegions(const Descriptions& regi
     for (const auto& region : monitored) {
         if (std::dynamic_pointer_cast<CLBeaconRegion>(region)) continue;
         if (contains(regions, region->identifier())) {
-            logDebug(fmt::format("Continuing to monitor region: {}", region->description()));
+            logMessage(VLLogLevel::Debug, fmt::format("Continuing to monitor region: {}", region->description()));
             ++kept;
         } else {
             locationManager_->stopMonitoringForRegion(region);
-            logDebug(fmt::format("Stopped monitoring region: {}", region->description()));
+            logMessage(VLLogLevel::Debug, fmt::format("Stopped monitoring region: {}", region->description()));
             ++stopped;
         }
     }
-    logDebug(fmt::format("Currently monitoring {} beacon regions", monitored.size() - kept - stopped));
-    logDebug(fmt::format("Set to clear {} of {} geo regions", stopped, stopped + kept));
+    logMessage(VLLogLevel::Debug,
+               fmt::format("Currently monitoring {} beacon regions", monitored.size() - kept - stopped));
+    logMessage(VLLogLevel::Debug, fmt::format("Set to clear {} of {} geo regions", stopped, stopped + kept));
     // Whatever beacon regions take of the platform's room, meant so.
     return maxGeoRegionMonitoringSlots();
 }
@@ -302,8 +298,9 @@ void VLGeoService::monitorRegions(const Descriptions& regions, std::size_t slots
     // ends in between must not have written it.
     if (!VLGeoRegionFile::saveRegionsToFile(records)) VLGeoRegionFile::deleteGeoRegionsFile();
     if (regions.size() > slots) {
-        logDebug(fmt::format("Could not add {} regions for monitoring due to all {} slots being in use",
-                             regions.size() - slots, maxGeoRegionMonitoringSlots()));
+        logMessage(VLLogLevel::Debug,
+                   fmt::format("Could not add {} regions for monitoring due to all {} slots being in use",
+                               regions.size() - slots, maxGeoRegionMonitoringSlots()));
     }
 }
 
@@ -343,12 +340,12 @@ void VLGeoService::didCross(const CLRegion& region, const Transition& transition
     if (!records) return;
     for (auto& record : *records) {
         if (stringForKey(record, Record::kIdentifierKey) != region.identifier()) continue;
-        logDebug(fmt::format(fmt::runtime(transition.crossedText), Record::nameOf(record)));
+        logMessage(VLLogLevel::Debug, fmt::format(fmt::runtime(transition.crossedText), Record::nameOf(record)));
         if (accept(record, region, transition)) {
             geoRegionContent_->displayNotificationForPlotwiseId(Record::plainValue(record, "plotwise_id"),
                                                                 transition.word);
         } else {
-            logDebug(fmt::format(fmt::runtime(transition.flappingText), Record::nameOf(record)));
+            logMessage(VLLogLevel::Debug, fmt::format(fmt::runtime(transition.flappingText), Record::nameOf(record)));
         }
     }
     VLGeoRegionFile::saveRegionsToFile(*records);
@@ -361,7 +358,7 @@ bool VLGeoService::accept(Dictionary& record, const CLRegion& region, const Tran
     if (!(time - Record::numberIn(record, transition.timestampKey) > limit)) return false;
     record[Record::kIsInRegionKey] = transition.isInside;
     record[transition.timestampKey] = time;
-    logDebug(fmt::format(fmt::runtime(transition.acceptedText), region.identifier()));
+    logMessage(VLLogLevel::Debug, fmt::format(fmt::runtime(transition.acceptedText), region.identifier()));
     return true;
 }
 

@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <cassert>
 #include <cmath>
 #include <optional>
 #include <utility>
@@ -37,10 +36,6 @@ constexpr const char* kNoBackgroundModeText =
     "Beacon ranging is disabled because the UIBackgroundModes \"location\" entry is missing"
     "                    from your Info.plist.";
 constexpr double kUnsupportedGeoMode = 1;
-
-void assertMainQueue() { assert(Platform::current().mainQueue()->isCurrent()); }
-
-void logDebug(std::string message) { logMessage(VLLogLevel::Debug, std::move(message)); }
 
 std::shared_ptr<CLBeaconRegion> asBeaconRegion(const std::shared_ptr<CLRegion>& region) {
     return std::dynamic_pointer_cast<CLBeaconRegion>(region);
@@ -88,7 +83,7 @@ void VLLocationService::configureLocationUpdates(bool enabled) {
     assertMainQueue();
     isLocationTrackingEnabled_ = enabled;
     if (!enabled) {
-        logDebug("App has Location Updates switched OFF");
+        logMessage(VLLogLevel::Debug, "App has Location Updates switched OFF");
         return with_.geoService->stopSignificantLocationUpdates();
     }
     if (vl_isBackgroundLocationEnabledForApp(*with_.mainBundle)) {
@@ -121,7 +116,7 @@ void VLLocationService::configUpdateWithBeacons(bool withBeacons, bool enableSig
 }
 
 void VLLocationService::switchOn(bool beacons, bool significantChanges, const CompletionHandler& completionHandler) {
-    logDebug("App has Location Updates switched ON");
+    logMessage(VLLogLevel::Debug, "App has Location Updates switched ON");
     if (significantChanges) with_.geoService->startSignificantLocationUpdates();
     if (beacons) return startBeaconUpdates(completionHandler);
     call(completionHandler, true);
@@ -177,7 +172,7 @@ void VLLocationService::didDetermineState(CLLocationManager& /*manager*/, CLRegi
     const auto* const text = state == CLRegionState::Inside    ? "## Inside of Region - {}"
                              : state == CLRegionState::Outside ? "## Outside of Region - {}"
                                                                : "## Unknown state Region - {}";
-    logDebug(fmt::format(fmt::runtime(text), region->identifier()));
+    logMessage(VLLogLevel::Debug, fmt::format(fmt::runtime(text), region->identifier()));
     if (const auto beaconRegion = asBeaconRegion(region)) with_.beacons->didDetermineState(state, beaconRegion);
 }
 
@@ -195,11 +190,13 @@ void VLLocationService::monitoringDidFailForRegion(CLLocationManager& /*manager*
 void VLLocationService::didEnterRegion(CLLocationManager& /*manager*/, const std::shared_ptr<CLRegion>& region) {
     beginEnterRegionTask();
     if (const auto beaconRegion = asBeaconRegion(region)) {
-        logDebug(fmt::format("************** INSIDE BEACON DELEGATE- ENTERED REGION {} *****************",
-                             region->identifier()));
+        logMessage(VLLogLevel::Debug,
+                   fmt::format("************** INSIDE BEACON DELEGATE- ENTERED REGION {} *****************",
+                               region->identifier()));
         return with_.beacons->didEnterRegion(beaconRegion);
     }
-    logDebug(fmt::format("************** INSIDE GEOFENCE - ENTERED REGION {} *****************", region->identifier()));
+    logMessage(VLLogLevel::Debug, fmt::format("************** INSIDE GEOFENCE - ENTERED REGION {} *****************",
+                                              region->identifier()));
     with_.geoService->didEnterRegion(*region);
 }
 
@@ -217,19 +214,21 @@ void VLLocationService::beginEnterRegionTask() {
 
 void VLLocationService::didExitRegion(CLLocationManager& /*manager*/, const std::shared_ptr<CLRegion>& region) {
     if (const auto beaconRegion = asBeaconRegion(region)) {
-        logDebug(fmt::format("************** OUTSIDE BEACON DELEGATE - EXITED REGION {} *****************",
-                             region->identifier()));
+        logMessage(VLLogLevel::Debug,
+                   fmt::format("************** OUTSIDE BEACON DELEGATE - EXITED REGION {} *****************",
+                               region->identifier()));
         return with_.beacons->didExitRegion(beaconRegion);
     }
-    logDebug(
-        fmt::format("************** OUTSIDE GEOFENCE - EXITED REGION  {} *****************", region->identifier()));
+    logMessage(VLLogLevel::Debug, fmt::format("************** OUTSIDE GEOFENCE - EXITED REGION  {} *****************",
+                                              region->identifier()));
     with_.geoService->didExitRegion(*region);
 }
 
 void VLLocationService::didRangeBeacons(CLLocationManager& /*manager*/, const std::vector<CLBeacon>& beacons,
                                         const std::shared_ptr<CLBeaconRegion>& region) {
     const Value remaining = with_.application->backgroundTimeRemaining();
-    logDebug(fmt::format("Inside Ranging.  Time remaining:{}", vl_description(stringValue(remaining))));
+    logMessage(VLLogLevel::Debug,
+               fmt::format("Inside Ranging.  Time remaining:{}", vl_description(stringValue(remaining))));
     with_.beacons->rangingBeacons(beacons, region);
 }
 

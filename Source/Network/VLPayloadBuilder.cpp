@@ -14,9 +14,9 @@ constexpr std::uint64_t kSnakeCaseSeparator = 1;
 /// Nothing for a number that names no key.
 const char* deviceDataKeyText(std::uint64_t key) {
     switch (key) {
-        case 0:
+        case VLPayloadOptions::kDeviceKey:
             return "device";
-        case 1:
+        case VLPayloadOptions::kDeviceDataKey:
             return "deviceData";
         default:
             return nullptr;

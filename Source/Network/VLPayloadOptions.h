@@ -19,6 +19,9 @@ struct VLPayloadOptions {
     bool includeDeviceData = false;
     /// The key of that dictionary: 0 gives "device", 1 "deviceData"; any other value adds nothing.
     std::uint64_t deviceDataKey = 0;
+
+    static constexpr std::uint64_t kDeviceKey = 0;
+    static constexpr std::uint64_t kDeviceDataKey = 1;
 };
 
 }  // namespace vorlane

@@ -30,7 +30,6 @@ namespace vorlane {
 namespace {
 
 constexpr std::int64_t kInvalidPlacement = 0, kNoViewController = 1, kUnsuitableViewController = 2;
-constexpr std::uint64_t kDeviceDataKey = 1;
 
 NSError interstitialError(std::int64_t code, const std::string& description) {
     return VLError::errorWithDomain(VLErrorDomainInterstitial, code, description);
@@ -164,7 +163,7 @@ Dictionary VLInterstitialService::requestPayload() const {
                         {"interstitial", Dictionary{{"timezone", with_.settings->timezoneOffSetFromGMT()}}},
                         {"sid", with_.settings->sessionId()}};
         options.includeDeviceData = true;
-        options.deviceDataKey = kDeviceDataKey;
+        options.deviceDataKey = VLPayloadOptions::kDeviceDataKey;
     });
 }
 

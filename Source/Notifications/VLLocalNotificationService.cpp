@@ -324,7 +324,7 @@ void VLLocalNotificationService::cancelPhashCommand(const Array& records) const 
         options.includeBasicData = true;
         options.basicDataSeparator = 0;
         options.includeDeviceData = true;
-        options.deviceDataKey = 1;
+        options.deviceDataKey = VLPayloadOptions::kDeviceDataKey;
     });
     with_.urlSession->POST(with_.urlBuilder->cancelPhashURL(), std::move(payload), false,
                            [records](const std::optional<std::string>& /*text*/, std::int64_t /*status*/,

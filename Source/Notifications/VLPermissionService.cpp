@@ -11,6 +11,7 @@
 #include "Categories/NSDictionary+VLLookup.h"
 #include "Core/VLMainQueueRelease.h"
 #include "Core/VLSettings.h"
+#include "Notifications/VLAuthorisation.h"
 #include "Notifications/VLInterstitialService.h"
 #include "Notifications/VLRemoteNotificationService.h"
 #include "Notifications/VLUserNotificationCentre.h"
@@ -34,11 +35,8 @@ constexpr const char* kNotificationProvisionalUpgrade = "Notification Provisiona
 constexpr const char* kLocationPrompt = "Location Prompt";
 constexpr const char* kLocationSettings = "Location Settings";
 
-// The authorisation scale.
-constexpr std::int64_t kPrompted = -1, kNotDetermined = 0, kDenied = 1, kAuthorised = 2, kProvisional = 3;
-
-// Badge, sound, alert and car play; a link to the application's own settings; provisional.
-constexpr std::uint64_t kEverythingVisible = 15, kProvidesSettings = 32, kProvisionalOption = 64;
+// Badge, sound, alert and car play; a link to the application's own settings.
+constexpr std::uint64_t kEverythingVisible = 15, kProvidesSettings = 32;
 
 constexpr const char* kTooRecentText =
     "Soft opt-in will not be displayed because one was displayed too recently."
@@ -82,12 +80,12 @@ bool isProvisionalWanted(const Dictionary& config) {
 /// Which soft opt-in fits what the user allows; null for none.
 const char* notificationPlacement(std::int64_t status) {
     switch (status) {
-        case kPrompted:
-        case kDenied:
+        case VLAuthorisation::prompted:
+        case VLAuthorisation::denied:
             return kNotificationSettings;
-        case kNotDetermined:
+        case VLAuthorisation::notDetermined:
             return kNotificationPrompt;
-        case kProvisional:
+        case VLAuthorisation::provisional:
             return kNotificationProvisionalUpgrade;
         default:
             return nullptr;
@@ -238,7 +236,7 @@ void VLPermissionService::requestNotificationAuthorisationWithProvisionalAuth(bo
                                                                               std::function<void()> completionHandler) {
     std::uint64_t options = kEverythingVisible;
     if (providesAppNotificationSettings_) options |= kProvidesSettings;
-    if (isProvisional) options |= kProvisionalOption;
+    if (isProvisional) options |= VLAuthorisation::kProvisionalOption;
     vlUserNotificationCentre_->requestNotificationAuthorisation(
         options, [self = shared_from_this(), isProvisional, handler = std::move(completionHandler)](
                      std::int64_t status, const std::optional<NSError>& error) {
@@ -250,16 +248,16 @@ void VLPermissionService::requestNotificationAuthorisationWithProvisionalAuth(bo
 void VLPermissionService::notificationAuthorisationAnswered(std::int64_t status, const std::optional<NSError>& error,
                                                             bool isProvisional) {
     switch (status) {
-        case kDenied:
-        case kAuthorised:
-        case kProvisional:
+        case VLAuthorisation::denied:
+        case VLAuthorisation::authorised:
+        case VLAuthorisation::provisional:
             logMessage(VLLogLevel::Debug,
                        fmt::format("Register device triggered by "
                                    "VLPermissionService.requestNotificationAuthorisationWithProvisionalAuth({:d})",
                                    isProvisional));
             return remoteNotificationService_->registerDeviceTokenIfNotificationSettingsChangedWithCompletionHandler(
                 nullptr);
-        case kNotDetermined:
+        case VLAuthorisation::notDetermined:
             if (error) {
                 return logMessage(
                     VLLogLevel::Error,
@@ -268,7 +266,7 @@ void VLPermissionService::notificationAuthorisationAnswered(std::int64_t status,
             return logMessage(VLLogLevel::Warn,
                               "Notification authorisation request returned a Not Determined status, but no error "
                               "occurred.");
-        case kPrompted:
+        case VLAuthorisation::prompted:
             logMessage(VLLogLevel::Info, "User has seen the notification authorisation system prompt");
             // Differs from every later reading, and tells that the user was asked.
             return settings_->setNotificationSettings(

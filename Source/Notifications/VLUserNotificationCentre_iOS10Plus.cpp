@@ -4,6 +4,7 @@
 
 #include <utility>
 
+#include "Notifications/VLAuthorisation.h"
 #include "Notifications/VLAuthorisationHelper.h"
 #include "Notifications/VLBackgroundRefreshHelper.h"
 #include "Platform/Platform.h"
@@ -12,11 +13,6 @@
 namespace vorlane {
 
 namespace {
-
-constexpr std::uint64_t kProvisionalOption = 64;
-
-// The authorisation scale.
-constexpr std::int64_t kNotDetermined = 0, kDenied = 1, kAuthorised = 2, kProvisional = 3;
 
 /// Both scales of the platform end at 2.
 std::int64_t knownOrUnknown(std::int64_t value) { return value < 3 ? value : -1; }
@@ -48,21 +44,21 @@ void VLUserNotificationCentre_iOS10Plus::requestNotificationAuthorisation(std::u
 
 std::int64_t VLUserNotificationCentre_iOS10Plus::statusOfAnswer(std::uint64_t options, bool isGranted,
                                                                 const std::optional<NSError>& error) const {
-    if (isGranted && isProvisionalAuthorisationSupported() && (options & kProvisionalOption) != 0) {
+    if (isGranted && isProvisionalAuthorisationSupported() && (options & VLAuthorisation::kProvisionalOption) != 0) {
         logMessage(VLLogLevel::Info, "Provisional notification authorisation granted.");
-        return kProvisional;
+        return VLAuthorisation::provisional;
     }
     if (isGranted) {
         logMessage(VLLogLevel::Info, "Prominent notification authorisation granted.");
-        return kAuthorised;
+        return VLAuthorisation::authorised;
     }
     if (error) {
         logMessage(VLLogLevel::Error,
                    fmt::format("Notification authorisation request failed with error: {}", error->description()));
-        return kNotDetermined;
+        return VLAuthorisation::notDetermined;
     }
     logMessage(VLLogLevel::Info, "Notification authorisation request DENIED by user");
-    return kDenied;
+    return VLAuthorisation::denied;
 }
 
 /// Puts the library's own category beside those of the application.

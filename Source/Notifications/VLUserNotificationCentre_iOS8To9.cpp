@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "Core/VLSettings.h"
+#include "Notifications/VLAuthorisation.h"
 #include "Notifications/VLBackgroundRefreshHelper.h"
 #include "Platform/Platform.h"
 #include "Platform/UIApplication.h"
@@ -12,8 +13,6 @@ namespace vorlane {
 
 namespace {
 
-// The scales of VLUserNotificationSettings.
-constexpr std::int64_t kPrompted = -1, kNotDetermined = 0, kDenied = 1, kAuthorised = 2, kProvisional = 3;
 constexpr std::int64_t kUnknown = -1, kDisabled = 1, kEnabled = 2;
 
 }  // namespace
@@ -38,7 +37,7 @@ void VLUserNotificationCentre_iOS8To9::requestNotificationAuthorisation(std::uin
     if (application) wanted.categories = application->currentUserNotificationSettings().categories;
     if (std::ranges::find(wanted.categories, basic) == wanted.categories.end()) wanted.categories.push_back(basic);
     wanted.types = VLAuthOptionsToUIUserNotificationType(options);
-    if (completionHandler) completionHandler(kPrompted, std::nullopt);
+    if (completionHandler) completionHandler(VLAuthorisation::prompted, std::nullopt);
     if (application) application->registerUserNotificationSettings(wanted);
 }
 
@@ -54,13 +53,13 @@ VLUserNotificationSettings VLUserNotificationCentre_iOS8To9::currentSettings() c
     const auto setting = [types](std::uint64_t type) { return (types & type) != 0 ? kEnabled : kDisabled; };
     VLUserNotificationSettings settings;
     if (types != 0) {
-        settings.authorisationStatus = kAuthorised;
+        settings.authorisationStatus = VLAuthorisation::authorised;
         settings.sound = setting(UIUserNotificationTypeSound);
         settings.badge = setting(UIUserNotificationTypeBadge);
         settings.alertSetting = setting(UIUserNotificationTypeAlert);
     } else {
         const bool isDenied = hasUserDecided();
-        settings.authorisationStatus = isDenied ? kDenied : kNotDetermined;
+        settings.authorisationStatus = isDenied ? VLAuthorisation::denied : VLAuthorisation::notDetermined;
         settings.sound = settings.badge = settings.alertSetting = isDenied ? kDisabled : kUnknown;
     }
     settings.silentPush = backgroundRefreshHelper_->getUIKitBackgroundRefreshSetting();
@@ -73,7 +72,8 @@ bool VLUserNotificationCentre_iOS8To9::hasUserDecided() const {
     const auto stored = settings_->notificationSettings();
     if (!stored) return false;
     const auto status = stored->authorisationStatus;
-    return status >= kPrompted && status <= kProvisional && status != kNotDetermined;
+    return status >= VLAuthorisation::prompted && status <= VLAuthorisation::provisional &&
+           status != VLAuthorisation::notDetermined;
 }
 
 std::uint64_t VLUserNotificationCentre_iOS8To9::VLAuthOptionsToUIUserNotificationType(std::uint64_t options) {

@@ -1,6 +1,7 @@
 #include "Platform/Platform.h"
 
 #include <atomic>
+#include <cassert>
 #include <mutex>
 #include <utility>
 #include <vector>
@@ -98,6 +99,8 @@ std::shared_ptr<NSTimer> Platform::scheduledTimer(TimeInterval seconds, std::fun
     mainQueue()->postAfter(seconds, [timer] { timer->fire(); });
     return timer;
 }
+
+void assertMainQueue() { assert(Platform::current().mainQueue()->isCurrent()); }
 
 void onMainQueue(std::function<void()> task) { Platform::current().mainQueue()->post(std::move(task)); }
 

@@ -95,5 +95,7 @@ private:
 
 /// Posts `task` to the main queue.
 VORLANE_EXPORT void onMainQueue(std::function<void()> task);
+/// In a debug build, ends a process that comes here outside the main queue.
+VORLANE_EXPORT void assertMainQueue();
 
 }  // namespace vorlane

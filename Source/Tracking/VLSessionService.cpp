@@ -127,7 +127,7 @@ void VLSessionService::postSessionToUrl(const NSURL& url) {
         options.includeBasicData = true;
         options.basicDataSeparator = 1;
         options.includeDeviceData = true;
-        options.deviceDataKey = 0;
+        options.deviceDataKey = VLPayloadOptions::kDeviceKey;
     });
     // The platform is told beside the device, not in it.
     if (const auto device = payload.find("device"); device != payload.end()) device->second.erase("platform");

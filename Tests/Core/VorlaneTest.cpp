@@ -12,13 +12,13 @@ namespace vorlane {
 
 namespace {
 
-const std::string kKey = "0123456789abcdef0123456789abcdef";
+const std::string kAppKey = "0123456789abcdef0123456789abcdef";
 
 class VorlaneTest : public SimulatedPhoneTest {
 protected:
     void launch() {
         auto options = VLSDKOptions::developmentOptions();
-        options.setAppKey(kKey);
+        options.setAppKey(kAppKey);
         Vorlane::initialiseSDKWithApplication(phone().application(), std::nullopt, options);
     }
 

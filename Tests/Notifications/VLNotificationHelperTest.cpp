@@ -12,7 +12,7 @@ namespace vorlane {
 
 namespace {
 
-const std::string kDefaultSound = "UILocalNotificationDefaultSoundName";
+const std::string kSoundOfThePlatform = "UILocalNotificationDefaultSoundName";
 
 class VLNotificationHelperTest : public NotificationsTest {
 protected:
@@ -65,17 +65,17 @@ TEST_F(VLNotificationHelperTest, ASoundOfTheBundleIsTakenWavFirst) {
 }
 
 TEST_F(VLNotificationHelperTest, ASoundThatIsMissingIsToldAndTheDefaultTaken) {
-    EXPECT_EQ(soundOf(R"({"sound":"none"})"), kDefaultSound);
+    EXPECT_EQ(soundOf(R"({"sound":"none"})"), kSoundOfThePlatform);
     EXPECT_EQ(log().count("Notification sound with filename \"none\" in app bundle. Using default sound instead.",
                           VLLogLevel::Error),
               1);
 }
 
 TEST_F(VLNotificationHelperTest, AMessageThatNamesNoSoundHasTheDefault) {
-    EXPECT_EQ(helper.getNotificationSoundFromMessageData({}), kDefaultSound);
+    EXPECT_EQ(helper.getNotificationSoundFromMessageData({}), kSoundOfThePlatform);
     for (const auto& content :
          {Value(), Value(""), Value("%zz"), Value("[]"), Value("{"), Value("{}"), Value(R"({"sound":5})"), Value(7)}) {
-        EXPECT_EQ(soundOf(content), kDefaultSound) << content;
+        EXPECT_EQ(soundOf(content), kSoundOfThePlatform) << content;
     }
     EXPECT_TRUE(log().linesContaining("Notification sound").empty());
 }
@@ -97,7 +97,7 @@ TEST_F(VLNotificationHelperTest, AMessageWithNothingInItIsStillAMessage) {
     ASSERT_TRUE(content);
     EXPECT_EQ(content->pushText(), std::nullopt);
     EXPECT_EQ(content->phash(), std::nullopt);
-    EXPECT_EQ(content->sound(), kDefaultSound);
+    EXPECT_EQ(content->sound(), kSoundOfThePlatform);
     EXPECT_EQ(content->metadata(), Dictionary());
 }
 

@@ -158,7 +158,7 @@ TEST_F(AdminGeoEndpointsTest, ContentThatCannotBeShownIsRefused) {
     expectError(set({{"pushtext", "a"}, {"phash", ""}}), 400, "\"phash\" is missing, empty or no text");
     expectError(set({{"pushtext", "a"}, {"sound", 5}}), 400, "\"sound\" is missing, empty or no text");
     expectError(set({{"pushtext", "a"}, {"metadata", "b"}}), 400, "\"metadata\" is no object");
-    expectError(set({{"pushtext", "a"}, {"metadata", {{"sound", "b"}}}}), 400, "\"metadata\" has a \"sound\"");
+    expectError(set({{"pushtext", "a"}, {"metadata", {{"sound", "b"}}}}), 400, "\"metadata\" has \"sound\"");
     expectError(set({{"pushtext", "a"}, {"pushText", "b"}}), 400, "there is no \"pushText\" here");
     const std::string transition = "the transition is neither \"enter\" nor \"exit\"";
     expectError(client().put("/_admin/geoContent/K/dwell/a", {{"pushtext", "a"}}), 400, transition);

@@ -129,7 +129,7 @@ TEST_F(AdminInterstitialEndpointsTest, AMistakenPlacementIsRefusedAndChangesNoth
     expectError(set("Feedback", {{"html", nullptr}}), 400, noPage);
     expectError(set("Feedback", {{"html", {"x"}}}), 400, noPage);
     expectError(set("Feedback", {{"html", "x"}, {"metadata", "dark"}}), 400, "\"metadata\" is no object");
-    expectError(set("Feedback", {{"html", "x"}, {"metadata", {{"html", "y"}}}}), 400, "\"metadata\" has an \"html\"");
+    expectError(set("Feedback", {{"html", "x"}, {"metadata", {{"html", "y"}}}}), 400, "\"metadata\" has \"html\"");
     expectError(set("Feedback", {{"html", "x"}, {"phash", ""}}), 400, "\"phash\" is missing, empty or no text");
     expectError(set("Feedback", {{"html", "x"}, {"phash", 5}}), 400, "\"phash\" is missing, empty or no text");
     expectError(set("Feedback", {{"html", "x"}, {"pHash", "p"}}), 400, "there is no \"pHash\" here");

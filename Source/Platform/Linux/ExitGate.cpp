@@ -12,7 +12,7 @@ namespace vorlane {
 
 namespace {
 
-constexpr std::chrono::milliseconds kPatience{200};
+constexpr std::chrono::milliseconds kLongestWaitAtExit{200};
 
 // How many gated tasks this thread is inside of: exit() may be called from within one, which must not wait for itself.
 thread_local std::size_t tasksOfThisThread = 0;
@@ -101,7 +101,7 @@ void ExitGate::close() {
     if (isClosed_.exchange(true)) return;
     haltWorkers();
     std::unique_lock lock(mutex_);
-    left_.wait_for(lock, kPatience, [this] { return running_ <= tasksOfThisThread; });
+    left_.wait_for(lock, kLongestWaitAtExit, [this] { return running_ <= tasksOfThisThread; });
 }
 
 void ExitGate::haltWorkers() {
