@@ -39,11 +39,13 @@ double degreesInQuery(const ServiceRequest& request, const std::string& name, do
 /// The nearest `count` of the regions, nearest first; of equally near ones, in their order.
 Array nearest(const std::vector<Region>& regions, double latitude, double longitude, std::size_t count) {
     std::vector<std::pair<double, const Region*>> byDistance;
+    byDistance.reserve(regions.size());
     for (const auto& region : regions) byDistance.emplace_back(region.distanceTo(latitude, longitude), &region);
     std::stable_sort(byDistance.begin(), byDistance.end(),
                      [](const auto& left, const auto& right) { return left.first < right.first; });
     byDistance.resize(std::min(byDistance.size(), count));
     Array documents;
+    documents.reserve(byDistance.size());
     for (const auto& [distance, region] : byDistance) documents.emplace_back(region->document);
     return documents;
 }

@@ -30,7 +30,7 @@ VLInboxMessage::Content withCheckedColors(VLInboxMessage::Content content) {
 
 }  // namespace
 
-VLInboxMessage::VLInboxMessage() = default;
+VLInboxMessage::VLInboxMessage() : content_() {}
 
 VLInboxMessage::VLInboxMessage(Content content, std::weak_ptr<VLInboxService> service)
     : content_(withCheckedColors(std::move(content))), service_(std::move(service)) {}

@@ -234,10 +234,15 @@ std::vector<bool> VLInboxStore::removeRows(const std::vector<std::uint64_t>& not
     std::vector<bool> removed;
     if (notificationIds.empty()) return removed;
     Operation operation(*this);
-    for (const auto notificationId : notificationIds) {
-        removed.push_back(operation.change(
-            kDelete, [&](VLInboxStatement& statement) { statement.bindId(notificationId).bind(trackingId); }));
-    }
+    // Flushed to the disk once for all of them.
+    const bool isCommitted = operation.inTransaction([&] {
+        for (const auto notificationId : notificationIds) {
+            removed.push_back(operation.change(
+                kDelete, [&](VLInboxStatement& statement) { statement.bindId(notificationId).bind(trackingId); }));
+        }
+        return true;
+    });
+    if (!isCommitted) removed.assign(notificationIds.size(), false);
     return removed;
 }
 
@@ -245,11 +250,15 @@ std::vector<bool> VLInboxStore::setReadFlags(const std::vector<VLInboxEntry>& en
     std::vector<bool> isSet;
     if (entries.empty()) return isSet;
     Operation operation(*this);
-    for (const auto& entry : entries) {
-        isSet.push_back(operation.change(kUpdateRead, [&](VLInboxStatement& statement) {
-            statement.bind(entry.read).bindId(entry.notificationId).bind(trackingId);
-        }));
-    }
+    const bool isCommitted = operation.inTransaction([&] {
+        for (const auto& entry : entries) {
+            isSet.push_back(operation.change(kUpdateRead, [&](VLInboxStatement& statement) {
+                statement.bind(entry.read).bindId(entry.notificationId).bind(trackingId);
+            }));
+        }
+        return true;
+    });
+    if (!isCommitted) isSet.assign(entries.size(), false);
     return isSet;
 }
 

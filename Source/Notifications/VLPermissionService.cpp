@@ -238,9 +238,10 @@ void VLPermissionService::requestNotificationAuthorisationWithProvisionalAuth(bo
     if (providesAppNotificationSettings_) options |= kProvidesSettings;
     if (isProvisional) options |= VLAuthorisation::kProvisionalOption;
     vlUserNotificationCentre_->requestNotificationAuthorisation(
-        options, [self = shared_from_this(), isProvisional, handler = std::move(completionHandler)](
+        options, [weakSelf = weak_from_this(), isProvisional, handler = std::move(completionHandler)](
                      std::int64_t status, const std::optional<NSError>& error) {
-            self->notificationAuthorisationAnswered(status, error, isProvisional);
+            if (const auto self = weakSelf.lock())
+                self->notificationAuthorisationAnswered(status, error, isProvisional);
             if (handler) handler();
         });
 }

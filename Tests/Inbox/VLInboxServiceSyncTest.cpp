@@ -543,6 +543,27 @@ TEST_F(VLInboxServiceSyncTest, LessThanASecondBackIsNoSecond) {
     EXPECT_EQ(logged("Inbox: last sync occured 0 seconds ago, limit set to 30"), 1);
 }
 
+TEST_F(VLInboxServiceSyncTest, TenThousandMessagesAreBroughtInStepInOneRound) {
+    constexpr int kCount = 10'000;
+    execute(
+        "WITH RECURSIVE ids(id) AS (SELECT 1 UNION ALL SELECT id + 1 FROM ids WHERE id < 10000) INSERT INTO RICH_INBOX "
+        "(TRACKING_ID, NOTIF_ID, READ, CREATED, END) SELECT 'T', id, 0, id, 1800000000 FROM ids");
+    std::vector<std::string> local;
+    std::vector<std::string> listed;
+    for (int id = kCount; id > 0; --id) {
+        local.push_back(entry(static_cast<std::uint64_t>(id)));
+        // Half of them are gone there, and some of the others were read on another device.
+        if (id % 2 == 0) listed.push_back(entry(static_cast<std::uint64_t>(id), id % 100 == 0 ? 1 : 0));
+    }
+    listAtServer(listed);
+    const auto shown = list();
+    EXPECT_THAT(stateHashes(), ElementsAre(vl_md5(fmt::format(R"({{"notification":[{}]}})", fmt::join(local, ",")))));
+    EXPECT_EQ(shown.messages.size(), 5'000U);
+    EXPECT_EQ(shown.unreadCount, 4'900U);
+    EXPECT_EQ(value("SELECT count(*) || ' ' || sum(READ) FROM RICH_INBOX"), "5000 100");
+    EXPECT_TRUE(session().requests(kMessages).empty());
+}
+
 }  // namespace
 
 }  // namespace vorlane
