@@ -234,11 +234,14 @@ double inboxListRequest() {
 }
 
 double inboxMainThread() {
+    constexpr int kRequests = 10;
     AppWithInbox app;
-    const double start = threadTime();
-    double end = start;
-    requestList(app.platform(), kListed, [&end] { end = threadTime(); });
-    return end - start;
+    double sum = 0;
+    for (int i = 0; i < kRequests; ++i) {
+        const double start = threadTime();
+        requestList(app.platform(), kListed, [&sum, start] { sum += threadTime() - start; });
+    }
+    return sum / kRequests;
 }
 
 double inboxListMemory() {

@@ -42,9 +42,9 @@ BENCHMARK(SessionStartWithoutLogging)->Iterations(3)->UseManualTime();
 BENCHMARK(InboxList)->Iterations(5)->UseManualTime();
 BENCHMARK(BareInboxList)->Iterations(5)->UseManualTime();
 BENCHMARK(InboxListRequest)->Iterations(5)->UseManualTime();
-BENCHMARK(InboxMainThread)->Iterations(5)->UseManualTime();
-BENCHMARK(InboxSynchronisation)->Iterations(5)->UseManualTime();
-BENCHMARK(BareInboxSynchronisation)->Iterations(5)->UseManualTime();
+BENCHMARK(InboxMainThread)->Iterations(9)->UseManualTime();
+BENCHMARK(InboxSynchronisation)->Iterations(9)->UseManualTime();
+BENCHMARK(BareInboxSynchronisation)->Iterations(9)->UseManualTime();
 
 void figure(benchmark::State& state, const std::string& role) {
     double value = 0;

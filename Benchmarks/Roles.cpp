@@ -2,6 +2,7 @@
 
 #include <curl/curl.h>
 
+#include <chrono>
 #include <cstddef>
 #include <functional>
 #include <map>
@@ -15,6 +16,7 @@
 #include "Benchmarks/Support/Process.h"
 #include "Core/VLBootstrap.h"
 #include "Platform/NSFileManager.h"
+#include "Platform/SerialDispatchQueue.h"
 #include "Public/Vorlane.h"
 #include "Tracking/VLSessionService.h"
 
@@ -119,6 +121,8 @@ double threads() {
     const auto platform = installLinuxPlatform(folder.path(), server.origin());
     startLibrary();
     server.wait();
+    // What only start-up had to do has come to rest.
+    platform->runFor(std::chrono::duration<double>(SerialDispatchQueue::kLongestRest).count() + 1);
     sendEvents(server, 100);
     platform->runFor(0.2);
     return static_cast<double>(threadCount());

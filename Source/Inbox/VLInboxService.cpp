@@ -160,8 +160,10 @@ void VLInboxService::runMessageListBlockCallback(const std::string& trackingId, 
         if (shown) shown();
         return;
     }
-    auto messages = std::make_shared<Messages>(getInboxList(trackingId));
-    const auto unread = getUnreadCount(trackingId);
+    const double time = now();
+    const auto list = store_->list(trackingId, time);
+    auto messages = std::make_shared<Messages>(list.rows ? visibleRows(*list.rows, time) : Messages());
+    const auto unread = list.unreadCount.value_or(0);
     onMainQueue([queue = backgroundQueue_, messages = std::move(messages), unread, messageListBlock,
                  shown = std::move(shown)]() mutable {
         messageListBlock(*messages, unread);

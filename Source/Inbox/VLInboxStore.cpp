@@ -177,6 +177,21 @@ std::optional<VLInboxStore::Local> VLInboxStore::local(const std::string& tracki
 
 std::shared_ptr<const VLInboxRows> VLInboxStore::rows(const std::string& trackingId) {
     Operation operation(*this);
+    return rows(operation, trackingId);
+}
+
+std::optional<std::size_t> VLInboxStore::unreadCount(const std::string& trackingId, double now) {
+    Operation operation(*this);
+    return unreadCount(operation, trackingId, now);
+}
+
+VLInboxStore::List VLInboxStore::list(const std::string& trackingId, double now) {
+    Operation operation(*this);
+    auto listed = rows(operation, trackingId);
+    return {std::move(listed), unreadCount(operation, trackingId, now)};
+}
+
+std::shared_ptr<const VLInboxRows> VLInboxStore::rows(Operation& operation, const std::string& trackingId) {
     const auto stamp = keptRows_.isKeeping() ? operation.connection().stamp() : std::nullopt;
     if (auto kept = keptRows_.rows(trackingId, stamp)) return kept;
     auto rows = std::make_shared<VLInboxRows>();
@@ -188,8 +203,7 @@ std::shared_ptr<const VLInboxRows> VLInboxStore::rows(const std::string& trackin
     return rows;
 }
 
-std::optional<std::size_t> VLInboxStore::unreadCount(const std::string& trackingId, double now) {
-    Operation operation(*this);
+std::optional<std::size_t> VLInboxStore::unreadCount(Operation& operation, const std::string& trackingId, double now) {
     if (keptRows_.isKeeping()) {
         if (const auto kept = keptRows_.rows(trackingId, operation.connection().stamp())) {
             return vorlane::unreadCount(*kept, now);

@@ -40,6 +40,12 @@ public:
     std::optional<Local> local(const std::string& trackingId);
     std::shared_ptr<const VLInboxRows> rows(const std::string& trackingId);
     std::optional<std::size_t> unreadCount(const std::string& trackingId, double now);
+    struct List {
+        std::shared_ptr<const VLInboxRows> rows;
+        std::optional<std::size_t> unreadCount;
+    };
+    /// Both over one connection.
+    List list(const std::string& trackingId, double now);
     std::optional<Data> cardImage(std::uint64_t notificationId, const std::string& trackingId);
 
     // Changes. Each is there after a crash, or it is not.
@@ -67,6 +73,8 @@ public:
 private:
     class Operation;
 
+    std::shared_ptr<const VLInboxRows> rows(Operation& operation, const std::string& trackingId);
+    std::optional<std::size_t> unreadCount(Operation& operation, const std::string& trackingId, double now);
     std::shared_ptr<VLInboxMessage> message(VLInboxRecord record) const;
 
     // Fixed at construction.

@@ -28,9 +28,10 @@ SteadyClock::time_point dueAfter(TimeInterval delay) {
 }  // namespace
 
 struct SerialDispatchQueue::State {
-    explicit State(std::string name) : label(std::move(name)) {}
+    State(std::string name, std::chrono::milliseconds rest) : label(std::move(name)), longestRest(rest) {}
 
     const std::string label;
+    const std::chrono::milliseconds longestRest;
 
     mutable std::mutex mutex;
     mutable std::condition_variable changed;
@@ -46,9 +47,13 @@ struct SerialDispatchQueue::State {
 
     bool isIdle() const { return tasks.empty() && !isRunningTask && !isDue(); }
     bool isDue() const { return !delayed.empty() && delayed.begin()->first <= SteadyClock::now(); }
+    bool hasThread() const { return thread.joinable() && !hasEnded; }
 
     /// Signals are the host's to handle: the thread blocks them all, from its first instruction on.
     void startThread(std::shared_ptr<State> self) {
+        // One that came to rest needs nothing of what is locked here any more.
+        if (thread.joinable()) thread.join();
+        hasEnded = false;
         sigset_t all;
         sigset_t previous;
         sigfillset(&all);
@@ -68,12 +73,13 @@ struct SerialDispatchQueue::State {
         }
     }
 
-    void waitForWork(std::unique_lock<std::mutex>& lock) const {
-        if (delayed.empty()) {
-            changed.wait(lock);
-        } else {
+    /// Returns whether the thread is still needed.
+    bool waitForWork(std::unique_lock<std::mutex>& lock) const {
+        if (!delayed.empty()) {
             changed.wait_until(lock, delayed.begin()->first);
+            return true;
         }
+        return changed.wait_for(lock, longestRest, [this] { return isStopping || !tasks.empty() || !delayed.empty(); });
     }
 
     void runNext(std::unique_lock<std::mutex>& lock) {
@@ -97,10 +103,8 @@ struct SerialDispatchQueue::State {
             takeDueTasks();
             if (!tasks.empty()) {
                 runNext(lock);
-            } else if (isStopping) {
+            } else if (isStopping || !waitForWork(lock)) {
                 break;
-            } else {
-                waitForWork(lock);
             }
         }
         threadId = {};
@@ -109,7 +113,8 @@ struct SerialDispatchQueue::State {
     }
 };
 
-SerialDispatchQueue::SerialDispatchQueue(std::string label) : state_(std::make_shared<State>(std::move(label))) {}
+SerialDispatchQueue::SerialDispatchQueue(std::string label, std::chrono::milliseconds longestRest)
+    : state_(std::make_shared<State>(std::move(label), longestRest)) {}
 
 SerialDispatchQueue::~SerialDispatchQueue() { stop(SteadyClock::now() + std::chrono::seconds(2)); }
 
@@ -124,7 +129,7 @@ void SerialDispatchQueue::postAfter(TimeInterval delay, std::function<void()> ta
     } else {
         state_->tasks.push_back(std::move(task));
     }
-    if (!state_->thread.joinable()) state_->startThread(state_);
+    if (!state_->hasThread()) state_->startThread(state_);
     state_->changed.notify_all();
 }
 
@@ -155,8 +160,7 @@ void SerialDispatchQueue::stop(SteadyClock::time_point deadline) {
         state_->changed.notify_all();
         // Its own thread cannot wait for itself, and of several callers only one gets the thread.
         if (state_->threadId != std::this_thread::get_id()) {
-            state_->changed.wait_until(lock, deadline,
-                                       [this] { return state_->hasEnded || !state_->thread.joinable(); });
+            state_->changed.wait_until(lock, deadline, [this] { return !state_->hasThread(); });
         }
         state_->tasks.swap(droppedTasks);
         thread = std::move(state_->thread);

@@ -9,10 +9,13 @@
 
 namespace vorlane {
 
-/// A serial queue on one named thread, which starts with the first task.
+/// A serial queue on one named thread at a time, which starts with the first task. A thread that has had nothing to do
+/// for a while ends; the next task starts another.
 class VORLANE_EXPORT SerialDispatchQueue : public DispatchQueue {
 public:
-    explicit SerialDispatchQueue(std::string label);
+    static constexpr std::chrono::milliseconds kLongestRest = std::chrono::seconds(10);
+
+    explicit SerialDispatchQueue(std::string label, std::chrono::milliseconds longestRest = kLongestRest);
     /// Stops as `stop()` does.
     ~SerialDispatchQueue() override;
 

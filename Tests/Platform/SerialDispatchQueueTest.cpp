@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 #include <pthread.h>
 #include <signal.h>
+#include <unistd.h>
 
 #include <array>
 #include <atomic>
+#include <filesystem>
 #include <future>
 #include <limits>
 #include <numeric>
@@ -266,6 +268,64 @@ TEST(SerialDispatchQueueTest, ManyThreadsMayPost) {
     for (auto& thread : threads) thread.join();
     ASSERT_TRUE(queue.waitUntilIdle(inTime()));
     EXPECT_EQ(runs, 1000);
+}
+
+/// Whether a thread of this process exists.
+bool isThere(pid_t thread) { return std::filesystem::exists("/proc/self/task/" + std::to_string(thread)); }
+
+void waitForTheEndOf(pid_t thread) {
+    const auto deadline = inTime();
+    while (isThere(thread) && SteadyClock::now() < deadline) std::this_thread::yield();
+}
+
+TEST(SerialDispatchQueueTest, AThreadWithNothingToDoEndsAndTheNextTaskStartsAnother) {
+    SerialDispatchQueue queue("queue", std::chrono::milliseconds(1));
+    for (int round = 0; round < 3; ++round) {
+        std::atomic<pid_t> thread = 0;
+        queue.post([&thread] { thread = gettid(); });
+        ASSERT_TRUE(queue.waitUntilIdle(inTime()));
+        ASSERT_NE(thread, 0);
+        waitForTheEndOf(thread);
+        EXPECT_FALSE(isThere(thread));
+        EXPECT_FALSE(queue.isCurrent());
+    }
+}
+
+TEST(SerialDispatchQueueTest, AThreadStaysForADelayedTask) {
+    SerialDispatchQueue queue("queue", std::chrono::milliseconds(0));
+    std::promise<void> ran;
+    queue.postAfter(0.05, [&ran] { ran.set_value(); });
+    EXPECT_EQ(ran.get_future().wait_until(inTime()), std::future_status::ready);
+}
+
+TEST(SerialDispatchQueueTest, NoTaskIsLostWhileThreadsComeAndGo) {
+    int runs = 0;
+    {
+        SerialDispatchQueue queue("queue", std::chrono::milliseconds(0));
+        std::vector<std::thread> threads;
+        for (int i = 0; i < 3; ++i) {
+            threads.emplace_back([&] {
+                for (int task = 0; task < 200; ++task) {
+                    queue.post([&runs] { ++runs; });
+                    if (task % 10 == 0) queue.waitUntilIdle(inTime());
+                }
+            });
+        }
+        for (auto& thread : threads) thread.join();
+    }
+    EXPECT_EQ(runs, 600);
+}
+
+TEST(SerialDispatchQueueTest, AQueueWhoseThreadHasEndedStopsAtOnce) {
+    SerialDispatchQueue queue("queue", std::chrono::milliseconds(0));
+    std::atomic<pid_t> thread = 0;
+    queue.post([&thread] { thread = gettid(); });
+    ASSERT_TRUE(queue.waitUntilIdle(inTime()));
+    waitForTheEndOf(thread);
+    queue.stop(inTime());
+    queue.post([&thread] { thread = 0; });
+    EXPECT_TRUE(queue.isIdle());
+    EXPECT_NE(thread, 0);
 }
 
 }  // namespace
