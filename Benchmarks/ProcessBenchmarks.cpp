@@ -55,12 +55,16 @@ void figure(benchmark::State& state, const std::string& role) {
 void MemoryAfterStartUp(benchmark::State& state) { figure(state, "memory-after-start-up"); }
 void BareMemory(benchmark::State& state) { figure(state, "bare-memory"); }
 void MemoryAfterEvents(benchmark::State& state) { figure(state, "memory-after-events"); }
+void OwnMemoryAfterStartUp(benchmark::State& state) { figure(state, "own-memory-after-start-up"); }
+void OwnMemoryAfterEvents(benchmark::State& state) { figure(state, "own-memory-after-events"); }
 void InboxListMemory(benchmark::State& state) { figure(state, "inbox-list-memory"); }
 void Threads(benchmark::State& state) { figure(state, "threads"); }
 
 BENCHMARK(MemoryAfterStartUp)->Iterations(1);
 BENCHMARK(BareMemory)->Iterations(1);
 BENCHMARK(MemoryAfterEvents)->Iterations(1);
+BENCHMARK(OwnMemoryAfterStartUp)->Iterations(1);
+BENCHMARK(OwnMemoryAfterEvents)->Iterations(1);
 BENCHMARK(InboxListMemory)->Iterations(1);
 BENCHMARK(Threads)->Iterations(1);
 

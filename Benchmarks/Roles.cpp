@@ -78,17 +78,17 @@ double shutdownWith(LoopbackServer::Manner manner, int requests) {
     return secondsOf([] { Platform::shutdown(); });
 }
 
-double memoryAfter(int events) {
+double memoryAfter(int events, std::int64_t (*memory)() = residentMemory) {
     const TemporaryFolder folder;
     LoopbackServer server;
     server.expect(1);
-    const auto before = residentMemory();
+    const auto before = memory();
     const auto platform = installLinuxPlatform(folder.path(), server.origin());
     startLibrary();
     server.wait();
     if (events > 0) sendEvents(server, events);
     platform->runFor(1.0);
-    return static_cast<double>(residentMemory() - before);
+    return static_cast<double>(memory() - before);
 }
 
 /// What one request by libcurl alone takes, on a thread of its own.
@@ -156,6 +156,8 @@ double figureOfRole(const std::string& role) {
         {"memory-after-start-up", [] { return memoryAfter(0); }},
         {"bare-memory", bareMemory},
         {"memory-after-events", [] { return memoryAfter(kEvents); }},
+        {"own-memory-after-start-up", [] { return memoryAfter(0, ownMemory); }},
+        {"own-memory-after-events", [] { return memoryAfter(kEvents, ownMemory); }},
         {"threads", threads},
         {"session-start", sessionStart},
         {"inbox-list", inboxList},

@@ -74,6 +74,8 @@ double processorTime() {
 
 std::int64_t residentMemory() { return statusNumber("VmRSS:") * 1024; }
 
+std::int64_t ownMemory() { return statusNumber("RssAnon:") * 1024; }
+
 std::int64_t startPeakMemory() {
     // What was freed before would be used again first.
     malloc_trim(0);

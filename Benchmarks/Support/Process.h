@@ -19,6 +19,8 @@ double secondsOf(const std::function<void()>& work);
 double processorTime();
 /// The memory that this process has resident, in bytes.
 std::int64_t residentMemory();
+/// The part of it that is the process's own: not the code of programs and libraries, which processes share.
+std::int64_t ownMemory();
 /// Starts to take note of the most memory that is resident from now on; gives what is resident now.
 std::int64_t startPeakMemory();
 /// The most memory that was resident since then.
