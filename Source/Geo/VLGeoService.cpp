@@ -116,9 +116,9 @@ void VLGeoService::didUpdateLocations(const std::vector<CLLocation>& locations) 
 
 std::vector<CLLocation> VLGeoService::sortLocationsByAccuracy(std::vector<CLLocation> locations) {
     // Those whose accuracy is no number have no place in an order.
-    const auto end = std::stable_partition(
-        locations.begin(), locations.end(),
-        [](const CLLocation& location) { return !std::isnan(location.horizontalAccuracy); });
+    const auto end = std::stable_partition(locations.begin(), locations.end(), [](const CLLocation& location) {
+        return !std::isnan(location.horizontalAccuracy);
+    });
     std::ranges::stable_sort(locations.begin(), end, {}, &CLLocation::horizontalAccuracy);
     return locations;
 }
