@@ -34,11 +34,11 @@ public:
     /// `addComponent:typeName:`
     void addComponent(Factory<void> factory, const std::string& name) { createBlocks_[name] = std::move(factory); }
 
-    /// `addComponentInstance:forClassType:`, `overrideComponent:forClassType:` store a ready instance. Before the first
-    /// request it replaces what the factory would have made.
+    /// `addComponentInstance:forClassType:`, `overrideComponent:forClassType:` store a ready instance, nothing for
+    /// null. Before the first request it replaces what the factory would have made.
     template <class T>
     void addComponentInstance(std::shared_ptr<T> instance) {
-        components_[typeName<T>()] = std::move(instance);
+        if (instance) components_[typeName<T>()] = std::move(instance);
     }
     /// `overrideComponentWithBlock:forClassType:`, `…:forProtocol:` call the factory at once and store its result.
     template <class T>

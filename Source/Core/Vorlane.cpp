@@ -217,6 +217,8 @@ void Vorlane::askForPermission(VLPermissions permission, const std::shared_ptr<N
 }
 
 std::int32_t Vorlane::locationAuthorisationStatus() {
+    // The first call of any operation makes the facade.
+    sharedInstance();
     return static_cast<std::int32_t>(Platform::current().locationManager()->authorizationStatus());
 }
 

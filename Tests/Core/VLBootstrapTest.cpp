@@ -155,6 +155,12 @@ TEST_F(VLBootstrapTest, AnUnregisteredTypeIsAMistakeThatIsTold) {
     EXPECT_THROW(bootstrap->getComponentForString("NoSuchType"), NSException);
 }
 
+TEST_F(VLBootstrapTest, OverridingWithNothingStoresNothing) {
+    bootstrap->addComponent<Greeter>([] { return std::make_shared<PoliteGreeter>(); });
+    bootstrap->overrideComponentWithBlock<Greeter>([] { return std::shared_ptr<Greeter>(); });
+    EXPECT_TRUE(bootstrap->getComponent<Greeter>());
+}
+
 }  // namespace
 
 }  // namespace vorlane

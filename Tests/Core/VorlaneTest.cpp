@@ -154,6 +154,13 @@ TEST_F(VorlaneTest, AnOperationBeforeStartUpWorksWithoutAnAppKey) {
     EXPECT_FALSE(lastEvent().contains("app_key"));
 }
 
+TEST_F(VorlaneTest, AskingForTheLocationAuthorisationMakesTheFacadeToo) {
+    EXPECT_FALSE(NSFileManager::fileExistsAtPath(documentsPath("VLLibSettings.plist")));
+    EXPECT_EQ(Vorlane::locationAuthorisationStatus(), 0);
+    EXPECT_TRUE(NSFileManager::fileExistsAtPath(documentsPath("VLLibSettings.plist")));
+    EXPECT_TRUE(Vorlane::getURLs());
+}
+
 }  // namespace
 
 }  // namespace vorlane
