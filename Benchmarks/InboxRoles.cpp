@@ -156,9 +156,10 @@ void makeMailbox(int count) {
 
 VLInboxRows readList() {
     VLInboxStore store(std::make_shared<VLInboxDatabaseManager>(), {});
-    const auto rows = store.rows(kTrackingId);
+    const double now = Platform::current().clock().now();
+    const auto rows = store.list(kTrackingId, now).rows;
     if (!rows || rows->size() != static_cast<std::size_t>(kListed)) throw std::runtime_error("the list is not whole");
-    return visibleRows(*rows, Platform::current().clock().now());
+    return visibleRows(*rows, now);
 }
 
 std::size_t textOf(const VLInboxRows& messages) {

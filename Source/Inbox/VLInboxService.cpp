@@ -160,27 +160,27 @@ void VLInboxService::runMessageListBlockCallback(const std::string& trackingId, 
         if (shown) shown();
         return;
     }
+    auto list = std::make_shared<List>(readList(trackingId));
+    onMainQueue(
+        [queue = backgroundQueue_, list = std::move(list), messageListBlock, shown = std::move(shown)]() mutable {
+            messageListBlock(list->messages, list->unreadCount);
+            if (shown) shown();
+            // Letting go of a long list takes longer than showing it.
+            queue->post([list = std::move(list)] {});
+        });
+}
+
+VLInboxService::List VLInboxService::readList(const std::string& trackingId) {
     const double time = now();
     const auto list = store_->list(trackingId, time);
-    auto messages = std::make_shared<Messages>(list.rows ? visibleRows(*list.rows, time) : Messages());
-    const auto unread = list.unreadCount.value_or(0);
-    onMainQueue([queue = backgroundQueue_, messages = std::move(messages), unread, messageListBlock,
-                 shown = std::move(shown)]() mutable {
-        messageListBlock(*messages, unread);
-        if (shown) shown();
-        // Letting go of a long list takes longer than showing it.
-        queue->post([messages = std::move(messages)] {});
-    });
+    return {list.rows ? visibleRows(*list.rows, time) : Messages(), list.unreadCount.value_or(0)};
 }
 
 VLInboxService::Messages VLInboxService::getInboxList(const std::string& trackingId) {
-    const auto rows = store_->rows(trackingId);
-    return rows ? visibleRows(*rows, now()) : Messages();
+    return readList(trackingId).messages;
 }
 
-std::size_t VLInboxService::getUnreadCount(const std::string& trackingId) {
-    return store_->unreadCount(trackingId, now()).value_or(0);
-}
+std::size_t VLInboxService::getUnreadCount(const std::string& trackingId) { return readList(trackingId).unreadCount; }
 
 void VLInboxService::openInboxMessage(const std::shared_ptr<VLInboxMessage>& message, MessageHandler completion) {
     openInboxMessage(message, std::nullopt, std::move(completion));

@@ -99,6 +99,11 @@ public:
 
 private:
     using Entries = std::optional<std::vector<VLInboxEntry>>;
+    /// What a list handler receives.
+    struct List {
+        Messages messages;
+        std::size_t unreadCount;
+    };
 
     explicit VLInboxService(Collaborators collaborators);
     void start();
@@ -109,6 +114,7 @@ private:
     void syncEnded(const std::string& trackingId);
     void updateRecords(Entries entries, const std::string& trackingId, const ListHandler& messageListBlock,
                        const std::shared_ptr<DispatchGroup>& syncFinishGroup);
+    List readList(const std::string& trackingId);
     void runMessageListBlockCallback(const std::string& trackingId, const ListHandler& messageListBlock,
                                      std::function<void()> shown);
     void opened(const std::shared_ptr<VLInboxMessage>& message, const std::string& trackingId,

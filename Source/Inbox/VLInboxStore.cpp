@@ -175,16 +175,6 @@ std::optional<VLInboxStore::Local> VLInboxStore::local(const std::string& tracki
     return isRead ? std::optional(std::move(local)) : std::nullopt;
 }
 
-std::shared_ptr<const VLInboxRows> VLInboxStore::rows(const std::string& trackingId) {
-    Operation operation(*this);
-    return rows(operation, trackingId);
-}
-
-std::optional<std::size_t> VLInboxStore::unreadCount(const std::string& trackingId, double now) {
-    Operation operation(*this);
-    return unreadCount(operation, trackingId, now);
-}
-
 VLInboxStore::List VLInboxStore::list(const std::string& trackingId, double now) {
     Operation operation(*this);
     auto listed = rows(operation, trackingId);

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <mutex>
 
 #include "Platform/Linux/CurlURLSession.h"
@@ -68,6 +69,21 @@ TEST_F(CurlRedirectTest, ARedirectToNowhereIsAnAnswer) {
     const auto outcome = fetch(session, requestOf(server.url()));
     EXPECT_EQ(outcome.status(), 302);
     EXPECT_EQ(outcome.text(), "lost");
+}
+
+TEST_F(CurlRedirectTest, ForARequestThatFollowsNoneTheRedirectIsTheAnswer) {
+    std::atomic<int> requests = 0;
+    const LoopbackServer server(LoopbackServer::answering([&requests](const Request&) {
+        ++requests;
+        return redirectTo(302, "/new");
+    }));
+    auto request = requestOf(server.url("/old"));
+    request.followsRedirects = false;
+    const auto outcome = fetch(session, request);
+    EXPECT_EQ(outcome.status(), 302);
+    EXPECT_EQ(outcome.text(), "moved");
+    EXPECT_EQ(outcome.response->URL().absoluteString(), server.url("/old"));
+    EXPECT_EQ(requests, 1);
 }
 
 TEST_F(CurlRedirectTest, TheAnswerNamesTheURLThatGaveIt) {

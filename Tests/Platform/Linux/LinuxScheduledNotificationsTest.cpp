@@ -269,5 +269,24 @@ TEST_F(LinuxScheduledNotificationsTest, ADateThatNeverComesDoesNotComeInALaterPr
     }
 }
 
+TEST_F(LinuxScheduledNotificationsTest, AWaitWhoseEndTheSetClockHasPassedIsNotReliedOn) {
+    schedule("later", 50);
+    // The clock is set forward by nearly an hour; the wait itself still takes its time.
+    clock->time += 3000;
+    schedule("soon", 1);
+    EXPECT_LE(queue->delays.back(), 1);
+}
+
+TEST_F(LinuxScheduledNotificationsTest, OneThatIsDueAfterTheWaitUnderWayNeedsNoOther) {
+    schedule("first", 10);
+    const auto waits = queue->delays.size();
+    for (int i = 0; i < 100; ++i) schedule("later", 20 + i);
+    EXPECT_EQ(queue->delays.size(), waits);
+    queue->advance(15);
+    EXPECT_THAT(delivered, ElementsAre("first"));
+    queue->advance(5);
+    EXPECT_THAT(delivered, ElementsAre("first", "later"));
+}
+
 }  // namespace
 }  // namespace vorlane
