@@ -6,7 +6,7 @@ file(GLOB VORLANE_PUBLIC_HEADERS CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/Source/
 file(GLOB VORLANE_PLATFORM_HEADERS CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/Source/Platform/*.h)
 file(GLOB VORLANE_SIMULATOR_HEADERS CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/Simulator/Platform/*.h)
 # The library's own use of the platform; no host needs them.
-list(FILTER VORLANE_PLATFORM_HEADERS EXCLUDE REGEX "/(ProcessWide|SerialDispatchQueue)\\.h$")
+list(FILTER VORLANE_PLATFORM_HEADERS EXCLUDE REGEX "/(ASCIICase|ProcessWide|SerialDispatchQueue)\\.h$")
 list(FILTER VORLANE_SIMULATOR_HEADERS EXCLUDE REGEX "/SimulatedSerialQueue\\.h$")
 set(VORLANE_LINUX_HEADERS ${PROJECT_SOURCE_DIR}/Source/Platform/Linux/LinuxPlatform.h)
 

@@ -2,11 +2,11 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <charconv>
-#include <cstddef>
 #include <cstdint>
 
+#include "Platform/ASCIICase.h"
+#include "Platform/CLBeaconRegion.h"
 #include "Simulator/Service/MalformedRequest.h"
 #include "Simulator/Service/RequestPayload.h"
 
@@ -15,26 +15,9 @@ namespace {
 
 constexpr const char* kAny = "*";
 
-char capital(char character) {
-    return character >= 'a' && character <= 'z' ? static_cast<char>(character - 'a' + 'A') : character;
-}
-
-bool isUUID(const std::string& capitals) {
-    constexpr std::size_t kLength = 36;
-    if (capitals.size() != kLength) return false;
-    for (std::size_t i = 0; i < kLength; ++i) {
-        const bool isDash = i == 8 || i == 13 || i == 18 || i == 23;
-        const char character = capitals[i];
-        const bool isDigit = (character >= '0' && character <= '9') || (character >= 'A' && character <= 'F');
-        if (isDash ? character != '-' : !isDigit) return false;
-    }
-    return true;
-}
-
-std::string uuidOf(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(), capital);
-    if (text != kAny && !isUUID(text)) throw MalformedRequest(fmt::format("\"{}\" is no UUID", text));
-    return text;
+std::string uuidOf(const std::string& text) {
+    if (text != kAny && !CLBeaconRegion::isUUID(text)) throw MalformedRequest(fmt::format("\"{}\" is no UUID", text));
+    return capitalised(text);
 }
 
 /// Without leading zeros, so that equal numbers are equal texts.

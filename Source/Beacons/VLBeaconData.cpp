@@ -22,7 +22,6 @@ namespace vorlane {
 
 namespace {
 
-/// The key that stands for "deviceData".
 constexpr const char* kProximity = "proximity";
 
 std::string timestamp() { return vl_unixTimestampInMilliseconds(Platform::current().clock().now()); }

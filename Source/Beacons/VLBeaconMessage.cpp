@@ -23,7 +23,6 @@ namespace vorlane {
 
 namespace {
 
-/// The key that stands for "deviceData".
 constexpr double kUnknownAccuracy = -1;
 
 /// Whatever the proximity; meant so.

@@ -1,13 +1,13 @@
 #include "Beacons/validIBeaconRule.h"
 
 #include <fmt/format.h>
-#include <uuid/uuid.h>
 
 #include <optional>
 #include <string>
 
 #include "Categories/NSDictionary+VLJSON.h"
 #include "Categories/NSDictionary+VLLookup.h"
+#include "Platform/CLBeaconRegion.h"
 #include "Public/VLLog.h"
 
 namespace vorlane {
@@ -16,8 +16,7 @@ namespace {
 
 bool isUUID(const Value* value) {
     const auto* text = value ? value->get_ptr<const std::string*>() : nullptr;
-    uuid_t uuid{};
-    return text && text->find('\0') == std::string::npos && uuid_parse(text->c_str(), uuid) == 0;
+    return text && CLBeaconRegion::isUUID(*text);
 }
 
 }  // namespace

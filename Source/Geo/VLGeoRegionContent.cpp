@@ -12,11 +12,7 @@
 
 namespace vorlane {
 
-namespace {
-
-/// The key that stands for "deviceData".
-
-}  // namespace
+namespace {}  // namespace
 
 VLGeoRegionContent::VLGeoRegionContent(std::shared_ptr<VLSettings> settings, std::shared_ptr<UIApplication> application,
                                        std::shared_ptr<VLNotificationHelper> notificationHelper,

@@ -2,12 +2,12 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <cstdint>
 #include <string>
 #include <tuple>
 #include <utility>
 
+#include "Platform/ASCIICase.h"
 #include "Platform/DispatchQueue.h"
 #include "Platform/NSURLSession.h"
 #include "Public/VLImage.h"
@@ -17,23 +17,17 @@ namespace vorlane {
 
 namespace {
 
-std::string lowercase(std::string text) {
-    std::ranges::transform(text, text.begin(),
-                           [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-    return text;
-}
+bool isSecure(const NSURL& url) { return isEqualIgnoringCase(url.scheme(), "https"); }
 
 std::int64_t portOf(const NSURL& url) {
     constexpr std::int64_t kSecurePort = 443;
     constexpr std::int64_t kPlainPort = 80;
-    return url.port().value_or(lowercase(url.scheme()) == "https" ? kSecurePort : kPlainPort);
+    return url.port().value_or(isSecure(url) ? kSecurePort : kPlainPort);
 }
 
 auto originOf(const NSURL& url) {
-    return std::tuple(lowercase(url.scheme()), lowercase(url.host().value_or("")), portOf(url));
+    return std::tuple(lowercased(url.scheme()), lowercased(url.host().value_or("")), portOf(url));
 }
-
-bool isSecure(const NSURL& url) { return lowercase(url.scheme()) == "https"; }
 
 bool isAllowed(const NSURL& url, const NSURL& service) { return isSecure(url) || originOf(url) == originOf(service); }
 

@@ -8,6 +8,7 @@
 
 #include "Categories/NSCharacterSet+VLURLEncoding.h"
 #include "Notifications/VLPermissionService.h"
+#include "Platform/ASCIICase.h"
 #include "Platform/UIApplication.h"
 #include "Public/VLLog.h"
 
@@ -34,14 +35,6 @@ constexpr Action kActions[] = {
     {"notification-location-no", &VLURLActions::onNotificationAndLocationNo},
 };
 
-/// A scheme is ASCII, so the locale has no say.
-std::string lowercase(std::string text) {
-    for (auto& character : text) {
-        if (character >= 'A' && character <= 'Z') character = static_cast<char>(character - 'A' + 'a');
-    }
-    return text;
-}
-
 }  // namespace
 
 VLURLActions::VLURLActions(std::shared_ptr<VLPermissionService> permissionService,
@@ -53,7 +46,7 @@ bool VLURLActions::handleVorlaneActionURL(const std::optional<NSURL>& url) {
         logMessage(VLLogLevel::Info, "Vorlane ignored a nil URL");
         return false;
     }
-    if (lowercase(url->scheme()) != kScheme) {
+    if (!isEqualIgnoringCase(url->scheme(), kScheme)) {
         logMessage(VLLogLevel::Info, fmt::format("Vorlane ignored URL {} because it does not use the vorlane:// scheme",
                                                  url->absoluteString()));
         return false;

@@ -1,21 +1,15 @@
 #include "Platform/CLBeaconRegion.h"
 
 #include <fmt/format.h>
+#include <uuid/uuid.h>
 
-#include <algorithm>
 #include <utility>
+
+#include "Platform/ASCIICase.h"
 
 namespace vorlane {
 
 namespace {
-
-/// Without the locale's help, which an application may have changed.
-std::string inCapitals(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(), [](char letter) {
-        return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 32) : letter;
-    });
-    return text;
-}
 
 std::string textOf(std::optional<std::uint16_t> number) { return number ? fmt::format("{}", *number) : "(null)"; }
 
@@ -23,7 +17,12 @@ std::string textOf(std::optional<std::uint16_t> number) { return number ? fmt::f
 
 CLBeaconRegion::CLBeaconRegion(const std::string& proximityUUID, std::string identifier,
                                std::optional<std::uint16_t> major, std::optional<std::uint16_t> minor)
-    : CLRegion(std::move(identifier)), proximityUUID_(inCapitals(proximityUUID)), major_(major), minor_(minor) {}
+    : CLRegion(std::move(identifier)), proximityUUID_(capitalised(proximityUUID)), major_(major), minor_(minor) {}
+
+bool CLBeaconRegion::isUUID(const std::string& text) {
+    uuid_t uuid{};
+    return text.find('\0') == std::string::npos && uuid_parse(text.c_str(), uuid) == 0;
+}
 
 std::string CLBeaconRegion::description() const {
     return fmt::format("CLBeaconRegion (identifier:'{}', uuid:{}, major:{}, minor:{})", identifier(), proximityUUID_,

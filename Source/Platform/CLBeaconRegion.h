@@ -19,6 +19,9 @@ public:
                    std::optional<std::uint16_t> major = std::nullopt,
                    std::optional<std::uint16_t> minor = std::nullopt);
 
+    /// Whether the text is a UUID, in capitals or not.
+    static bool isUUID(const std::string& text);
+
     const std::string& proximityUUID() const { return proximityUUID_; }
     std::optional<std::uint16_t> major() const { return major_; }
     std::optional<std::uint16_t> minor() const { return minor_; }

@@ -1,7 +1,5 @@
 #include "Platform/CLRegion.h"
 
-#include <uuid/uuid.h>
-
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -52,8 +50,7 @@ std::shared_ptr<CLRegion> circularRegion(const Dictionary& dictionary, const std
 
 std::shared_ptr<CLRegion> beaconRegion(const Dictionary& dictionary, const std::string& identifier) {
     const auto text = textIn(dictionary, "uuid");
-    uuid_t uuid{};
-    if (!text || text->find('\0') != std::string::npos || uuid_parse(text->c_str(), uuid) != 0) return nullptr;
+    if (!text || !CLBeaconRegion::isUUID(*text)) return nullptr;
     std::optional<std::uint16_t> major;
     std::optional<std::uint16_t> minor;
     if (!readShort(dictionary, "major", major) || !readShort(dictionary, "minor", minor)) return nullptr;

@@ -1,17 +1,15 @@
 #include "Platform/Linux/CurlOrigin.h"
 
-#include <algorithm>
-#include <cctype>
+#include <utility>
+
+#include "Platform/ASCIICase.h"
 
 namespace vorlane {
 
 namespace {
 
-char lowercased(char c) { return static_cast<char>(std::tolower(static_cast<unsigned char>(c))); }
-
 bool startsWith(std::string_view text, std::string_view start) {
-    return text.size() >= start.size() &&
-           std::equal(start.begin(), start.end(), text.begin(), [](char a, char b) { return a == lowercased(b); });
+    return isEqualIgnoringCase(text.substr(0, start.size()), start);
 }
 
 }  // namespace
@@ -24,8 +22,7 @@ std::string originOfURL(std::string_view url) {
 
     std::string origin(url.substr(0, start));
     origin += authority;
-    std::transform(origin.begin(), origin.end(), origin.begin(), lowercased);
-    return origin;
+    return lowercased(std::move(origin));
 }
 
 bool isSecureURL(std::string_view url) { return startsWith(url, "https://"); }

@@ -4,22 +4,14 @@
 #include <cctype>
 #include <string_view>
 
+#include "Platform/ASCIICase.h"
+
 namespace vorlane {
 
 namespace {
 
 bool isLetter(char c) { return std::isalpha(static_cast<unsigned char>(c)) != 0; }
 bool isDigit(char c) { return std::isdigit(static_cast<unsigned char>(c)) != 0; }
-
-std::string lowercased(std::string text) {
-    std::ranges::transform(text, text.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return text;
-}
-
-std::string uppercased(std::string text) {
-    std::ranges::transform(text, text.begin(), [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
-    return text;
-}
 
 bool isPlainLocale(std::string_view name) { return name == "C" || name == "POSIX"; }
 
@@ -86,7 +78,7 @@ std::optional<std::string> languageTagOfLocale(const std::string& locale) {
 
     std::string tag = lowercased(language);
     if (!script.empty()) tag += "-" + script;
-    if (isRegion(region)) tag += "-" + uppercased(region);
+    if (isRegion(region)) tag += "-" + capitalised(region);
     return tag;
 }
 
