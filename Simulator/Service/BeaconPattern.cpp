@@ -16,8 +16,9 @@ namespace {
 constexpr const char* kAny = "*";
 
 std::string uuidOf(const std::string& text) {
-    if (text != kAny && !CLBeaconRegion::isUUID(text)) throw MalformedRequest(fmt::format("\"{}\" is no UUID", text));
-    return capitalised(text);
+    std::string uuid = capitalised(text);
+    if (uuid != kAny && !CLBeaconRegion::isUUID(uuid)) throw MalformedRequest(fmt::format("\"{}\" is no UUID", uuid));
+    return uuid;
 }
 
 /// Without leading zeros, so that equal numbers are equal texts.
