@@ -1,7 +1,6 @@
 #include "Platform/Linux/LinuxLocale.h"
 
 #include <algorithm>
-#include <cctype>
 #include <string_view>
 
 #include "Platform/ASCIICase.h"
@@ -10,8 +9,9 @@ namespace vorlane {
 
 namespace {
 
-bool isLetter(char c) { return std::isalpha(static_cast<unsigned char>(c)) != 0; }
-bool isDigit(char c) { return std::isdigit(static_cast<unsigned char>(c)) != 0; }
+// Of ASCII, whatever locale the application has set.
+bool isLetter(char c) { return inLowercase(c) >= 'a' && inLowercase(c) <= 'z'; }
+bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 bool isPlainLocale(std::string_view name) { return name == "C" || name == "POSIX"; }
 
