@@ -4,6 +4,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <type_traits>
 #include <typeinfo>
 
 namespace vorlane {
@@ -39,6 +40,18 @@ public:
     template <class T>
     void addComponentInstance(std::shared_ptr<T> instance) {
         if (instance) components_[typeName<T>()] = std::move(instance);
+    }
+    /// `addComponent:` stores a ready instance under the name of its own class, nothing for null.
+    template <class T>
+    void addComponent(const std::shared_ptr<T>& instance) {
+        if (!instance) return;
+        if constexpr (std::is_polymorphic_v<T>) {
+            // The whole object, which a request for its own class expects.
+            const std::shared_ptr<void> whole(instance, dynamic_cast<void*>(instance.get()));
+            components_[typeName(typeid(*instance))] = whole;
+        } else {
+            components_[typeName<T>()] = instance;
+        }
     }
     /// `overrideComponentWithBlock:forClassType:`, `…:forProtocol:` call the factory at once and store its result.
     template <class T>

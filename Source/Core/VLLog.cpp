@@ -1,6 +1,6 @@
 #include "Public/VLLog.h"
 
-#include <algorithm>
+#include <mutex>
 #include <utility>
 
 #include "Core/VLNSLogger.h"
@@ -32,39 +32,51 @@ void callLogger(VLLogger& logger, const std::string& message, const std::optiona
 
 VLLog& VLLog::sharedInstance() { return sharedLog.get(); }
 
+/// The list is replaced whole, so that no sink is called, or let go of, with the lock held.
+struct VLLog::Sinks {
+    explicit Sinks(Loggers first) : loggers(std::make_shared<const Loggers>(std::move(first))) {}
+
+    std::shared_ptr<const Loggers> snapshot() const {
+        const std::lock_guard lock(mutex);
+        return loggers;
+    }
+
+    template <class Change>
+    void change(Change change) {
+        std::shared_ptr<const Loggers> before;
+        const std::lock_guard lock(mutex);
+        Loggers changed = *loggers;
+        change(changed);
+        before = std::exchange(loggers, std::make_shared<const Loggers>(std::move(changed)));
+    }
+
+    mutable std::mutex mutex;
+    // Guarded by mutex.
+    std::shared_ptr<const Loggers> loggers;
+};
+
 VLLog::VLLog()
-    : queue_(Platform::current().makeSerialQueue("vorlane.sdk.logger")),
-      loggers_(std::make_shared<const Loggers>(Loggers{defaultLogger()})) {}
+    : sinks_(std::make_shared<Sinks>(Loggers{defaultLogger()})),
+      queue_(Platform::current().makeSerialQueue("vorlane.sdk.logger")) {}
 
 VLLog::~VLLog() = default;
 
 void VLLog::addLogger(std::shared_ptr<VLLogger> logger) {
     if (!logger) return;
-    const std::lock_guard lock(mutex_);
-    auto loggers = *loggers_;
-    loggers.push_back(std::move(logger));
-    loggers_ = std::make_shared<const Loggers>(std::move(loggers));
+    sinks_->change([&logger](Loggers& loggers) { loggers.push_back(std::move(logger)); });
 }
 
 void VLLog::removeLogger(const std::shared_ptr<VLLogger>& logger) {
-    const std::lock_guard lock(mutex_);
-    auto loggers = *loggers_;
-    loggers.erase(std::remove(loggers.begin(), loggers.end(), logger), loggers.end());
-    loggers_ = std::make_shared<const Loggers>(std::move(loggers));
+    sinks_->change([&logger](Loggers& loggers) { std::erase(loggers, logger); });
 }
 
-VLLog::Loggers VLLog::loggers() const { return *loggersSnapshot(); }
-
-std::shared_ptr<const VLLog::Loggers> VLLog::loggersSnapshot() const {
-    const std::lock_guard lock(mutex_);
-    return loggers_;
-}
+VLLog::Loggers VLLog::loggers() const { return *sinks_->snapshot(); }
 
 void VLLog::logMessage(std::string message, std::optional<Value> payload, VLLogLevel level) {
     if (!logs(level)) return;
-    queue_->post([this, message = std::move(message), payload = std::move(payload), level] {
+    queue_->post([sinks = sinks_, message = std::move(message), payload = std::move(payload), level] {
         // Held while it is walked: a sink may change the list.
-        const auto loggers = loggersSnapshot();
+        const auto loggers = sinks->snapshot();
         for (const auto& logger : *loggers) callLogger(*logger, message, payload, level);
     });
 }

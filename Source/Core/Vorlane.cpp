@@ -81,7 +81,8 @@ void Vorlane::initialiseSDKWithApplication(const std::shared_ptr<UIApplication>&
 void Vorlane::setURLs(std::shared_ptr<VLURLs> urls) {
     auto& set = endpointSet.get();
     const std::lock_guard lock(set.mutex);
-    set.urls = std::move(urls);
+    // What was there before is let go of outside the lock.
+    set.urls.swap(urls);
 }
 
 std::shared_ptr<VLURLs> Vorlane::getURLs() {

@@ -18,6 +18,10 @@ namespace {
 
 constexpr std::size_t kLongestFile = std::size_t{64} << 20U;
 constexpr mode_t kFolderMode = 0700;
+// Between a file's name and the random letters of its temporary one. An application keeps files of its own in the same
+// folder, under names like "Name.plist.backup".
+constexpr std::string_view kTemporaryMark = ".vorlane-";
+constexpr std::string_view kRandomLetters = "XXXXXX";
 
 /// A file descriptor that closes itself.
 class Descriptor {
@@ -48,31 +52,36 @@ bool writeAll(int descriptor, const Data& bytes) {
     return true;
 }
 
+int openTemporaryFile(std::string& temporary, const std::string& path) {
+    temporary = path;
+    temporary += kTemporaryMark;
+    temporary += kRandomLetters;
+    return mkostemp(temporary.data(), O_CLOEXEC);
+}
+
 /// A new file beside the path, with mode 0600 and a name that no other one has; its folder is made when it is missing.
 int makeTemporaryFile(std::string& temporary, const std::string& path) {
-    temporary = path + ".XXXXXX";
-    const int file = mkostemp(temporary.data(), O_CLOEXEC);
+    const int file = openTemporaryFile(temporary, path);
     if (file >= 0 || errno != ENOENT) return file;
     if (!NSFileManager::createDirectoryAtPath(std::filesystem::path(path).parent_path())) return -1;
-    temporary = path + ".XXXXXX";
-    return mkostemp(temporary.data(), O_CLOEXEC);
+    return openTemporaryFile(temporary, path);
 }
 
 double seconds(const statx_timestamp& time) {
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
 }
 
-/// Whether `makeTemporaryFile` may have named a property list's temporary file so: "Name.plist.a1B2c3".
-bool isTemporaryName(const std::string& name) {
-    constexpr std::string_view kMiddle = ".plist.";
-    constexpr std::size_t kRandomLetters = 6;
-    if (name.size() <= kMiddle.size() + kRandomLetters) return false;
-    const auto letters = name.end() - kRandomLetters;
+/// Whether `makeTemporaryFile` names a property list's temporary file so: "Name.plist.vorlane-a1B2c3".
+bool isTemporaryName(std::string_view name) {
+    if (name.size() < kRandomLetters.size()) return false;
+    const auto letters = name.substr(name.size() - kRandomLetters.size());
+    name.remove_suffix(letters.size());
+    if (!name.ends_with(kTemporaryMark)) return false;
+    name.remove_suffix(kTemporaryMark.size());
     const auto isAlphanumeric = [](char letter) {
         return (letter >= '0' && letter <= '9') || (letter >= 'a' && letter <= 'z') || (letter >= 'A' && letter <= 'Z');
     };
-    return std::string_view(name).substr(0, name.size() - kRandomLetters).ends_with(kMiddle) &&
-           std::all_of(letters, name.end(), isAlphanumeric);
+    return name.ends_with(".plist") && std::ranges::all_of(letters, isAlphanumeric);
 }
 
 /// When a regular file was last written; nothing for anything else.

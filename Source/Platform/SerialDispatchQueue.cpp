@@ -25,6 +25,14 @@ SteadyClock::time_point dueAfter(TimeInterval delay) {
            std::chrono::duration_cast<SteadyClock::duration>(std::chrono::duration<double>(std::min(delay, kLongest)));
 }
 
+/// Waits for a thread that has come to rest, outside every lock: what it let go of last, in thread-local objects of the
+/// host, may post to the queue once more.
+void letGo(std::thread ended) {
+    if (!ended.joinable()) return;
+    if (ended.get_id() == std::this_thread::get_id()) return ended.detach();
+    ended.join();
+}
+
 }  // namespace
 
 struct SerialDispatchQueue::State {
@@ -49,10 +57,10 @@ struct SerialDispatchQueue::State {
     bool isDue() const { return !delayed.empty() && delayed.begin()->first <= SteadyClock::now(); }
     bool hasThread() const { return thread.joinable() && !hasEnded; }
 
-    /// Signals are the host's to handle: the thread blocks them all, from its first instruction on.
-    void startThread(std::shared_ptr<State> self) {
-        // One that came to rest needs nothing of what is locked here any more.
-        if (thread.joinable()) thread.join();
+    /// Signals are the host's to handle: the thread blocks them all, from its first instruction on. Gives the thread
+    /// before it, which came to rest.
+    std::thread startThread(std::shared_ptr<State> self) {
+        std::thread ended = std::move(thread);
         hasEnded = false;
         sigset_t all;
         sigset_t previous;
@@ -64,6 +72,7 @@ struct SerialDispatchQueue::State {
             // Out of threads: what is queued waits until a later post can start one.
         }
         pthread_sigmask(SIG_SETMASK, &previous, nullptr);
+        return ended;
     }
 
     void takeDueTasks() {
@@ -122,15 +131,19 @@ void SerialDispatchQueue::post(std::function<void()> task) { SerialDispatchQueue
 
 void SerialDispatchQueue::postAfter(TimeInterval delay, std::function<void()> task) {
     if (!task) return;
-    const std::lock_guard lock(state_->mutex);
-    if (state_->isStopping) return;
-    if (delay > 0) {
-        state_->delayed.emplace(dueAfter(delay), std::move(task));
-    } else {
-        state_->tasks.push_back(std::move(task));
+    std::thread ended;
+    {
+        const std::lock_guard lock(state_->mutex);
+        if (state_->isStopping) return;
+        if (delay > 0) {
+            state_->delayed.emplace(dueAfter(delay), std::move(task));
+        } else {
+            state_->tasks.push_back(std::move(task));
+        }
+        if (!state_->hasThread()) ended = state_->startThread(state_);
+        state_->changed.notify_all();
     }
-    if (!state_->hasThread()) state_->startThread(state_);
-    state_->changed.notify_all();
+    letGo(std::move(ended));
 }
 
 bool SerialDispatchQueue::isCurrent() const {

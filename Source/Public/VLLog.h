@@ -2,7 +2,6 @@
 
 #include <atomic>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -34,7 +33,7 @@ public:
     /// Whether lines of that level pass the threshold.
     bool logs(VLLogLevel level) const { return level <= logLevel(); }
 
-    /// Adds a sink. A line that was logged before may still reach it.
+    /// Adds a sink, nothing for null. A line that was logged before may still reach it; what a sink throws is dropped.
     void addLogger(std::shared_ptr<VLLogger> logger);
     void removeLogger(const std::shared_ptr<VLLogger>& logger);
     /// The sinks, in order. At first the system log's alone (the console's on a platform below 10.0).
@@ -49,15 +48,12 @@ public:
     static VLLogLevel stringToLogLevel(const std::string& text);
 
 private:
-    std::shared_ptr<const Loggers> loggersSnapshot() const;
+    struct Sinks;
 
     std::atomic<VLLogLevel> logLevel_ = VLLogLevel::Info;
-    // Fixed at construction.
-    std::shared_ptr<DispatchQueue> queue_;
-
-    mutable std::mutex mutex_;
-    // Guarded by mutex_; replaced whole, so that a sink is never called with the lock held.
-    std::shared_ptr<const Loggers> loggers_;
+    // Fixed at construction. Lines that wait share the sinks, so that they are still written when the log goes.
+    const std::shared_ptr<Sinks> sinks_;
+    const std::shared_ptr<DispatchQueue> queue_;
 };
 
 /// Logs to the shared log. Any thread.

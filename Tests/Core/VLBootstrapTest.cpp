@@ -27,6 +27,10 @@ namespace vorlane {
 
 namespace {
 
+struct Number {
+    int value = 0;
+};
+
 struct Greeter {
     virtual ~Greeter() = default;
     virtual std::string greeting() const = 0;
@@ -58,6 +62,19 @@ TEST_F(VLBootstrapTest, AnInstancePlacedBeforeTheFirstRequestReplacesWhatTheFact
     const auto own = bootstrap->createComponent<VLSettings>();
     bootstrap->addComponentInstance<VLSettings>(own);
     EXPECT_EQ(bootstrap->getComponent<VLSettings>(), own);
+}
+
+TEST_F(VLBootstrapTest, AnInstancePlacedWithoutANameGoesByItsOwnClass) {
+    const std::shared_ptr<Greeter> greeter = std::make_shared<PoliteGreeter>();
+    bootstrap->addComponent(greeter);
+    EXPECT_EQ(bootstrap->getComponent<PoliteGreeter>(), greeter);
+    EXPECT_THROW(bootstrap->getComponent<Greeter>(), NSException);
+
+    const auto number = std::make_shared<Number>();
+    bootstrap->addComponent(number);
+    EXPECT_EQ(bootstrap->getComponent<Number>(), number);
+    bootstrap->addComponent(std::shared_ptr<Number>());
+    EXPECT_EQ(bootstrap->getComponent<Number>(), number);
 }
 
 TEST_F(VLBootstrapTest, NoClassGivesNothing) { EXPECT_EQ(bootstrap->getComponent(nullptr), nullptr); }

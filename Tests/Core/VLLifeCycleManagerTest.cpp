@@ -75,15 +75,23 @@ TEST_F(VLLifeCycleManagerTest, AKeyOfAny32CharactersIsAccepted) {
 }
 
 TEST_F(VLLifeCycleManagerTest, AStartUpRemovesWhatAKillInTheMiddleOfAWriteLeft) {
-    const auto abandoned = phone().documentsFolder() + "/VLLibSettings.plist.aB3xYz";
+    const auto abandoned = phone().documentsFolder() + "/VLLibSettings.plist.vorlane-aB3xYz";
     ASSERT_TRUE(NSFileManager::writeToFile({1, 2, 3}, abandoned));
     phone().setClock(4e9);
     launch();
     EXPECT_FALSE(NSFileManager::fileExistsAtPath(abandoned));
 }
 
+TEST_F(VLLifeCycleManagerTest, AStartUpLeavesTheApplicationsOwnFilesAlone) {
+    const std::vector<std::string> own{"notes.plist.backup", "VLLibSettings.plist.backup", "shop.plist.010126"};
+    for (const auto& name : own) ASSERT_TRUE(NSFileManager::writeToFile({1}, documentsPath(name)));
+    phone().setClock(4e9);
+    launch();
+    for (const auto& name : own) EXPECT_TRUE(NSFileManager::fileExistsAtPath(documentsPath(name))) << name;
+}
+
 TEST_F(VLLifeCycleManagerTest, AWriteThatMayBeUnderWayIsLeftAlone) {
-    const auto underWay = phone().documentsFolder() + "/VLLibSettings.plist.aB3xYz";
+    const auto underWay = phone().documentsFolder() + "/VLLibSettings.plist.vorlane-aB3xYz";
     ASSERT_TRUE(NSFileManager::writeToFile({1, 2, 3}, underWay));
     phone().setClock(NSFileManager::creationDateOfItemAtPath(underWay).value() + 3000);
     launch();

@@ -62,6 +62,17 @@ TEST_F(VLLogOldPhoneTest, AFreshLogWritesToTheConsoleAlone) {
     EXPECT_TRUE(std::dynamic_pointer_cast<VLNSLogger>(log.loggers()[0]));
 }
 
+TEST_F(VLLogTest, LinesThatWaitStillReachTheSinksWhenTheLogGoes) {
+    const auto sink = std::make_shared<RecordingLogger>();
+    {
+        VLLog own;
+        own.addLogger(sink);
+        for (int i = 0; i < 100; ++i) own.logMessage("waits", std::nullopt, VLLogLevel::Info);
+    }
+    phone().settle();
+    EXPECT_EQ(sink->count("waits", VLLogLevel::Info), 100);
+}
+
 TEST_F(VLLogTest, AMessagePassesWhenItsLevelIsNotAboveTheThreshold) {
     auto& shared = VLLog::sharedInstance();
     for (const auto threshold : kLevels) {

@@ -61,6 +61,22 @@ TEST_F(VorlaneTest, URLsSetAfterTheFirstUseChangeTheSetButNotTheServices) {
     EXPECT_EQ(session().requests("/config/application/ios/").size(), 1U);
 }
 
+TEST_F(VorlaneTest, URLsThatAreReplacedMayAskForTheNewOnes) {
+    class Leaving : public VLURLsProduction {
+    public:
+        explicit Leaving(std::shared_ptr<VLURLs>& seen) : seen_(seen) {}
+        ~Leaving() override { seen_ = Vorlane::getURLs(); }
+
+    private:
+        std::shared_ptr<VLURLs>& seen_;
+    };
+    std::shared_ptr<VLURLs> seen;
+    Vorlane::setURLs(std::make_shared<Leaving>(seen));
+    const auto next = std::make_shared<VLURLsProduction>();
+    Vorlane::setURLs(next);
+    EXPECT_EQ(seen, next);
+}
+
 TEST_F(VorlaneTest, ConcurrentFirstCallsMakeOneFacade) {
     std::vector<Vorlane*> found(8);
     std::vector<std::thread> threads;

@@ -44,22 +44,24 @@ TEST_F(NSFileManagerTest, FilesAndFoldersArePrivate) {
 }
 
 TEST_F(NSFileManagerTest, OldTemporaryFilesOfPropertyListsAreRemovedAndNothingElse) {
-    const std::vector<std::string> kept{"VLLibSettings.plist", "VLLibSettings.plist.corrupt",
-                                        "a.plist.12345",       "a.plist.1234567",
-                                        "a.plist.12-456",      "a.txt.123456"};
+    const std::vector<std::string> kept{"VLLibSettings.plist",     "VLLibSettings.plist.corrupt",
+                                        "VLLibSettings.plist.old", "VLLibSettings.plist.backup",
+                                        "a.plist.123456",          "a.plist.vorlane-12345",
+                                        "a.plist.vorlane-1234567", "a.plist.vorlane-12-456",
+                                        "a.txt.vorlane-123456",    "123456"};
     for (const auto& name : kept) ASSERT_TRUE(NSFileManager::writeToFile(old, path(name)));
-    for (const auto* name : {"VLLibSettings.plist.aB3xYz", "a.plist.123456"}) {
+    for (const auto* name : {"VLLibSettings.plist.vorlane-aB3xYz", "a.plist.vorlane-123456"}) {
         ASSERT_TRUE(NSFileManager::writeToFile(old, path(name)));
     }
-    std::filesystem::create_directory(path("b.plist.abcdef"));
-    std::filesystem::create_symlink(path("VLLibSettings.plist"), path("c.plist.abcdef"));
+    std::filesystem::create_directory(path("b.plist.vorlane-abcdef"));
+    std::filesystem::create_symlink(path("VLLibSettings.plist"), path("c.plist.vorlane-abcdef"));
 
     NSFileManager::removeAbandonedTemporaryFilesInFolder(path(""), 1.0);
     EXPECT_EQ(names().size(), kept.size() + 4) << "written after that time";
 
     NSFileManager::removeAbandonedTemporaryFilesInFolder(path(""), 1e12);
     auto expected = kept;
-    expected.insert(expected.end(), {"b.plist.abcdef", "c.plist.abcdef"});
+    expected.insert(expected.end(), {"b.plist.vorlane-abcdef", "c.plist.vorlane-abcdef"});
     EXPECT_THAT(names(), ::testing::UnorderedElementsAreArray(expected));
 
     NSFileManager::removeAbandonedTemporaryFilesInFolder(path("none"), 1e12);

@@ -8,10 +8,12 @@
 #include <array>
 #include <atomic>
 #include <filesystem>
+#include <functional>
 #include <future>
 #include <limits>
 #include <numeric>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace vorlane {
@@ -314,6 +316,46 @@ TEST(SerialDispatchQueueTest, NoTaskIsLostWhileThreadsComeAndGo) {
         for (auto& thread : threads) thread.join();
     }
     EXPECT_EQ(runs, 600);
+}
+
+/// Calls `end` when the thread that it lives on ends.
+struct ThreadEnd {
+    ThreadEnd() = default;
+    ThreadEnd(const ThreadEnd&) = delete;
+    ThreadEnd& operator=(const ThreadEnd&) = delete;
+    ~ThreadEnd() {
+        if (end) end();
+    }
+    std::function<void()> end;
+};
+
+void atTheEndOfThisThread(std::function<void()> end) {
+    thread_local ThreadEnd threadEnd;
+    threadEnd.end = std::move(end);
+}
+
+TEST(SerialDispatchQueueTest, AThreadThatIsEndingHoldsUpNoOther) {
+    SerialDispatchQueue queue("queue", std::chrono::milliseconds(0));
+    std::promise<void> ending;
+    std::promise<void> ran;
+    std::promise<void> ranLast;
+    queue.post([&] {
+        atTheEndOfThisThread([&] {
+            ending.set_value();
+            ran.get_future().wait();
+            queue.post([&ranLast] { ranLast.set_value(); });
+        });
+    });
+    ASSERT_EQ(ending.get_future().wait_until(inTime()), std::future_status::ready);
+    queue.post([&ran] { ran.set_value(); });
+    EXPECT_EQ(ranLast.get_future().wait_until(inTime()), std::future_status::ready);
+}
+
+TEST(SerialDispatchQueueTest, AThreadMayPostWhileItIsEnding) {
+    SerialDispatchQueue queue("queue", std::chrono::milliseconds(0));
+    std::promise<void> ran;
+    queue.post([&] { atTheEndOfThisThread([&] { queue.post([&ran] { ran.set_value(); }); }); });
+    EXPECT_EQ(ran.get_future().wait_until(inTime()), std::future_status::ready);
 }
 
 TEST(SerialDispatchQueueTest, AQueueWhoseThreadHasEndedStopsAtOnce) {

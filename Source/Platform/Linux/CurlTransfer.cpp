@@ -1,6 +1,7 @@
 #include "Platform/Linux/CurlTransfer.h"
 
 #include <fmt/format.h>
+#include <sys/socket.h>
 
 #include <algorithm>
 #include <string_view>
@@ -105,6 +106,7 @@ void CurlTransfer::setUpCallbacks() {
     CURL* const easy = handle();
     curl_easy_setopt(easy, CURLOPT_PRIVATE, this);
     curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, errorText_.data());
+    curl_easy_setopt(easy, CURLOPT_OPENSOCKETFUNCTION, &CurlTransfer::openSocket);
     curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &CurlTransfer::received);
     curl_easy_setopt(easy, CURLOPT_WRITEDATA, this);
     curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, &CurlTransfer::receivedHeader);
@@ -229,6 +231,11 @@ std::optional<CurlCompletion> CurlTransfer::redirected(long status, const std::s
 void CurlTransfer::becomeGET() {
     method_ = "GET";
     hasBody_ = false;
+}
+
+/// A connection that a program which the host starts does not inherit.
+curl_socket_t CurlTransfer::openSocket(void* /*context*/, curlsocktype /*purpose*/, curl_sockaddr* address) {
+    return ::socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
 }
 
 std::size_t CurlTransfer::received(char* bytes, std::size_t size, std::size_t count, void* self) {

@@ -88,6 +88,7 @@ private:
     std::optional<CurlCompletion> redirected(long status, const std::string& destination);
     void becomeGET();
 
+    static curl_socket_t openSocket(void* context, curlsocktype purpose, curl_sockaddr* address);
     static std::size_t received(char* bytes, std::size_t size, std::size_t count, void* self);
     static std::size_t receivedHeader(char* bytes, std::size_t size, std::size_t count, void* self);
     static int connected(void* self, char* remote, char* local, int remotePort, int localPort);

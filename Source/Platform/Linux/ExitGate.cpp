@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
+#include <memory>
 #include <utility>
 
 namespace vorlane {
@@ -47,6 +48,7 @@ ExitGate& ExitGate::shared() {
 void ExitGate::arm() {
     watchMainThread();
     if (isArmed_.load(std::memory_order_relaxed) || isArmed_.exchange(true)) return;
+    process_ = getpid();
     // Exit handlers run newest first, so ours must come after OpenSSL's. The cheapest way to have OpenSSL register its
     // own now is an option that loads nothing; without any option the call does nothing at all.
     OPENSSL_init_crypto(OPENSSL_INIT_ATFORK, nullptr);
@@ -68,9 +70,10 @@ bool ExitGate::run(std::function<void()> task) {
         putAside(std::move(task));
         return false;
     }
+    // Left also when the task throws.
+    const std::unique_ptr<ExitGate, void (*)(ExitGate*)> inside(this, [](ExitGate* gate) { gate->leave(); });
     if (task) task();
     task = nullptr;
-    leave();
     return true;
 }
 
@@ -99,6 +102,8 @@ void ExitGate::leave() {
 
 void ExitGate::close() {
     if (isClosed_.exchange(true)) return;
+    // A forked child has none of the threads, and the locks as they were.
+    if (process_ != getpid()) return;
     haltWorkers();
     std::unique_lock lock(mutex_);
     left_.wait_for(lock, kLongestWaitAtExit, [this] { return running_ <= tasksOfThisThread; });

@@ -40,8 +40,8 @@ public:
     /// Keeps `task`, and with it what it holds, from being run or destroyed.
     void putAside(std::function<void()> task);
 
-    /// Lets no further task start, halts the workers, and waits up to 200 ms for tasks that other threads are running.
-    /// Idempotent.
+    /// Lets no further task start, halts the workers, and waits up to 200 ms for tasks that other threads are running;
+    /// in a forked child there are none of both. Idempotent.
     void close();
 
 private:
@@ -52,6 +52,8 @@ private:
     void haltWorkers();
 
     std::atomic<bool> isArmed_ = false;
+    // The one that armed the gate; a child that it forks inherits the gate, but nothing that the gate watches.
+    std::atomic<int> process_ = 0;
     std::atomic<bool> isClosed_ = false;
     std::atomic<std::size_t> running_ = 0;
 

@@ -4,14 +4,13 @@
 
 #include <ctime>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <map>
 #include <system_error>
 #include <utility>
 
 #include "Platform/Linux/LinuxLocale.h"
 #include "Platform/Linux/LinuxRelease.h"
+#include "Platform/NSFileManager.h"
 
 namespace vorlane {
 
@@ -26,10 +25,9 @@ utsname kernel() {
 /// The field of os-release; empty when there is none.
 std::string releaseField(const std::string& name) {
     for (const char* path : {"/etc/os-release", "/usr/lib/os-release"}) {
-        std::ifstream file(path, std::ios::binary);
-        if (!file) continue;
-        const std::string text{std::istreambuf_iterator<char>(file), {}};
-        const auto fields = fieldsOfRelease(text);
+        const auto text = NSFileManager::contentsAtPath(path);
+        if (!text) continue;
+        const auto fields = fieldsOfRelease(std::string(text->begin(), text->end()));
         const auto field = fields.find(name);
         return field == fields.end() ? std::string() : field->second;
     }

@@ -150,7 +150,7 @@ bool LinuxPlatform::State::takeTurn(SteadyClock::time_point deadline) {
     const auto turn = [deadline] { return std::min(deadline, SteadyClock::now() + kTurn); };
     for (const auto& session : runningSessions) session->waitUntilDelivered(turn());
     for (const auto& queue : runningQueues) queue->waitUntilIdle(turn());
-    const bool isMainQueueIdle = !ownQueue || ownQueue->poll() == 0;
+    const bool isMainQueueIdle = (ownQueue ? ownQueue->poll() : hostQueue->poll()) == 0;
     return isMainQueueIdle && std::ranges::all_of(runningSessions, &CurlURLSession::hasDelivered) &&
            std::ranges::all_of(runningQueues, &LinuxSerialQueue::isIdle);
 }

@@ -1,9 +1,13 @@
 #include "Platform/Linux/CurlURLSession.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
 
 #include <atomic>
+#include <filesystem>
 #include <mutex>
 #include <set>
 
@@ -50,6 +54,22 @@ TEST_F(CurlURLSessionTest, AnAnswerComesWithItsStatusItsURLAndItsBody) {
     EXPECT_EQ(outcome.status(), 200);
     EXPECT_EQ(outcome.text(), "GET /path?q=1 ");
     EXPECT_EQ(outcome.response->URL().absoluteString(), server.url("/path?q=1"));
+}
+
+TEST_F(CurlURLSessionTest, AProgramThatTheHostStartsInheritsNoConnection) {
+    const LoopbackServer server(LoopbackServer::answering(echoed));
+    get(server);
+    int connections = 0;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+        const int descriptor = std::stoi(entry.path().filename());
+        sockaddr_in peer{};
+        socklen_t length = sizeof peer;
+        if (getpeername(descriptor, reinterpret_cast<sockaddr*>(&peer), &length) != 0) continue;
+        if (peer.sin_family != AF_INET || ntohs(peer.sin_port) != server.port()) continue;
+        ++connections;
+        EXPECT_NE(fcntl(descriptor, F_GETFD) & FD_CLOEXEC, 0);
+    }
+    EXPECT_EQ(connections, 1);
 }
 
 TEST_F(CurlURLSessionTest, AnAnswerWithoutBytesHasNoData) {

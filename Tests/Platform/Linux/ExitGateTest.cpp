@@ -61,6 +61,17 @@ TEST_F(ExitGateTest, AHostMayLeaveInsideAHandler) {
     }
 }
 
+TEST_F(ExitGateTest, AForkedChildLeavesAtOnce) {
+    const LoopbackServer server([](Connection& connection) { connection.staySilent(); });
+    // In the child, what only the parent's threads knew of looks like leaks.
+    EXPECT_EQ(statusAfter("fork", server, 50, 6, {{"ASAN_OPTIONS", "detect_leaks=0"}}), 0);
+}
+
+TEST_F(ExitGateTest, AHandlerThatThrewIsNotWaitedFor) {
+    const LoopbackServer server([](Connection& connection) { connection.staySilent(); });
+    EXPECT_EQ(statusAfter("throw", server, 1, 1), 0);
+}
+
 TEST_F(ExitGateTest, NoHandlerRunsOnceTheHostsStaticsAreBeingDestroyed) {
     const LoopbackServer server(
         LoopbackServer::answering([](const auto&) { return LoopbackServer::answer(200, "x"); }));

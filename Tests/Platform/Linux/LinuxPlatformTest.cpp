@@ -11,7 +11,9 @@
 #include <fstream>
 #include <future>
 #include <iterator>
+#include <mutex>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "Platform/NSBundle.h"
@@ -19,6 +21,8 @@
 #include "Platform/OSLog.h"
 #include "Platform/UIApplication.h"
 #include "Platform/UIDevice.h"
+#include "Public/VLURLsProduction.h"
+#include "Public/Vorlane.h"
 #include "Tests/Platform/Linux/ChildProcess.h"
 #include "Tests/Platform/Linux/LoopbackServer.h"
 #include "Tests/Platform/Linux/SessionOutcome.h"
@@ -291,18 +295,29 @@ TEST_F(LinuxPlatformTest, AShutdownDoesNotWaitForEverForATaskThatDoesNotEnd) {
 /// A host's main loop of its own.
 class HostLoop : public DispatchQueue {
 public:
-    void post(std::function<void()> task) override { tasks.push_back(std::move(task)); }
-    void postAfter(TimeInterval, std::function<void()> task) override { tasks.push_back(std::move(task)); }
-    bool isCurrent() const override { return isRunning; }
+    void post(std::function<void()> task) override { postAfter(0, std::move(task)); }
+    void postAfter(TimeInterval, std::function<void()> task) override {
+        const std::lock_guard lock(mutex_);
+        tasks_.push_back(std::move(task));
+    }
+    bool isCurrent() const override { return isRunning_; }
 
     void runAll() {
-        isRunning = true;
-        for (const auto& task : std::exchange(tasks, {})) task();
-        isRunning = false;
+        isRunning_ = true;
+        for (const auto& task : takeTasks()) task();
+        isRunning_ = false;
     }
 
-    bool isRunning = false;
-    std::vector<std::function<void()>> tasks;
+private:
+    std::vector<std::function<void()>> takeTasks() {
+        const std::lock_guard lock(mutex_);
+        return std::exchange(tasks_, {});
+    }
+
+    std::atomic<bool> isRunning_ = false;
+    std::mutex mutex_;
+    // Guarded by mutex_.
+    std::vector<std::function<void()>> tasks_;
 };
 
 TEST_F(LinuxPlatformTest, AHostMayBringItsOwnMainQueue) {
@@ -325,17 +340,98 @@ TEST_F(LinuxPlatformTest, AHostMayBringItsOwnMainQueue) {
     EXPECT_THAT(ran, testing::ElementsAre(1, 2));
 }
 
-TEST_F(LinuxPlatformTest, AfterAShutdownTheHostsQueueRunsNothingOfTheLibrary) {
+TEST_F(LinuxPlatformTest, TasksKeepTheirOrderInTheHostsQueue) {
     LinuxPlatform::Options options;
     const auto loop = std::make_shared<HostLoop>();
     options.mainQueue = loop;
     const auto platform = install(options);
-    bool hasRun = false;
-    platform->mainQueue()->post([&hasRun] { hasRun = true; });
-    Platform::shutdown();
-    platform->mainQueue()->post([&hasRun] { hasRun = true; });
+    std::vector<int> ran;
+    platform->mainQueue()->post([&] {
+        ran.push_back(1);
+        platform->mainQueue()->post([&ran] { ran.push_back(4); });
+    });
+    loop->post([&ran] { ran.push_back(2); });
+    platform->mainQueue()->post([&ran] { ran.push_back(3); });
     loop->runAll();
-    EXPECT_FALSE(hasRun);
+    EXPECT_THAT(ran, testing::ElementsAre(1, 2, 3));
+    loop->runAll();
+    EXPECT_THAT(ran, testing::ElementsAre(1, 2, 3, 4));
+}
+
+TEST_F(LinuxPlatformTest, AShutdownRunsWhatWaitsInTheHostsQueueAndNothingRunsAfterIt) {
+    LinuxPlatform::Options options;
+    const auto loop = std::make_shared<HostLoop>();
+    options.mainQueue = loop;
+    const auto platform = install(options);
+    std::vector<int> ran;
+    platform->mainQueue()->post([&] {
+        EXPECT_TRUE(platform->mainQueue()->isCurrent());
+        ran.push_back(1);
+        platform->mainQueue()->post([&ran] { ran.push_back(2); });
+    });
+    platform->mainQueue()->postAfter(0, [&ran] { ran.push_back(3); });
+    Platform::shutdown();
+    EXPECT_FALSE(platform->mainQueue()->isCurrent());
+    EXPECT_THAT(ran, testing::ElementsAre(1, 2));
+    platform->mainQueue()->post([&ran] { ran.push_back(4); });
+    loop->runAll();
+    EXPECT_THAT(ran, testing::ElementsAre(1, 2));
+}
+
+TEST_F(LinuxPlatformTest, AShutdownRunsTheHandlersThatTheHostsLoopDoesNotComeToAnyMore) {
+    const LoopbackServer silent([](LoopbackServer::Connection& connection) { connection.staySilent(); });
+    LinuxPlatform::Options options;
+    options.documentsFolder = folder;
+    const auto loop = std::make_shared<HostLoop>();
+    options.mainQueue = loop;
+    const auto platform = install(options);
+    Vorlane::setURLs(VLURLsProduction::URLsWithOrigin(*NSURL::URLWithString(silent.url())));
+    int calls = 0;
+    Vorlane::setTag("name", "value", VLTagType::String, [&](const auto& error) {
+        ++calls;
+        EXPECT_TRUE(error);
+        EXPECT_TRUE(platform->mainQueue()->isCurrent());
+    });
+    silent.waitForConnections(1);
+    Platform::shutdown();
+    EXPECT_EQ(calls, 1);
+    loop->runAll();
+    EXPECT_EQ(calls, 1);
+}
+
+/// Counts lines, and writes one of its own after the first.
+class TalkativeLogger : public VLLogger {
+public:
+    void logMessage(const std::string&, const std::optional<Value>&, VLLogLevel level) override {
+        if (++lines == 1) vorlane::logMessage(level, "a sink's own line");
+    }
+    std::atomic<int> lines = 0;
+};
+
+TEST_F(LinuxPlatformTest, AnotherOneMayBeInstalledWhileItIsAtWork) {
+    const LoopbackServer silent([](LoopbackServer::Connection& connection) { connection.staySilent(); });
+    LinuxPlatform::Options options;
+    options.documentsFolder = folder;
+    install(options);
+    Vorlane::setURLs(VLURLsProduction::URLsWithOrigin(*NSURL::URLWithString(silent.url())));
+    const auto first = std::make_shared<TalkativeLogger>();
+    VLLog::sharedInstance().setLogLevel(VLLogLevel::Error);
+    VLLog::sharedInstance().addLogger(first);
+    int calls = 0;
+    for (int i = 0; i < 20; ++i) {
+        Vorlane::setTag("name", "value", VLTagType::String, [&calls](const auto&) { ++calls; });
+        Vorlane::getInboxMessagesWithCompletionHandler([](const auto&, auto) {});
+    }
+    for (int i = 0; i < 1000; ++i) logMessage(VLLogLevel::Error, "a line");
+
+    install(options);
+    EXPECT_EQ(calls, 20);
+    EXPECT_GT(first->lines, 1000);
+    const auto second = std::make_shared<TalkativeLogger>();
+    VLLog::sharedInstance().addLogger(second);
+    logMessage(VLLogLevel::Error, "a line");
+    Platform::shutdown();
+    EXPECT_EQ(second->lines, 2);
 }
 
 }  // namespace

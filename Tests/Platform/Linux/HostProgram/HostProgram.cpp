@@ -1,21 +1,27 @@
-// A host application in small, for what a test cannot do to its own process:
+// A host application in small, for what a test cannot do to its own process.
 //
-//   describe                  prints its bundle identifier, its documents folder and whether it finds its resource
-//   "sound.txt" journal TEXT              writes TEXT to the system journal, once at each level leave WAY URL COUNT
-//   starts COUNT requests and leaves without a shutdown: by return, exit, thread, queue, handler or busy.
-//                             It ends with status 66 if a callback of the host runs while the host's statics are being
-//                             destroyed. But for "handler" and "busy" it waits, before it leaves, for a line on
-//                             standard input.
+// describe: prints its bundle identifier, its documents folder and whether it finds its resource "sound.txt".
+//
+// journal TEXT: writes TEXT to the system journal, once at each level.
+//
+// leave WAY URL COUNT: starts COUNT requests and leaves without a shutdown: by return, exit, thread, queue, handler,
+// busy, fork or throw. It ends with status 66 if a callback of the host runs while the host's statics are being
+// destroyed, and with status 67 if leaving takes as long as waiting would. But for "handler" and "busy" it waits,
+// before it leaves, for a line on standard input.
 
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <chrono>
 #include <cstdlib>
 #include <iostream>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <thread>
 
+#include "Platform/Linux/ExitGate.h"
 #include "Platform/Linux/LinuxPlatform.h"
 #include "Platform/NSBundle.h"
 #include "Platform/NSURLSession.h"
@@ -25,7 +31,10 @@ namespace {
 
 using namespace vorlane;
 
+using SteadyClock = std::chrono::steady_clock;
+
 constexpr int kCalledTooLate = 66;
+constexpr int kLeftTooLate = 67;
 
 std::atomic<bool> hasHostEnded = false;
 
@@ -76,6 +85,8 @@ public:
         if (way_ == "thread") std::thread([] { std::exit(0); }).join();
         if (way_ == "queue") queue_->post([] { std::exit(0); });
         if (way_ == "queue" || way_ == "handler") platform_->run();
+        if (way_ == "fork") leaveInAChild();
+        if (way_ == "throw") leaveAfterAnException();
     }
 
     void waitForAnswers(int count) const {
@@ -83,6 +94,32 @@ public:
     }
 
 private:
+    /// The child has no thread that could answer, so it must not wait for one.
+    static void leaveInAChild() {
+        const auto start = SteadyClock::now();
+        const pid_t child = fork();
+        if (child == 0) std::exit(0);
+        int status = 0;
+        waitpid(child, &status, 0);
+        if (status != 0 || SteadyClock::now() - start > std::chrono::milliseconds(900)) _exit(kLeftTooLate);
+    }
+
+    /// The task that threw runs no more, so that nobody must wait for its end.
+    void leaveAfterAnException() const {
+        platform_->mainQueue()->post([] { throw std::runtime_error("thrown by the host"); });
+        try {
+            platform_->poll();
+        } catch (const std::runtime_error&) {
+            std::thread(closeGate).join();
+        }
+    }
+
+    static void closeGate() {
+        const auto start = SteadyClock::now();
+        ExitGate::shared().close();
+        if (SteadyClock::now() - start > std::chrono::milliseconds(190)) _exit(kLeftTooLate);
+    }
+
     void answered() {
         earlyState.use();
         lateState().use();
