@@ -20,7 +20,7 @@ UIColor colorWith8BitRed(std::uint32_t red, std::uint32_t green, std::uint32_t b
 /// it is.
 std::string hexStringTransformFromThreeCharacters(const std::string& hexString);
 
-/// `hexValueToUnsigned:` reads the hexadecimal digits in front, "0x" or not; 0 when there are none.
+/// `hexValueToUnsigned:` reads the hexadecimal digits in front, without a "0x"; 0 when there are none.
 std::uint32_t hexValueToUnsigned(const std::string& hexValue);
 
 }  // namespace vorlane

@@ -78,7 +78,7 @@ public:
 
     /// `beginBackgroundTaskWithName:expirationHandler:` asks for time to finish a piece of work after the application
     /// has left the foreground. Each task is ended once with `endBackgroundTask()`. The handler may be empty; it runs
-    /// on the main queue if the time runs out first, and ends the task. Any thread.
+    /// on the main queue if the time (180 seconds on Linux) runs out first, and ends the task. Any thread.
     UIBackgroundTaskIdentifier beginBackgroundTaskWithName(const std::string& name,
                                                            std::function<void()> expirationHandler);
     UIBackgroundTaskIdentifier beginBackgroundTaskWithExpirationHandler(std::function<void()> expirationHandler);

@@ -46,7 +46,8 @@ public:
 
     VLInboxMessage();
     /// `initWithNotifID:fromService:subject:content:label:url:phash:read:created:end:cardUrl:backgoundColor:
-    /// foregroundColor:withMetadata:`. A colour that is not "#" and six hexadecimal digits leaves the default.
+    /// foregroundColor:withMetadata:`. A colour that is not "#" and six characters from "0" to "F" (":" to "@" among
+    /// them) or "a" to "f" leaves the default.
     VLInboxMessage(Content content, std::weak_ptr<VLInboxService> service);
     ~VLInboxMessage();
 

@@ -28,7 +28,8 @@ public:
     void setAppKey(std::optional<std::string> appKey) { appKey_ = std::move(appKey); }
 
     /// The view controller (a `UIViewController` that is a `VLInterstitialViewController`) of an interstitial that is
-    /// shown each time the application comes to the foreground, unless a notification brought it there. Null: none is.
+    /// shown each time the application comes to the foreground, unless a push notification with an alert arrived, or a
+    /// local one was opened, since it last did. Null: none is.
     const std::shared_ptr<NSObject>& appOpenInterstitial() const { return appOpenInterstitial_; }
     void setAppOpenInterstitial(std::shared_ptr<NSObject> viewController) {
         appOpenInterstitial_ = std::move(viewController);

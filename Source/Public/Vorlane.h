@@ -56,7 +56,8 @@ class VLUserNotificationCentre;
 /// Start it once at launch with `initialiseSDKWithApplication()`, report the application's states to
 /// `Platform::current().application()`, and call the class operations from the main thread. Nothing happens before the
 /// first call: it makes the shared object, its services and the settings file. An operation called before start-up
-/// works, but its requests carry no app key.
+/// works with the app key that an earlier run stored. Without one its requests name the key "(null)", and so does, for
+/// as long as the process lives, the URL of all events once one of them was registered then.
 ///
 /// Results arrive through completion handlers, which may be empty. Each runs exactly once (an inbox list may come more
 /// than once), on the main queue, after the call that took it has returned. Failures are told there and in the log
@@ -111,11 +112,13 @@ public:
     static std::optional<std::string> appKey();
     /// `deviceId` names this installation; made when there is none yet.
     static std::string deviceId();
-    /// `deviceToken` is the push token registered last; nothing when there is none.
+    /// `deviceToken` is the push token handed over last, whether or not the service took it; nothing when there is none
+    /// or it was taken back.
     static std::optional<Data> deviceToken();
     /// `setPhash:` sets the hash of the notification that opened the application; nothing forgets it.
     static void setPhash(const std::optional<std::string>& phash);
-    /// `phash`; nothing when no notification opened the application in this session.
+    /// `phash` of the notification that opened the application in this session, of the inbox message that was opened
+    /// last, or what `setPhash()` set; nothing when there is none.
     static std::optional<std::string> phash();
 
     // Events. Each is sent at once; an event sent while offline is lost. Any thread.
@@ -159,8 +162,9 @@ public:
     /// `unregisterFromRemoteNotificationsWithCompletionHandler:` takes the token back and forgets it, also when the
     /// request fails. Without a token nothing was done. Errors: those of a failed request.
     static void unregisterFromRemoteNotificationsWithCompletionHandler(OutcomeHandler completionHandler);
-    /// `application:didReceiveRemoteNotification:`: a push notification arrived, or the user opened it (the application
-    /// is then inactive): its phash is told in what is sent from then on. Main queue.
+    /// `application:didReceiveRemoteNotification:`: a push notification arrived. While the application is inactive, the
+    /// user has opened it: its phash is told in what is sent from then on. Otherwise the phash is dropped. One without
+    /// an alert is ignored. Main queue.
     static void didReceiveRemoteNotification(const std::shared_ptr<UIApplication>& application,
                                              const Dictionary& userInfo);
     /// `application:didRegisterUserNotificationSettings:`: the user's answer, on platforms below 10.
@@ -191,7 +195,8 @@ public:
     /// `cancelAllPendingLocalNotifications` cancels every one of the application, also those that it scheduled by
     /// itself.
     static void cancelAllPendingLocalNotifications();
-    /// `application:didReceiveLocalNotification:`: the user opened a local notification.
+    /// `application:didReceiveLocalNotification:`: the user opened a local notification; while the application is
+    /// inactive, its phash is told in what is sent from then on.
     static void didReceiveLocalNotification(const std::shared_ptr<UIApplication>& application,
                                             const UILocalNotification& notification);
 
@@ -218,8 +223,11 @@ public:
     static void askForPermission(VLPermissions permission);
     /// `askForPermission:interstitialViewController:` asks with an interstitial first, whose links lead to the system's
     /// prompt or the settings page; shown in a view controller as `presentInterstitialWithPlacement()` takes it.
-    /// Nothing is shown when the user has decided already, or within the configured time (a day) after the last one;
-    /// what cannot be shown gives way to the system's prompt. Any thread.
+    /// Nothing is shown when the user allows it already (a provisional permission is asked to be made full; after a
+    /// denial, and for when-in-use where always is asked for, the page leads to the settings), where location is
+    /// restricted, or within the configured time (a day) after the last one. An error, a null or unsuitable view
+    /// controller included, leads to the system's prompt at once; when the service has no page, another interstitial is
+    /// on screen or there is no key window, nothing happens. Any thread.
     static void askForPermission(VLPermissions permission, const std::shared_ptr<NSObject>& viewController);
 
     // Location. The library asks for positions, regions and beacons by itself, as the service's configuration says.
@@ -236,11 +244,12 @@ public:
     /// one. The handler runs at least once; when messages had to be fetched, once for each of them, with the whole list
     /// so far.
     static void getInboxMessagesWithCompletionHandler(InboxHandler completionHandler);
-    /// `openInboxMessage:completionHandler:` marks the message as read and tells the service. Errors:
-    /// `VLErrorDomainInbox` 0 when the database could not be changed.
+    /// `openInboxMessage:completionHandler:` marks the message as read, takes its phash over as that of what was opened
+    /// last, and tells the service. Errors: `VLErrorDomainInbox` 0 when the database could not be changed, or for null,
+    /// with which nothing else is done.
     static void openInboxMessage(const std::shared_ptr<VLInboxMessage>& message, ErrorHandler completionHandler);
     /// `deleteInboxMessage:completionHandler:` deletes the message for good and tells the service. Errors:
-    /// `VLErrorDomainInbox` 0 when the database could not be changed.
+    /// `VLErrorDomainInbox` 0 when the database could not be changed, or for null, with which nothing else is done.
     static void deleteInboxMessage(const std::shared_ptr<VLInboxMessage>& message, ErrorHandler completionHandler);
 
     // For libraries that wrap this one.
@@ -253,7 +262,8 @@ public:
     /// `addCommonJsonData:` adds "sid", "lv" and "acit" to a request body under construction.
     void addCommonJsonData(Dictionary& json);
 
-    /// Whether a notification opened the application since it last became active. Any thread.
+    /// Whether a push notification with an alert arrived, or a local one was opened, since the application last came
+    /// back from the background. Any thread.
     bool isNotificationOpen() const { return isNotificationOpen_; }
     /// For the library's own use.
     void setNotificationOpen(bool isOpen) { isNotificationOpen_ = isOpen; }

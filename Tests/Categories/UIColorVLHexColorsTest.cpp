@@ -66,6 +66,7 @@ TEST(UIColorVLHexColorsTest, ANumberIsReadAsFarAsItGoes) {
     EXPECT_EQ(hexValueToUnsigned("ff"), 255U);
     EXPECT_EQ(hexValueToUnsigned("1g"), 1U);
     EXPECT_EQ(hexValueToUnsigned("g1"), 0U);
+    EXPECT_EQ(hexValueToUnsigned("0x1f"), 0U);
     EXPECT_EQ(hexValueToUnsigned("-1"), 0U);
     EXPECT_EQ(hexValueToUnsigned(""), 0U);
 }

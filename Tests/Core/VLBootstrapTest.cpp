@@ -2,13 +2,17 @@
 
 #include <gtest/gtest.h>
 
+#include "Beacons/VLBeaconService.h"
 #include "Core/VLLifeCycleManager.h"
 #include "Core/VLSettings.h"
+#include "Geo/VLGeoService.h"
+#include "Geo/VLLocationService.h"
 #include "Network/VLPayloadBuilder.h"
 #include "Network/VLURLBuilder.h"
 #include "Network/VLURLSession.h"
 #include "Notifications/VLInterstitialService.h"
 #include "Notifications/VLPermissionService.h"
+#include "Notifications/VLRemoteNotificationService.h"
 #include "Platform/NSBundle.h"
 #include "Platform/NSException.h"
 #include "Platform/NSFileManager.h"
@@ -116,6 +120,11 @@ TEST_F(VLBootstrapTest, TheLifeCycleManagerBringsEveryServiceThatItNeeds) {
     bootstrap->addComponent<VLConfigService>(mustNotRun(static_cast<VLConfigService*>(nullptr)));
     bootstrap->addComponent<VLPermissionService>(mustNotRun(static_cast<VLPermissionService*>(nullptr)));
     bootstrap->addComponent<VLInterstitialService>(mustNotRun(static_cast<VLInterstitialService*>(nullptr)));
+    bootstrap->addComponent<VLRemoteNotificationService>(
+        mustNotRun(static_cast<VLRemoteNotificationService*>(nullptr)));
+    bootstrap->addComponent<VLLocationService>(mustNotRun(static_cast<VLLocationService*>(nullptr)));
+    bootstrap->addComponent<VLGeoService>(mustNotRun(static_cast<VLGeoService*>(nullptr)));
+    bootstrap->addComponent<VLBeaconService>(mustNotRun(static_cast<VLBeaconService*>(nullptr)));
     EXPECT_EQ(bootstrap->getComponent<VLSettings>(), settings);
     EXPECT_TRUE(bootstrap->getComponent<VLURLBuilder>());
     EXPECT_TRUE(bootstrap->getComponent<VLPayloadBuilder>());
@@ -124,6 +133,10 @@ TEST_F(VLBootstrapTest, TheLifeCycleManagerBringsEveryServiceThatItNeeds) {
     EXPECT_TRUE(bootstrap->getComponent<VLConfigService>());
     EXPECT_TRUE(bootstrap->getComponent<VLPermissionService>());
     EXPECT_TRUE(bootstrap->getComponent<VLInterstitialService>());
+    EXPECT_TRUE(bootstrap->getComponent<VLRemoteNotificationService>());
+    EXPECT_TRUE(bootstrap->getComponent<VLLocationService>());
+    EXPECT_TRUE(bootstrap->getComponent<VLGeoService>());
+    EXPECT_TRUE(bootstrap->getComponent<VLBeaconService>());
 }
 
 TEST_F(VLBootstrapTest, ThePlatformsObjectsAreThoseOfThePlatform) {

@@ -445,6 +445,20 @@ TEST_F(VLLocationServiceTest, AServiceThatIsGoneIsNotMissed) {
     EXPECT_TRUE(significantChanges.empty());
 }
 
+TEST_F(VLLocationServiceTest, ADeviceThatCannotRangeMonitorsNoBeaconRegions) {
+    const std::string both =
+        R"({"services":{"geo_regions":true,"beacon":true},"configs":{"beacon":{"beacon_data":[{"type":"data",)"
+        R"("beacon_type":"ibeacon","uuid":"B9407F30-F5F8-466E-AFF9-25556B57FE6D","major":1,"minor":2}]}}})";
+    manager().setCapabilities({.ranging = false});
+    start(both);
+    EXPECT_EQ(update(true, false), true);
+    EXPECT_EQ(significantChanges, std::vector<bool>{true});
+    EXPECT_TRUE(manager().monitoredRegions().empty());
+    manager().setCapabilities({});
+    EXPECT_EQ(update(true, false), true);
+    EXPECT_EQ(manager().monitoredRegions().size(), 1U);
+}
+
 TEST_F(VLLocationServiceTest, Mode1WithBeaconsFetchesRegionsWhereTheyCanBeMonitored) {
     const std::string mode1 =
         R"({"services":{"geo_regions":true,"beacon":true},"configs":{"geo_regions":{"geo_mode":1}}})";

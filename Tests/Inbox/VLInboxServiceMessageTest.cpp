@@ -61,6 +61,21 @@ TEST_F(VLInboxServiceMessageTest, OpeningMarksTheMessageAsReadHereAndThere) {
     EXPECT_EQ(log().count("Inbox: message 7 marked as read remotely", VLLogLevel::Debug), 1);
 }
 
+TEST_F(VLInboxServiceMessageTest, WhatAnotherUserHasReadIsNotReadForThisOne) {
+    store(7, 1, 100, kLater, "U");
+    store(7, 0);
+    open(7);
+    EXPECT_EQ(event()["event_type"], Value("Read"));
+    EXPECT_EQ(value("SELECT READ FROM RICH_INBOX WHERE TRACKING_ID = 'T'"), "1");
+}
+
+TEST_F(VLInboxServiceMessageTest, TheServiceIsToldBeforeTheEvent) {
+    store(7);
+    open(7);
+    ASSERT_EQ(session().requests().size(), 2U);
+    EXPECT_EQ(session().requests().front().request.HTTPMethod, "PUT");
+}
+
 TEST_F(VLInboxServiceMessageTest, OpeningSendsTheReadEventWithTheMessagesPhash) {
     store(7);
     settings->setPhash("of a notification");

@@ -344,6 +344,23 @@ TEST_F(VLInboxServiceSyncTest, AMessageReadHereIsMarkedReadThere) {
     EXPECT_EQ(logged("Inbox: message 1 marked as read remotely"), 1);
 }
 
+TEST_F(VLInboxServiceSyncTest, AMessageThatAnotherUserHoldsIsFetchedForThisOneToo) {
+    store(1, 1, 100, kLater, "U");
+    listAtServer({entry(1, 0)});
+    answerMessage(1);
+    EXPECT_THAT(list().ids(), ElementsAre(1));
+    EXPECT_EQ(rows("SELECT NOTIF_ID, TRACKING_ID FROM RICH_INBOX ORDER BY ID"), (Rows{{"1", "U"}, {"1", "T"}}));
+    EXPECT_TRUE(requests("PUT", kMessages).empty());
+}
+
+TEST_F(VLInboxServiceSyncTest, OfTheFlagsHereOnly1Wins) {
+    store(1, 2);
+    listAtServer({entry(1, 0)});
+    list();
+    EXPECT_EQ(value("SELECT READ FROM RICH_INBOX"), "0");
+    EXPECT_TRUE(requests("PUT", kMessages).empty());
+}
+
 TEST_F(VLInboxServiceSyncTest, AMessageReadElsewhereIsMarkedReadHere) {
     store(1, 0);
     store(2, 0);

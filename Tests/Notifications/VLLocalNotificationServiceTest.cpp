@@ -216,6 +216,16 @@ TEST_F(VLLocalNotificationServiceTest, AFailedSplitSchedulesTheNotificationAsItI
     EXPECT_EQ(splits().size(), 2U);
 }
 
+TEST_F(VLLocalNotificationServiceTest, TheTimerIsForTheSoonestInWhateverOrderTheyWereScheduled) {
+    schedule(5000);
+    schedule(200);
+    phone().advance(5);
+    EXPECT_EQ(phone().timers(), std::vector<double>{135});
+    EXPECT_EQ(
+        log().count("Local notification: due to fire in 195 seconds, create phash in 135 seconds", VLLogLevel::Debug),
+        1);
+}
+
 TEST_F(VLLocalNotificationServiceTest, APassSplitsTheOutstandingOnesThatAreDue) {
     schedule(90);
     schedule(200);
@@ -331,12 +341,14 @@ TEST_F(VLLocalNotificationServiceTest, OpeningFromOutsideTakesThePhash) {
 TEST_F(VLLocalNotificationServiceTest, OpeningWhileActiveOrInTheBackgroundTakesNoPhash) {
     UILocalNotification notification;
     notification.userInfo = Dictionary{{"p", "hash"}};
+    settings->setPhash("earlier");
     for (const auto state : {UIApplicationState::active, UIApplicationState::background}) {
+        Vorlane::sharedInstance().setNotificationOpen(false);
         application().setApplicationState(state);
         service->didAcceptLocalNotification(phone().application(), notification);
+        EXPECT_EQ(settings->phash(), "earlier");
+        EXPECT_TRUE(isNotificationOpen());
     }
-    EXPECT_EQ(settings->phash(), std::nullopt);
-    EXPECT_TRUE(isNotificationOpen());
 }
 
 TEST_F(VLLocalNotificationServiceTest, APhashThatIsNoTextOrMissingIsNotTaken) {
@@ -348,6 +360,16 @@ TEST_F(VLLocalNotificationServiceTest, APhashThatIsNoTextOrMissingIsNotTaken) {
         service->didAcceptLocalNotification(phone().application(), notification);
     }
     EXPECT_EQ(settings->phash(), std::nullopt);
+}
+
+TEST_F(VLLocalNotificationServiceTest, OneWithoutAPhashLeavesTheEarlierOne) {
+    settings->setPhash("earlier");
+    application().setApplicationState(UIApplicationState::inactive);
+    UILocalNotification notification;
+    service->didAcceptLocalNotification(phone().application(), notification);
+    notification.userInfo = Dictionary{{"own", 1}};
+    service->didAcceptLocalNotification(phone().application(), notification);
+    EXPECT_EQ(settings->phash(), "earlier");
 }
 
 // Cancelling.

@@ -308,6 +308,18 @@ TEST_F(VLPermissionServiceTest, TheOptionsAreThoseOfAnApplicationWithoutOrWithSe
     EXPECT_THAT(scripted->requestedOptions, ElementsAre(15U, 79U, 47U, 111U));
 }
 
+TEST_F(VLPermissionServiceTest, TheHandlerRunsOnceTheAnswerHasBeenTaken) {
+    const auto scripted = std::make_shared<ScriptedCentre>();
+    scripted->status = -1;
+    permissions = makeService(scripted);
+    std::optional<VLUserNotificationSettings> seen;
+    permissions->requestNotificationAuthorisationWithProvisionalAuth(false,
+                                                                     [&] { seen = settings->notificationSettings(); });
+    phone().settle();
+    ASSERT_TRUE(seen);
+    EXPECT_EQ(seen->authorisationStatus, -1);
+}
+
 TEST_F(VLPermissionServiceTest, AnAnswerRegistersTheDeviceAgain) {
     settings->setDeviceToken(Data{0xAB});
     EXPECT_EQ(request(false), 1);

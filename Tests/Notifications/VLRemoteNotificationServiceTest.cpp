@@ -337,12 +337,14 @@ TEST_F(VLRemoteNotificationServiceTest, ANotificationThatOpenedTheApplicationLea
 }
 
 TEST_F(VLRemoteNotificationServiceTest, APhashThatArrivesWhileTheApplicationIsNotInactiveIsNotStored) {
+    settings->setPhash("earlier");
     for (const auto state : {UIApplicationState::active, UIApplicationState::background}) {
+        Vorlane::sharedInstance().setNotificationOpen(false);
         application().setApplicationState(state);
         service->didReceiveRemoteNotification(phone().application(), push({{"p", "hash"}}));
+        EXPECT_EQ(settings->phash(), "earlier");
+        EXPECT_TRUE(isNotificationOpen());
     }
-    EXPECT_EQ(settings->phash(), std::nullopt);
-    EXPECT_TRUE(isNotificationOpen());
     EXPECT_EQ(log().count("App is already in foreground - discarding phash hash", VLLogLevel::Info), 2);
 }
 
@@ -357,6 +359,12 @@ TEST_F(VLRemoteNotificationServiceTest, ASilentPushIsIgnored) {
     ASSERT_EQ(lines.size(), 3U);
     EXPECT_EQ(lines[0].level, VLLogLevel::Info);
     EXPECT_EQ(lines[0].payload, Value(Dictionary{{"p", "hash"}}));
+}
+
+TEST_F(VLRemoteNotificationServiceTest, ASilentPushTakesNothingFromAnOpenedOne) {
+    Vorlane::sharedInstance().setNotificationOpen(true);
+    service->didReceiveRemoteNotification(phone().application(), {{"p", "hash"}});
+    EXPECT_TRUE(isNotificationOpen());
 }
 
 TEST_F(VLRemoteNotificationServiceTest, AnAlertOfNullIsAnAlert) {
