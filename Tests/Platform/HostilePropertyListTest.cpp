@@ -227,6 +227,39 @@ TEST(HostilePropertyListTest, MarkupLeftOpenGivesNothing) {
     EXPECT_EQ(read(xml(std::string("<dict\0></dict>", 14))), std::nullopt);
 }
 
+TEST(HostilePropertyListTest, ATextOfAMillionEntitiesIsReadLikeAnyOther) {
+    // By moving what is left for each of them, it would take hours.
+    std::string text;
+    for (int i = 0; i < 1000000; ++i) text += "&<>";
+    const Value dictionary = {{text, text}};
+    const auto bytes = NSPropertyListSerialization::dataWithPropertyList(dictionary);
+    // Not printed when they differ.
+    EXPECT_TRUE(NSPropertyListSerialization::propertyListWithData(bytes) == dictionary);
+}
+
+TEST(HostilePropertyListTest, AnEntityMayStandAnywhereInALongText) {
+    for (std::size_t before = 1000; before < 1050; ++before) {
+        for (const std::string plain : {"", "\u00e9"}) {
+            const auto end = repeated("x" + plain, 500);
+            EXPECT_EQ(read(xml("<string>" + std::string(before, 'x') + plain + "&amp;&#233;" + end + "</string>")),
+                      Value(std::string(before, 'x') + plain + "&\u00e9" + end));
+        }
+    }
+    const std::string longText(3000, 'x');
+    EXPECT_EQ(read(xml("<string>&lt;" + longText + "<!-- & -->" + longText + "<![CDATA[&amp;" + longText +
+                       "]]>&gt;</string>")),
+              Value("<" + longText + longText + "&amp;" + longText + ">"));
+}
+
+TEST(HostilePropertyListTest, AnEntityThatDoesNotEndIsHarmless) {
+    const std::string longText(3000, 'x');
+    for (const auto& text : {"&" + longText, longText + "&amp", longText + "&" + longText + ";", longText + "&&&&"}) {
+        read(xml("<string>" + text + "</string>"));
+        read(xml("<dict><key>" + text + "</key><data>" + text + "</data></dict>"));
+        EXPECT_EQ(read("&" + longText + xml("<true/>") + "&" + longText), read("&" + xml("<true/>") + "&"));
+    }
+}
+
 TEST(HostilePropertyListTest, CharacterReferencesThatAreNoneAreHarmless) {
     for (const std::string reference :
          {"&#0;", "&#x0;", "&#xFFFFFFFF;", "&#;", "&;", "&amp", "&unknown;", "&#xD800;"}) {

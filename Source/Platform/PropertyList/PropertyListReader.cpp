@@ -128,15 +128,18 @@ std::optional<Value> valueOf(plist_t node) {
     }
 }
 
+/// None for a text that is longer than libplist can be told, so that it reads nothing.
+std::uint32_t lengthOf(std::string_view text) {
+    return text.size() > std::numeric_limits<std::uint32_t>::max() ? 0 : static_cast<std::uint32_t>(text.size());
+}
+
 Node parse(const Data& bytes, int limit) {
     const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
     plist_t root = nullptr;
-    if (bytes.size() > std::numeric_limits<std::uint32_t>::max()) return {nullptr, &plist_free};
-    const auto length = static_cast<std::uint32_t>(bytes.size());
     if (text.starts_with("bplist")) {
-        if (BinaryPropertyListScanner::isSound(bytes, limit)) plist_from_bin(text.data(), length, &root);
-    } else if (XMLPropertyListScanner::nestsWithin(text, limit)) {
-        plist_from_xml(text.data(), length, &root);
+        if (BinaryPropertyListScanner::isSound(bytes, limit)) plist_from_bin(text.data(), lengthOf(text), &root);
+    } else if (const auto xml = XMLPropertyListScanner::readable(text, limit)) {
+        plist_from_xml(xml->data(), lengthOf(*xml), &root);
     }
     return {root, &plist_free};
 }

@@ -1,29 +1,61 @@
 #include "Platform/PropertyList/XMLPropertyListScanner.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace vorlane {
 
 namespace {
 
 constexpr auto kNowhere = std::string_view::npos;
+constexpr std::size_t kLongestPiece = 1024;
+constexpr std::string_view kSeam = "<![CDATA[]]>";
 
 bool isContainer(std::string_view name) { return name == "array" || name == "dict"; }
 
 }  // namespace
 
-bool XMLPropertyListScanner::nestsWithin(std::string_view xml, int limit) {
+std::optional<std::string> XMLPropertyListScanner::readable(std::string_view xml, int limit) {
     // libplist ends a tag's name at a NUL byte, which XML has no place for anyway.
-    return xml.find('\0') == kNowhere && XMLPropertyListScanner(xml).scan(limit);
+    if (xml.find('\0') != kNowhere) return std::nullopt;
+    XMLPropertyListScanner scanner(xml);
+    if (!scanner.scan(limit)) return std::nullopt;
+    return std::move(scanner.readable_);
 }
 
 bool XMLPropertyListScanner::scan(int limit) {
+    readable_.reserve(xml_.size());
     for (auto open = xml_.find('<'); open != kNowhere; open = xml_.find('<', position_)) {
+        takeText(open);
         const auto next = xml_.substr(open + 1, 1);
         const bool isRead = next == "!" || next == "?" ? skipMarkup(open) : skipTag(open);
         if (!isRead || depth_ < 0 || depth_ > limit) return false;
+        readable_ += xml_.substr(open, position_ - open);
     }
+    takeText(xml_.size());
     return true;
+}
+
+/// What stands between two tags, in pieces when it has entities.
+void XMLPropertyListScanner::takeText(std::size_t end) {
+    const bool hasEntities = xml_.substr(position_, end - position_).find('&') != kNowhere;
+    while (hasEntities && end - position_ > kLongestPiece) {
+        const auto piece = endOfPiece(end);
+        readable_ += xml_.substr(position_, piece - position_);
+        readable_ += kSeam;
+        position_ = piece;
+    }
+    readable_ += xml_.substr(position_, end - position_);
+    position_ = end;
+}
+
+/// Where a piece that begins here may end: not inside an entity.
+std::size_t XMLPropertyListScanner::endOfPiece(std::size_t end) const {
+    const auto piece = xml_.substr(position_, kLongestPiece);
+    const auto entity = piece.rfind('&');
+    if (entity == kNowhere || piece.find(';', entity) != kNowhere) return position_ + piece.size();
+    const auto semicolon = xml_.find(';', position_ + entity);
+    return semicolon < end ? semicolon + 1 : end;
 }
 
 /// Comments and the like, whose insides are no tags.
