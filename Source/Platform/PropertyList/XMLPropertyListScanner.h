@@ -7,9 +7,9 @@
 
 namespace vorlane {
 
-/// Makes an XML property list fit for libplist, from its tags alone and without recursion. libplist reads any depth, but
-/// frees what it has read by recursion: what is too deep must never reach it. And it moves the rest of a text for each
-/// entity in it, which takes hours for the longest: such a text must come in pieces.
+/// Makes an XML property list fit for libplist, from its tags alone and without recursion. libplist reads any depth,
+/// but frees what it has read by recursion: what is too deep must never reach it. And it moves the rest of a text for
+/// each entity in it, which takes hours for the longest: such a text must come in pieces.
 class XMLPropertyListScanner {
 public:
     /// What libplist is to read: the same list, with an empty CDATA section wherever one piece of a text ends and the
