@@ -12,8 +12,6 @@
 
 namespace vorlane {
 
-namespace {}  // namespace
-
 VLGeoRegionContent::VLGeoRegionContent(std::shared_ptr<VLSettings> settings, std::shared_ptr<UIApplication> application,
                                        std::shared_ptr<VLNotificationHelper> notificationHelper,
                                        std::shared_ptr<VLURLBuilder> urlBuilder,

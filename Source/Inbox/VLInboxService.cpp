@@ -180,7 +180,9 @@ VLInboxService::Messages VLInboxService::getInboxList(const std::string& trackin
     return readList(trackingId).messages;
 }
 
-std::size_t VLInboxService::getUnreadCount(const std::string& trackingId) { return readList(trackingId).unreadCount; }
+std::size_t VLInboxService::getUnreadCount(const std::string& trackingId) {
+    return store_->unreadCount(trackingId, now()).value_or(0);
+}
 
 void VLInboxService::openInboxMessage(const std::shared_ptr<VLInboxMessage>& message, MessageHandler completion) {
     openInboxMessage(message, std::nullopt, std::move(completion));

@@ -175,6 +175,11 @@ std::optional<VLInboxStore::Local> VLInboxStore::local(const std::string& tracki
     return isRead ? std::optional(std::move(local)) : std::nullopt;
 }
 
+std::optional<std::size_t> VLInboxStore::unreadCount(const std::string& trackingId, double now) {
+    Operation operation(*this);
+    return unreadCount(operation, trackingId, now);
+}
+
 VLInboxStore::List VLInboxStore::list(const std::string& trackingId, double now) {
     Operation operation(*this);
     auto listed = rows(operation, trackingId);

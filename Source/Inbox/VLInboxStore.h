@@ -38,10 +38,12 @@ public:
     };
     /// What an update compares with: the rows in no order, and the ids of the messages that were deleted here.
     std::optional<Local> local(const std::string& trackingId);
+    std::optional<std::size_t> unreadCount(const std::string& trackingId, double now);
     struct List {
         std::shared_ptr<const VLInboxRows> rows;
         std::optional<std::size_t> unreadCount;
     };
+    /// Both over one connection.
     List list(const std::string& trackingId, double now);
     std::optional<Data> cardImage(std::uint64_t notificationId, const std::string& trackingId);
 

@@ -44,8 +44,9 @@ Platform::Platform() : waits_(std::make_unique<Waits>()) {}
 Platform::~Platform() = default;
 
 void Platform::install(std::shared_ptr<Platform> platform) {
-    // What another one has at work uses the objects that are dropped next.
-    if (currentPlatform != platform.get()) shutdown();
+    if (platform && platform.get() == currentPlatform) return;
+    // What the one before has at work uses the objects that are dropped next.
+    shutdown();
     resetProcessWideObjects();
     auto& holder = platformHolder();
     const std::lock_guard lock(holder.mutex);

@@ -32,7 +32,8 @@ public:
 
     /// Puts a platform of the host's own in place, before the first use of `Vorlane`. Installing another one later
     /// shuts the library down, as `shutdown()` does and where that may be called, and starts it afresh: its shared
-    /// objects are dropped and made again on next use. Null: the Linux platform, once one is asked for.
+    /// objects are dropped and made again on next use. The one in force already stays as it is. Null: the Linux
+    /// platform, once one is asked for.
     static void install(std::shared_ptr<Platform> platform);
 
     /// The installed platform; the Linux platform is made when there is none. Lives until another one is installed,

@@ -128,6 +128,13 @@ TEST_F(VLInboxServiceListTest, ReadMessagesAreNotCounted) {
     EXPECT_EQ(service->getUnreadCount("T"), 1U);
 }
 
+TEST_F(VLInboxServiceListTest, TheUnreadCountReadsNothingElseOfTheList) {
+    store(1);
+    execute("ALTER TABLE RICH_INBOX DROP COLUMN CONTENT");
+    EXPECT_EQ(service->getUnreadCount("T"), 1U);
+    EXPECT_TRUE(service->getInboxList("T").empty());
+}
+
 TEST_F(VLInboxServiceListTest, UsersSeeTheirOwnMessagesOnly) {
     store(1, 0, 100, kLater, "T");
     store(2, 0, 100, kLater, "U");

@@ -48,19 +48,41 @@ TEST_F(PlatformTest, ShuttingDownWithoutAPlatformOrTwiceIsFine) {
     Platform::shutdown();
 }
 
-TEST_F(PlatformTest, EachPlatformIsStoppedOnce) {
-    class StopCounter : public SimulatedPhone {
-    public:
-        int stops = 0;
+class StopCounter : public SimulatedPhone {
+public:
+    int stops = 0;
 
-    protected:
-        void stop() override {
-            ++stops;
-            SimulatedPhone::stop();
-            // What runs while the platform stops may still ask for it.
-            EXPECT_EQ(&Platform::current(), this);
-        }
-    };
+protected:
+    void stop() override {
+        ++stops;
+        SimulatedPhone::stop();
+        // What runs while the platform stops may still ask for it.
+        EXPECT_EQ(&Platform::current(), this);
+    }
+};
+
+TEST_F(PlatformTest, TheNextPlatformStopsTheOneBefore) {
+    const auto phone = std::make_shared<StopCounter>();
+    Platform::install(phone);
+    Platform::install(std::make_shared<SimulatedPhone>());
+    EXPECT_EQ(phone->stops, 1);
+    Platform::shutdown();
+}
+
+TEST_F(PlatformTest, InstallingTheOneInForceLeavesItAtWork) {
+    const auto phone = std::make_shared<StopCounter>();
+    Platform::install(phone);
+    const auto* object = &counted.get();
+    const int gone = Counted::gone;
+    Platform::install(phone);
+    EXPECT_EQ(phone->stops, 0);
+    EXPECT_EQ(&counted.get(), object);
+    EXPECT_EQ(Counted::gone, gone);
+    Platform::shutdown();
+    EXPECT_EQ(phone->stops, 1);
+}
+
+TEST_F(PlatformTest, EachPlatformIsStoppedOnce) {
     for (int i = 0; i < 2; ++i) {
         const auto phone = std::make_shared<StopCounter>();
         Platform::install(phone);

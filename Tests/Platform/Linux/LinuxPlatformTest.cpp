@@ -320,71 +320,66 @@ private:
     std::vector<std::function<void()>> tasks_;
 };
 
-TEST_F(LinuxPlatformTest, AHostMayBringItsOwnMainQueue) {
-    LinuxPlatform::Options options;
-    const auto loop = std::make_shared<HostLoop>();
-    options.mainQueue = loop;
-    LinuxPlatform platform(options);
+/// A platform whose main queue is the host's.
+class HostLoopTest : public LinuxPlatformTest {
+protected:
+    HostLoopTest() {
+        LinuxPlatform::Options options;
+        options.documentsFolder = folder;
+        options.mainQueue = loop;
+        platform = install(options);
+    }
+
+    const std::shared_ptr<HostLoop> loop = std::make_shared<HostLoop>();
+    std::shared_ptr<LinuxPlatform> platform;
     std::vector<int> ran;
-    platform.mainQueue()->post([&] {
-        EXPECT_TRUE(platform.mainQueue()->isCurrent());
+};
+
+TEST_F(HostLoopTest, AHostMayBringItsOwnMainQueue) {
+    platform->mainQueue()->post([&] {
+        EXPECT_TRUE(platform->mainQueue()->isCurrent());
         ran.push_back(1);
     });
-    platform.mainQueue()->postAfter(5, [&ran] { ran.push_back(2); });
-    EXPECT_FALSE(platform.mainQueue()->isCurrent());
-    platform.run();
-    platform.runFor(60);
-    EXPECT_EQ(platform.poll(), 0U);
+    platform->mainQueue()->postAfter(5, [this] { ran.push_back(2); });
+    EXPECT_FALSE(platform->mainQueue()->isCurrent());
+    platform->run();
+    platform->runFor(60);
+    EXPECT_EQ(platform->poll(), 0U);
     EXPECT_THAT(ran, testing::ElementsAre());
     loop->runAll();
     EXPECT_THAT(ran, testing::ElementsAre(1, 2));
 }
 
-TEST_F(LinuxPlatformTest, TasksKeepTheirOrderInTheHostsQueue) {
-    LinuxPlatform::Options options;
-    const auto loop = std::make_shared<HostLoop>();
-    options.mainQueue = loop;
-    const auto platform = install(options);
-    std::vector<int> ran;
+TEST_F(HostLoopTest, TasksKeepTheirOrderInTheHostsQueue) {
     platform->mainQueue()->post([&] {
         ran.push_back(1);
-        platform->mainQueue()->post([&ran] { ran.push_back(4); });
+        platform->mainQueue()->post([this] { ran.push_back(4); });
     });
-    loop->post([&ran] { ran.push_back(2); });
-    platform->mainQueue()->post([&ran] { ran.push_back(3); });
+    loop->post([this] { ran.push_back(2); });
+    platform->mainQueue()->post([this] { ran.push_back(3); });
     loop->runAll();
     EXPECT_THAT(ran, testing::ElementsAre(1, 2, 3));
     loop->runAll();
     EXPECT_THAT(ran, testing::ElementsAre(1, 2, 3, 4));
 }
 
-TEST_F(LinuxPlatformTest, AShutdownRunsWhatWaitsInTheHostsQueueAndNothingRunsAfterIt) {
-    LinuxPlatform::Options options;
-    const auto loop = std::make_shared<HostLoop>();
-    options.mainQueue = loop;
-    const auto platform = install(options);
-    std::vector<int> ran;
+TEST_F(HostLoopTest, AShutdownRunsWhatWaitsInTheHostsQueueAndNothingRunsAfterIt) {
     platform->mainQueue()->post([&] {
         EXPECT_TRUE(platform->mainQueue()->isCurrent());
         ran.push_back(1);
-        platform->mainQueue()->post([&ran] { ran.push_back(2); });
+        platform->mainQueue()->post([this] { ran.push_back(2); });
     });
-    platform->mainQueue()->postAfter(0, [&ran] { ran.push_back(3); });
+    platform->mainQueue()->postAfter(0, [this] { ran.push_back(3); });
     Platform::shutdown();
     EXPECT_FALSE(platform->mainQueue()->isCurrent());
     EXPECT_THAT(ran, testing::ElementsAre(1, 2));
-    platform->mainQueue()->post([&ran] { ran.push_back(4); });
+    platform->mainQueue()->post([this] { ran.push_back(4); });
     loop->runAll();
     EXPECT_THAT(ran, testing::ElementsAre(1, 2));
 }
 
-TEST_F(LinuxPlatformTest, AShutdownRunsTheHandlersThatTheHostsLoopDoesNotComeToAnyMore) {
+TEST_F(HostLoopTest, AShutdownRunsTheHandlersThatTheHostsLoopDoesNotComeToAnyMore) {
     const LoopbackServer silent([](LoopbackServer::Connection& connection) { connection.staySilent(); });
-    LinuxPlatform::Options options;
-    options.documentsFolder = folder;
-    const auto loop = std::make_shared<HostLoop>();
-    options.mainQueue = loop;
-    const auto platform = install(options);
     Vorlane::setURLs(VLURLsProduction::URLsWithOrigin(*NSURL::URLWithString(silent.url())));
     int calls = 0;
     Vorlane::setTag("name", "value", VLTagType::String, [&](const auto& error) {
