@@ -11,8 +11,8 @@
 
 #include "Benchmarks/Support/Host.h"
 #include "Benchmarks/Support/Process.h"
-#include "Core/VLSettings.h"
-#include "Platform/Linux/LinuxApplication.h"
+#include "Core/Base/VLSettings.h"
+#include "Platform/Linux/Application/LinuxApplication.h"
 #include "Platform/NSPropertyListSerialization.h"
 #include "Public/Vorlane.h"
 

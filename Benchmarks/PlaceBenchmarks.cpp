@@ -9,7 +9,7 @@
 #include "Benchmarks/Support/HandFedBackEnd.h"
 #include "Benchmarks/Support/Host.h"
 #include "Benchmarks/Support/Process.h"
-#include "Core/VLBootstrap.h"
+#include "Core/Startup/VLBootstrap.h"
 #include "Geo/VLLocationService.h"
 #include "Platform/CLBeaconRegion.h"
 #include "Platform/CLLocationManager.h"

@@ -14,9 +14,9 @@
 #include "Benchmarks/Support/Host.h"
 #include "Benchmarks/Support/LoopbackServer.h"
 #include "Benchmarks/Support/Process.h"
-#include "Core/VLBootstrap.h"
+#include "Core/Startup/VLBootstrap.h"
+#include "Platform/Internal/SerialDispatchQueue.h"
 #include "Platform/NSFileManager.h"
-#include "Platform/SerialDispatchQueue.h"
 #include "Public/Vorlane.h"
 #include "Tracking/VLSessionService.h"
 

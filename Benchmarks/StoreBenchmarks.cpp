@@ -5,7 +5,7 @@
 #include "Benchmarks/Support/BareFile.h"
 #include "Benchmarks/Support/Host.h"
 #include "Benchmarks/Support/Process.h"
-#include "Core/VLSettings.h"
+#include "Core/Base/VLSettings.h"
 #include "Platform/NSFileManager.h"
 #include "Public/Vorlane.h"
 

@@ -1,14 +1,12 @@
 # Stages the headers that a host includes below ${CMAKE_BINARY_DIR}/include/vorlane: as a subdirectory and installed alike
-# they are found as <vorlane/…>, and nothing else of the source tree comes with them.
+# they are found as <vorlane/…>, and nothing else of the source tree comes with them. Headers that are not installed stand in
+# the subfolders.
 set(VORLANE_STAGED_INCLUDES ${PROJECT_BINARY_DIR}/include)
 
 file(GLOB VORLANE_PUBLIC_HEADERS CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/Source/Public/*.h)
 file(GLOB VORLANE_PLATFORM_HEADERS CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/Source/Platform/*.h)
 file(GLOB VORLANE_SIMULATOR_HEADERS CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/Simulator/Platform/*.h)
-# The library's own use of the platform; no host needs them.
-list(FILTER VORLANE_PLATFORM_HEADERS EXCLUDE REGEX "/(ASCIICase|ProcessWide|SerialDispatchQueue)\\.h$")
-list(FILTER VORLANE_SIMULATOR_HEADERS EXCLUDE REGEX "/SimulatedSerialQueue\\.h$")
-set(VORLANE_LINUX_HEADERS ${PROJECT_SOURCE_DIR}/Source/Platform/Linux/LinuxPlatform.h)
+file(GLOB VORLANE_LINUX_HEADERS CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/Source/Platform/Linux/*.h)
 
 # In the sources an include is written from Source/ (or from the root, for the simulated phone); a host's from <vorlane/.
 function(vorlane_stage_header header folder)

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <utility>
 
-#include "Platform/SerialDispatchQueue.h"
+#include "Platform/Internal/SerialDispatchQueue.h"
 
 namespace vorlane {
 

@@ -8,6 +8,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "Platform/Internal/SerialDispatchQueue.h"
 #include "Platform/Linux/LinuxPlatform.h"
 #include "Platform/NSBundle.h"
 #include "Platform/NSFileManager.h"
@@ -15,12 +16,11 @@
 #include "Platform/NSTimer.h"
 #include "Platform/NSURLSession.h"
 #include "Platform/OSLog.h"
-#include "Platform/SerialDispatchQueue.h"
 #include "Platform/UIViewController.h"
 #include "Platform/UIWindow.h"
 #include "Simulator/Platform/CountingURLSession.h"
+#include "Simulator/Platform/Internal/SimulatedSerialQueue.h"
 #include "Simulator/Platform/SimulatedMainQueue.h"
-#include "Simulator/Platform/SimulatedSerialQueue.h"
 #include "Simulator/Platform/VirtualClock.h"
 
 namespace vorlane {

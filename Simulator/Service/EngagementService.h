@@ -3,11 +3,11 @@
 #include <optional>
 #include <string>
 
-#include "Simulator/Service/EndpointRouter.h"
-#include "Simulator/Service/FaultScript.h"
-#include "Simulator/Service/RequestLog.h"
-#include "Simulator/Service/ServiceStore.h"
-#include "Simulator/Service/StopSignal.h"
+#include "Simulator/Service/Http/EndpointRouter.h"
+#include "Simulator/Service/Http/FaultScript.h"
+#include "Simulator/Service/Http/RequestLog.h"
+#include "Simulator/Service/Http/StopSignal.h"
+#include "Simulator/Service/Store/ServiceStore.h"
 
 namespace vorlane::service {
 

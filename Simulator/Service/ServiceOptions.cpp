@@ -4,7 +4,7 @@
 
 #include <charconv>
 
-#include "Simulator/Service/ServiceError.h"
+#include "Simulator/Service/Http/ServiceError.h"
 
 namespace vorlane::service {
 namespace {

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "Simulator/Service/Http/ServiceServer.h"
 #include "Simulator/Service/ServiceOptions.h"
-#include "Simulator/Service/ServiceServer.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 
 #include "Beacons/VLBeaconContentData.h"
 #include "Beacons/VLBeaconsConfig.h"
-#include "Core/VLSettings.h"
+#include "Core/Base/VLSettings.h"
 #include "Network/VLPayloadBuilder.h"
 #include "Network/VLPayloadOptions.h"
 #include "Network/VLURLBuilder.h"

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "Core/VLError.h"
+#include "Core/Base/VLError.h"
 #include "Public/VLLog.h"
 
 namespace vorlane {

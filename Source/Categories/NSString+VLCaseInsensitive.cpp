@@ -1,6 +1,6 @@
 #include "Categories/NSString+VLCaseInsensitive.h"
 
-#include "Platform/ASCIICase.h"
+#include "Platform/Internal/ASCIICase.h"
 
 namespace vorlane {
 

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "Core/VLSettings.h"
+#include "Core/Base/VLSettings.h"
 #include "Network/VLPayloadBuilder.h"
 #include "Network/VLPayloadOptions.h"
 #include "Network/VLURLBuilder.h"

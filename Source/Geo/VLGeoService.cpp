@@ -8,7 +8,7 @@
 
 #include "Categories/NSDictionary+VLLookup.h"
 #include "Categories/NSNumber+VLLooseValue.h"
-#include "Core/VLSettings.h"
+#include "Core/Base/VLSettings.h"
 #include "Geo/VLGeoRegionContent.h"
 #include "Geo/VLGeoRegionFile.h"
 #include "Geo/VLGeoRegionInfo.h"

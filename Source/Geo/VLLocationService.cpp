@@ -11,7 +11,7 @@
 #include "Categories/NSDictionary+VLJSON.h"
 #include "Categories/NSDictionary+VLLookup.h"
 #include "Categories/NSNumber+VLLooseValue.h"
-#include "Core/VLSettings.h"
+#include "Core/Base/VLSettings.h"
 #include "Geo/VLGeoService.h"
 #include "Platform/CLBeaconRegion.h"
 #include "Platform/CLLocationManager.h"

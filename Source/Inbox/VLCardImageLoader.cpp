@@ -7,8 +7,8 @@
 #include <tuple>
 #include <utility>
 
-#include "Platform/ASCIICase.h"
 #include "Platform/DispatchQueue.h"
+#include "Platform/Internal/ASCIICase.h"
 #include "Platform/NSURLSession.h"
 #include "Public/VLImage.h"
 #include "Public/VLLog.h"

@@ -12,9 +12,9 @@
 #include <utility>
 
 #include "Inbox/VLInboxStatement.h"
+#include "Platform/Internal/ProcessWide.h"
 #include "Platform/NSFileManager.h"
 #include "Platform/Platform.h"
-#include "Platform/ProcessWide.h"
 #include "Public/VLLog.h"
 
 namespace vorlane {

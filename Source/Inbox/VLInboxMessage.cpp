@@ -4,7 +4,7 @@
 #include <string_view>
 #include <utility>
 
-#include "Core/VLCompletion.h"
+#include "Core/Base/VLCompletion.h"
 #include "Inbox/VLInboxService.h"
 #include "Platform/NSURL.h"
 #include "Public/VLLog.h"

@@ -7,9 +7,9 @@
 
 #include "Categories/NSDictionary+VLJSON.h"
 #include "Categories/NSString+VLHash.h"
-#include "Core/VLCompletion.h"
-#include "Core/VLError.h"
-#include "Core/VLSettings.h"
+#include "Core/Base/VLCompletion.h"
+#include "Core/Base/VLError.h"
+#include "Core/Base/VLSettings.h"
 #include "Inbox/VLCardImageLoader.h"
 #include "Inbox/VLInboxDatabaseManager.h"
 #include "Inbox/VLInboxServer.h"

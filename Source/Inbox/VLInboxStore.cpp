@@ -6,7 +6,7 @@
 #include <unordered_set>
 #include <utility>
 
-#include "Core/VLError.h"
+#include "Core/Base/VLError.h"
 #include "Inbox/VLInboxStatement.h"
 #include "Public/VLLog.h"
 

@@ -3,7 +3,7 @@
 #include <string>
 #include <utility>
 
-#include "Core/VLSettings.h"
+#include "Core/Base/VLSettings.h"
 #include "Platform/UIDevice.h"
 
 namespace vorlane {

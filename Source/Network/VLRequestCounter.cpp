@@ -2,7 +2,7 @@
 
 #include <mutex>
 
-#include "Platform/ProcessWide.h"
+#include "Platform/Internal/ProcessWide.h"
 
 namespace vorlane {
 namespace {

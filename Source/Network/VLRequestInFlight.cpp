@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "Categories/NSString+VLUTF8.h"
-#include "Core/VLError.h"
+#include "Core/Base/VLError.h"
 #include "Public/VLLog.h"
 
 namespace vorlane {

@@ -8,7 +8,7 @@
 
 #include "Categories/NSCharacterSet+VLURLEncoding.h"
 #include "Notifications/VLPermissionService.h"
-#include "Platform/ASCIICase.h"
+#include "Platform/Internal/ASCIICase.h"
 #include "Platform/UIApplication.h"
 #include "Public/VLLog.h"
 

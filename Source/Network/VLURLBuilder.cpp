@@ -9,9 +9,9 @@
 
 #include "Categories/NSCharacterSet+VLURLEncoding.h"
 #include "Categories/NSDictionary+VLLookup.h"
-#include "Core/VLSettings.h"
+#include "Core/Base/VLSettings.h"
+#include "Platform/Internal/ProcessWide.h"
 #include "Platform/NSURLComponents.h"
-#include "Platform/ProcessWide.h"
 #include "Public/VLURLs.h"
 #include "Public/VLValue.h"
 

@@ -10,7 +10,7 @@
 #include "Categories/NSDictionary+VLJSON.h"
 #include "Categories/NSDictionary+VLLookup.h"
 #include "Categories/UILocalNotification+VLTimeToFire.h"
-#include "Core/VLSettings.h"
+#include "Core/Base/VLSettings.h"
 #include "Network/VLPayloadBuilder.h"
 #include "Network/VLPayloadOptions.h"
 #include "Network/VLURLBuilder.h"

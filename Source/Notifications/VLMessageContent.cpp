@@ -7,7 +7,7 @@
 #include "Categories/NSCharacterSet+VLURLEncoding.h"
 #include "Categories/NSDictionary+VLJSON.h"
 #include "Categories/NSDictionary+VLLookup.h"
-#include "Core/VLSettings.h"
+#include "Core/Base/VLSettings.h"
 #include "Notifications/VLNotificationHelper.h"
 #include "Public/VLLog.h"
 

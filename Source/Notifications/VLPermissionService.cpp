@@ -9,8 +9,8 @@
 #include <utility>
 
 #include "Categories/NSDictionary+VLLookup.h"
-#include "Core/VLMainQueueRelease.h"
-#include "Core/VLSettings.h"
+#include "Core/Base/VLMainQueueRelease.h"
+#include "Core/Base/VLSettings.h"
 #include "Notifications/VLAuthorisation.h"
 #include "Notifications/VLInterstitialService.h"
 #include "Notifications/VLRemoteNotificationService.h"

@@ -6,8 +6,8 @@
 
 #include "Categories/NSDictionary+VLLookup.h"
 #include "Categories/NSObject+VLClass.h"
-#include "Core/VLCompletion.h"
-#include "Core/VLSettings.h"
+#include "Core/Base/VLCompletion.h"
+#include "Core/Base/VLSettings.h"
 #include "Network/VLPayloadBuilder.h"
 #include "Network/VLPayloadOptions.h"
 #include "Network/VLURLBuilder.h"

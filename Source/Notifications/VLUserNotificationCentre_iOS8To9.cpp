@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "Core/VLSettings.h"
+#include "Core/Base/VLSettings.h"
 #include "Notifications/VLAuthorisation.h"
 #include "Notifications/VLBackgroundRefreshHelper.h"
 #include "Platform/Platform.h"

@@ -5,7 +5,7 @@
 
 #include <utility>
 
-#include "Platform/ASCIICase.h"
+#include "Platform/Internal/ASCIICase.h"
 
 namespace vorlane {
 

@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "Platform/DispatchSemaphore.h"
+#include "Platform/Internal/ProcessWide.h"
 #include "Platform/Linux/LinuxPlatform.h"
 #include "Platform/NSTimer.h"
-#include "Platform/ProcessWide.h"
 
 namespace vorlane {
 

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "Categories/NSDictionary+VLLookup.h"
-#include "Core/VLSettings.h"
+#include "Core/Base/VLSettings.h"
 #include "Network/VLURLBuilder.h"
 #include "Network/VLURLSession.h"
 #include "Platform/NSPropertyListSerialization.h"

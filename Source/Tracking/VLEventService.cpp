@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "Core/VLCompletion.h"
-#include "Core/VLSettings.h"
+#include "Core/Base/VLCompletion.h"
+#include "Core/Base/VLSettings.h"
 #include "Network/VLPayloadBuilder.h"
 #include "Network/VLPayloadOptions.h"
 #include "Network/VLURLBuilder.h"

@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "Categories/NSDictionary+VLLookup.h"
-#include "Core/VLSettings.h"
+#include "Core/Base/VLSettings.h"
 #include "Network/VLPayloadBuilder.h"
 #include "Network/VLPayloadOptions.h"
 #include "Network/VLURLBuilder.h"

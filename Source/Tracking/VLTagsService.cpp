@@ -6,9 +6,9 @@
 
 #include "Categories/NSDictionary+VLJSON.h"
 #include "Categories/NSDictionary+VLLookup.h"
-#include "Core/VLCompletion.h"
-#include "Core/VLError.h"
-#include "Core/VLSettings.h"
+#include "Core/Base/VLCompletion.h"
+#include "Core/Base/VLError.h"
+#include "Core/Base/VLSettings.h"
 #include "Network/VLPayloadBuilder.h"
 #include "Network/VLPayloadOptions.h"
 #include "Network/VLURLBuilder.h"

@@ -4,8 +4,8 @@
 
 #include <limits>
 
-#include "Core/VLBootstrap.h"
-#include "Core/VLSettings.h"
+#include "Core/Base/VLSettings.h"
+#include "Core/Startup/VLBootstrap.h"
 #include "Platform/CLBeaconRegion.h"
 #include "Platform/CLCircularRegion.h"
 #include "Public/VLURLsProduction.h"

@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include "Core/VLBootstrap.h"
+#include "Core/Startup/VLBootstrap.h"
 #include "Inbox/VLInboxService.h"
 #include "Public/Vorlane.h"
 #include "Tests/Inbox/TestDatabase.h"

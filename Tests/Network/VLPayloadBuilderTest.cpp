@@ -1,6 +1,6 @@
 #include "Network/VLPayloadBuilder.h"
 
-#include "Core/VLSettings.h"
+#include "Core/Base/VLSettings.h"
 #include "Tests/Support/SimulatedPhoneTest.h"
 
 namespace vorlane {

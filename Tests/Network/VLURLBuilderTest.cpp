@@ -7,7 +7,7 @@
 #include <thread>
 #include <vector>
 
-#include "Core/VLSettings.h"
+#include "Core/Base/VLSettings.h"
 #include "Public/VLURLsProduction.h"
 #include "Tests/Network/NetworkTestSupport.h"
 #include "Tests/Support/SimulatedPhoneTest.h"

@@ -6,7 +6,7 @@
 #include <chrono>
 
 #include "Categories/NSCharacterSet+VLURLEncoding.h"
-#include "Core/VLBootstrap.h"
+#include "Core/Startup/VLBootstrap.h"
 #include "Network/VLURLActions.h"
 #include "Notifications/VLInterstitialService.h"
 #include "Notifications/VLPermissionService.h"

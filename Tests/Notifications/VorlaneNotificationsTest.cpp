@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "Core/VLBootstrap.h"
+#include "Core/Startup/VLBootstrap.h"
 #include "Notifications/VLAuthorisationHelper.h"
 #include "Notifications/VLLocalNotificationService.h"
 #include "Notifications/VLRemoteNotificationService.h"

@@ -5,8 +5,8 @@
 #include <array>
 #include <thread>
 
+#include "Platform/Internal/ProcessWide.h"
 #include "Platform/Linux/LinuxPlatform.h"
-#include "Platform/ProcessWide.h"
 #include "Simulator/Platform/SimulatedPhone.h"
 
 namespace vorlane {

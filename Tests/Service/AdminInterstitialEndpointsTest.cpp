@@ -1,8 +1,8 @@
 #include <string>
 #include <vector>
 
-#include "Simulator/Service/Placement.h"
-#include "Simulator/Service/SamplePages.h"
+#include "Simulator/Service/Pages/SamplePages.h"
+#include "Simulator/Service/Store/Placement.h"
 #include "Tests/Service/ServiceTest.h"
 
 namespace vorlane::service {

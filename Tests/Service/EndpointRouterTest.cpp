@@ -1,8 +1,8 @@
-#include "Simulator/Service/EndpointRouter.h"
+#include "Simulator/Service/Http/EndpointRouter.h"
 
 #include <gtest/gtest.h>
 
-#include "Simulator/Service/EndpointCall.h"
+#include "Simulator/Service/Http/EndpointCall.h"
 
 namespace vorlane::service {
 namespace {

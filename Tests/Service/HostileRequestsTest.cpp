@@ -1,6 +1,6 @@
 #include <string>
 
-#include "Simulator/Service/RequestFilter.h"
+#include "Simulator/Service/Http/RequestFilter.h"
 #include "Tests/Service/RawConnection.h"
 #include "Tests/Service/ServiceTest.h"
 

@@ -1,7 +1,7 @@
 #include <string>
 
 #include "Categories/NSCharacterSet+VLURLEncoding.h"
-#include "Simulator/Service/SamplePages.h"
+#include "Simulator/Service/Pages/SamplePages.h"
 #include "Tests/Service/ServiceTest.h"
 
 namespace vorlane::service {

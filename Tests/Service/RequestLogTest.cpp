@@ -1,10 +1,10 @@
-#include "Simulator/Service/RequestLog.h"
+#include "Simulator/Service/Http/RequestLog.h"
 
 #include <gtest/gtest.h>
 
 #include <future>
 
-#include "Simulator/Service/RequestFilter.h"
+#include "Simulator/Service/Http/RequestFilter.h"
 
 namespace vorlane::service {
 namespace {

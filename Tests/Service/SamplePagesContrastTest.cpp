@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "Simulator/Service/EmbeddedPages.h"
+#include "Simulator/Service/Pages/EmbeddedPages.h"
 
 namespace vorlane::service {
 namespace {

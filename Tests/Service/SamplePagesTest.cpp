@@ -1,4 +1,4 @@
-#include "Simulator/Service/SamplePages.h"
+#include "Simulator/Service/Pages/SamplePages.h"
 
 #include <gtest/gtest.h>
 
@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "Categories/NSCharacterSet+VLURLEncoding.h"
-#include "Simulator/Service/EmbeddedPages.h"
-#include "Simulator/Service/Placement.h"
+#include "Simulator/Service/Pages/EmbeddedPages.h"
+#include "Simulator/Service/Store/Placement.h"
 
 namespace vorlane::service {
 namespace {

@@ -3,7 +3,7 @@
 #include <thread>
 #include <vector>
 
-#include "Simulator/Service/RequestFilter.h"
+#include "Simulator/Service/Http/RequestFilter.h"
 #include "Tests/Service/ServiceTest.h"
 
 namespace vorlane::service {

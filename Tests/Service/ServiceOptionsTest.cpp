@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "Simulator/Service/ServiceError.h"
+#include "Simulator/Service/Http/ServiceError.h"
 
 namespace vorlane::service {
 namespace {

@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "Simulator/Service/SQLiteDatabase.h"
-#include "Simulator/Service/ServiceError.h"
-#include "Simulator/Service/ServiceServer.h"
+#include "Simulator/Service/Http/ServiceError.h"
+#include "Simulator/Service/Http/ServiceServer.h"
+#include "Simulator/Service/Store/SQLiteDatabase.h"
 #include "Tests/Service/ServiceClient.h"
 #include "Tests/Service/TemporaryFolder.h"
 

@@ -7,7 +7,7 @@
 
 #include "Public/VLValue.h"
 #include "Simulator/Service/EngagementService.h"
-#include "Simulator/Service/ServiceServer.h"
+#include "Simulator/Service/Http/ServiceServer.h"
 #include "Tests/Service/ServiceClient.h"
 
 namespace vorlane::service {

@@ -1,4 +1,4 @@
-#include "Simulator/Service/URLText.h"
+#include "Simulator/Service/Http/URLText.h"
 
 #include <gtest/gtest.h>
 

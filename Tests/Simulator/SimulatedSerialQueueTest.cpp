@@ -1,4 +1,4 @@
-#include "Simulator/Platform/SimulatedSerialQueue.h"
+#include "Simulator/Platform/Internal/SimulatedSerialQueue.h"
 
 #include <gtest/gtest.h>
 

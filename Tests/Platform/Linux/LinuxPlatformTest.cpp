@@ -24,8 +24,8 @@
 #include "Public/VLURLsProduction.h"
 #include "Public/Vorlane.h"
 #include "Tests/Platform/Linux/ChildProcess.h"
-#include "Tests/Platform/Linux/LoopbackServer.h"
-#include "Tests/Platform/Linux/SessionOutcome.h"
+#include "Tests/Platform/Linux/Curl/LoopbackServer.h"
+#include "Tests/Platform/Linux/Curl/SessionOutcome.h"
 
 namespace vorlane {
 namespace {

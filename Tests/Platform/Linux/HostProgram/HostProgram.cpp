@@ -21,7 +21,7 @@
 #include <string>
 #include <thread>
 
-#include "Platform/Linux/ExitGate.h"
+#include "Platform/Linux/Application/ExitGate.h"
 #include "Platform/Linux/LinuxPlatform.h"
 #include "Platform/NSBundle.h"
 #include "Platform/NSURLSession.h"

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <optional>
+
+#include "Platform/Linux/Curl/CurlCompletion.h"
+#include "Platform/NSURLSession.h"
+
+namespace vorlane {
+
+class CurlMultiLoop;
+class CurlTransfer;
+
+/// One request and the handler that waits for its end. Any thread, except where an operation says otherwise.
+class CurlDataTask : public NSURLSessionDataTask, public std::enable_shared_from_this<CurlDataTask> {
+public:
+    CurlDataTask(std::shared_ptr<CurlMultiLoop> loop, NSURLRequest request, NSURLSession::CompletionHandler handler);
+
+    void resume() override;
+    /// A task that was never resumed ends at once; its handler runs too.
+    void cancel() override;
+
+    const NSURLRequest& request() const { return request_; }
+
+    /// Ends the task: gives its handler with the outcome the first time, nothing afterwards.
+    std::optional<CurlCompletion> end(std::optional<Data> data, std::shared_ptr<const NSURLResponse> response,
+                                      std::optional<NSError> error);
+    std::optional<CurlCompletion> endWithError(NSError error);
+    /// Ends the task with code -999.
+    std::optional<CurlCompletion> endCancelled();
+    bool hasEnded() const { return state_ == State::ended; }
+
+    /// The transfer that carries the task, if any. Network thread only.
+    CurlTransfer* transfer() const { return transfer_; }
+    void setTransfer(CurlTransfer* transfer) { transfer_ = transfer; }
+
+private:
+    enum class State : std::uint8_t { suspended, resumed, ended };
+
+    // Fixed at construction.
+    const std::shared_ptr<CurlMultiLoop> loop_;
+    const NSURLRequest request_;
+    // Touched only by whoever moves the state to ended.
+    NSURLSession::CompletionHandler handler_;
+    std::atomic<State> state_ = State::suspended;
+    CurlTransfer* transfer_ = nullptr;
+};
+
+}  // namespace vorlane

@@ -1,0 +1,95 @@
+#include "Platform/Linux/Curl/CurlError.h"
+
+#include <openssl/x509_vfy.h>
+
+#include <cerrno>
+
+namespace vorlane {
+
+namespace {
+
+NSURLError certificateError(long verification) {
+    switch (verification) {
+        case X509_V_ERR_CERT_HAS_EXPIRED:
+            return NSURLError::serverCertificateHasBadDate;
+        case X509_V_ERR_CERT_NOT_YET_VALID:
+            return NSURLError::serverCertificateNotYetValid;
+        case X509_V_ERR_UNABLE_TO_GET_ISSUER_CERT:
+        case X509_V_ERR_UNABLE_TO_GET_ISSUER_CERT_LOCALLY:
+        case X509_V_ERR_UNABLE_TO_VERIFY_LEAF_SIGNATURE:
+        case X509_V_ERR_DEPTH_ZERO_SELF_SIGNED_CERT:
+        case X509_V_ERR_SELF_SIGNED_CERT_IN_CHAIN:
+            return NSURLError::serverCertificateHasUnknownRoot;
+        // A certificate for another host leaves OpenSSL content; libcurl compares the names itself.
+        default:
+            return NSURLError::serverCertificateUntrusted;
+    }
+}
+
+NSURLError connectError(long systemError) {
+    const bool isOffline = systemError == ENETUNREACH || systemError == ENETDOWN;
+    return isOffline ? NSURLError::notConnectedToInternet : NSURLError::cannotConnectToHost;
+}
+
+}  // namespace
+
+NSError makeURLError(NSURLError code, const std::string& description, const NSURL& url) {
+    return NSError(
+        NSURLErrorDomain, static_cast<std::int64_t>(code),
+        {{NSLocalizedDescriptionKey, description}, {NSURLErrorFailingURLStringErrorKey, url.absoluteString()}});
+}
+
+NSURLError urlErrorCode(const CurlFailure& failure) {
+    if (failure.isTooLong) return NSURLError::dataLengthExceedsMaximum;
+    if (failure.isGarbage) return NSURLError::badServerResponse;
+    switch (failure.code) {
+        case CURLE_OPERATION_TIMEDOUT:
+            return NSURLError::timedOut;
+        case CURLE_URL_MALFORMAT:
+            return NSURLError::badURL;
+        case CURLE_UNSUPPORTED_PROTOCOL:
+            return NSURLError::unsupportedURL;
+        case CURLE_COULDNT_RESOLVE_HOST:
+        case CURLE_COULDNT_RESOLVE_PROXY:
+            return NSURLError::cannotFindHost;
+        case CURLE_COULDNT_CONNECT:
+            return connectError(failure.systemError);
+        case CURLE_GOT_NOTHING:
+        case CURLE_PARTIAL_FILE:
+        case CURLE_SEND_ERROR:
+        case CURLE_RECV_ERROR:
+        case CURLE_HTTP2:
+        case CURLE_HTTP2_STREAM:
+            return NSURLError::networkConnectionLost;
+        case CURLE_TOO_MANY_REDIRECTS:
+            return NSURLError::httpTooManyRedirects;
+        case CURLE_WEIRD_SERVER_REPLY:
+            return NSURLError::badServerResponse;
+        case CURLE_BAD_CONTENT_ENCODING:
+            return NSURLError::cannotDecodeContentData;
+        case CURLE_FILESIZE_EXCEEDED:
+            return NSURLError::dataLengthExceedsMaximum;
+        case CURLE_PEER_FAILED_VERIFICATION:
+            return certificateError(failure.verification);
+        case CURLE_SSL_CONNECT_ERROR:
+        case CURLE_SSL_CIPHER:
+        case CURLE_SSL_CACERT_BADFILE:
+        case CURLE_SSL_ISSUER_ERROR:
+        case CURLE_SSL_ENGINE_INITFAILED:
+        case CURLE_USE_SSL_FAILED:
+            return NSURLError::secureConnectionFailed;
+        case CURLE_SSL_CERTPROBLEM:
+            return NSURLError::clientCertificateRejected;
+        case CURLE_SSL_CLIENTCERT:
+            return NSURLError::clientCertificateRequired;
+        default:
+            return NSURLError::unknown;
+    }
+}
+
+NSError makeURLError(const CurlFailure& failure, const NSURL& url) {
+    return makeURLError(urlErrorCode(failure), failure.text.empty() ? curl_easy_strerror(failure.code) : failure.text,
+                        url);
+}
+
+}  // namespace vorlane

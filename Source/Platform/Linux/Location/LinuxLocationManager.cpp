@@ -1,0 +1,298 @@
+#include "Platform/Linux/Location/LinuxLocationManager.h"
+
+#include <utility>
+
+#include "Platform/DispatchQueue.h"
+#include "Platform/NSError.h"
+
+namespace vorlane {
+
+namespace {
+
+constexpr double kLargestRadius = 1'000'000;
+constexpr std::int64_t kOtherActivity = 1;
+constexpr const char* kErrorDomain = "kCLErrorDomain";
+constexpr std::int64_t kRegionMonitoringFailure = 5;
+
+NSError monitoringFailure() {
+    return NSError(kErrorDomain, kRegionMonitoringFailure,
+                   {{NSLocalizedDescriptionKey, "The device cannot monitor this kind of region"}});
+}
+
+}  // namespace
+
+std::shared_ptr<LinuxLocationManager> LinuxLocationManager::managerWith(Parts parts) {
+    const std::shared_ptr<LinuxLocationManager> manager(new LinuxLocationManager(std::move(parts)));
+    manager->start();
+    return manager;
+}
+
+LinuxLocationManager::LinuxLocationManager(Parts parts)
+    : parts_(std::move(parts)), monitoredRegions_(parts_.regionsPath) {}
+
+void LinuxLocationManager::start() {
+    for (const auto& region : monitoredRegions_.all()) {
+        const auto state = monitoredRegions_.stateOf(region->identifier());
+        circles_.watch(region, state, parts_.clock->now());
+        beacons_.watch(region, state, parts_.clock->now());
+    }
+    if (!parts_.backEnd) return;
+    parts_.backEnd->setListener(weak_from_this());
+    post([](LinuxLocationManager& self) { self.updateNeeds(); });
+}
+
+bool LinuxLocationManager::locationServicesEnabled() const {
+    return parts_.backEnd && parts_.backEnd->locationServicesEnabled();
+}
+
+CLAuthorizationStatus LinuxLocationManager::authorizationStatus() const {
+    return parts_.backEnd ? parts_.backEnd->authorizationStatus() : CLAuthorizationStatus::NotDetermined;
+}
+
+bool LinuxLocationManager::isMonitoringAvailableForClass(CLRegionClass regionClass) const {
+    if (regionClass == CLRegionClass::CLBeaconRegion) return isRangingAvailable();
+    return parts_.backEnd && parts_.backEnd->hasPositions();
+}
+
+bool LinuxLocationManager::isRangingAvailable() const { return parts_.backEnd && parts_.backEnd->hasAdvertisements(); }
+
+void LinuxLocationManager::setDelegate(std::weak_ptr<CLLocationManagerDelegate> delegate) {
+    const std::lock_guard lock(mutex_);
+    delegate_ = std::move(delegate);
+}
+
+void LinuxLocationManager::requestAlwaysAuthorization() { request(CLAuthorizationStatus::AuthorizedAlways); }
+
+void LinuxLocationManager::requestWhenInUseAuthorization() { request(CLAuthorizationStatus::AuthorizedWhenInUse); }
+
+void LinuxLocationManager::request(CLAuthorizationStatus wanted) {
+    if (parts_.backEnd) parts_.backEnd->requestAuthorization(wanted);
+}
+
+void LinuxLocationManager::setDesiredAccuracy(double metres) {
+    {
+        const std::lock_guard lock(mutex_);
+        desiredAccuracy_ = metres;
+    }
+    post([](LinuxLocationManager& self) { self.updateNeeds(); });
+}
+
+void LinuxLocationManager::setAllowsBackgroundLocationUpdates(bool allows) {
+    {
+        const std::lock_guard lock(mutex_);
+        allowsBackgroundLocationUpdates_ = allows;
+    }
+    post([](LinuxLocationManager& self) { self.updateNeeds(); });
+}
+
+std::int64_t LinuxLocationManager::activityType() const { return kOtherActivity; }
+
+void LinuxLocationManager::startMonitoringSignificantLocationChanges() {
+    {
+        const std::lock_guard lock(mutex_);
+        if (!std::exchange(isMonitoringSignificantLocationChanges_, true)) lastPlace_.reset();
+    }
+    post([](LinuxLocationManager& self) { self.updateNeeds(); });
+}
+
+void LinuxLocationManager::stopMonitoringSignificantLocationChanges() {
+    {
+        const std::lock_guard lock(mutex_);
+        isMonitoringSignificantLocationChanges_ = false;
+    }
+    post([](LinuxLocationManager& self) { self.updateNeeds(); });
+}
+
+void LinuxLocationManager::startMonitoringForRegion(const std::shared_ptr<CLRegion>& region) {
+    {
+        const std::lock_guard lock(mutex_);
+        monitoredRegions_.add(region);
+        circles_.watch(region, CLRegionState::Unknown, parts_.clock->now());
+        beacons_.watch(region, CLRegionState::Unknown, parts_.clock->now());
+    }
+    post([region](LinuxLocationManager& self) {
+        self.updateNeeds();
+        const bool isBeaconRegion = std::dynamic_pointer_cast<CLBeaconRegion>(region) != nullptr;
+        const auto kind = isBeaconRegion ? CLRegionClass::CLBeaconRegion : CLRegionClass::CLRegion;
+        const bool isAvailable = self.isMonitoringAvailableForClass(kind);
+        self.tell([&](CLLocationManagerDelegate& delegate) {
+            if (isAvailable) return delegate.didStartMonitoringForRegion(self, region);
+            delegate.monitoringDidFailForRegion(self, region, monitoringFailure());
+        });
+    });
+}
+
+void LinuxLocationManager::stopMonitoringForRegion(const std::shared_ptr<CLRegion>& region) {
+    {
+        const std::lock_guard lock(mutex_);
+        monitoredRegions_.remove(region->identifier());
+        circles_.forget(region->identifier());
+        beacons_.forget(region->identifier());
+    }
+    post([](LinuxLocationManager& self) { self.updateNeeds(); });
+}
+
+std::vector<std::shared_ptr<CLRegion>> LinuxLocationManager::monitoredRegions() const {
+    const std::lock_guard lock(mutex_);
+    return monitoredRegions_.all();
+}
+
+double LinuxLocationManager::maximumRegionMonitoringDistance() const { return kLargestRadius; }
+
+void LinuxLocationManager::startRangingBeaconsInRegion(const std::shared_ptr<CLBeaconRegion>& region) {
+    {
+        const std::lock_guard lock(mutex_);
+        ranger_.start(region);
+    }
+    post([](LinuxLocationManager& self) {
+        self.updateNeeds();
+        self.waitForTick();
+    });
+}
+
+void LinuxLocationManager::stopRangingBeaconsInRegion(const std::shared_ptr<CLBeaconRegion>& region) {
+    {
+        const std::lock_guard lock(mutex_);
+        ranger_.stop(region->identifier());
+    }
+    post([](LinuxLocationManager& self) { self.updateNeeds(); });
+}
+
+void LinuxLocationManager::positionsArrived(const std::vector<CLLocation>& positions) {
+    post([positions](LinuxLocationManager& self) { self.takePositions(positions); });
+}
+
+void LinuxLocationManager::takePositions(const std::vector<CLLocation>& positions) {
+    RegionMonitor::Changes changes;
+    std::vector<CLLocation> significant;
+    {
+        const std::lock_guard lock(mutex_);
+        significant = significantAmong(positions);
+        for (const auto& position : positions) {
+            const auto more = circles_.positionArrived(position);
+            changes.insert(changes.end(), more.begin(), more.end());
+        }
+        keep(changes);
+    }
+    if (!significant.empty()) {
+        tell([&](CLLocationManagerDelegate& delegate) { delegate.didUpdateLocations(*this, significant); });
+    }
+    tellOf(changes);
+}
+
+/// With the lock held.
+std::vector<CLLocation> LinuxLocationManager::significantAmong(const std::vector<CLLocation>& positions) {
+    std::vector<CLLocation> significant;
+    if (!isMonitoringSignificantLocationChanges_) return significant;
+    for (const auto& position : positions) {
+        if (!(position.horizontalAccuracy >= 0) || !CLLocationCoordinate2DIsValid(position.coordinate)) continue;
+        if (lastPlace_ && CLDistanceBetween(*lastPlace_, position.coordinate) < kSignificantDistance) continue;
+        lastPlace_ = position.coordinate;
+        significant.push_back(position);
+    }
+    return significant;
+}
+
+/// With the lock held, before anyone is told: killed from here on, the next process tells nothing twice.
+void LinuxLocationManager::keep(const RegionMonitor::Changes& changes) {
+    for (const auto& change : changes) monitoredRegions_.setState(change.region->identifier(), change.state);
+}
+
+void LinuxLocationManager::tellOf(const RegionMonitor::Changes& changes) {
+    for (const auto& change : changes) {
+        if (!change.isCrossing) continue;
+        tell([&](CLLocationManagerDelegate& delegate) {
+            if (change.state == CLRegionState::Inside) delegate.didEnterRegion(*this, change.region);
+            if (change.state == CLRegionState::Outside) delegate.didExitRegion(*this, change.region);
+            delegate.didDetermineState(*this, change.state, change.region);
+        });
+    }
+}
+
+void LinuxLocationManager::advertisementArrived(const CLBeacon& beacon) {
+    post([beacon](LinuxLocationManager& self) { self.takeAdvertisement(beacon); });
+}
+
+void LinuxLocationManager::takeAdvertisement(const CLBeacon& beacon) {
+    RegionMonitor::Changes changes;
+    {
+        const std::lock_guard lock(mutex_);
+        ranger_.advertisementArrived(beacon, parts_.clock->now());
+        changes = beacons_.advertisementArrived(beacon, parts_.clock->now());
+        keep(changes);
+    }
+    waitForTick();
+    tellOf(changes);
+}
+
+void LinuxLocationManager::authorizationStatusChanged() {
+    post([](LinuxLocationManager& self) {
+        const auto status = self.authorizationStatus();
+        self.tell([&](CLLocationManagerDelegate& delegate) { delegate.didChangeAuthorizationStatus(self, status); });
+    });
+}
+
+void LinuxLocationManager::updateNeeds() {
+    LocationBackEnd::Needs needs;
+    {
+        const std::lock_guard lock(mutex_);
+        needs.positions = isMonitoringSignificantLocationChanges_ || circles_.isNeeded();
+        needs.advertisements = beacons_.isNeeded() || ranger_.isNeeded();
+        needs.desiredAccuracy = desiredAccuracy_;
+        needs.inBackground = allowsBackgroundLocationUpdates_;
+    }
+    waitForTick();
+    if (!parts_.backEnd || std::exchange(needs_, needs) == needs) return;
+    parts_.backEnd->setNeeds(needs);
+}
+
+void LinuxLocationManager::waitForTick() {
+    {
+        const std::lock_guard lock(mutex_);
+        if (!ranger_.isNeeded() && !beacons_.isInsideAny()) return;
+    }
+    const auto queue = parts_.mainQueue.lock();
+    if (!queue || !parts_.backEnd || std::exchange(isTickDue_, true)) return;
+    queue->postAfter(kTick, [weakSelf = weak_from_this()] {
+        if (const auto self = weakSelf.lock()) self->tick();
+    });
+}
+
+void LinuxLocationManager::tick() {
+    RegionMonitor::Changes changes;
+    std::vector<BeaconRanger::Result> results;
+    {
+        const std::lock_guard lock(mutex_);
+        results = ranger_.results(parts_.clock->now());
+        changes = beacons_.timePassed(parts_.clock->now());
+        keep(changes);
+    }
+    isTickDue_ = false;
+    waitForTick();
+    for (const auto& result : results) {
+        tell([&](CLLocationManagerDelegate& delegate) {
+            delegate.didRangeBeacons(*this, result.beacons, result.region);
+        });
+    }
+    tellOf(changes);
+}
+
+void LinuxLocationManager::post(std::function<void(LinuxLocationManager& self)> task) {
+    const auto queue = parts_.mainQueue.lock();
+    if (!queue) return;
+    queue->post([weakSelf = weak_from_this(), task = std::move(task)] {
+        if (const auto self = weakSelf.lock()) task(*self);
+    });
+}
+
+/// On the main queue, with no lock held.
+void LinuxLocationManager::tell(const Call& call) {
+    std::shared_ptr<CLLocationManagerDelegate> delegate;
+    {
+        const std::lock_guard lock(mutex_);
+        delegate = delegate_.lock();
+    }
+    if (delegate) call(*delegate);
+}
+
+}  // namespace vorlane

@@ -1,0 +1,217 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdio>
+#include <memory>
+
+#include "Platform/Linux/Curl/CurlURLSession.h"
+#include "Tests/Platform/Linux/Curl/LoopbackServer.h"
+#include "Tests/Platform/Linux/Curl/SessionOutcome.h"
+
+namespace vorlane {
+namespace {
+
+using Connection = LoopbackServer::Connection;
+
+constexpr std::size_t kMebibyte = std::size_t{1} << 20;
+
+std::int64_t codeOf(NSURLError code) { return static_cast<std::int64_t>(code); }
+
+/// That many zeros, compressed by gzip.
+std::string packedZeros(std::size_t count) {
+    const std::string command = "head -c " + std::to_string(count) + " /dev/zero | gzip -9";
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> pipe(popen(command.c_str(), "r"), &pclose);
+    std::string packed;
+    std::array<char, 65536> bytes{};
+    while (const auto length = std::fread(bytes.data(), 1, bytes.size(), pipe.get()))
+        packed.append(bytes.data(), length);
+    return packed;
+}
+
+/// What a server may do to a session.
+class CurlFaultTest : public testing::Test {
+protected:
+    /// What becomes of a GET whose connection is treated so after the request.
+    SessionOutcome outcomeOf(const LoopbackServer::Script& treatment) {
+        const LoopbackServer server([&treatment](Connection& connection) {
+            if (connection.readRequest()) treatment(connection);
+        });
+        return fetch(session, requestOf(server.url("/path")));
+    }
+
+    SessionOutcome outcomeOf(const std::string& bytes) {
+        return outcomeOf([&bytes](Connection& connection) { connection.write(bytes); });
+    }
+
+    CurlURLSession session{NSURLSessionConfiguration{10}};
+    CurlURLSession hastySession{NSURLSessionConfiguration{0.2}};
+};
+
+TEST_F(CurlFaultTest, ARefusedConnectionCannotBeMade) {
+    std::string url;
+    {
+        const LoopbackServer server([](Connection&) {});
+        url = server.url("/path?q=1");
+    }
+    const auto outcome = fetch(session, requestOf(url));
+    EXPECT_EQ(outcome.errorCode(), codeOf(NSURLError::cannotConnectToHost));
+    EXPECT_EQ(outcome.data, std::nullopt);
+    EXPECT_EQ(outcome.response, nullptr);
+    EXPECT_EQ(outcome.error->userInfo().at("NSErrorFailingURLStringKey"), url);
+    EXPECT_THAT(outcome.error->localizedDescription(), testing::HasSubstr("127.0.0.1"));
+}
+
+TEST_F(CurlFaultTest, AHostThatNobodyKnowsIsNotFound) {
+    EXPECT_EQ(fetch(session, requestOf("http://nobody..knows/")).errorCode(), codeOf(NSURLError::cannotFindHost));
+}
+
+TEST_F(CurlFaultTest, OnlyTheWebIsSpoken) {
+    const auto outcome = fetch(session, requestOf("ftp://127.0.0.1/"));
+    EXPECT_EQ(outcome.errorCode(), codeOf(NSURLError::unsupportedURL));
+    EXPECT_EQ(fetch(session, requestOf("file:///etc/passwd")).errorCode(), codeOf(NSURLError::unsupportedURL));
+}
+
+TEST_F(CurlFaultTest, AResetBeforeTheAnswerIsALostConnection) {
+    const auto outcome = outcomeOf([](Connection& connection) { connection.reset(); });
+    EXPECT_EQ(outcome.errorCode(), codeOf(NSURLError::networkConnectionLost));
+}
+
+TEST_F(CurlFaultTest, AnEndBeforeTheAnswerIsALostConnection) {
+    EXPECT_EQ(outcomeOf(std::string()).errorCode(), codeOf(NSURLError::networkConnectionLost));
+}
+
+TEST_F(CurlFaultTest, AResetWithinTheBodyIsALostConnection) {
+    const auto outcome = outcomeOf([](Connection& connection) {
+        connection.write("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nhalf");
+        connection.reset();
+    });
+    EXPECT_EQ(outcome.errorCode(), codeOf(NSURLError::networkConnectionLost));
+    EXPECT_EQ(outcome.data, std::nullopt);
+}
+
+TEST_F(CurlFaultTest, ABodyShorterThanAnnouncedIsALostConnection) {
+    EXPECT_EQ(outcomeOf("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nhalf").errorCode(),
+              codeOf(NSURLError::networkConnectionLost));
+    EXPECT_EQ(outcomeOf("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n64\r\nhalf").errorCode(),
+              codeOf(NSURLError::networkConnectionLost));
+}
+
+TEST_F(CurlFaultTest, AnAnswerThatIsNoHTTPIsABadOne) {
+    EXPECT_EQ(outcomeOf("220 mail.example ESMTP ready\r\n").errorCode(), codeOf(NSURLError::badServerResponse));
+    EXPECT_EQ(outcomeOf(std::string(100, '\0')).errorCode(), codeOf(NSURLError::badServerResponse));
+    EXPECT_EQ(outcomeOf("HTTP/9.7 200 OK\r\n\r\n").errorCode(), codeOf(NSURLError::badServerResponse));
+}
+
+TEST_F(CurlFaultTest, AServerThatNeverAnswersTimesOut) {
+    const LoopbackServer server([](Connection& connection) { connection.staySilent(); });
+    const auto start = std::chrono::steady_clock::now();
+    const auto outcome = fetch(hastySession, requestOf(server.url()));
+    EXPECT_EQ(outcome.errorCode(), codeOf(NSURLError::timedOut));
+    EXPECT_EQ(outcome.error->localizedDescription(), "The request timed out");
+    EXPECT_EQ(outcome.error->userInfo().at("NSErrorFailingURLStringKey"), server.url());
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(200));
+}
+
+TEST_F(CurlFaultTest, AnAnswerThatStopsHalfwayTimesOut) {
+    const LoopbackServer server([](Connection& connection) {
+        connection.readRequest();
+        connection.write("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nhalf");
+        connection.staySilent();
+    });
+    EXPECT_EQ(fetch(hastySession, requestOf(server.url())).errorCode(), codeOf(NSURLError::timedOut));
+}
+
+TEST_F(CurlFaultTest, AServerThatNeverFinishesItsHandshakeTimesOut) {
+    const LoopbackServer server([](Connection& connection) { connection.staySilent(); });
+    const std::string url = "https" + server.url().substr(4);
+    EXPECT_EQ(fetch(hastySession, requestOf(url)).errorCode(), codeOf(NSURLError::timedOut));
+}
+
+TEST_F(CurlFaultTest, RequestsThatWaitForAConnectionTimeOutToo) {
+    const LoopbackServer server([](Connection& connection) { connection.staySilent(); });
+    std::vector<PendingRequest> requests;
+    for (int i = 0; i < 100; ++i) requests.emplace_back(hastySession, requestOf(server.url())).resume();
+    for (auto& request : requests) EXPECT_EQ(request.outcome().errorCode(), codeOf(NSURLError::timedOut));
+}
+
+TEST_F(CurlFaultTest, AnAnswerThatTricklesInDoesNotTimeOut) {
+    const LoopbackServer server([](Connection& connection) {
+        connection.readRequest();
+        connection.write("HTTP/1.1 200 OK\r\nContent-Length: 8\r\n\r\n");
+        for (int i = 0; i < 8; ++i) {
+            connection.pause(50);
+            connection.write("x");
+        }
+    });
+    EXPECT_EQ(fetch(hastySession, requestOf(server.url())).text(), "xxxxxxxx");
+}
+
+TEST_F(CurlFaultTest, ABodyThatIsTakenSlowlyDoesNotTimeOut) {
+    const LoopbackServer server([](Connection& connection) {
+        for (int i = 0; i < 8; ++i) {
+            connection.pause(50);
+            if (!connection.readBytes(4 * kMebibyte)) return;
+        }
+        connection.write(LoopbackServer::answer(200, "taken"));
+        connection.staySilent();
+    });
+    const std::string body(32 * kMebibyte, 'x');
+    EXPECT_EQ(fetch(hastySession, requestOf(server.url(), "POST", body)).text(), "taken");
+}
+
+TEST_F(CurlFaultTest, AnAnswerOfThirtyTwoMebibytesIsTaken) {
+    const auto outcome = outcomeOf([](Connection& connection) {
+        connection.write(LoopbackServer::answer(200, std::string(32 * kMebibyte, 'x')));
+    });
+    EXPECT_EQ(outcome.errorCode(), 0);
+    EXPECT_EQ(outcome.data.value_or(Data()).size(), 32 * kMebibyte);
+}
+
+TEST_F(CurlFaultTest, AnAnswerThatAnnouncesMoreIsRefused) {
+    const auto outcome = outcomeOf("HTTP/1.1 200 OK\r\nContent-Length: 41943040\r\n\r\n");
+    EXPECT_EQ(outcome.errorCode(), codeOf(NSURLError::dataLengthExceedsMaximum));
+}
+
+TEST_F(CurlFaultTest, AnAnswerThatTurnsOutLongerIsBrokenOff) {
+    const auto outcome = outcomeOf([](Connection& connection) {
+        connection.write("HTTP/1.1 200 OK\r\n\r\n");
+        const std::string piece(kMebibyte, 'x');
+        for (int i = 0; i < 40 && connection.write(piece); ++i) {
+        }
+    });
+    EXPECT_EQ(outcome.errorCode(), codeOf(NSURLError::dataLengthExceedsMaximum));
+    EXPECT_EQ(outcome.data, std::nullopt);
+}
+
+TEST_F(CurlFaultTest, AnAnswerThatUnpacksToMoreIsBrokenOff) {
+    const std::string packed = packedZeros(40 * kMebibyte);
+    ASSERT_LT(packed.size(), kMebibyte);
+    const auto outcome = outcomeOf(LoopbackServer::answer(200, packed, "Content-Encoding: gzip\r\n"));
+    EXPECT_EQ(outcome.errorCode(), codeOf(NSURLError::dataLengthExceedsMaximum));
+}
+
+TEST_F(CurlFaultTest, HeadersWithoutEndAreBrokenOff) {
+    const auto outcome = outcomeOf([](Connection& connection) {
+        connection.write("HTTP/1.1 200 OK\r\n");
+        const std::string line = "X-Filler: " + std::string(1000, 'x') + "\r\n";
+        while (connection.write(line)) {
+        }
+    });
+    EXPECT_EQ(outcome.errorCode(), codeOf(NSURLError::dataLengthExceedsMaximum));
+}
+
+TEST_F(CurlFaultTest, AnAnswerThatDoesNotUnpackIsNotDecoded) {
+    EXPECT_EQ(outcomeOf(LoopbackServer::answer(200, "this is not gzip", "Content-Encoding: gzip\r\n")).errorCode(),
+              codeOf(NSURLError::cannotDecodeContentData));
+    EXPECT_EQ(outcomeOf(LoopbackServer::answer(200, "text", "Content-Encoding: unheard-of\r\n")).errorCode(),
+              codeOf(NSURLError::cannotDecodeContentData));
+}
+
+TEST_F(CurlFaultTest, AFailedRequestLeavesTheSessionUsable) {
+    EXPECT_NE(outcomeOf(std::string()).errorCode(), 0);
+    EXPECT_EQ(outcomeOf(LoopbackServer::answer(200, "fine")).text(), "fine");
+}
+
+}  // namespace
+}  // namespace vorlane
