@@ -13,7 +13,7 @@ failed=0
 
 export ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1:detect_stack_use_after_return=1
 export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
-export TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1:suppressions=$PWD/Scripts/tsan.supp
+export TSAN_OPTIONS=halt_on_error=1:atexit_sleep_ms=0:second_deadlock_stack=1:suppressions=$PWD/Scripts/tsan.supp
 
 sources() {
     find Source Simulator Tests Benchmarks Examples \( -name '*.cpp' -o -name '*.h' \) -print0

@@ -12,6 +12,7 @@
 #include "Benchmarks/Support/Process.h"
 #include "Categories/NSCharacterSet+VLURLEncoding.h"
 #include "Public/Vorlane.h"
+#include "Tests/Support/TemporaryFolder.h"
 
 namespace vorlane::benchmarks {
 

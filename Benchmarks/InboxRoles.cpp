@@ -20,6 +20,7 @@
 #include "Inbox/VLInboxRows.h"
 #include "Inbox/VLInboxStore.h"
 #include "Public/Vorlane.h"
+#include "Tests/Support/TemporaryFolder.h"
 
 namespace vorlane::benchmarks {
 

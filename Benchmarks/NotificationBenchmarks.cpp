@@ -15,6 +15,7 @@
 #include "Platform/Linux/Application/LinuxApplication.h"
 #include "Platform/NSPropertyListSerialization.h"
 #include "Public/Vorlane.h"
+#include "Tests/Support/TemporaryFolder.h"
 
 namespace vorlane::benchmarks {
 

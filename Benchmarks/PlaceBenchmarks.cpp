@@ -14,6 +14,7 @@
 #include "Platform/CLBeaconRegion.h"
 #include "Platform/CLLocationManager.h"
 #include "Public/Vorlane.h"
+#include "Tests/Support/TemporaryFolder.h"
 
 namespace vorlane::benchmarks {
 

@@ -18,6 +18,7 @@
 #include "Platform/Internal/SerialDispatchQueue.h"
 #include "Platform/NSFileManager.h"
 #include "Public/Vorlane.h"
+#include "Tests/Support/TemporaryFolder.h"
 #include "Tracking/VLSessionService.h"
 
 namespace vorlane::benchmarks {

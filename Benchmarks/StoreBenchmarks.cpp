@@ -8,6 +8,7 @@
 #include "Core/Base/VLSettings.h"
 #include "Platform/NSFileManager.h"
 #include "Public/Vorlane.h"
+#include "Tests/Support/TemporaryFolder.h"
 
 namespace vorlane::benchmarks {
 

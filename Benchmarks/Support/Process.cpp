@@ -87,14 +87,4 @@ std::int64_t peakMemory() { return statusNumber("VmHWM:") * 1024; }
 
 std::int64_t threadCount() { return statusNumber("Threads:"); }
 
-TemporaryFolder::TemporaryFolder() {
-    path_ = (std::filesystem::temp_directory_path() / "vorlane-benchmark-XXXXXX").string();
-    if (!mkdtemp(path_.data())) throw std::runtime_error("mkdtemp");
-}
-
-TemporaryFolder::~TemporaryFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
-}
-
 }  // namespace vorlane::benchmarks

@@ -28,18 +28,4 @@ std::int64_t peakMemory();
 /// How many threads this process has.
 std::int64_t threadCount();
 
-/// A fresh folder below $TMPDIR or /tmp, removed with the object.
-class TemporaryFolder {
-public:
-    TemporaryFolder();
-    ~TemporaryFolder();
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-    const std::string& path() const { return path_; }
-
-private:
-    std::string path_;
-};
-
 }  // namespace vorlane::benchmarks

@@ -12,6 +12,7 @@
 #include <array>
 #include <cerrno>
 #include <stdexcept>
+#include <string_view>
 #include <utility>
 
 namespace vorlane::support {
@@ -42,25 +43,44 @@ std::array<int, 2> makeSocketPair() {
 int statusOf(int status) { return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status); }
 
 /// The new process's part: its standard streams, its end with ours, and the program. Only what is safe after a fork.
-[[noreturn]] void becomeProgram(char* const* argv, int input, int output) {
+[[noreturn]] void becomeProgram(char* const* argv, char* const* environment, int input, int output) {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     ::dup2(input, STDIN_FILENO);
     ::dup2(output, STDOUT_FILENO);
-    ::execvp(argv[0], argv);
+    ::execvpe(argv[0], argv, environment);
     ::_exit(127);
+}
+
+std::vector<std::string> environmentWith(const ChildProcess::Environment& changes) {
+    std::vector<std::string> entries;
+    for (char** entry = environ; *entry; ++entry) {
+        const std::string_view view = *entry;
+        if (!changes.contains(std::string(view.substr(0, view.find('='))))) entries.emplace_back(view);
+    }
+    for (const auto& [name, value] : changes) {
+        if (!value.empty()) entries.push_back(name + "=" + value);
+    }
+    return entries;
+}
+
+std::vector<char*> pointersTo(const std::vector<std::string>& strings) {
+    std::vector<char*> pointers;
+    pointers.reserve(strings.size() + 1);
+    for (const auto& string : strings) pointers.push_back(const_cast<char*>(string.c_str()));
+    pointers.push_back(nullptr);
+    return pointers;
 }
 
 }  // namespace
 
-ChildProcess::ChildProcess(const std::vector<std::string>& arguments) {
+ChildProcess::ChildProcess(const std::vector<std::string>& arguments, const Environment& environment) {
     auto input = makeSocketPair();
     auto output = makePipe();
-    std::vector<char*> argv;
-    argv.reserve(arguments.size() + 1);
-    for (const auto& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
-    argv.push_back(nullptr);
+    const auto argv = pointersTo(arguments);
+    const auto entries = environmentWith(environment);
+    const auto envp = pointersTo(entries);
     process_ = ::fork();
-    if (process_ == 0) becomeProgram(argv.data(), input[0], output[1]);
+    if (process_ == 0) becomeProgram(argv.data(), envp.data(), input[0], output[1]);
     closeDescriptor(input[0]);
     closeDescriptor(output[1]);
     input_ = input[1];
@@ -102,6 +122,12 @@ std::optional<std::string> ChildProcess::readLine(std::chrono::milliseconds time
         }
         if (!readMore(deadline)) return std::nullopt;
     }
+}
+
+std::string ChildProcess::readRest(std::chrono::milliseconds timeout) {
+    while (readMore(SteadyClock::now() + timeout)) {
+    }
+    return std::exchange(pending_, {});
 }
 
 bool ChildProcess::readMore(SteadyClock::time_point deadline) {

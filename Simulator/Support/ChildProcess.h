@@ -3,6 +3,7 @@
 #include <sys/types.h>
 
 #include <chrono>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -13,9 +14,12 @@ namespace vorlane::support {
 /// error is this program's. Killed with the object when it still runs. One thread.
 class ChildProcess {
 public:
-    /// A program that cannot be found ends at once with status 127. Throws std::runtime_error when no process can be
-    /// made.
-    explicit ChildProcess(const std::vector<std::string>& arguments);
+    /// Environment variables to set; an empty value removes the variable.
+    using Environment = std::map<std::string, std::string>;
+
+    /// Starts `arguments[0]` with this program's environment and the changes of `environment`. A program that cannot
+    /// be found ends at once with status 127. Throws std::runtime_error when no process can be made.
+    explicit ChildProcess(const std::vector<std::string>& arguments, const Environment& environment = {});
     ~ChildProcess();
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
@@ -27,6 +31,8 @@ public:
     /// The next line without its end; nothing at the end of the output. Throws std::runtime_error when none comes in
     /// time.
     std::optional<std::string> readLine(std::chrono::milliseconds timeout = std::chrono::seconds(30));
+    /// Returns the output up to its end. Throws std::runtime_error when the program writes nothing for `timeout`.
+    std::string readRest(std::chrono::milliseconds timeout = std::chrono::seconds(30));
 
     /// Waits for the end: the exit status, or 128 and the number of the signal that ended it.
     int wait();

@@ -16,14 +16,14 @@
 #include "Platform/CLBeaconRegion.h"
 #include "Platform/NSFileManager.h"
 #include "Platform/NSPropertyListSerialization.h"
-#include "Tests/Tracking/TrackingTest.h"
+#include "Tests/Support/ServicesTest.h"
 
 namespace vorlane {
 
 /// A scene with the parts of the beacon feature and a shop whose beacons have one UUID.
-class BeaconTest : public TrackingTest {
+class BeaconTest : public ServicesTest {
 protected:
-    explicit BeaconTest(SimulatedPhone::Options options = {}) : TrackingTest(std::move(options)) {}
+    explicit BeaconTest(SimulatedPhone::Options options = {}) : ServicesTest(std::move(options)) {}
 
     static constexpr const char* kUUID = "B9407F30-F5F8-466E-AFF9-25556B57FE6D";
     static constexpr const char* kOtherUUID = "0A407F30-F5F8-466E-AFF9-25556B57FE6D";

@@ -1,31 +1,22 @@
 #pragma once
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
-#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "Simulator/Support/PhoneProcess.h"
 #include "Simulator/Support/ServiceProcess.h"
+#include "Tests/Support/TemporaryFolder.h"
 
 namespace vorlane {
 
 /// A scene with a service that runs, and a folder for phones. Both programs are real processes.
 class EndToEndTest : public ::testing::Test {
 protected:
-    EndToEndTest() : folder_((std::filesystem::temp_directory_path() / "vorlane-end-XXXXXX").string()) {
-        if (!mkdtemp(folder_.data())) ADD_FAILURE() << "no folder";
-    }
-    ~EndToEndTest() override {
-        phone.reset();
-        std::filesystem::remove_all(folder_);
-    }
-
     static std::string appKey() { return "0123456789abcdef0123456789abcdef"; }
-    std::string path(const std::string& name) const { return folder_ + "/" + name; }
+    std::string path(const std::string& name) const { return folder.path(name); }
 
     /// A phone whose endpoints are the service's, with a virtual clock and the files of the one before.
     void startPhone(const std::vector<std::string>& further = {}) {
@@ -62,11 +53,10 @@ protected:
         return count;
     }
 
+    // Outlives the programs that write to it.
+    const TemporaryFolder folder;
     support::ServiceProcess service{VORLANE_SERVICE};
     std::unique_ptr<support::PhoneProcess> phone;
-
-private:
-    std::string folder_;
 };
 
 }  // namespace vorlane

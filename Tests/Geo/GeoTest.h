@@ -14,15 +14,15 @@
 #include "Platform/CLCircularRegion.h"
 #include "Platform/NSFileManager.h"
 #include "Platform/NSPropertyListSerialization.h"
-#include "Tests/Tracking/TrackingTest.h"
+#include "Tests/Support/ServicesTest.h"
 #include "Tracking/VLConfigService.h"
 
 namespace vorlane {
 
 /// A scene with the geo service, its collaborators, and a phone that stands at a place in Oslo.
-class GeoTest : public TrackingTest {
+class GeoTest : public ServicesTest {
 protected:
-    explicit GeoTest(SimulatedPhone::Options options = {}) : TrackingTest(std::move(options)) {}
+    explicit GeoTest(SimulatedPhone::Options options = {}) : ServicesTest(std::move(options)) {}
 
     static constexpr CLLocationCoordinate2D kOslo{59.91, 10.75};
     static constexpr const char* kRegionsPath = "/geo/regions";

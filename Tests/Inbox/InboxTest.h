@@ -11,14 +11,14 @@
 #include "Inbox/VLInboxDatabaseManager.h"
 #include "Inbox/VLInboxService.h"
 #include "Tests/Inbox/TestDatabase.h"
-#include "Tests/Tracking/TrackingTest.h"
+#include "Tests/Support/ServicesTest.h"
 #include "Tracking/VLConfigService.h"
 #include "Tracking/VLEventService.h"
 
 namespace vorlane {
 
 /// A scene with an inbox service for the application "K" and the user "T", and a scripted mailbox.
-class InboxTest : public TrackingTest {
+class InboxTest : public ServicesTest {
 protected:
     /// What a list handler received, one element a call.
     struct List {
@@ -37,7 +37,7 @@ protected:
     static constexpr const char* kMessages = "/rich/mailbox/messages/";
     static constexpr double kLater = 1'800'000'000.0;
 
-    explicit InboxTest(SimulatedPhone::Options options = {}) : TrackingTest(std::move(options)) { restartService(); }
+    explicit InboxTest(SimulatedPhone::Options options = {}) : ServicesTest(std::move(options)) { restartService(); }
 
     /// A service as the next run of the application makes it.
     void restartService() {

@@ -1,14 +1,13 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
-#include <filesystem>
 #include <string>
 
 #include "Public/VLConstants.h"
 #include "Simulator/Support/PhoneProcess.h"
 #include "Tests/Inbox/TestDatabase.h"
 #include "Tests/Inbox/TestImages.h"
+#include "Tests/Support/TemporaryFolder.h"
 
 namespace vorlane {
 
@@ -26,7 +25,7 @@ protected:
         std::string hex;
         for (const auto byte : png) hex += fmt::format("{:02x}", byte);
         imageSize = png.size();
-        TestDatabase database(folder + "/AppInboxV2Plus.db");
+        TestDatabase database(folder.path("AppInboxV2Plus.db"));
         database.execute(
             "INSERT INTO RICH_INBOX (TRACKING_ID, NOTIF_ID, SUBJECT, CONTENT, LABEL, URL, PHASH, READ, CREATED, END, "
             "CARD_URL, BACKGROUND_COLOR, FOREGROUND_COLOR, METADATA) VALUES ('T', -1, 'Subject', '%3Cp%3E', 'Label', "
@@ -36,16 +35,7 @@ protected:
             "5, 0, 100, 1800000000, x'" +
             hex + "')");
     }
-    ~PhoneInboxLinesTest() override {
-        phone.quit();
-        std::filesystem::remove_all(folder);
-    }
-
-    static std::string makeFolder() {
-        auto path = (std::filesystem::temp_directory_path() / "vorlane-lines-XXXXXX").string();
-        if (!mkdtemp(path.data())) ADD_FAILURE() << "no folder";
-        return path;
-    }
+    ~PhoneInboxLinesTest() override { phone.quit(); }
 
     /// What the last handler told.
     Dictionary lastResult() {
@@ -62,10 +52,10 @@ protected:
         return answer.contains("error") ? answer.at("error").get<std::string>() : "none";
     }
 
-    const std::string folder = makeFolder();
+    const TemporaryFolder folder;
     std::size_t imageSize = 0;
     support::PhoneProcess phone{VORLANE_PHONE,
-                                {"--data-dir", folder, "--service", "http://127.0.0.1:1", "--clock", "virtual"}};
+                                {"--data-dir", folder.path(), "--service", "http://127.0.0.1:1", "--clock", "virtual"}};
 };
 
 TEST_F(PhoneInboxLinesTest, AListShowsEveryPropertyOfEveryMessage) {

@@ -6,14 +6,14 @@
 #include "Notifications/VLBackgroundRefreshHelper.h"
 #include "Notifications/VLUserNotificationCentre_iOS10Plus.h"
 #include "Public/Vorlane.h"
-#include "Tests/Tracking/TrackingTest.h"
+#include "Tests/Support/ServicesTest.h"
 
 namespace vorlane {
 
 /// A scene with a phone whose user has allowed notifications, and the collaborators of the notification services.
-class NotificationsTest : public TrackingTest {
+class NotificationsTest : public ServicesTest {
 protected:
-    explicit NotificationsTest(SimulatedPhone::Options options = {}) : TrackingTest(std::move(options)) {
+    explicit NotificationsTest(SimulatedPhone::Options options = {}) : ServicesTest(std::move(options)) {
         center().setNotificationSettings({2, 2, 2, 2, 2, 2, 2, 1});
     }
 

@@ -7,7 +7,7 @@
 #include "Platform/CLBeaconRegion.h"
 #include "Platform/CLCircularRegion.h"
 #include "Platform/NSPropertyListSerialization.h"
-#include "Tests/Platform/TemporaryFolderTest.h"
+#include "Tests/Support/TemporaryFolderTest.h"
 
 namespace vorlane {
 

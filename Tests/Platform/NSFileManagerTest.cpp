@@ -10,7 +10,7 @@
 #include <thread>
 
 #include "Tests/Platform/FailingSystemCalls.h"
-#include "Tests/Platform/TemporaryFolderTest.h"
+#include "Tests/Support/TemporaryFolderTest.h"
 
 namespace vorlane {
 

@@ -9,7 +9,7 @@
 
 #include "Platform/NSFileManager.h"
 #include "Tests/Platform/CommaLocale.h"
-#include "Tests/Platform/TemporaryFolderTest.h"
+#include "Tests/Support/TemporaryFolderTest.h"
 
 namespace vorlane {
 

@@ -9,7 +9,7 @@
 #include "Platform/NSError.h"
 #include "Platform/NSException.h"
 #include "Platform/UILocalNotification.h"
-#include "Tests/Platform/TemporaryFolderTest.h"
+#include "Tests/Support/TemporaryFolderTest.h"
 
 namespace vorlane {
 

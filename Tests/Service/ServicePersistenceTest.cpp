@@ -9,7 +9,7 @@
 #include "Simulator/Service/Http/ServiceServer.h"
 #include "Simulator/Service/Store/SQLiteDatabase.h"
 #include "Tests/Service/ServiceClient.h"
-#include "Tests/Service/TemporaryFolder.h"
+#include "Tests/Support/TemporaryFolder.h"
 
 namespace vorlane::service {
 namespace {

@@ -1,35 +1,31 @@
 #pragma once
 
-#include <sys/types.h>
-
 #include <string>
 #include <vector>
 
+#include "Simulator/Support/ChildProcess.h"
+
 namespace vorlane::service {
 
-/// The program as a process of its own, killed in the end if it still runs.
+/// The service's program as a process, with standard output and standard error read as one stream. Killed with the
+/// object when it still runs.
 class ServiceProgram {
 public:
     explicit ServiceProgram(const std::vector<std::string>& arguments);
-    ~ServiceProgram();
-    ServiceProgram(const ServiceProgram&) = delete;
-    ServiceProgram& operator=(const ServiceProgram&) = delete;
 
-    /// The next line of its output without its end; empty when there is none any more.
+    /// Returns the next line of the output without its end, or an empty string at the end of the output.
     std::string nextLine();
-    /// All the rest of its output.
+    /// Returns the output up to its end.
     std::string restOfOutput();
-    /// The port of a line "listening on http://127.0.0.1:PORT".
+    /// Returns the port of a line "listening on http://127.0.0.1:PORT".
     static int portIn(const std::string& line);
 
-    void signal(int number) const;
-    /// Waits for its end: its exit status, or minus the signal that killed it.
+    void signal(int number);
+    /// Waits for the end and returns the exit status, or 128 and the number of the signal that ended the program.
     int wait();
 
 private:
-    pid_t process_ = -1;
-    // Standard output and standard error, together.
-    int output_ = -1;
+    support::ChildProcess process_;
 };
 
 }  // namespace vorlane::service

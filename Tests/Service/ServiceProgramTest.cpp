@@ -7,7 +7,7 @@
 #include "Simulator/Service/ServiceOptions.h"
 #include "Tests/Service/ServiceClient.h"
 #include "Tests/Service/ServiceProgram.h"
-#include "Tests/Service/TemporaryFolder.h"
+#include "Tests/Support/TemporaryFolder.h"
 
 namespace vorlane::service {
 namespace {
@@ -42,7 +42,7 @@ TEST(ServiceProgramTest, WhatWasStoredSurvivesASuddenDeath) {
         const ServiceClient client(ServiceProgram::portIn(program.nextLine()));
         EXPECT_EQ(client.postJSON("/api/apps/K/tracking/T", {{"name", "a"}, {"value", "1"}}).status, 200);
         program.signal(SIGKILL);
-        EXPECT_EQ(program.wait(), -SIGKILL);
+        EXPECT_EQ(program.wait(), 128 + SIGKILL);
     }
     ServiceProgram program({"--database", folder.path("db")});
     const ServiceClient client(ServiceProgram::portIn(program.nextLine()));

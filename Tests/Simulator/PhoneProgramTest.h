@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "Simulator/Support/PhoneProcess.h"
-#include "Tests/Platform/TemporaryFolderTest.h"
 #include "Tests/Simulator/SilentServer.h"
+#include "Tests/Support/TemporaryFolderTest.h"
 
 namespace vorlane {
 

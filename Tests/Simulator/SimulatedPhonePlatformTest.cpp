@@ -6,8 +6,8 @@
 #include "Platform/NSBundle.h"
 #include "Platform/NSNotificationCenter.h"
 #include "Platform/OSLog.h"
-#include "Tests/Platform/TemporaryFolderTest.h"
 #include "Tests/Support/SimulatedPhoneTest.h"
+#include "Tests/Support/TemporaryFolderTest.h"
 
 namespace vorlane {
 

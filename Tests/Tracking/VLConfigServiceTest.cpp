@@ -10,8 +10,8 @@
 #include "Platform/NSPropertyListSerialization.h"
 #include "Public/VLConstants.h"
 #include "Public/VLLog.h"
+#include "Tests/Support/ServicesTest.h"
 #include "Tests/Tracking/HostileBodies.h"
-#include "Tests/Tracking/TrackingTest.h"
 
 namespace vorlane {
 
@@ -25,7 +25,7 @@ const std::string kDocument =
     R"({"services":{"geo_regions":true,"beacon":false,"rich_inbox":1},)"
     R"("configs":{"rich_inbox":{"sync_time_limit_s":30,"text":"30","flag":true,"half":2.5}}})";
 
-class VLConfigServiceTest : public TrackingTest {
+class VLConfigServiceTest : public ServicesTest {
 protected:
     std::shared_ptr<VLConfigService> makeService() {
         return std::make_shared<VLConfigService>(settings, urlBuilder, urlSession);

@@ -7,13 +7,13 @@
 #include <vector>
 
 #include "Public/VLErrorDomains.h"
-#include "Tests/Tracking/TrackingTest.h"
+#include "Tests/Support/ServicesTest.h"
 
 namespace vorlane {
 
 namespace {
 
-class VLEventServiceTest : public TrackingTest {
+class VLEventServiceTest : public ServicesTest {
 protected:
     RecordedRequest lastRequest() { return session().lastRequest("register_app_event"); }
 

@@ -8,7 +8,7 @@
 
 #include "Platform/NSBundle.h"
 #include "Platform/NSURLSession.h"
-#include "Tests/Tracking/TrackingTest.h"
+#include "Tests/Support/ServicesTest.h"
 
 namespace vorlane {
 
@@ -16,13 +16,13 @@ namespace {
 
 const std::string kWarning = "sessionEnd() was called, but there is not an active session. This will be ignored.";
 
-class VLSessionServiceTest : public TrackingTest {
+class VLSessionServiceTest : public ServicesTest {
 protected:
     explicit VLSessionServiceTest(SimulatedPhone::Options options = {.infoDictionary = {{"CFBundleName", "Shop"},
                                                                                         {"CFBundleShortVersionString",
                                                                                          "3.1"},
                                                                                         {"CFBundleVersion", "77"}}})
-        : TrackingTest(std::move(options)) {
+        : ServicesTest(std::move(options)) {
         phone().simulatedDevice().setLocalTimeZone({"", 3600});
     }
 

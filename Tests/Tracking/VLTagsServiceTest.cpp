@@ -9,14 +9,14 @@
 
 #include "Platform/NSException.h"
 #include "Public/VLErrorDomains.h"
+#include "Tests/Support/ServicesTest.h"
 #include "Tests/Tracking/HostileBodies.h"
-#include "Tests/Tracking/TrackingTest.h"
 
 namespace vorlane {
 
 namespace {
 
-class VLTagsServiceTest : public TrackingTest {
+class VLTagsServiceTest : public ServicesTest {
 protected:
     /// What the last handler received.
     struct Received {

@@ -23,9 +23,10 @@
 #include "Platform/UIDevice.h"
 #include "Public/VLURLsProduction.h"
 #include "Public/Vorlane.h"
-#include "Tests/Platform/Linux/ChildProcess.h"
+#include "Simulator/Support/ChildProcess.h"
 #include "Tests/Platform/Linux/Curl/LoopbackServer.h"
 #include "Tests/Platform/Linux/Curl/SessionOutcome.h"
+#include "Tests/Support/TemporaryFolder.h"
 
 namespace vorlane {
 namespace {
@@ -38,15 +39,7 @@ std::ptrdiff_t entriesOf(const char* folder) {
 
 class LinuxPlatformTest : public testing::Test {
 protected:
-    LinuxPlatformTest() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "vorlane-platform-XXXXXX").string();
-        folder = mkdtemp(pattern.data());
-    }
-
-    ~LinuxPlatformTest() override {
-        Platform::install(nullptr);
-        std::filesystem::remove_all(folder);
-    }
+    ~LinuxPlatformTest() override { Platform::install(nullptr); }
 
     void write(const std::string& path, const std::string& text) const { std::ofstream(folder / path) << text; }
 
@@ -58,10 +51,11 @@ protected:
 
     /// What the host program says of itself.
     std::string description(const std::string& program, const std::map<std::string, std::string>& environment) const {
-        return ChildProcess({program, "describe"}, environment).readOutput();
+        return support::ChildProcess({program, "describe"}, environment).readRest();
     }
 
-    std::filesystem::path folder;
+    const TemporaryFolder temporaryFolder;
+    const std::filesystem::path folder = temporaryFolder.path();
 };
 
 TEST_F(LinuxPlatformTest, MakingOneStartsAndOpensNothing) {

@@ -4,7 +4,7 @@
 
 #include <atomic>
 
-#include "Tests/Platform/Linux/ChildProcess.h"
+#include "Simulator/Support/ChildProcess.h"
 #include "Tests/Platform/Linux/Curl/LoopbackServer.h"
 #include "Tests/Platform/Linux/Curl/TestCertificates.h"
 
@@ -20,9 +20,10 @@ protected:
     /// late.
     static int statusAfter(const char* way, const LoopbackServer& server, int count, int connections,
                            const std::map<std::string, std::string>& environment = {}) {
-        ChildProcess host({VORLANE_HOST_PROGRAM, "leave", way, server.url(), std::to_string(count)}, environment);
+        support::ChildProcess host({VORLANE_HOST_PROGRAM, "leave", way, server.url(), std::to_string(count)},
+                                   environment);
         server.waitForConnections(connections);
-        host.say("leave");
+        host.writeLine("leave");
         return host.wait();
     }
 };
@@ -56,7 +57,7 @@ TEST_F(ExitGateTest, AHostMayLeaveInsideAHandler) {
     const LoopbackServer server(
         LoopbackServer::answering([](const auto&) { return LoopbackServer::answer(200, "x"); }));
     for (int i = 0; i < 10; ++i) {
-        ChildProcess host({VORLANE_HOST_PROGRAM, "leave", "handler", server.url(), "10"});
+        support::ChildProcess host({VORLANE_HOST_PROGRAM, "leave", "handler", server.url(), "10"});
         EXPECT_EQ(host.wait(), 0);
     }
 }
@@ -76,7 +77,7 @@ TEST_F(ExitGateTest, NoHandlerRunsOnceTheHostsStaticsAreBeingDestroyed) {
     const LoopbackServer server(
         LoopbackServer::answering([](const auto&) { return LoopbackServer::answer(200, "x"); }));
     for (int i = 0; i < 20; ++i) {
-        ChildProcess host({VORLANE_HOST_PROGRAM, "leave", "busy", server.url(), "20"});
+        support::ChildProcess host({VORLANE_HOST_PROGRAM, "leave", "busy", server.url(), "20"});
         EXPECT_EQ(host.wait(), 0);
     }
 }

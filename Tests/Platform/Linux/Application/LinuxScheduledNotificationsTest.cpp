@@ -12,7 +12,7 @@
 #include "Platform/NSNotificationCenter.h"
 #include "Platform/NSPropertyListSerialization.h"
 #include "Tests/Platform/Linux/Loop/ClockedQueue.h"
-#include "Tests/Platform/TemporaryFolderTest.h"
+#include "Tests/Support/TemporaryFolderTest.h"
 
 namespace vorlane {
 namespace {

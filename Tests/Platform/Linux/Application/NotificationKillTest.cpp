@@ -12,7 +12,7 @@
 #include "Platform/NSPropertyListSerialization.h"
 #include "Platform/UIApplication.h"
 #include "Platform/UILocalNotification.h"
-#include "Tests/Platform/TemporaryFolderTest.h"
+#include "Tests/Support/TemporaryFolderTest.h"
 
 namespace vorlane {
 namespace {

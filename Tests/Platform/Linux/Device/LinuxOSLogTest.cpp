@@ -7,7 +7,7 @@
 #include <sstream>
 
 #include "Public/VLValue.h"
-#include "Tests/Platform/Linux/ChildProcess.h"
+#include "Simulator/Support/ChildProcess.h"
 
 namespace vorlane {
 namespace {
@@ -52,17 +52,18 @@ constexpr const char* kJournalScript = R"(
 
 bool canRunJournal() {
     if (!std::filesystem::exists("/lib/systemd/systemd-journald")) return false;
-    return ChildProcess({"unshare", "-m", "sh", "-c", "mount -t tmpfs tmpfs /run"}).wait() == 0;
+    return support::ChildProcess({"unshare", "-m", "sh", "-c", "mount -t tmpfs tmpfs /run"}).wait() == 0;
 }
 
 // Where no journal can be started, the host's lines must vanish without a trace instead.
 TEST(LinuxOSLogTest, TheJournalTakesTheLines) {
     if (!canRunJournal()) {
-        EXPECT_EQ(ChildProcess({VORLANE_HOST_PROGRAM, "journal", "text"}).wait(), 0);
+        EXPECT_EQ(support::ChildProcess({VORLANE_HOST_PROGRAM, "journal", "text"}).wait(), 0);
         return;
     }
-    ChildProcess journal({"unshare", "-m", "sh", "-c", kJournalScript, "sh", VORLANE_HOST_PROGRAM, "a line\nand more"});
-    std::istringstream lines(journal.readOutput());
+    support::ChildProcess journal(
+        {"unshare", "-m", "sh", "-c", kJournalScript, "sh", VORLANE_HOST_PROGRAM, "a line\nand more"});
+    std::istringstream lines(journal.readRest());
     std::vector<std::string> priorities;
     for (std::string line; std::getline(lines, line);) {
         const Value entry = Value::parse(line);

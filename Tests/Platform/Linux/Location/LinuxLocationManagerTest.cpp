@@ -10,7 +10,7 @@
 #include "Tests/Platform/Linux/Location/TestPlaces.h"
 #include "Tests/Platform/Linux/Loop/ClockedQueue.h"
 #include "Tests/Platform/RecordingLocationDelegate.h"
-#include "Tests/Platform/TemporaryFolderTest.h"
+#include "Tests/Support/TemporaryFolderTest.h"
 
 namespace vorlane {
 

@@ -12,10 +12,10 @@
 
 namespace vorlane {
 
-/// A scene with everything that the tracking services are made with, and identities that a test can name.
-class TrackingTest : public SimulatedPhoneTest {
+/// A fixture with the collaborators that every service is constructed with, and fixed identities.
+class ServicesTest : public SimulatedPhoneTest {
 protected:
-    explicit TrackingTest(SimulatedPhone::Options options = {}) : SimulatedPhoneTest(std::move(options)) {
+    explicit ServicesTest(SimulatedPhone::Options options = {}) : SimulatedPhoneTest(std::move(options)) {
         phone().setDocumentsCreationDate(1'600'000'000.0);
         settings->setAppKey("K");
         settings->setTrackingId("T");
