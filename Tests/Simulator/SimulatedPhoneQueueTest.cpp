@@ -6,9 +6,9 @@ namespace vorlane {
 
 namespace {
 
-using SimulatedSerialQueueTest = SimulatedPhoneTest;
+using SimulatedPhoneQueueTest = SimulatedPhoneTest;
 
-TEST_F(SimulatedSerialQueueTest, ADelayPassesOnTheVirtualClock) {
+TEST_F(SimulatedPhoneQueueTest, ADelayPassesOnTheVirtualClock) {
     const auto queue = phone().makeSerialQueue("test");
     std::atomic<int> runs = 0;
     std::atomic<bool> isOnQueue = false;
@@ -24,19 +24,19 @@ TEST_F(SimulatedSerialQueueTest, ADelayPassesOnTheVirtualClock) {
     EXPECT_TRUE(isOnQueue);
 }
 
-TEST_F(SimulatedSerialQueueTest, ADelayedTaskIsNoTimerOfTheApplication) {
+TEST_F(SimulatedPhoneQueueTest, ADelayedTaskIsNoTimerOfTheApplication) {
     phone().makeSerialQueue("test")->postAfter(300, [] {});
     EXPECT_TRUE(phone().timers().empty());
 }
 
-TEST_F(SimulatedSerialQueueTest, ADelayDoesNotOutliveItsQueue) {
+TEST_F(SimulatedPhoneQueueTest, ADelayDoesNotOutliveItsQueue) {
     bool hasRun = false;
     phone().makeSerialQueue("test")->postAfter(300, [&] { hasRun = true; });
     phone().advance(300);
     EXPECT_FALSE(hasRun);
 }
 
-TEST_F(SimulatedSerialQueueTest, NoDelayIsNone) {
+TEST_F(SimulatedPhoneQueueTest, NoDelayIsNone) {
     const auto queue = phone().makeSerialQueue("test");
     std::atomic<int> runs = 0;
     queue->postAfter(0, [&] { ++runs; });
