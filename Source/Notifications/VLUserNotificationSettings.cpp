@@ -10,8 +10,8 @@ constexpr std::int64_t kAuthorised = 2;
 constexpr std::int64_t kProvisional = 3;
 constexpr std::int64_t kSettingEnabled = 2;
 
-/// The text under the key; one that no scale knows when it is missing.
-std::string textForKey(const Dictionary& dictionary, const char* key) {
+/// The string under the key; empty, which is on no scale, if it is missing.
+std::string nameForKey(const Dictionary& dictionary, const char* key) {
     return stringForKey(dictionary, key).value_or(std::string());
 }
 
@@ -25,9 +25,9 @@ VLUserNotificationSettings VLUserNotificationSettings::settingsWithAuthorisation
 
 VLUserNotificationSettings VLUserNotificationSettings::settingsFromDictionary(const Dictionary& dictionary) {
     const auto setting = [&dictionary](const char* key) {
-        return stringToNotificationSetting(textForKey(dictionary, key));
+        return stringToNotificationSetting(nameForKey(dictionary, key));
     };
-    return {stringToAuthorisationStatus(textForKey(dictionary, "authorisation")),
+    return {stringToAuthorisationStatus(nameForKey(dictionary, "authorisation")),
             setting("sound"),
             setting("badge"),
             setting("alert"),
@@ -35,7 +35,7 @@ VLUserNotificationSettings VLUserNotificationSettings::settingsFromDictionary(co
             setting("notification_centre"),
             setting("lock_screen"),
             setting("carplay"),
-            stringToAlertStyle(textForKey(dictionary, "alert_style"))};
+            stringToAlertStyle(nameForKey(dictionary, "alert_style"))};
 }
 
 Dictionary VLUserNotificationSettings::toDictionary() const {
@@ -65,7 +65,7 @@ std::uint64_t VLUserNotificationSettings::hash() const {
 
 bool VLUserNotificationSettings::willNotificationsBeVisible() const {
     const bool isAllowed = authorisationStatus == kAuthorised || authorisationStatus == kProvisional;
-    return isAllowed && (lockScreen == kSettingEnabled || notificationCentre == kEnabled || alertSetting == kEnabled);
+    return isAllowed && (lockScreen == kSettingEnabled || notificationCentre == kSettingEnabled || alertSetting == kSettingEnabled);
 }
 
 bool VLUserNotificationSettings::isProvisionallyAuthorised() const { return authorisationStatus == kProvisional; }
