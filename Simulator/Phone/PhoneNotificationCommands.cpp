@@ -68,7 +68,10 @@ const std::map<std::string, SettingSetter>& settingSetters() {
         {"alertStyle", [](Application&, Settings& s, std::int64_t v) { s.alertStyle = v; }},
         {"types",
          [](Application& a, Settings&, std::int64_t v) { a.setUserNotificationTypes(static_cast<std::uint64_t>(v)); }},
-        {"backgroundRefreshStatus", [](Application& a, Settings&, std::int64_t v) { a.setBackgroundRefreshStatus(v); }},
+        {"backgroundRefreshStatus",
+         [](Application& a, Settings&, std::int64_t v) {
+             a.setBackgroundRefreshStatus(static_cast<UIBackgroundRefreshStatus>(v));
+         }},
     };
     return table;
 }

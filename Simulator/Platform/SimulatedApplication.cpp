@@ -16,7 +16,7 @@ Dictionary backgroundTaskFields(const char* action, UIBackgroundTaskIdentifier i
     return {{"action", action}, {"name", name}, {"identifier", identifier}};
 }
 
-/// The field as JSON has it.
+/// The field as a JSON value; null if it is absent.
 Value valueOf(const auto& field) { return field ? Value(*field) : Value(); }
 
 }  // namespace
@@ -57,7 +57,9 @@ void SimulatedApplication::registerUserNotificationSettings(const UIUserNotifica
 
 std::map<SimulatedApplication::Handle, UILocalNotification> SimulatedApplication::scheduledByHandle() const {
     std::map<Handle, UILocalNotification> found;
-    for (const auto& [number, notification] : scheduled()) found.emplace(waits_.at(number).handle, notification);
+    for (const auto& [number, notification] : scheduledEntries()) {
+        found.emplace(waits_.at(number).handle, notification);
+    }
     return found;
 }
 
@@ -86,18 +88,16 @@ Dictionary SimulatedApplication::notificationFields(Handle handle, const UILocal
 }
 
 void SimulatedApplication::keepScheduledLocalNotifications(const std::string& path) {
-    path_ = path;
-    restoreScheduled(path);
-    for (const auto& [number, notification] : scheduled()) addObject({number, notification});
+    UIApplication::keepScheduledLocalNotifications(path);
+    for (const auto& entry : scheduledEntries()) addObject(entry);
 }
 
 void SimulatedApplication::didScheduleLocalNotification(const ScheduledLocalNotification& entry) {
-    store();
     const Handle handle = addObject(entry);
     tellOf("scheduled", handle, entry.notification);
 }
 
-/// Gives what is scheduled a handle and a wait for its date.
+/// Gives the notification a handle and waits for its fire date.
 SimulatedApplication::Handle SimulatedApplication::addObject(const ScheduledLocalNotification& entry) {
     const Handle handle = ++newestHandle_;
     objects_.emplace(handle, entry.notification);
@@ -109,12 +109,7 @@ SimulatedApplication::Handle SimulatedApplication::addObject(const ScheduledLoca
     return handle;
 }
 
-void SimulatedApplication::store() const {
-    if (!path_.empty()) storeScheduled(path_);
-}
-
 void SimulatedApplication::didCancelLocalNotifications(const std::vector<ScheduledLocalNotification>& entries) {
-    store();
     for (const auto& entry : entries) {
         const auto found = waits_.extract(entry.number);
         if (mainQueue_) mainQueue_->cancel(found.mapped().token);
@@ -124,7 +119,6 @@ void SimulatedApplication::didCancelLocalNotifications(const std::vector<Schedul
 
 void SimulatedApplication::fireDue() {
     while (const auto due = takeDue(mainQueue_->now())) {
-        store();
         const auto found = waits_.extract(due->number);
         mainQueue_->cancel(found.mapped().token);
         delivered_.emplace(found.mapped().handle, due->notification);

@@ -13,9 +13,13 @@ std::int64_t VLBackgroundRefreshHelper::getUIKitBackgroundRefreshSetting() const
     constexpr std::int64_t kUnknown = -1;
     const auto application = application_.lock();
     if (!application) return kUnknown;
-    const auto status = application->backgroundRefreshStatus();
-    return status >= UIBackgroundRefreshStatusRestricted && status <= UIBackgroundRefreshStatusAvailable ? status
-                                                                                                         : kUnknown;
+    switch (const auto status = application->backgroundRefreshStatus()) {
+        case UIBackgroundRefreshStatus::restricted:
+        case UIBackgroundRefreshStatus::denied:
+        case UIBackgroundRefreshStatus::available:
+            return static_cast<std::int64_t>(status);
+    }
+    return kUnknown;
 }
 
 }  // namespace vorlane

@@ -7,14 +7,14 @@ namespace vorlane {
 
 class UIApplication;
 
-/// Reads whether the application may be refreshed in the background, as a notification setting. Main queue only.
+/// Reads the background-refresh status of the application as a notification setting. Main queue only.
 class VLBackgroundRefreshHelper {
 public:
     /// `initWithApplication:`
     explicit VLBackgroundRefreshHelper(std::weak_ptr<UIApplication> application);
 
-    /// The application's status when it is 0 (restricted: not supported), 1 (denied: disabled) or 2 (available:
-    /// enabled); -1 (unknown) for any other, and without an application.
+    /// Returns 0 (not supported) for a restricted, 1 (disabled) for a denied and 2 (enabled) for an available
+    /// background refresh; -1 (unknown) for any other status, and if the application is gone.
     std::int64_t getUIKitBackgroundRefreshSetting() const;
 
 private:

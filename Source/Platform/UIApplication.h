@@ -5,12 +5,8 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <optional>
-#include <set>
 #include <string>
-#include <unordered_map>
-#include <utility>
 #include <vector>
 
 #include "Platform/UILocalNotification.h"
@@ -20,8 +16,10 @@
 
 namespace vorlane {
 
+class BackgroundTasks;
 class NSNotificationCenter;
 class NSURL;
+class ScheduledLocalNotifications;
 class UIWindow;
 
 enum class UIApplicationState : std::int64_t { active = 0, inactive = 1, background = 2 };
@@ -37,21 +35,19 @@ inline constexpr const char* UIApplicationWillTerminateNotification = "UIApplica
 /// Launch options: the payload (a dictionary) of the remote notification that opened the application.
 inline constexpr const char* UIApplicationLaunchOptionsRemoteNotificationKey =
     "UIApplicationLaunchOptionsRemoteNotificationKey";
-/// Launch options: the local notification that opened the application, as `UILocalNotification::toDictionary()` gives
-/// it.
+/// Launch options: the local notification that opened the application, in the form of
+/// `UILocalNotification::toDictionary()`.
 inline constexpr const char* UIApplicationLaunchOptionsLocalNotificationKey =
     "UIApplicationLaunchOptionsLocalNotificationKey";
 
 /// The URL of the application's page in the system settings.
 inline constexpr const char* UIApplicationOpenSettingsURLString = "app-settings:";
 
-/// What a background fetch brought.
+/// The result of a background fetch.
 enum class UIBackgroundFetchResult : std::uint64_t { newData = 0, noData = 1, failed = 2 };
 
-/// Whether the application may be woken in the background: what `backgroundRefreshStatus()` gives.
-inline constexpr std::int64_t UIBackgroundRefreshStatusRestricted = 0;
-inline constexpr std::int64_t UIBackgroundRefreshStatusDenied = 1;
-inline constexpr std::int64_t UIBackgroundRefreshStatusAvailable = 2;
+/// Whether the platform may wake the application in the background.
+enum class UIBackgroundRefreshStatus : std::int64_t { restricted = 0, denied = 1, available = 2 };
 
 using UIBackgroundTaskIdentifier = std::uint64_t;
 inline constexpr UIBackgroundTaskIdentifier UIBackgroundTaskInvalid = 0;
@@ -59,26 +55,33 @@ inline constexpr UIBackgroundTaskIdentifier UIBackgroundTaskInvalid = 0;
 /// The host application as the platform sees it. The host reports its state here; the library observes it.
 class VORLANE_EXPORT UIApplication {
 public:
+    /// An entry of the list of scheduled notifications. Numbers ascend in the order of scheduling.
+    struct ScheduledLocalNotification {
+        std::uint64_t number;
+        UILocalNotification notification;
+    };
+
     explicit UIApplication(std::shared_ptr<NSNotificationCenter> notificationCenter);
     virtual ~UIApplication();
 
     /// Inactive until the host reports otherwise. Any thread.
     UIApplicationState applicationState() const { return applicationState_; }
 
-    /// Sets the state without telling anyone, for the state that an application is launched in. Main queue.
+    /// Sets the state that the application is launched in. Posts no notification. Main queue.
     void setApplicationState(UIApplicationState state) { applicationState_ = state; }
 
-    /// The host reports a change of state: each sets the state, then posts the notification of its name. Main queue.
+    /// The host reports a change of state. Each of these sets the state and then posts the notification of its name.
+    /// Main queue.
     void didBecomeActive();
     void willResignActive();
     virtual void didEnterBackground();
     virtual void willEnterForeground();
-    /// Leaves the state as it is.
+    /// Does not change the state.
     void willTerminate();
 
-    /// `beginBackgroundTaskWithName:expirationHandler:` asks for time to finish a piece of work after the application
-    /// has left the foreground. Each task is ended once with `endBackgroundTask()`. The handler may be empty; it runs
-    /// on the main queue if the time (180 seconds on Linux) runs out first, and ends the task. Any thread.
+    /// `beginBackgroundTaskWithName:expirationHandler:` asks for time to finish work after the application has left the
+    /// foreground. Each task must be ended with `endBackgroundTask()`. The handler may be empty. If the time runs out
+    /// first (after 180 seconds on Linux), the handler runs on the main queue, and the task ends. Any thread.
     UIBackgroundTaskIdentifier beginBackgroundTaskWithName(const std::string& name,
                                                            std::function<void()> expirationHandler);
     UIBackgroundTaskIdentifier beginBackgroundTaskWithExpirationHandler(std::function<void()> expirationHandler);
@@ -86,105 +89,89 @@ public:
     /// An unknown identifier is ignored. Any thread.
     void endBackgroundTask(UIBackgroundTaskIdentifier identifier);
 
-    /// Ends the background time: runs the expiration handler of every open task. Main queue.
+    /// Runs the expiration handler of every open task, and ends each task that its handler has not ended. Main queue.
     void expireBackgroundTasks();
 
-    /// How long the application may still run in the background, in seconds; the largest number there is where nothing
-    /// limits it. Main queue.
+    /// The number of seconds that the application may still run in the background; the largest `TimeInterval` if there
+    /// is no limit. Main queue.
     virtual TimeInterval backgroundTimeRemaining() const;
 
     /// The names of the open tasks by identifier. Any thread.
     std::map<UIBackgroundTaskIdentifier, std::string> backgroundTasks() const;
 
-    /// The window that the user looks at; null while the application has none. Main queue, as the one below.
+    /// The window that the user looks at, or null if the application has none. Main queue.
     const std::shared_ptr<UIWindow>& keyWindow() const { return keyWindow_; }
     void setKeyWindow(std::shared_ptr<UIWindow> window);
 
-    /// `openURL:` hands a URL to whoever opens it, `UIApplicationOpenSettingsURLString` for one; false when nobody
-    /// does. Main queue.
+    /// `openURL:` opens a URL, for example `UIApplicationOpenSettingsURLString`, in the program that is responsible for
+    /// it. Returns false if there is no such program. Main queue.
     virtual bool openURL(const NSURL& /*url*/) { return false; }
 
     /// Asks the platform for a push token. Main queue.
     virtual void registerForRemoteNotifications() = 0;
-    /// Asks the platform to wake the application for a background fetch, no more often than this. Main queue.
+    /// Asks the platform to wake the application for background fetches, at most once in so many seconds. Main queue.
     virtual void setMinimumBackgroundFetchInterval(TimeInterval seconds) = 0;
 
-    /// One of the three values above. Main queue.
-    virtual std::int64_t backgroundRefreshStatus() const { return UIBackgroundRefreshStatusRestricted; }
+    /// Main queue.
+    virtual UIBackgroundRefreshStatus backgroundRefreshStatus() const { return UIBackgroundRefreshStatus::restricted; }
 
-    /// What the user allows, on platforms below 10; nothing elsewhere. Main queue.
+    /// What the user allows, on platforms below 10; empty on later platforms. Main queue.
     virtual UIUserNotificationSettings currentUserNotificationSettings() const { return {}; }
-    /// Asks the user, on platforms below 10. The answer arrives through the host. Main queue.
+    /// Asks the user, on platforms below 10. The host reports the answer. Main queue.
     virtual void registerUserNotificationSettings(const UIUserNotificationSettings&) {}
 
-    /// `scheduleLocalNotification:` keeps a copy of the notification until it is due; one without a fire date is due at
-    /// once. The same notification may be scheduled more than once. Main queue, as the three below.
+    /// `scheduleLocalNotification:` keeps a copy of the notification until its fire date. A notification without a fire
+    /// date is due immediately. A notification may be scheduled more than once. Main queue.
     void scheduleLocalNotification(const UILocalNotification& notification);
-    /// What is scheduled and not due yet, in the order of scheduling.
+    /// The notifications that are scheduled and not yet due, in the order of scheduling. Main queue.
     std::vector<UILocalNotification> scheduledLocalNotifications() const;
-    /// Cancels that notification, told by its identity. Where none has it, one whose fields are all equal, if either of
-    /// the two was read back: what was made in this process is never taken for another. Ignored when nothing fits.
+    /// Cancels every scheduled copy of the notification. If there is none, and either notification was read back from
+    /// a dictionary, cancels the first one whose fields are all equal. Otherwise does nothing. Main queue.
     void cancelLocalNotification(const UILocalNotification& notification);
+    /// Main queue.
     void cancelAllLocalNotifications();
+    /// Runs `changes`, which may schedule and cancel notifications, and stores the list once afterwards: if the process
+    /// is killed, the stored list is that before or that after all of the changes. May be nested. Main queue.
+    void changeLocalNotificationsInOneStep(const std::function<void()>& changes);
 
 protected:
-    /// A notification with the number that tells it apart from every other one scheduled with this application.
-    struct ScheduledLocalNotification {
-        std::uint64_t number;
-        UILocalNotification notification;
-    };
-
-    /// What is scheduled, by number.
-    const std::map<std::uint64_t, UILocalNotification>& scheduled() const { return scheduled_; }
-    /// Puts a notification on the list without telling anyone.
-    ScheduledLocalNotification addScheduled(const UILocalNotification& notification);
-    /// Takes the notification that is due first off the list; nothing when none is by that time.
+    /// Adds the notifications in the file, a property list, to the list, without a call of the operations below. From
+    /// then on each change of the list replaces the file before anything else happens; a failure to write is silent. A
+    /// file that is no property list is kept with the suffix ".corrupt". Main queue.
+    void keepScheduledLocalNotifications(const std::string& path);
+    /// The list, in the order of scheduling. Main queue.
+    std::vector<ScheduledLocalNotification> scheduledEntries() const;
+    /// Removes the entry that is due first from the list, or returns `nullopt` if none is due at `time`. Main queue.
     std::optional<ScheduledLocalNotification> takeDue(double time);
-    /// When the first one is due; nothing when none is scheduled. One without a date has been due always.
+    /// The fire date of the entry that is due first, or `nullopt` if nothing is scheduled; minus infinity for a
+    /// notification without a fire date. Main queue.
     std::optional<double> nextFireDate() const;
 
-    /// Puts on the list what `storeScheduled()` left in the file, without telling anyone. A file that cannot be read is
-    /// kept with the suffix ".corrupt"; what is no notification in it is left out.
-    void restoreScheduled(const std::string& path);
-    /// Replaces the file, a property list, by the list as it is. A failure is silent.
-    void storeScheduled(const std::string& path) const;
-
-    /// Told after notifications were put on the list, or taken off it by being cancelled. Main queue.
+    /// Called after a notification was added to the list, or after notifications were removed from it by being
+    /// cancelled. Main queue.
     virtual void didScheduleLocalNotification(const ScheduledLocalNotification&) {}
     virtual void didCancelLocalNotifications(const std::vector<ScheduledLocalNotification>&) {}
 
-    /// Told after a background task began, ended or expired, with no lock held. Any thread.
+    /// Runs the task's expiration handler, at most once, and leaves it to the handler to end the task. Returns false if
+    /// no open task has the identifier. Main queue.
+    bool expireBackgroundTask(UIBackgroundTaskIdentifier identifier);
+
+    /// Called after a background task began, ended or expired, with no lock held. Any thread.
     virtual void backgroundTaskDidBegin(UIBackgroundTaskIdentifier, const std::string& /*name*/) {}
     virtual void backgroundTaskDidEnd(UIBackgroundTaskIdentifier, const std::string& /*name*/) {}
     virtual void backgroundTaskDidExpire(UIBackgroundTaskIdentifier, const std::string& /*name*/) {}
 
 private:
-    struct BackgroundTask {
-        std::string name;
-        std::function<void()> expirationHandler;
-    };
-
     void change(UIApplicationState state, const char* notificationName);
-    std::vector<std::uint64_t> numbersOf(const UILocalNotification& notification) const;
-    ScheduledLocalNotification take(std::uint64_t number);
 
     // Fixed at construction.
     const std::shared_ptr<NSNotificationCenter> notificationCenter_;
+    const std::unique_ptr<BackgroundTasks> backgroundTasks_;
     std::atomic<UIApplicationState> applicationState_ = UIApplicationState::inactive;
 
     // Main queue only.
+    const std::unique_ptr<ScheduledLocalNotifications> scheduled_;
     std::shared_ptr<UIWindow> keyWindow_;
-    // Main queue only. The list by number, and the numbers by due time and by identity: no operation on one
-    // notification walks through all of them.
-    std::uint64_t newestNumber_ = 0;
-    std::map<std::uint64_t, UILocalNotification> scheduled_;
-    std::set<std::pair<double, std::uint64_t>> dueTimes_;
-    std::unordered_multimap<std::uint64_t, std::uint64_t> identities_;
-
-    mutable std::mutex mutex_;
-    // Guarded by mutex_.
-    UIBackgroundTaskIdentifier nextIdentifier_ = 1;
-    std::map<UIBackgroundTaskIdentifier, BackgroundTask> backgroundTasks_;
 };
 
 }  // namespace vorlane

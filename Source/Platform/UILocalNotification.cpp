@@ -27,7 +27,7 @@ const Value* numberField(const Dictionary& dictionary, const char* key) {
     return found != dictionary.end() && found->second.is_number() ? &found->second : nullptr;
 }
 
-/// Cut off and held to the range of 64 bits.
+/// Truncated and clamped to the range of 64 bits; 0 for NaN.
 std::int64_t integerOf(const Value& number) {
     constexpr auto kLeast = std::numeric_limits<std::int64_t>::min();
     constexpr auto kMost = std::numeric_limits<std::int64_t>::max();

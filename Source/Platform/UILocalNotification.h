@@ -9,20 +9,20 @@
 
 namespace vorlane {
 
-/// The sound name of the platform's own notification sound.
+/// The name of the platform's default notification sound.
 inline constexpr const char* UILocalNotificationDefaultSoundName = "UILocalNotificationDefaultSoundName";
 
-/// A notification that the device shows by itself at a given time.
+/// A notification that the device itself shows at a given time.
 ///
-/// Each one made has an identity of its own, which its copies keep, so that a notification can be cancelled by any of
-/// them whatever was changed since. What is read back from a dictionary is a notification of its own.
+/// Each new notification has its own identity, which its copies keep: a scheduled notification can be cancelled by any
+/// copy, even if its fields have changed since. `fromDictionary()` makes a new notification.
 class VORLANE_EXPORT UILocalNotification {
 public:
     UILocalNotification();
 
-    /// Seconds since 1970; nothing means at once.
+    /// Seconds since 1970. A notification without a fire date is due immediately.
     std::optional<double> fireDate;
-    /// The name of the zone that the fire date is meant in.
+    /// The name of the time zone of the fire date.
     std::optional<std::string> timeZone;
     std::optional<std::string> alertBody;
     std::optional<std::string> alertAction;
@@ -30,24 +30,25 @@ public:
     std::int64_t applicationIconBadgeNumber = 0;
     std::optional<Dictionary> userInfo;
 
-    /// The fields under their own names, absent ones left out: the form in which launch options carry a notification.
+    /// The fields under their own names, without those that are absent. Launch options hold a notification in this
+    /// form.
     Dictionary toDictionary() const;
-    /// A field that is missing or of another kind is absent.
+    /// Reads a missing field, and one of the wrong type, as absent.
     static UILocalNotification fromDictionary(const Dictionary& dictionary);
 
     std::string description() const;
 
-    /// Whether both are the same notification, or copies of it.
+    /// Whether the two have the same identity.
     bool isSameAs(const UILocalNotification& other) const { return identity_ == other.identity_; }
-    /// Whether all fields are equal; the identity does not count.
+    /// Whether all fields are equal. Does not compare identities.
     bool operator==(const UILocalNotification& other) const;
 
 private:
-    /// Finds what is scheduled by its identity.
-    friend class UIApplication;
+    /// Finds scheduled notifications by identity.
+    friend class ScheduledLocalNotifications;
 
     std::uint64_t identity_;
-    // Made from a dictionary: it stands for another object with these fields, which may be gone with its process.
+    // Made from a dictionary: it represents another object with these fields, possibly of an earlier process.
     bool isReadBack_ = false;
 };
 

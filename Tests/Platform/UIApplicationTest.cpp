@@ -58,7 +58,7 @@ protected:
     }
 };
 
-TEST_F(UIApplicationTest, AnApplicationHasNoWindowUntilItSetsOne) {
+TEST_F(UIApplicationTest, TheKeyWindowIsNullAtFirst) {
     EXPECT_EQ(application.keyWindow(), nullptr);
     const auto window = std::make_shared<UIWindow>(nullptr);
     application.setKeyWindow(window);
@@ -67,7 +67,7 @@ TEST_F(UIApplicationTest, AnApplicationHasNoWindowUntilItSetsOne) {
     EXPECT_EQ(application.keyWindow(), nullptr);
 }
 
-TEST_F(UIApplicationTest, AScreenThatGoesWithItsWindowSeesTheNewOne) {
+TEST_F(UIApplicationTest, ADestroyedWindowIsNoLongerKey) {
     class Farewell : public UIViewController {
     public:
         explicit Farewell(UIApplication& application) : application_(application) {}
@@ -80,24 +80,24 @@ TEST_F(UIApplicationTest, AScreenThatGoesWithItsWindowSeesTheNewOne) {
     application.setKeyWindow(nullptr);
 }
 
-TEST_F(UIApplicationTest, AnApplicationThatOpensNoURLsSaysSo) {
+TEST_F(UIApplicationTest, ByDefaultNoURLIsOpened) {
     EXPECT_FALSE(application.openURL(*NSURL::URLWithString(UIApplicationOpenSettingsURLString)));
 }
 
-TEST_F(UIApplicationTest, AnApplicationIsInactiveUntilItSaysOtherwise) {
+TEST_F(UIApplicationTest, AnApplicationIsInactiveAtFirst) {
     EXPECT_EQ(application.applicationState(), UIApplicationState::inactive);
     EXPECT_EQ(static_cast<int>(UIApplicationState::active), 0);
     EXPECT_EQ(static_cast<int>(UIApplicationState::inactive), 1);
     EXPECT_EQ(static_cast<int>(UIApplicationState::background), 2);
 }
 
-TEST_F(UIApplicationTest, EachReportSetsTheStateAndThenTellsIt) {
-    std::vector<std::pair<std::string, UIApplicationState>> told;
+TEST_F(UIApplicationTest, EachReportSetsTheStateAndThenPosts) {
+    std::vector<std::pair<std::string, UIApplicationState>> posted;
     for (const auto* name : {UIApplicationDidBecomeActiveNotification, UIApplicationWillResignActiveNotification,
                              UIApplicationDidEnterBackgroundNotification, UIApplicationWillEnterForegroundNotification,
                              UIApplicationWillTerminateNotification}) {
         center->addObserver(name, [&](const NSNotification& notification) {
-            told.emplace_back(notification.name, application.applicationState());
+            posted.emplace_back(notification.name, application.applicationState());
         });
     }
     application.didBecomeActive();
@@ -114,10 +114,10 @@ TEST_F(UIApplicationTest, EachReportSetsTheStateAndThenTellsIt) {
         {"UIApplicationWillEnterForegroundNotification", UIApplicationState::inactive},
         {"UIApplicationWillTerminateNotification", UIApplicationState::inactive},
         {"UIApplicationWillTerminateNotification", UIApplicationState::background}};
-    EXPECT_EQ(told, expected);
+    EXPECT_EQ(posted, expected);
 }
 
-TEST_F(UIApplicationTest, BackgroundTasksAreCountedUntilTheyEnd) {
+TEST_F(UIApplicationTest, BackgroundTasksAreListedUntilTheyEnd) {
     const auto first = application.beginBackgroundTaskWithName("first", nullptr);
     const auto second = application.beginBackgroundTaskWithExpirationHandler(nullptr);
     EXPECT_NE(first, UIBackgroundTaskInvalid);
@@ -131,7 +131,7 @@ TEST_F(UIApplicationTest, BackgroundTasksAreCountedUntilTheyEnd) {
     EXPECT_EQ(application.events, (std::vector<std::string>{"begin first", "begin ", "end first"}));
 }
 
-TEST_F(UIApplicationTest, ExpiryRunsEachHandlerOnceAndEndsTheTasks) {
+TEST_F(UIApplicationTest, ExpiryRunsHandlersOnceAndEndsTasks) {
     int expired = 0;
     UIBackgroundTaskIdentifier own = 0;
     own = application.beginBackgroundTaskWithName("own", [&] {
@@ -149,7 +149,7 @@ TEST_F(UIApplicationTest, ExpiryRunsEachHandlerOnceAndEndsTheTasks) {
                                         "expired lazy", "end lazy", "expired bare", "end bare"}));
 }
 
-TEST_F(UIApplicationTest, ATaskThatAHandlerBeginsDoesNotExpireWithTheOthers) {
+TEST_F(UIApplicationTest, ATaskBegunByAHandlerDoesNotExpire) {
     UIBackgroundTaskIdentifier begun = 0;
     application.beginBackgroundTaskWithName("first", [&] {
         begun = application.beginBackgroundTaskWithName("second", [] { ADD_FAILURE() << "expired"; });
@@ -158,7 +158,7 @@ TEST_F(UIApplicationTest, ATaskThatAHandlerBeginsDoesNotExpireWithTheOthers) {
     EXPECT_EQ(application.backgroundTasks(), (std::map<UIBackgroundTaskIdentifier, std::string>{{begun, "second"}}));
 }
 
-TEST_F(UIApplicationTest, TheHooksMayAskForTheTasks) {
+TEST_F(UIApplicationTest, TheHooksMayListTheTasks) {
     class AskingApplication : public PlainApplication {
     public:
         using PlainApplication::PlainApplication;
@@ -178,7 +178,7 @@ TEST_F(UIApplicationTest, TheHooksMayAskForTheTasks) {
     EXPECT_EQ(asking.counts, (std::vector<std::size_t>{1, 1, 0}));
 }
 
-TEST_F(UIApplicationTest, ThreadsMayBeginAndEndTasksAtOnce) {
+TEST_F(UIApplicationTest, ThreadsMayBeginAndEndTasksConcurrently) {
     class QuietApplication : public UIApplication {
     public:
         using UIApplication::UIApplication;
@@ -199,7 +199,7 @@ TEST_F(UIApplicationTest, ThreadsMayBeginAndEndTasksAtOnce) {
     EXPECT_TRUE(quiet.backgroundTasks().empty());
 }
 
-TEST_F(UIApplicationTest, ATaskThatAnotherOnesHandlerEndsDoesNotExpire) {
+TEST_F(UIApplicationTest, ATaskEndedByAHandlerDoesNotExpire) {
     UIBackgroundTaskIdentifier second = 0;
     bool secondExpired = false;
     application.beginBackgroundTaskWithName("first", [&] { application.endBackgroundTask(second); });
@@ -217,7 +217,7 @@ TEST_F(UIApplicationTest, NotificationsAreListedInTheOrderOfScheduling) {
     EXPECT_EQ(scheduledBodies(), "caba");
 }
 
-TEST_F(UIApplicationTest, CancellingTakesEveryCopyOfTheNotification) {
+TEST_F(UIApplicationTest, CancellingRemovesEveryCopy) {
     auto a = schedule("a", 10);
     schedule("b", 10);
     a.alertBody = "A";
@@ -228,7 +228,7 @@ TEST_F(UIApplicationTest, CancellingTakesEveryCopyOfTheNotification) {
     EXPECT_EQ(application.nextFireDate(), 10);
 }
 
-TEST_F(UIApplicationTest, ANotificationOfThisProcessIsNeverTakenForAnother) {
+TEST_F(UIApplicationTest, EqualFieldsAloneDoNotCancel) {
     UILocalNotification twin;
     twin.alertBody = "a";
     twin.fireDate = 10;
@@ -237,7 +237,7 @@ TEST_F(UIApplicationTest, ANotificationOfThisProcessIsNeverTakenForAnother) {
     EXPECT_EQ(scheduledBodies(), "a");
 }
 
-TEST_F(UIApplicationTest, WithoutThatIdentityTheFirstWithEqualFieldsIsCancelled) {
+TEST_F(UIApplicationTest, AReadBackNotificationCancelsTheFirstEqual) {
     schedule("a", 10);
     const auto other = UILocalNotification::fromDictionary(schedule("b", 10).toDictionary());
     schedule("b", 10);
@@ -257,7 +257,7 @@ TEST_F(UIApplicationTest, WithoutThatIdentityTheFirstWithEqualFieldsIsCancelled)
     EXPECT_EQ(application.nextFireDate(), std::nullopt);
 }
 
-TEST_F(UIApplicationTest, WhatIsDueComesByItsDateThenInTheOrderOfScheduling) {
+TEST_F(UIApplicationTest, DueNotificationsAreOrderedByDate) {
     schedule("late", 30);
     schedule("first", 10);
     schedule("second", 10);

@@ -18,6 +18,7 @@ LinuxApplication::LinuxApplication(std::shared_ptr<NSNotificationCenter> notific
 void LinuxApplication::didEnterBackground() {
     const std::uint64_t stay = ++stay_;
     stayBegan_ = clock_->now();
+    waitForNext();
     UIApplication::didEnterBackground();
     if (const auto queue = mainQueue_.lock()) {
         queue->postAfter(kBackgroundTime, [weakSelf = weak_from_this(), stay] {
@@ -28,6 +29,7 @@ void LinuxApplication::didEnterBackground() {
 
 void LinuxApplication::willEnterForeground() {
     ++stay_;
+    waitForNext();
     UIApplication::willEnterForeground();
 }
 
@@ -54,29 +56,20 @@ void LinuxApplication::setMinimumBackgroundFetchInterval(TimeInterval seconds) {
     if (callbacks_.setMinimumBackgroundFetchInterval) callbacks_.setMinimumBackgroundFetchInterval(seconds);
 }
 
-std::int64_t LinuxApplication::backgroundRefreshStatus() const {
-    return callbacks_.setMinimumBackgroundFetchInterval ? UIBackgroundRefreshStatusAvailable
-                                                        : UIBackgroundRefreshStatusRestricted;
+UIBackgroundRefreshStatus LinuxApplication::backgroundRefreshStatus() const {
+    return callbacks_.setMinimumBackgroundFetchInterval ? UIBackgroundRefreshStatus::available
+                                                        : UIBackgroundRefreshStatus::restricted;
 }
 
 void LinuxApplication::keepScheduledLocalNotifications(const std::string& path) {
-    path_ = path;
-    restoreScheduled(path);
+    UIApplication::keepScheduledLocalNotifications(path);
     waitForNext();
 }
 
-void LinuxApplication::didScheduleLocalNotification(const ScheduledLocalNotification& /*entry*/) {
-    writeScheduled();
-    waitForNext();
-}
+void LinuxApplication::didScheduleLocalNotification(const ScheduledLocalNotification& /*entry*/) { waitForNext(); }
 
 void LinuxApplication::didCancelLocalNotifications(const std::vector<ScheduledLocalNotification>& /*entries*/) {
-    writeScheduled();
     waitForNext();
-}
-
-void LinuxApplication::writeScheduled() const {
-    if (!path_.empty()) storeScheduled(path_);
 }
 
 void LinuxApplication::waitForNext() {
@@ -85,22 +78,25 @@ void LinuxApplication::waitForNext() {
     if (!next || !queue) return;
     const double now = clock_->now();
     const TimeInterval length = std::clamp(*next - now, 0.0, kLongestWait);
-    // A wait that ends before is enough: whoever schedules many leaves no heap of waits behind.
-    if (waitEnd_ && now < *waitEnd_ && *waitEnd_ <= now + length) return;
-    waitEnd_ = now + length;
-    queue->postAfter(length, [weakSelf = weak_from_this(), wait = ++wait_] {
-        const auto self = weakSelf.lock();
-        if (!self || self->wait_ != wait) return;
-        self->waitEnd_.reset();
-        self->deliverDue();
+    // A wait that ends earlier is sufficient: scheduling many notifications does not pile up waits.
+    const auto current = wait_.lock();
+    if (current && now < current->end && current->end <= now + length) return;
+    const auto wait = std::make_shared<const Wait>(Wait{now + length});
+    wait_ = wait;
+    queue->postAfter(length, [weakSelf = weak_from_this(), wait] {
+        if (const auto self = weakSelf.lock()) self->waitEnded(wait);
     });
 }
 
+void LinuxApplication::waitEnded(const std::shared_ptr<const Wait>& wait) {
+    if (wait_.lock() != wait) return;
+    wait_.reset();
+    deliverDue();
+}
+
 void LinuxApplication::deliverDue() {
+    // If the file cannot be written, the notification is delivered all the same: better twice than never.
     while (const auto due = takeDue(clock_->now())) {
-        // Out of the file first: killed from here on, the next process does not deliver it again. When the file cannot
-        // be written it is delivered all the same; better twice than never.
-        writeScheduled();
         if (callbacks_.deliverLocalNotification) callbacks_.deliverLocalNotification(due->notification);
     }
     waitForNext();

@@ -17,17 +17,28 @@
 namespace vorlane {
 namespace {
 
+/// Drops delayed tasks while it is exhausted, like a process without a free descriptor for a timer.
+class ExhaustibleQueue : public ClockedQueue {
+public:
+    using ClockedQueue::ClockedQueue;
+    void postAfter(TimeInterval delay, std::function<void()> task) override {
+        if (!isExhausted) ClockedQueue::postAfter(delay, std::move(task));
+    }
+
+    bool isExhausted = false;
+};
+
 class LinuxScheduledNotificationsTest : public TemporaryFolderTest {
 protected:
     LinuxScheduledNotificationsTest() { start(); }
 
-    /// A process: what an earlier one had in memory is gone.
+    /// Starts a new process, which shares only the file with the earlier one.
     void start() {
-        queue = std::make_shared<ClockedQueue>(clock);
+        queue = std::make_shared<ExhaustibleQueue>(clock);
         LinuxApplication::Callbacks callbacks;
         callbacks.deliverLocalNotification = [this](const UILocalNotification& notification) {
             delivered.push_back(*notification.alertBody);
-            keptAtDelivery.push_back(keptBodies());
+            storedAtDelivery.push_back(storedBodies());
             if (whileDelivering) whileDelivering();
         };
         application =
@@ -36,7 +47,7 @@ protected:
     }
 
     std::string file() { return path("VLScheduledNotifications.plist"); }
-    std::vector<std::string> keptBodies() {
+    std::vector<std::string> storedBodies() {
         std::vector<std::string> bodies;
         const auto root = NSPropertyListSerialization::dictionaryWithContentsOfFile(file());
         if (!root) return bodies;
@@ -55,35 +66,35 @@ protected:
     }
 
     std::shared_ptr<SetClock> clock = std::make_shared<SetClock>();
-    std::shared_ptr<ClockedQueue> queue;
+    std::shared_ptr<ExhaustibleQueue> queue;
     std::shared_ptr<LinuxApplication> application;
     std::vector<std::string> delivered;
-    std::vector<std::vector<std::string>> keptAtDelivery;
+    std::vector<std::vector<std::string>> storedAtDelivery;
     std::function<void()> whileDelivering;
 };
 
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-TEST_F(LinuxScheduledNotificationsTest, ANotificationIsInTheFileAtOnceAndDeliveredAtItsDate) {
+TEST_F(LinuxScheduledNotificationsTest, ANotificationIsStoredAtOnceAndDeliveredLater) {
     schedule("a", 100);
-    EXPECT_THAT(keptBodies(), ElementsAre("a"));
+    EXPECT_THAT(storedBodies(), ElementsAre("a"));
     queue->advance(99);
     EXPECT_THAT(delivered, IsEmpty());
     queue->advance(1);
     EXPECT_THAT(delivered, ElementsAre("a"));
-    EXPECT_THAT(keptBodies(), IsEmpty());
+    EXPECT_THAT(storedBodies(), IsEmpty());
     EXPECT_TRUE(application->scheduledLocalNotifications().empty());
 }
 
-TEST_F(LinuxScheduledNotificationsTest, OneWithoutADateIsDueAtOnceButNotWithinTheCall) {
+TEST_F(LinuxScheduledNotificationsTest, WithoutADateDeliveryFollowsTheCall) {
     schedule("now", std::nullopt);
     EXPECT_THAT(delivered, IsEmpty());
     queue->advance(0);
     EXPECT_THAT(delivered, ElementsAre("now"));
 }
 
-TEST_F(LinuxScheduledNotificationsTest, OneOfAnEarlierProcessIsDeliveredByALaterOneWithAllItsFields) {
+TEST_F(LinuxScheduledNotificationsTest, ALaterProcessDeliversWithAllFields) {
     auto made = notification("a", 100);
     made.timeZone = "Europe/Oslo";
     made.alertAction = "View";
@@ -97,7 +108,7 @@ TEST_F(LinuxScheduledNotificationsTest, OneOfAnEarlierProcessIsDeliveredByALater
     EXPECT_THAT(delivered, ElementsAre("a"));
 }
 
-TEST_F(LinuxScheduledNotificationsTest, OneThatWasMissedIsDeliveredOnceWhenTheNextProcessStarts) {
+TEST_F(LinuxScheduledNotificationsTest, AMissedNotificationIsDeliveredOnceAtStart) {
     schedule("later", 500);
     schedule("missed", 100);
     clock->time += 300;
@@ -112,15 +123,15 @@ TEST_F(LinuxScheduledNotificationsTest, OneThatWasMissedIsDeliveredOnceWhenTheNe
     EXPECT_THAT(delivered, ElementsAre("missed", "later"));
 }
 
-TEST_F(LinuxScheduledNotificationsTest, ANotificationIsOutOfTheFileBeforeItIsDelivered) {
+TEST_F(LinuxScheduledNotificationsTest, ANotificationLeavesTheFileBeforeDelivery) {
     schedule("b", 200);
     schedule("a", 100);
     queue->advance(200);
     EXPECT_THAT(delivered, ElementsAre("a", "b"));
-    EXPECT_THAT(keptAtDelivery, ElementsAre(ElementsAre("b"), IsEmpty()));
+    EXPECT_THAT(storedAtDelivery, ElementsAre(ElementsAre("b"), IsEmpty()));
 }
 
-TEST_F(LinuxScheduledNotificationsTest, AProcessThatIsKilledWhileItDeliversDoesNotHaveItDeliveredAgain) {
+TEST_F(LinuxScheduledNotificationsTest, AKillDuringDeliveryDoesNotRepeatIt) {
     schedule("a", 100);
     whileDelivering = [this] { start(); };
     const auto killed = application;
@@ -130,7 +141,7 @@ TEST_F(LinuxScheduledNotificationsTest, AProcessThatIsKilledWhileItDeliversDoesN
     EXPECT_THAT(delivered, ElementsAre("a"));
 }
 
-TEST_F(LinuxScheduledNotificationsTest, SeveralThatAreDueComeInTheOrderOfTheirDates) {
+TEST_F(LinuxScheduledNotificationsTest, DueNotificationsAreDeliveredInOrder) {
     schedule("c", 30);
     schedule("a", 10);
     schedule("b", 20);
@@ -139,27 +150,27 @@ TEST_F(LinuxScheduledNotificationsTest, SeveralThatAreDueComeInTheOrderOfTheirDa
     EXPECT_THAT(delivered, ElementsAre("a", "b", "c"));
 }
 
-TEST_F(LinuxScheduledNotificationsTest, ACancelledNotificationIsNeitherKeptNorDelivered) {
+TEST_F(LinuxScheduledNotificationsTest, ACancelledNotificationIsNeitherStoredNorDelivered) {
     const auto first = notification("a", 100);
     application->scheduleLocalNotification(first);
     schedule("b", 100);
     application->cancelLocalNotification(first);
-    EXPECT_THAT(keptBodies(), ElementsAre("b"));
+    EXPECT_THAT(storedBodies(), ElementsAre("b"));
     application->cancelAllLocalNotifications();
-    EXPECT_THAT(keptBodies(), IsEmpty());
+    EXPECT_THAT(storedBodies(), IsEmpty());
     queue->advance(1000);
     EXPECT_THAT(delivered, IsEmpty());
 }
 
-TEST_F(LinuxScheduledNotificationsTest, OneOfAnEarlierProcessIsCancelledByItsFields) {
+TEST_F(LinuxScheduledNotificationsTest, ARestoredNotificationIsCancelledByItsFields) {
     const auto made = notification("a", 100);
     application->scheduleLocalNotification(made);
     start();
     application->cancelLocalNotification(made);
-    EXPECT_THAT(keptBodies(), IsEmpty());
+    EXPECT_THAT(storedBodies(), IsEmpty());
 }
 
-TEST_F(LinuxScheduledNotificationsTest, ADistantDateIsWaitedForAMinuteAtATime) {
+TEST_F(LinuxScheduledNotificationsTest, AWaitLastsAtMostOneMinute) {
     schedule("a", 86'400);
     EXPECT_EQ(queue->delays.back(), 60);
     clock->time += 90'000;  // the machine slept
@@ -176,7 +187,7 @@ TEST_F(LinuxScheduledNotificationsTest, ADeliveryMayScheduleAnother) {
     EXPECT_THAT(delivered, ElementsAre("a", "b"));
 }
 
-TEST_F(LinuxScheduledNotificationsTest, AFileThatCannotBeReadIsSetAsideAndTheRestGoesOn) {
+TEST_F(LinuxScheduledNotificationsTest, AMalformedFileIsMovedAside) {
     const std::string junk = "no property list";
     NSFileManager::writeToFile({junk.begin(), junk.end()}, file());
     start();
@@ -186,7 +197,7 @@ TEST_F(LinuxScheduledNotificationsTest, AFileThatCannotBeReadIsSetAsideAndTheRes
     EXPECT_THAT(delivered, ElementsAre("a"));
 }
 
-TEST_F(LinuxScheduledNotificationsTest, WhatIsNoNotificationInTheFileIsLeftOut) {
+TEST_F(LinuxScheduledNotificationsTest, InvalidElementsInTheFileAreSkipped) {
     const Array entries{5, "text", Value(notification("a", 10).toDictionary()), Array{}};
     NSPropertyListSerialization::writeToFile({{"notifications", entries}}, file());
     start();
@@ -197,7 +208,7 @@ TEST_F(LinuxScheduledNotificationsTest, WhatIsNoNotificationInTheFileIsLeftOut) 
     EXPECT_TRUE(application->scheduledLocalNotifications().empty());
 }
 
-TEST_F(LinuxScheduledNotificationsTest, ADateThatIsNoNumberNeverComes) {
+TEST_F(LinuxScheduledNotificationsTest, AnInvalidDateNeverComes) {
     auto never = notification("never", 10);
     never.fireDate = std::numeric_limits<double>::quiet_NaN();
     application->scheduleLocalNotification(never);
@@ -206,15 +217,15 @@ TEST_F(LinuxScheduledNotificationsTest, ADateThatIsNoNumberNeverComes) {
     EXPECT_THAT(delivered, ElementsAre("a"));
 }
 
-TEST_F(LinuxScheduledNotificationsTest, BackgroundRefreshIsAvailableWhenTheHostAnswersForIt) {
-    EXPECT_EQ(application->backgroundRefreshStatus(), 0);
+TEST_F(LinuxScheduledNotificationsTest, BackgroundRefreshIsAvailableWithACallback) {
+    EXPECT_EQ(application->backgroundRefreshStatus(), UIBackgroundRefreshStatus::restricted);
     LinuxApplication::Callbacks callbacks;
     callbacks.setMinimumBackgroundFetchInterval = [](TimeInterval) {};
     const LinuxApplication fetching(std::make_shared<NSNotificationCenter>(), queue, callbacks);
-    EXPECT_EQ(fetching.backgroundRefreshStatus(), 2);
+    EXPECT_EQ(fetching.backgroundRefreshStatus(), UIBackgroundRefreshStatus::available);
 }
 
-TEST_F(LinuxScheduledNotificationsTest, ThePlatformDeliversWhatAnEarlierOneScheduled) {
+TEST_F(LinuxScheduledNotificationsTest, ALaterPlatformDeliversStoredNotifications) {
     const auto run = [this](bool schedules) {
         LinuxPlatform::Options options;
         options.documentsFolder = path("documents");
@@ -229,14 +240,14 @@ TEST_F(LinuxScheduledNotificationsTest, ThePlatformDeliversWhatAnEarlierOneSched
             platform.poll();
         }
     };
-    // Never run, the first one leaves it in the file; its end runs what is queued.
+    // The first platform never runs its main queue, so the notification stays in the file.
     run(true);
     run(false);
     run(false);
     EXPECT_THAT(delivered, ElementsAre("past"));
 }
 
-TEST_F(LinuxScheduledNotificationsTest, WithoutADesktopNobodyCanBeAsked) {
+TEST_F(LinuxScheduledNotificationsTest, WithoutADesktopPermissionIsRefused) {
     QuietUserNotificationCenter center(queue);
     std::optional<NSError> refusal;
     bool isGranted = true;
@@ -245,10 +256,10 @@ TEST_F(LinuxScheduledNotificationsTest, WithoutADesktopNobodyCanBeAsked) {
         refusal = error;
     });
     std::optional<UNNotificationSettings> settings;
-    center.getNotificationSettingsWithCompletionHandler([&](const auto& told) { settings = told; });
+    center.getNotificationSettingsWithCompletionHandler([&](const auto& reported) { settings = reported; });
     center.setNotificationCategories({{"own"}});
     UNUserNotificationCenter::Categories categories;
-    center.getNotificationCategoriesWithCompletionHandler([&](const auto& told) { categories = told; });
+    center.getNotificationCategoriesWithCompletionHandler([&](const auto& reported) { categories = reported; });
     EXPECT_TRUE(isGranted);
     queue->advance(0);
     EXPECT_FALSE(isGranted);
@@ -258,7 +269,7 @@ TEST_F(LinuxScheduledNotificationsTest, WithoutADesktopNobodyCanBeAsked) {
     EXPECT_THAT(categories, ElementsAre(UNNotificationCategory{"own"}));
 }
 
-TEST_F(LinuxScheduledNotificationsTest, ADateThatNeverComesDoesNotComeInALaterProcessEither) {
+TEST_F(LinuxScheduledNotificationsTest, AnInvalidDateNeverComesInALaterProcess) {
     for (const double date : {std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::infinity()}) {
         auto never = notification("never", 10);
         never.fireDate = date;
@@ -269,15 +280,15 @@ TEST_F(LinuxScheduledNotificationsTest, ADateThatNeverComesDoesNotComeInALaterPr
     }
 }
 
-TEST_F(LinuxScheduledNotificationsTest, AWaitWhoseEndTheSetClockHasPassedIsNotReliedOn) {
+TEST_F(LinuxScheduledNotificationsTest, AWaitIsReplacedAfterTheClockWasSet) {
     schedule("later", 50);
-    // The clock is set forward by nearly an hour; the wait itself still takes its time.
+    // The clock is set forward by nearly an hour, which does not shorten the wait.
     clock->time += 3000;
     schedule("soon", 1);
     EXPECT_LE(queue->delays.back(), 1);
 }
 
-TEST_F(LinuxScheduledNotificationsTest, OneThatIsDueAfterTheWaitUnderWayNeedsNoOther) {
+TEST_F(LinuxScheduledNotificationsTest, ALaterNotificationNeedsNoNewWait) {
     schedule("first", 10);
     const auto waits = queue->delays.size();
     for (int i = 0; i < 100; ++i) schedule("later", 20 + i);
@@ -286,6 +297,30 @@ TEST_F(LinuxScheduledNotificationsTest, OneThatIsDueAfterTheWaitUnderWayNeedsNoO
     EXPECT_THAT(delivered, ElementsAre("first"));
     queue->advance(5);
     EXPECT_THAT(delivered, ElementsAre("first", "later"));
+}
+
+TEST_F(LinuxScheduledNotificationsTest, ADroppedWaitIsReplacedByTheNextNotifications) {
+    queue->isExhausted = true;
+    schedule("a", 100);
+    queue->isExhausted = false;
+    schedule("b", 200);
+    queue->advance(200);
+    EXPECT_THAT(delivered, ElementsAre("a", "b"));
+}
+
+TEST_F(LinuxScheduledNotificationsTest, ADroppedWaitIsReplacedWhenTheForegroundChanges) {
+    queue->isExhausted = true;
+    schedule("a", 10);
+    queue->isExhausted = false;
+    application->didEnterBackground();
+    queue->advance(10);
+    EXPECT_THAT(delivered, ElementsAre("a"));
+    queue->isExhausted = true;
+    schedule("b", 10);
+    queue->isExhausted = false;
+    application->willEnterForeground();
+    queue->advance(10);
+    EXPECT_THAT(delivered, ElementsAre("a", "b"));
 }
 
 }  // namespace
