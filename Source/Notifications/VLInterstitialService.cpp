@@ -35,7 +35,7 @@ NSError interstitialError(std::int64_t code, const std::string& description) {
     return VLError::errorWithDomain(VLErrorDomainInterstitial, code, description);
 }
 
-/// What keeps the object from showing interstitials; nothing when it can.
+/// The error of an object that cannot show interstitials; `nullopt` if it can.
 std::optional<NSError> errorOfViewController(const std::shared_ptr<NSObject>& object) {
     if (!object) return interstitialError(kNoViewController, "The view controller supplied was nil");
     const auto unsuitable = [&object](const char* why) {
@@ -59,13 +59,13 @@ void logUnsuitable(const std::string& placement, bool isNil, const NSError& erro
     logMessage(VLLogLevel::Error, fmt::format(fmt::runtime(format), placement, error.description()));
 }
 
-/// The object in the message's content; otherwise the error of parsing it, that of empty text when there is none.
+/// The JSON object in the content of the message, or the parse error. Missing content is an empty string.
 std::optional<Dictionary> contentOf(const Dictionary& message, std::optional<NSError>& error) {
     const auto encoded = stringForKey(message, "messagecontent").value_or("");
     return vl_dictionaryWithJSON(stringByRemovingPercentEncoding(encoded), error);
 }
 
-/// The page in the content, decoded; as it stands where it cannot be decoded.
+/// The percent-decoded page in the content; the encoded page if it cannot be decoded.
 std::string pageOf(const Dictionary& content) {
     const auto html = stringForKey(content, "html").value_or("");
     return vl_prependHTMLStringWithViewportMetaTag(stringByRemovingPercentEncoding(html).value_or(html));
@@ -79,20 +79,24 @@ std::shared_ptr<VLInterstitialService> VLInterstitialService::serviceWith(Collab
     return service;
 }
 
-VLInterstitialService::VLInterstitialService(Collaborators collaborators) : with_(std::move(collaborators)) {}
+VLInterstitialService::VLInterstitialService(Collaborators collaborators) : collaborators_(std::move(collaborators)) {}
 
-VLInterstitialService::~VLInterstitialService() { with_.notificationCenter->removeObserver(dismissalObserver_); }
+VLInterstitialService::~VLInterstitialService() {
+    collaborators_.notificationCenter->removeObserver(dismissalObserver_);
+}
 
-/// `interstitialWasDismissed:`
 void VLInterstitialService::observeDismissal() {
-    const auto forget = [weakSelf = weak_from_this()] {
-        if (const auto self = weakSelf.lock()) self->displayedInterstitialController_.reset();
-    };
-    dismissalObserver_ =
-        with_.notificationCenter->addObserver(VLNotificationInterstitialWasDismissed, [forget](const NSNotification&) {
-            if (Platform::current().mainQueue()->isCurrent()) return forget();
-            onMainQueue(forget);
+    dismissalObserver_ = collaborators_.notificationCenter->addObserver(
+        VLNotificationInterstitialWasDismissed, [weakSelf = weak_from_this()](const NSNotification& notification) {
+            if (const auto self = weakSelf.lock()) self->interstitialWasDismissed(notification);
         });
+}
+
+void VLInterstitialService::interstitialWasDismissed(const NSNotification& notification) {
+    if (Platform::current().mainQueue()->isCurrent()) return displayedInterstitialController_.reset();
+    onMainQueue([weakSelf = weak_from_this(), notification] {
+        if (const auto self = weakSelf.lock()) self->interstitialWasDismissed(notification);
+    });
 }
 
 std::optional<std::string> VLInterstitialService::stringForPlacement(VLInterstitialPlacement placement) {
@@ -142,8 +146,8 @@ void VLInterstitialService::presentInterstitialWithPlacementString(const std::st
 void VLInterstitialService::fetchPlacement(const std::string& placement,
                                            const std::shared_ptr<NSObject>& viewController, bool animated,
                                            const Handler& completionHandler) {
-    with_.urlSession->POSTWithJSONResponse(
-        with_.urlBuilder->interstitialURLWithPlacement(placement), requestPayload(), false,
+    collaborators_.urlSession->POSTWithJSONResponse(
+        collaborators_.urlBuilder->interstitialURLWithPlacement(placement), requestPayload(), false,
         [self = shared_from_this(), viewController, animated, handler = completionHandler](
             const std::optional<Dictionary>& response, std::int64_t /*status*/, const std::optional<NSError>& error) {
             if (error || !response) {
@@ -158,10 +162,10 @@ void VLInterstitialService::fetchPlacement(const std::string& placement,
 }
 
 Dictionary VLInterstitialService::requestPayload() const {
-    return with_.payloadBuilder->payloadWithOptions([this](VLPayloadOptions& options) {
+    return collaborators_.payloadBuilder->payloadWithOptions([this](VLPayloadOptions& options) {
         options.body = {{"getContent", true},
-                        {"interstitial", Dictionary{{"timezone", with_.settings->timezoneOffSetFromGMT()}}},
-                        {"sid", with_.settings->sessionId()}};
+                        {"interstitial", Dictionary{{"timezone", collaborators_.settings->timezoneOffSetFromGMT()}}},
+                        {"sid", collaborators_.settings->sessionId()}};
         options.includeDeviceData = true;
         options.deviceDataKey = VLPayloadOptions::kDeviceDataKey;
     });
@@ -187,7 +191,7 @@ void VLInterstitialService::handlePlacementResponse(const Dictionary& response,
     interstitial->setHtmlContent(pageOf(*content));
     interstitial->setPhash(stringForKey(*message, "phash"));
     interstitial->setMetadata(*content);
-    // The host's own reference: while the host keeps its controller, that counts as displayed.
+    // The reference of the host: the interstitial counts as displayed as long as the host keeps its controller.
     const auto own = controller->weak_from_this().lock();
     show(own ? own : controller, animated, completionHandler);
 }
@@ -212,13 +216,13 @@ void VLInterstitialService::show(const std::shared_ptr<UIViewController>& viewCo
 
 bool VLInterstitialService::presentInterstitialViewController(const std::shared_ptr<UIViewController>& viewController,
                                                               bool animated) {
-    const auto window = with_.application->keyWindow();
+    const auto window = collaborators_.application->keyWindow();
     const auto top = vl_topViewController(window ? window->rootViewController() : nullptr);
     if (!top) return false;
     viewController->setModalTransitionStyle(UIModalTransitionStyle::crossDissolve);
     viewController->setModalPresentationStyle(UIModalPresentationStyle::overCurrentContext);
     top->presentViewController(viewController, animated, nullptr);
-    // One that the host has put somewhere itself is not presented; one that never went away is where it was.
+    // A controller that the host has placed elsewhere is not presented; one that never left the screen still is.
     if (top->presentedViewController() != viewController && !viewController->presentingViewController()) return false;
     const auto interstitial = std::dynamic_pointer_cast<VLInterstitialViewController>(viewController);
     const auto webView = interstitial ? interstitial->webView() : nullptr;

@@ -22,18 +22,16 @@ class VLSettings;
 class VLURLBuilder;
 class VLURLSession;
 
-/// Fetches the page of a named placement and shows it in a view controller of the host's, one at a time. Called by the
-/// facade and the permission service; any thread.
+/// Fetches the page of a named placement and shows it in a view controller that the host supplies, one at a time.
+/// Called by the facade and the permission service; any thread.
 ///
-/// Every handler may be empty. It runs once, on the main queue, after the call that took it has returned. Nothing is
-/// tried again.
+/// Every handler may be empty. It runs once, on the main queue, after the call has returned. Nothing is retried.
 class VLInterstitialService : public std::enable_shared_from_this<VLInterstitialService> {
 public:
-    /// Whether the interstitial is on screen, and what went wrong. Neither when there was nothing to show, when another
-    /// one is on screen, or when the application has no window to show it in.
+    /// Receives whether the interstitial is on screen, or an error. Neither if there is no content to show, if another
+    /// interstitial is on screen, or if the application has no window.
     using Handler = std::function<void(bool presented, std::optional<NSError> error)>;
 
-    /// What the service works with.
     struct Collaborators {
         std::shared_ptr<VLSettings> settings;
         std::shared_ptr<VLURLBuilder> urlBuilder;
@@ -43,37 +41,40 @@ public:
         std::shared_ptr<NSNotificationCenter> notificationCenter;
     };
 
-    /// `initWithSettings:urlBuilder:urlSession:payloadBuilder:` makes a service that watches for dismissals.
+    /// `initWithSettings:urlBuilder:urlSession:payloadBuilder:` makes a service that observes dismissals.
     static std::shared_ptr<VLInterstitialService> serviceWith(Collaborators collaborators);
     ~VLInterstitialService();
 
-    /// `stringForPlacement:` is the placement's name with the server; nothing for a number without one.
+    /// `stringForPlacement:` returns the name that the server knows the placement by, or `nullopt` if it has none.
     static std::optional<std::string> stringForPlacement(VLInterstitialPlacement placement);
 
-    /// `presentInterstitialWithPlacement:viewController:animated:completionHandler:`. Errors: those of the operation
-    /// below, and `VLErrorDomainInterstitial` code 0 for a number without a name.
+    /// `presentInterstitialWithPlacement:viewController:animated:completionHandler:`. Errors:
+    /// `VLErrorDomainInterstitial` code 0 for a placement without a name; additionally those of
+    /// `presentInterstitialWithPlacementString()`.
     void presentInterstitialWithPlacement(VLInterstitialPlacement placement,
                                           const std::shared_ptr<NSObject>& viewController, bool animated,
                                           Handler completionHandler);
 
-    /// `presentInterstitialWithPlacementString:viewController:animated:completionHandler:` takes a `UIViewController`
-    /// that is a `VLInterstitialViewController`. Errors: `VLErrorDomainInterstitial` code 1 for null and code 2 for an
-    /// object of another kind; those of the HTTP layer; those of parsing, for content that is no JSON object.
+    /// `presentInterstitialWithPlacementString:viewController:animated:completionHandler:`. The object must be both a
+    /// `UIViewController` and a `VLInterstitialViewController`. Errors: `VLErrorDomainInterstitial` code 1 for null and
+    /// code 2 for an unsuitable object; those of the HTTP layer; the parse error of content that is no JSON object.
     void presentInterstitialWithPlacementString(const std::string& placement,
                                                 const std::shared_ptr<NSObject>& viewController, bool animated,
                                                 Handler completionHandler);
 
-    /// `handlePlacementResponse:interstitialViewController:animated:completionHandler:` gives the controller what the
-    /// server answered and shows it. The object must be of the kind that the operation above checks for; any other is
-    /// ignored. Main queue.
+    /// `handlePlacementResponse:interstitialViewController:animated:completionHandler:` passes the content of the
+    /// server's answer to the view controller and shows it. An unsuitable object is ignored. Main queue.
     void handlePlacementResponse(const Dictionary& response, const std::shared_ptr<NSObject>& viewController,
                                  bool animated, const Handler& completionHandler);
 
-    /// `presentInterstitialViewController:animated:` shows the controller over the topmost one of the key window; false
-    /// when there is none, or when the host has put it somewhere itself. Main queue.
+    /// `presentInterstitialViewController:animated:` presents the controller over the topmost one of the key window.
+    /// Returns false if there is none, or if the host has placed the controller elsewhere. Main queue.
     bool presentInterstitialViewController(const std::shared_ptr<UIViewController>& viewController, bool animated);
 
-    /// The interstitial on screen; null for none. Main queue.
+    /// `interstitialWasDismissed:` makes room for the next interstitial, on the main queue.
+    void interstitialWasDismissed(const NSNotification& notification);
+
+    /// The interstitial on screen, or null. Main queue.
     std::shared_ptr<UIViewController> displayedInterstitialController() const {
         return displayedInterstitialController_.lock();
     }
@@ -88,9 +89,9 @@ private:
     void show(const std::shared_ptr<UIViewController>& viewController, bool animated, const Handler& completionHandler);
 
     // Fixed at construction.
-    const Collaborators with_;
+    const Collaborators collaborators_;
     NSNotificationCenter::Token dismissalObserver_ = 0;
-    // Main queue only. Weak: a controller that is gone is not on screen.
+    // Main queue only. Weak: a destroyed controller is not on screen.
     std::weak_ptr<UIViewController> displayedInterstitialController_;
 };
 

@@ -33,9 +33,9 @@ constexpr const char* kCampaignKey = "vl_campaign";
 constexpr const char* kRecordKey = "vl_data";
 constexpr const char* kDefaultAction = "View";
 
-/// Below this the phash is made at once.
+/// A notification that is due sooner gets its phash immediately.
 constexpr TimeInterval kSoon = 90;
-/// How long before a notification fires its phash is made.
+/// How long before its fire date a notification gets its phash.
 constexpr TimeInterval kPhashLead = 60;
 constexpr TimeInterval kFirstPass = 5;
 constexpr TimeInterval kSoonestNextPass = 10;
@@ -55,7 +55,7 @@ void copyIfPresent(Dictionary& to, const char* key, const Dictionary& from, cons
     if (const auto* value = valueForKey(from, fromKey)) to[key] = *value;
 }
 
-/// What the service is told when the notification is cancelled.
+/// The record that is sent to the server if the notification is cancelled.
 Dictionary cancellationRecord(const Dictionary& userInfo, const Dictionary& response,
                               const std::optional<std::string>& phash) {
     Dictionary record;
@@ -67,7 +67,7 @@ Dictionary cancellationRecord(const Dictionary& userInfo, const Dictionary& resp
     return record;
 }
 
-/// The text that the service chose, decoded; as it stands where it cannot be decoded.
+/// The percent-decoded text of the answer; the encoded text if it cannot be decoded.
 std::optional<std::string> messageText(const Dictionary& response) {
     auto text = stringForKey(response, "messagetext");
     if (!text) return std::nullopt;
@@ -83,10 +83,11 @@ std::shared_ptr<VLLocalNotificationService> VLLocalNotificationService::serviceW
     return service;
 }
 
-VLLocalNotificationService::VLLocalNotificationService(Collaborators collaborators) : with_(std::move(collaborators)) {}
+VLLocalNotificationService::VLLocalNotificationService(Collaborators collaborators)
+    : collaborators_(std::move(collaborators)) {}
 
 VLLocalNotificationService::~VLLocalNotificationService() {
-    for (const auto token : observers_) with_.notificationCenter->removeObserver(token);
+    for (const auto token : observers_) collaborators_.notificationCenter->removeObserver(token);
 }
 
 void VLLocalNotificationService::observeApplication() {
@@ -96,7 +97,7 @@ void VLLocalNotificationService::observeApplication() {
 
 void VLLocalNotificationService::observe(const char* notificationName,
                                          void (VLLocalNotificationService::*operation)()) {
-    observers_.push_back(with_.notificationCenter->addObserver(
+    observers_.push_back(collaborators_.notificationCenter->addObserver(
         notificationName, [weakSelf = weak_from_this(), operation](const NSNotification&) {
             if (const auto self = weakSelf.lock()) ((*self).*operation)();
         }));
@@ -120,18 +121,18 @@ void VLLocalNotificationService::createAllPhashes() {
 std::optional<UILocalNotification> VLLocalNotificationService::scheduleLocalNotification(
     const std::string& text, std::int64_t badge, const std::optional<std::string>& campaign, std::optional<double> date,
     const std::optional<Dictionary>& metadata, const std::optional<std::string>& action) {
-    const auto allowed = with_.settings->notificationSettings();
+    const auto allowed = collaborators_.settings->notificationSettings();
     if (!allowed || !allowed->willNotificationsBeVisible()) return std::nullopt;
     const auto notification = notificationWith(text, badge, campaign, date, metadata, action);
     const double due = timeToFire(notification);
-    if (due < kSoon || with_.application->applicationState() == UIApplicationState::background) {
+    if (due < kSoon || collaborators_.application->applicationState() == UIApplicationState::background) {
         logMessage(VLLogLevel::Debug, fmt::format("Local notification: due in {:.0f} seconds, get the phash now", due));
         createPhashNow(notification);
     } else {
         logMessage(VLLogLevel::Debug,
                    fmt::format("Local notification: due in {:.0f} seconds, schedule but create phash later", due));
-        with_.application->scheduleLocalNotification(notification);
-        // A timer that is pending stays armed; it does no harm.
+        collaborators_.application->scheduleLocalNotification(notification);
+        // An earlier timer that is pending stays armed, which is harmless.
         scheduleTimer(kFirstPass);
     }
     return notification;
@@ -144,7 +145,7 @@ UILocalNotification VLLocalNotificationService::notificationWith(const std::stri
                                                                  const std::optional<std::string>& action) const {
     UILocalNotification notification;
     notification.fireDate = date;
-    notification.timeZone = with_.notificationHelper->defaultTimeZone();
+    notification.timeZone = collaborators_.notificationHelper->defaultTimeZone();
     notification.alertBody = text;
     notification.alertAction = action && !action->empty() ? *action : kDefaultAction;
     notification.soundName = UILocalNotificationDefaultSoundName;
@@ -156,20 +157,20 @@ UILocalNotification VLLocalNotificationService::notificationWith(const std::stri
     return notification;
 }
 
-/// The notification is scheduled, or dropped, once its split has arrived.
+/// The answer to the split schedules or drops the notification.
 void VLLocalNotificationService::createPhashNow(const UILocalNotification& notification) {
-    const auto task = with_.application->beginBackgroundTaskWithExpirationHandler([] {});
+    const auto task = collaborators_.application->beginBackgroundTaskWithExpirationHandler([] {});
     const auto group = std::make_shared<DispatchGroup>();
     createSplitForNotification(notification, group);
     group->notify(Platform::current().mainQueue(),
-                  [application = with_.application, task] { application->endBackgroundTask(task); });
+                  [application = collaborators_.application, task] { application->endBackgroundTask(task); });
 }
 
 void VLLocalNotificationService::createSplitForNotification(const UILocalNotification& notification,
                                                             const std::shared_ptr<DispatchGroup>& group) {
     if (group) group->enter();
-    with_.urlSession->POSTWithJSONResponse(
-        with_.urlBuilder->MDNURL(), splitBody(notification), false,
+    collaborators_.urlSession->POSTWithJSONResponse(
+        collaborators_.urlBuilder->MDNURL(), splitBody(notification), false,
         [self = shared_from_this(), notification, group](const std::optional<Dictionary>& response, std::int64_t status,
                                                          const std::optional<NSError>& error) {
             onMainQueue([self, notification, group, response, status, error] {
@@ -181,8 +182,8 @@ void VLLocalNotificationService::createSplitForNotification(const UILocalNotific
 
 Dictionary VLLocalNotificationService::splitBody(const UILocalNotification& notification) const {
     Dictionary body{{"responsetype", "json"},
-                    {"trackingid", with_.settings->trackingId()},
-                    {"phash", with_.settings->phash().value_or("")}};
+                    {"trackingid", collaborators_.settings->trackingId()},
+                    {"phash", collaborators_.settings->phash().value_or("")}};
     if (const auto* campaign = userInfoValue(notification, kCampaignKey)) body["campaigntoken"] = *campaign;
     if (notification.alertBody) {
         body["pushtext"] = stringByAddingPercentEncoding(*notification.alertBody, vl_URIComponentAllowedCharacterSet());
@@ -193,21 +194,30 @@ Dictionary VLLocalNotificationService::splitBody(const UILocalNotification& noti
 void VLLocalNotificationService::splitArrived(const UILocalNotification& notification,
                                               const std::optional<Dictionary>& response, std::int64_t status,
                                               const std::optional<NSError>& error) {
-    // Harmless when it was never scheduled.
-    with_.application->cancelLocalNotification(notification);
+    // In one step: a process that is killed between the two must not lose the notification.
+    collaborators_.application->changeLocalNotificationsInOneStep([&] {
+        // Harmless if it was never scheduled.
+        collaborators_.application->cancelLocalNotification(notification);
+        reschedule(notification, response, status, error);
+    });
+}
+
+void VLLocalNotificationService::reschedule(const UILocalNotification& notification,
+                                            const std::optional<Dictionary>& response, std::int64_t status,
+                                            const std::optional<NSError>& error) {
     if (status == kFilteredOut) {
         logMessage(VLLogLevel::Debug,
                    "Local notification: will not be scheduled. This tracking ID has been filtered out.");
     } else if (error || !response) {
         logMessage(VLLogLevel::Debug, fmt::format("Local notification: schedule as is. Error retrieving split: {}",
                                                   error ? error->description() : "(null)"));
-        with_.application->scheduleLocalNotification(notification);
+        collaborators_.application->scheduleLocalNotification(notification);
     } else {
-        with_.application->scheduleLocalNotification(splitCopy(notification, *response));
+        collaborators_.application->scheduleLocalNotification(splitCopy(notification, *response));
     }
 }
 
-/// The notification as the service wants it. One that got no phash stays outstanding.
+/// The notification with the content of the answer. Without a phash in the answer it stays outstanding.
 UILocalNotification VLLocalNotificationService::splitCopy(UILocalNotification copy, const Dictionary& response) const {
     auto userInfo = copy.userInfo.value_or(Dictionary());
     const auto phash = stringForKey(response, "phash");
@@ -219,12 +229,12 @@ UILocalNotification VLLocalNotificationService::splitCopy(UILocalNotification co
     if (phash) userInfo[VL_NOTIFICATION_KEY_PHASH] = *phash;
     userInfo[kRecordKey] = record;
     copy.userInfo = std::move(userInfo);
-    copy.soundName = with_.notificationHelper->getNotificationSoundFromMessageData(response);
+    copy.soundName = collaborators_.notificationHelper->getNotificationSoundFromMessageData(response);
     return copy;
 }
 
 std::vector<UILocalNotification> VLLocalNotificationService::outstandingNotifications() const {
-    auto notifications = with_.application->scheduledLocalNotifications();
+    auto notifications = collaborators_.application->scheduledLocalNotifications();
     std::erase_if(notifications, [](const auto& notification) { return !isOutstanding(notification); });
     std::ranges::stable_sort(notifications, {}, [now = Platform::current().clock().now()](const auto& notification) {
         const double due = notification.fireDate.value_or(now);
@@ -234,12 +244,8 @@ std::vector<UILocalNotification> VLLocalNotificationService::outstandingNotifica
 }
 
 void VLLocalNotificationService::createPhashForOutstandingNotificationDueIn(double seconds) {
-    // One identifier for all passes: a second pass that starts before the first ends takes its place; meant so.
-    backgroundLocalUpdateTask_ =
-        with_.application->beginBackgroundTaskWithExpirationHandler([weakSelf = weak_from_this()] {
-            const auto self = weakSelf.lock();
-            if (self) self->with_.application->endBackgroundTask(self->backgroundLocalUpdateTask_);
-        });
+    // Intended: one identifier for all passes. A second pass that starts before the first has ended replaces it.
+    backgroundLocalUpdateTask_ = beginPhashPassTask();
     const auto group = std::make_shared<DispatchGroup>();
     for (const auto& notification : outstandingNotifications()) {
         if (timeToFire(notification) <= seconds) createSplitForNotification(notification, group);
@@ -247,6 +253,16 @@ void VLLocalNotificationService::createPhashForOutstandingNotificationDueIn(doub
     group->notify(Platform::current().mainQueue(), [self = shared_from_this()] {
         self->updateOutstandingNotificationTimer(self->backgroundLocalUpdateTask_);
     });
+}
+
+/// The expiration handler ends this task, whichever task is stored by then.
+UIBackgroundTaskIdentifier VLLocalNotificationService::beginPhashPassTask() {
+    const auto own = std::make_shared<UIBackgroundTaskIdentifier>(UIBackgroundTaskInvalid);
+    *own = collaborators_.application->beginBackgroundTaskWithExpirationHandler(
+        [application = std::weak_ptr(collaborators_.application), own] {
+            if (const auto open = application.lock()) open->endBackgroundTask(*own);
+        });
+    return *own;
 }
 
 void VLLocalNotificationService::updateOutstandingNotificationTimer(UIBackgroundTaskIdentifier task) {
@@ -259,10 +275,10 @@ void VLLocalNotificationService::updateOutstandingNotificationTimer(UIBackground
                    fmt::format("Local notification: due to fire in {:.0f} seconds, create phash in {:.0f} seconds", due,
                                due - kPhashLead));
         invalidateTimer();
-        // In this order, a date that is no number does not count.
+        // The order of the arguments matters: a fire date that is no number counts as the minimum.
         scheduleTimer(std::max(kSoonestNextPass, due - kPhashLead));
     }
-    with_.application->endBackgroundTask(task);
+    collaborators_.application->endBackgroundTask(task);
 }
 
 void VLLocalNotificationService::scheduleTimer(TimeInterval seconds) {
@@ -285,9 +301,10 @@ void VLLocalNotificationService::didAcceptLocalNotification(const std::shared_pt
     logMessage(VLLogLevel::Debug,
                fmt::format("Local notification: user opened notification {}", notification.description()));
     Vorlane::sharedInstance().setNotificationOpen(true);
-    if (with_.application->applicationState() != UIApplicationState::inactive || !notification.userInfo) return;
+    if (collaborators_.application->applicationState() != UIApplicationState::inactive || !notification.userInfo)
+        return;
     const auto phash = stringForKey(*notification.userInfo, VL_NOTIFICATION_KEY_PHASH);
-    if (phash) with_.settings->setPhash(phash);
+    if (phash) collaborators_.settings->setPhash(phash);
 }
 
 Dictionary VLLocalNotificationService::buildPhashData(const std::optional<Dictionary>& userInfo) {
@@ -299,11 +316,11 @@ void VLLocalNotificationService::cancelPendingLocalNotification(const UILocalNot
     if (userInfoValue(notification, VL_NOTIFICATION_KEY_PHASH)) {
         cancelPhashCommand({Value(buildPhashData(notification.userInfo))});
     }
-    with_.application->cancelLocalNotification(notification);
+    collaborators_.application->cancelLocalNotification(notification);
 }
 
 void VLLocalNotificationService::cancelAllPendingLocalNotifications() {
-    const auto scheduled = with_.application->scheduledLocalNotifications();
+    const auto scheduled = collaborators_.application->scheduledLocalNotifications();
     if (scheduled.empty()) return;
     Array records;
     for (const auto& notification : scheduled) {
@@ -315,25 +332,25 @@ void VLLocalNotificationService::cancelAllPendingLocalNotifications() {
     } else {
         cancelPhashCommand(records);
     }
-    with_.application->cancelAllLocalNotifications();
+    collaborators_.application->cancelAllLocalNotifications();
 }
 
 void VLLocalNotificationService::cancelPhashCommand(const Array& records) const {
-    auto payload = with_.payloadBuilder->payloadWithOptions([&records](VLPayloadOptions& options) {
+    auto payload = collaborators_.payloadBuilder->payloadWithOptions([&records](VLPayloadOptions& options) {
         options.body = {{"cancellations", records}};
         options.includeBasicData = true;
         options.basicDataSeparator = 0;
         options.includeDeviceData = true;
         options.deviceDataKey = VLPayloadOptions::kDeviceDataKey;
     });
-    with_.urlSession->POST(with_.urlBuilder->cancelPhashURL(), std::move(payload), false,
-                           [records](const std::optional<std::string>& /*text*/, std::int64_t /*status*/,
-                                     const std::optional<NSError>& error) {
-                               if (!error) return;
-                               logMessage(VLLogLevel::Debug,
-                                          fmt::format("Failed to cancel phashes for local notification(s): {}",
-                                                      vl_description(Value(records))));
-                           });
+    collaborators_.urlSession->POST(collaborators_.urlBuilder->cancelPhashURL(), std::move(payload), false,
+                                    [records](const std::optional<std::string>& /*text*/, std::int64_t /*status*/,
+                                              const std::optional<NSError>& error) {
+                                        if (!error) return;
+                                        logMessage(VLLogLevel::Debug,
+                                                   fmt::format("Failed to cancel phashes for local notification(s): {}",
+                                                               vl_description(Value(records))));
+                                    });
 }
 
 }  // namespace vorlane

@@ -22,16 +22,15 @@ class VLURLBuilder;
 class VLURLSession;
 class VLUserNotificationCentre;
 
-/// Schedules local notifications for the host, and gives each one a phash close to its delivery: the service's answer
-/// to a "split" may also choose another text, or filter the notification out. Called by the facade and the notification
-/// centre; main queue only.
+/// Schedules local notifications for the host and obtains a phash for each of them close to its delivery. The answer to
+/// this "split" request may also replace the text or filter the notification out. Called by the facade and the
+/// notification centre; main queue only.
 ///
-/// A notification that is due soon waits for its split; one due later is scheduled as it is, and split a minute before
-/// it fires, or when the application leaves the foreground. Until then it is outstanding: it has "vl_notification" in
-/// its user info and no "p". The platform's list is the only record of that.
+/// A notification that is due soon is scheduled when its split has been answered. A later one is scheduled immediately,
+/// and its split is requested a minute before it fires, or when the application leaves the foreground. Until then it is
+/// outstanding: its user info has "vl_notification" and no "p". The platform's list is the only record of this.
 class VLLocalNotificationService : public std::enable_shared_from_this<VLLocalNotificationService> {
 public:
-    /// What the service works with.
     struct Collaborators {
         std::shared_ptr<VLSettings> settings;
         std::shared_ptr<VLNotificationHelper> notificationHelper;
@@ -42,13 +41,14 @@ public:
         std::shared_ptr<NSNotificationCenter> notificationCenter;
     };
 
-    /// `initWithSettings:withHelper:withApplication:urlBuilder:urlSession:payloadBuilder:` makes a service that watches
-    /// for the application's way out of the foreground.
+    /// `initWithSettings:withHelper:withApplication:urlBuilder:urlSession:payloadBuilder:` makes a service that
+    /// observes the application leaving the foreground.
     static std::shared_ptr<VLLocalNotificationService> serviceWith(Collaborators collaborators);
     ~VLLocalNotificationService();
 
-    /// `scheduleLocalNotification:badge:campaign:date:metadata:action:` gives the notification that was built; nothing
-    /// when notifications would not be visible. No date means now; no action, or an empty one, "View".
+    /// `scheduleLocalNotification:badge:campaign:date:metadata:action:` returns the notification, or `nullopt` without
+    /// scheduling anything if notifications would not be visible. A missing date means now, a missing or empty action
+    /// "View".
     std::optional<UILocalNotification> scheduleLocalNotification(const std::string& text, std::int64_t badge,
                                                                  const std::optional<std::string>& campaign,
                                                                  std::optional<double> date,
@@ -59,16 +59,16 @@ public:
     void didAcceptLocalNotification(const std::shared_ptr<UIApplication>& application,
                                     const UILocalNotification& notification);
 
-    /// `cancelPendingLocalNotification:`; also tells the service about its phash.
+    /// `cancelPendingLocalNotification:` also reports the phash of the notification to the server as cancelled.
     void cancelPendingLocalNotification(const UILocalNotification& notification);
-    /// `cancelAllPendingLocalNotifications` cancels those of the application's own too.
+    /// `cancelAllPendingLocalNotifications` also cancels notifications that the library did not make.
     void cancelAllPendingLocalNotifications();
 
-    /// `createPhashForOutstandingNotificationDueIn:` splits every outstanding notification that is due within so many
-    /// seconds.
+    /// `createPhashForOutstandingNotificationDueIn:` requests the split of every outstanding notification that is due
+    /// within that time.
     void createPhashForOutstandingNotificationDueIn(double seconds);
 
-    // Main queue only. Held for whoever sets it; none of the operations uses it, and the registry leaves it unset.
+    /// Not used by any operation, and not set by the registry.
     const std::shared_ptr<VLUserNotificationCentre>& vlUserNotificationCentre() const {
         return vlUserNotificationCentre_;
     }
@@ -96,9 +96,12 @@ private:
     Dictionary splitBody(const UILocalNotification& notification) const;
     void splitArrived(const UILocalNotification& notification, const std::optional<Dictionary>& response,
                       std::int64_t status, const std::optional<NSError>& error);
+    void reschedule(const UILocalNotification& notification, const std::optional<Dictionary>& response,
+                    std::int64_t status, const std::optional<NSError>& error);
     UILocalNotification splitCopy(UILocalNotification copy, const Dictionary& response) const;
 
     std::vector<UILocalNotification> outstandingNotifications() const;
+    UIBackgroundTaskIdentifier beginPhashPassTask();
     void updateOutstandingNotificationTimer(UIBackgroundTaskIdentifier task);
     void scheduleTimer(TimeInterval seconds);
     void timerFired();
@@ -108,7 +111,7 @@ private:
     void cancelPhashCommand(const Array& records) const;
 
     // Fixed at construction.
-    const Collaborators with_;
+    const Collaborators collaborators_;
     std::vector<NSNotificationCenter::Token> observers_;
     // Main queue only.
     std::shared_ptr<NSTimer> notificationTimer_;

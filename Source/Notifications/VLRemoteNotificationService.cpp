@@ -23,10 +23,10 @@ namespace vorlane {
 
 namespace {
 
-/// The platform's settings are read only once the application has settled in the foreground.
+/// The platform's settings are read after the application has settled in the foreground.
 constexpr TimeInterval kForegroundDelay = 1.0;
 
-/// What a visible notification has and a silent one has not.
+/// A notification without an alert is a silent push.
 bool hasAlert(const Dictionary& userInfo) {
     const auto* aps = dictionaryForKey(userInfo, "aps");
     return aps && valueForKey(*aps, "alert");
@@ -47,14 +47,14 @@ std::shared_ptr<VLRemoteNotificationService> VLRemoteNotificationService::servic
 }
 
 VLRemoteNotificationService::VLRemoteNotificationService(Collaborators collaborators)
-    : with_(std::move(collaborators)) {}
+    : collaborators_(std::move(collaborators)) {}
 
 VLRemoteNotificationService::~VLRemoteNotificationService() {
-    with_.notificationCenter->removeObserver(foregroundObserver_);
+    collaborators_.notificationCenter->removeObserver(foregroundObserver_);
 }
 
 void VLRemoteNotificationService::observeForeground() {
-    foregroundObserver_ = with_.notificationCenter->addObserver(
+    foregroundObserver_ = collaborators_.notificationCenter->addObserver(
         UIApplicationWillEnterForegroundNotification,
         [weakSelf = weak_from_this()](const NSNotification& notification) {
             if (const auto self = weakSelf.lock()) {
@@ -64,7 +64,7 @@ void VLRemoteNotificationService::observeForeground() {
 }
 
 void VLRemoteNotificationService::registerDeviceTokenData(const Data& token, ErrorHandler completionHandler) {
-    with_.vlUserNotificationCentre->getNotificationSettingsWithCompletionHandler(
+    collaborators_.vlUserNotificationCentre->getNotificationSettingsWithCompletionHandler(
         [self = shared_from_this(), token,
          handler = std::move(completionHandler)](const VLUserNotificationSettings& settings) {
             OutcomeHandler outcome;
@@ -86,7 +86,7 @@ void VLRemoteNotificationService::registerDeviceTokenIfNotificationSettingsChang
 
 void VLRemoteNotificationService::registerDeviceTokenIfNotificationSettingsChangedWithCompletionHandler(
     OutcomeHandler completionHandler) {
-    with_.vlUserNotificationCentre->getNotificationSettingsWithCompletionHandler(
+    collaborators_.vlUserNotificationCentre->getNotificationSettingsWithCompletionHandler(
         [self = shared_from_this(),
          handler = std::move(completionHandler)](const VLUserNotificationSettings& settings) {
             self->registerDeviceTokenIfNotificationSettingsChangedWithNewSettings(settings, handler);
@@ -95,12 +95,12 @@ void VLRemoteNotificationService::registerDeviceTokenIfNotificationSettingsChang
 
 void VLRemoteNotificationService::registerDeviceTokenIfNotificationSettingsChangedWithNewSettings(
     const VLUserNotificationSettings& newSettings, OutcomeHandler completionHandler) {
-    const auto token = with_.settings->deviceToken();
+    const auto token = collaborators_.settings->deviceToken();
     if (!token) {
         logMessage(VLLogLevel::Warn, "No device token found - skipping device token registration");
         return completeOnMainQueue(completionHandler, false, std::nullopt);
     }
-    if (newSettings.isEqualToSettings(with_.settings->notificationSettings())) {
+    if (newSettings.isEqualToSettings(collaborators_.settings->notificationSettings())) {
         logMessage(VLLogLevel::Debug, "User notification settings are unchanged. No further work required");
         return completeOnMainQueue(completionHandler, false, std::nullopt);
     }
@@ -121,14 +121,14 @@ void VLRemoteNotificationService::registerDeviceToken(const Data& token,
                                                       OutcomeHandler completionHandler) {
     const auto text = deviceTokenToString(token);
     Dictionary body{{"notification_settings.v2", Dictionary{{"ios", notificationSettings.toDictionary()}}}};
-    with_.settings->setDeviceToken(token);
+    collaborators_.settings->setDeviceToken(token);
     logMessage(VLLogLevel::Debug, fmt::format("Register device token: {}", text));
     body["devicetoken"] = text;
     body["platform"] = "iOS";
     body["type"] = "register";
-    with_.urlSession->POST(
-        with_.urlBuilder->deviceRegistrationURL(), payloadWithBody(std::move(body)), false,
-        [settings = with_.settings, notificationSettings, handler = std::move(completionHandler)](
+    collaborators_.urlSession->POST(
+        collaborators_.urlBuilder->deviceRegistrationURL(), payloadWithBody(std::move(body)), false,
+        [settings = collaborators_.settings, notificationSettings, handler = std::move(completionHandler)](
             const std::optional<std::string>& /*text*/, std::int64_t /*status*/, const std::optional<NSError>& error) {
             if (error) {
                 logMessage(VLLogLevel::Error, "Device token registration failed!");
@@ -140,25 +140,25 @@ void VLRemoteNotificationService::registerDeviceToken(const Data& token,
 }
 
 void VLRemoteNotificationService::unregisterDeviceWithCompletionHandler(OutcomeHandler completionHandler) {
-    const auto token = with_.settings->deviceToken();
+    const auto token = collaborators_.settings->deviceToken();
     if (!token) {
         logMessage(VLLogLevel::Warn, "Cannot unregister device because there is no device token to unregister");
         return completeOnMainQueue(completionHandler, false, std::nullopt);
     }
     auto payload =
         payloadWithBody({{"devicetoken", deviceTokenToString(*token)}, {"platform", "iOS"}, {"type", "unregister"}});
-    with_.urlSession->POST(
-        with_.urlBuilder->deviceRegistrationURL(), std::move(payload), false,
-        [settings = with_.settings, handler = std::move(completionHandler)](
+    collaborators_.urlSession->POST(
+        collaborators_.urlBuilder->deviceRegistrationURL(), std::move(payload), false,
+        [settings = collaborators_.settings, handler = std::move(completionHandler)](
             const std::optional<std::string>& /*text*/, std::int64_t /*status*/, const std::optional<NSError>& error) {
-            // Forgotten also when the service does not know of it.
+            // Intended: the token is also cleared if the request failed.
             settings->setDeviceToken(std::nullopt);
             completeOnMainQueue(handler, !error, error);
         });
 }
 
 Dictionary VLRemoteNotificationService::payloadWithBody(Dictionary body) const {
-    return with_.payloadBuilder->payloadWithOptions([&body](VLPayloadOptions& options) {
+    return collaborators_.payloadBuilder->payloadWithOptions([&body](VLPayloadOptions& options) {
         options.body = std::move(body);
         options.includeBasicData = true;
         options.basicDataSeparator = 0;
@@ -186,13 +186,13 @@ void VLRemoteNotificationService::didReceiveRemoteNotification(const std::shared
     }
 }
 
-/// Stores the phash when it was the user who opened the application with the notification.
+/// Stores the phash if the user opened the application with the notification.
 void VLRemoteNotificationService::takePhash(const std::string& phash, const Dictionary& userInfo) {
     logMessage(VLLogLevel::Info, fmt::format("Vorlane notification received with phash: {}", phash), userInfo);
-    const auto application = with_.application.lock();
+    const auto application = collaborators_.application.lock();
     if (application && application->applicationState() == UIApplicationState::inactive) {
         logMessage(VLLogLevel::Info, fmt::format("Storing phash {}", phash));
-        with_.settings->setPhash(phash);
+        collaborators_.settings->setPhash(phash);
     } else {
         logMessage(VLLogLevel::Info, fmt::format("App is already in foreground - discarding phash {}", phash));
     }
@@ -217,7 +217,7 @@ void VLRemoteNotificationService::didRegisterUserNotificationSettings(const UIUs
 
 VLUserNotificationSettings VLRemoteNotificationService::deniedSettings() const {
     constexpr std::int64_t kDenied = 1, kDisabled = 1, kUnknown = -1, kNoStyle = 0;
-    const auto silentPush = with_.backgroundRefreshHelper->getUIKitBackgroundRefreshSetting();
+    const auto silentPush = collaborators_.backgroundRefreshHelper->getUIKitBackgroundRefreshSetting();
     return VLUserNotificationSettings::settingsWithAuthorisation(kDenied, kDisabled, kDisabled, kDisabled, silentPush,
                                                                  kUnknown, kUnknown, kUnknown, kNoStyle);
 }

@@ -6,6 +6,7 @@
 #include "Core/Base/VLSettings.h"
 #include "Notifications/VLAuthorisation.h"
 #include "Notifications/VLBackgroundRefreshHelper.h"
+#include "Platform/DispatchSemaphore.h"
 #include "Platform/Platform.h"
 #include "Platform/UIApplication.h"
 
@@ -27,9 +28,14 @@ VLUserNotificationCentre_iOS8To9::VLUserNotificationCentre_iOS8To9(
 void VLUserNotificationCentre_iOS8To9::requestNotificationAuthorisation(std::uint64_t options,
                                                                         AuthorisationHandler completionHandler) {
     if (!Platform::current().mainQueue()->isCurrent()) {
-        return onMainQueue([self = shared_from_this(), options, handler = std::move(completionHandler)] {
+        const auto isAsked = Platform::current().makeSemaphore();
+        onMainQueue([self = shared_from_this(), options, handler = std::move(completionHandler), isAsked] {
             self->requestNotificationAuthorisation(options, handler);
+            isAsked->signal();
         });
+        // Without this, a location prompt that is requested next on this thread would appear first.
+        isAsked->wait();
+        return;
     }
     const auto application = application_.lock();
     const UIUserNotificationCategory basic{VLBasicNotificationCategory};
@@ -67,7 +73,7 @@ VLUserNotificationSettings VLUserNotificationCentre_iOS8To9::currentSettings() c
     return settings;
 }
 
-/// Whether the settings registered last tell that the user was asked, whatever came of it.
+/// Whether the settings that were registered last show that the user was asked, with any result.
 bool VLUserNotificationCentre_iOS8To9::hasUserDecided() const {
     const auto stored = settings_->notificationSettings();
     if (!stored) return false;

@@ -6,6 +6,8 @@
 
 #include "Categories/UILocalNotification+VLTimeToFire.h"
 #include "Notifications/VLNotificationHelper.h"
+#include "Platform/NSPropertyListSerialization.h"
+#include "Tests/Notifications/FileReplacements.h"
 #include "Tests/Notifications/NotificationsTest.h"
 
 namespace vorlane {
@@ -29,7 +31,7 @@ protected:
         return service->scheduleLocalNotification("50% off!", 3, campaign, date, metadata, "Buy");
     }
 
-    /// A notification of the application's own.
+    /// A notification that the library did not make.
     UILocalNotification foreign(std::optional<Dictionary> userInfo = std::nullopt) {
         UILocalNotification notification;
         notification.fireDate = phone().now() + 1000;
@@ -63,18 +65,21 @@ protected:
                           {"phash", phash}};
     }
 
-    std::shared_ptr<VLLocalNotificationService> service =
-        VLLocalNotificationService::serviceWith({.settings = settings,
-                                                 .notificationHelper = std::make_shared<VLNotificationHelper>(
-                                                     phone().application(), phone().device(), phone().mainBundle()),
-                                                 .application = phone().application(),
-                                                 .urlBuilder = urlBuilder,
-                                                 .urlSession = urlSession,
-                                                 .payloadBuilder = payloadBuilder,
-                                                 .notificationCenter = phone().notificationCenter()});
+    std::shared_ptr<VLLocalNotificationService> makeService(std::shared_ptr<UIApplication> scheduling) {
+        return VLLocalNotificationService::serviceWith({.settings = settings,
+                                                        .notificationHelper = std::make_shared<VLNotificationHelper>(
+                                                            scheduling, phone().device(), phone().mainBundle()),
+                                                        .application = scheduling,
+                                                        .urlBuilder = urlBuilder,
+                                                        .urlSession = urlSession,
+                                                        .payloadBuilder = payloadBuilder,
+                                                        .notificationCenter = phone().notificationCenter()});
+    }
+
+    std::shared_ptr<VLLocalNotificationService> service = makeService(phone().application());
 };
 
-TEST_F(VLLocalNotificationServiceTest, NothingIsScheduledThatWouldNotBeVisible) {
+TEST_F(VLLocalNotificationServiceTest, InvisibleNotificationsAreNotScheduled) {
     settings->setNotificationSettings(std::nullopt);
     EXPECT_EQ(schedule(1000), std::nullopt);
     auto hidden = allowed();
@@ -99,7 +104,7 @@ TEST_F(VLLocalNotificationServiceTest, ANotificationIsBuiltFieldByField) {
     EXPECT_EQ(scheduled(), std::vector{expected});
 }
 
-TEST_F(VLLocalNotificationServiceTest, WithoutACampaignOrAnActionThereIsNoTokenAndTheActionIsView) {
+TEST_F(VLLocalNotificationServiceTest, CampaignAndActionAreOptional) {
     const auto bare = service->scheduleLocalNotification("a", 0, std::nullopt, phone().now() + 500, std::nullopt, "");
     ASSERT_TRUE(bare);
     EXPECT_EQ(bare->userInfo, (Dictionary{{"vl_notification", true}}));
@@ -109,7 +114,7 @@ TEST_F(VLLocalNotificationServiceTest, WithoutACampaignOrAnActionThereIsNoTokenA
               "View");
 }
 
-TEST_F(VLLocalNotificationServiceTest, WithoutADateTheSplitIsAskedForAtOnceInEveryField) {
+TEST_F(VLLocalNotificationServiceTest, WithoutADateTheSplitIsRequestedAtOnce) {
     settings->setPhash("opened");
     const auto built = schedule(std::nullopt);
     ASSERT_TRUE(built);
@@ -123,7 +128,7 @@ TEST_F(VLLocalNotificationServiceTest, WithoutADateTheSplitIsAskedForAtOnceInEve
     EXPECT_EQ(log().count("Local notification: due in 0 seconds, get the phash now", VLLogLevel::Debug), 1);
 }
 
-TEST_F(VLLocalNotificationServiceTest, OneDueIn89SecondsIsSplitAtOnce) {
+TEST_F(VLLocalNotificationServiceTest, DueIn89SecondsTheSplitIsRequestedAtOnce) {
     schedule(89, std::nullopt, std::nullopt);
     ASSERT_EQ(splits().size(), 1U);
     EXPECT_FALSE(splits()[0].payload().contains("campaigntoken"));
@@ -132,7 +137,7 @@ TEST_F(VLLocalNotificationServiceTest, OneDueIn89SecondsIsSplitAtOnce) {
     EXPECT_EQ(log().count("Local notification: due in 89 seconds, get the phash now", VLLogLevel::Debug), 1);
 }
 
-TEST_F(VLLocalNotificationServiceTest, OneDueInExactly90SecondsIsScheduledAsItIs) {
+TEST_F(VLLocalNotificationServiceTest, DueIn90SecondsItIsScheduledUnchanged) {
     schedule(90);
     EXPECT_TRUE(splits().empty());
     EXPECT_EQ(scheduled().size(), 1U);
@@ -141,14 +146,14 @@ TEST_F(VLLocalNotificationServiceTest, OneDueInExactly90SecondsIsScheduledAsItIs
               1);
 }
 
-TEST_F(VLLocalNotificationServiceTest, InTheBackgroundASplitIsAskedForWhateverTheDate) {
+TEST_F(VLLocalNotificationServiceTest, InTheBackgroundEverySplitIsRequestedAtOnce) {
     application().setApplicationState(UIApplicationState::background);
     schedule(100'000);
     EXPECT_EQ(splits().size(), 1U);
     EXPECT_TRUE(scheduled().empty());
 }
 
-TEST_F(VLLocalNotificationServiceTest, ASplitGivesTheNotificationItsPhashTextSoundAndRecord) {
+TEST_F(VLLocalNotificationServiceTest, ASplitSetsPhashTextSoundAndRecord) {
     const auto built = schedule(89, Dictionary{{"own", 1}});
     const auto before = openTasks();
     answerSplit(200, R"({"phash":"h","messagetext":"Half%20price","campaignid":7,"splitid":"s","templateid":9})");
@@ -164,11 +169,11 @@ TEST_F(VLLocalNotificationServiceTest, ASplitGivesTheNotificationItsPhashTextSou
              {"campaignid", 7}, {"absplitid", "s"}, {"templateid", 9}, {"campaigntoken", "token"}, {"phash", "h"}}}};
     EXPECT_EQ(scheduled(), std::vector{expected});
     EXPECT_EQ(log().count("Local notification: retrieved split with message \"Half price\"", VLLogLevel::Debug), 1);
-    EXPECT_EQ(before, 2U);  // the notification's and the request's
+    EXPECT_EQ(before, 2U);  // of the notification and of the request
     EXPECT_EQ(openTasks(), 0U);
 }
 
-TEST_F(VLLocalNotificationServiceTest, ASplitWithoutAPhashLeavesTheNotificationOutstanding) {
+TEST_F(VLLocalNotificationServiceTest, WithoutAPhashANotificationStaysOutstanding) {
     schedule(89, std::nullopt, std::nullopt);
     answerSplit(200, R"({"campaignid":7,"phash":5})");
     ASSERT_EQ(scheduled().size(), 1U);
@@ -180,13 +185,13 @@ TEST_F(VLLocalNotificationServiceTest, ASplitWithoutAPhashLeavesTheNotificationO
     EXPECT_EQ(log().count("Local notification: retrieved split with message \"(null)\"", VLLogLevel::Debug), 1);
 }
 
-TEST_F(VLLocalNotificationServiceTest, TextThatCannotBeDecodedIsKeptAsItStands) {
+TEST_F(VLLocalNotificationServiceTest, UndecodableTextIsKept) {
     schedule(89);
     answerSplit(200, R"({"phash":"h","messagetext":"100%"})");
     EXPECT_EQ(scheduled().at(0).alertBody, "100%");
 }
 
-TEST_F(VLLocalNotificationServiceTest, ANotificationThatIsFilteredOutIsDropped) {
+TEST_F(VLLocalNotificationServiceTest, AFilteredNotificationIsDropped) {
     schedule(89);
     answerSplit(204);
     EXPECT_TRUE(scheduled().empty());
@@ -196,7 +201,7 @@ TEST_F(VLLocalNotificationServiceTest, ANotificationThatIsFilteredOutIsDropped) 
               1);
 }
 
-TEST_F(VLLocalNotificationServiceTest, OneThatIsFilteredOutLaterIsTakenOffTheList) {
+TEST_F(VLLocalNotificationServiceTest, AScheduledNotificationMayBeFilteredOutLater) {
     schedule(65 + 60);
     phone().advance(60);
     application().willResignActive();
@@ -204,7 +209,7 @@ TEST_F(VLLocalNotificationServiceTest, OneThatIsFilteredOutLaterIsTakenOffTheLis
     EXPECT_TRUE(scheduled().empty());
 }
 
-TEST_F(VLLocalNotificationServiceTest, AFailedSplitSchedulesTheNotificationAsItIs) {
+TEST_F(VLLocalNotificationServiceTest, AFailedSplitSchedulesTheNotificationUnchanged) {
     const auto built = schedule(89);
     answerSplit(500);
     EXPECT_EQ(scheduled(), std::vector{*built});
@@ -216,7 +221,7 @@ TEST_F(VLLocalNotificationServiceTest, AFailedSplitSchedulesTheNotificationAsItI
     EXPECT_EQ(splits().size(), 2U);
 }
 
-TEST_F(VLLocalNotificationServiceTest, TheTimerIsForTheSoonestInWhateverOrderTheyWereScheduled) {
+TEST_F(VLLocalNotificationServiceTest, TheTimerIsForTheSoonestNotification) {
     schedule(5000);
     schedule(200);
     phone().advance(5);
@@ -226,13 +231,13 @@ TEST_F(VLLocalNotificationServiceTest, TheTimerIsForTheSoonestInWhateverOrderThe
         1);
 }
 
-TEST_F(VLLocalNotificationServiceTest, APassSplitsTheOutstandingOnesThatAreDue) {
+TEST_F(VLLocalNotificationServiceTest, APassSplitsOutstandingNotificationsThatAreDue) {
     schedule(90);
     schedule(200);
     foreign(Dictionary{{"p", "x"}, {"vl_notification", true}});
     foreign();
     phone().advance(5);
-    // The first timer's pass calls the second one off.
+    // The pass of the first timer invalidates the second timer.
     EXPECT_EQ(log().count("Local notification: timer fired", VLLogLevel::Debug), 1);
     EXPECT_TRUE(splits().empty());  // none is due within 60 seconds yet
     EXPECT_EQ(log().count("Local notification: 2 outstanding without a phash", VLLogLevel::Debug), 1);
@@ -241,14 +246,14 @@ TEST_F(VLLocalNotificationServiceTest, APassSplitsTheOutstandingOnesThatAreDue) 
     EXPECT_EQ(phone().timers(), std::vector<double>{25});
     phone().advance(25);
     EXPECT_EQ(splits().size(), 1U);
-    EXPECT_EQ(openTasks(), 2U);  // the pass's and the request's
+    EXPECT_EQ(openTasks(), 2U);  // of the pass and of the request
     answerSplit(200, R"({"phash":"h"})");
     EXPECT_EQ(openTasks(), 0U);
     EXPECT_EQ(log().count("Local notification: 1 outstanding without a phash", VLLogLevel::Debug), 1);
     EXPECT_EQ(phone().timers(), std::vector<double>{110});
 }
 
-TEST_F(VLLocalNotificationServiceTest, ARescheduledNotificationKeepsItsDateAndStandsOnTheListOnce) {
+TEST_F(VLLocalNotificationServiceTest, ARescheduledNotificationKeepsItsDate) {
     const auto built = schedule(90);
     application().willResignActive();
     answerSplit(200, R"({"phash":"h","messagetext":"new"})");
@@ -258,7 +263,7 @@ TEST_F(VLLocalNotificationServiceTest, ARescheduledNotificationKeepsItsDateAndSt
     EXPECT_EQ((*scheduled()[0].userInfo)["p"], Value("h"));
 }
 
-TEST_F(VLLocalNotificationServiceTest, TwoPassesAtOnceDoNotDoubleANotification) {
+TEST_F(VLLocalNotificationServiceTest, SimultaneousPassesDoNotDuplicateANotification) {
     schedule(90);
     application().willResignActive();
     application().willTerminate();
@@ -269,7 +274,7 @@ TEST_F(VLLocalNotificationServiceTest, TwoPassesAtOnceDoNotDoubleANotification) 
     EXPECT_EQ((*scheduled()[0].userInfo)["p"], Value("two"));
 }
 
-TEST_F(VLLocalNotificationServiceTest, TheNextPassIsNoSoonerThanTenSeconds) {
+TEST_F(VLLocalNotificationServiceTest, TheNextPassWaitsAtLeast10Seconds) {
     schedule(95);
     phone().advance(5);
     phone().setClock(phone().now() + 25);  // 65 seconds before it fires
@@ -281,7 +286,7 @@ TEST_F(VLLocalNotificationServiceTest, TheNextPassIsNoSoonerThanTenSeconds) {
     EXPECT_EQ(phone().timers(), std::vector<double>{10});
 }
 
-TEST_F(VLLocalNotificationServiceTest, WithNothingOutstandingNoTimerIsSet) {
+TEST_F(VLLocalNotificationServiceTest, WithoutOutstandingNotificationsNoTimerIsSet) {
     service->createPhashForOutstandingNotificationDueIn(60);
     phone().settle();
     EXPECT_TRUE(phone().timers().empty());
@@ -289,18 +294,18 @@ TEST_F(VLLocalNotificationServiceTest, WithNothingOutstandingNoTimerIsSet) {
     EXPECT_EQ(log().count("Local notification: 0 outstanding without a phash", VLLogLevel::Debug), 1);
 }
 
-TEST_F(VLLocalNotificationServiceTest, LeavingTheForegroundSplitsEveryOutstandingOne) {
+TEST_F(VLLocalNotificationServiceTest, LeavingTheForegroundSplitsAllOutstandingNotifications) {
     schedule(90);
     schedule(100'000);
     application().willResignActive();
-    EXPECT_TRUE(phone().timers().size() == 1);  // the first timer was replaced, and never called off
+    EXPECT_TRUE(phone().timers().size() == 1);  // the first timer was replaced without being invalidated
     EXPECT_EQ(splits().size(), 2U);
     EXPECT_EQ(
         log().count("Local notification: app moving to background, create all outstanding phashes", VLLogLevel::Debug),
         1);
 }
 
-TEST_F(VLLocalNotificationServiceTest, TerminationSplitsEveryOutstandingOne) {
+TEST_F(VLLocalNotificationServiceTest, TerminationSplitsAllOutstandingNotifications) {
     schedule(100'000);
     application().willTerminate();
     EXPECT_TRUE(phone().timers().empty());
@@ -308,15 +313,15 @@ TEST_F(VLLocalNotificationServiceTest, TerminationSplitsEveryOutstandingOne) {
     EXPECT_EQ(log().count("Local notification: app terminating, create all outstanding phashes", VLLogLevel::Debug), 1);
 }
 
-TEST_F(VLLocalNotificationServiceTest, APassThatRunsOutOfTimeEndsItsTask) {
+TEST_F(VLLocalNotificationServiceTest, AnExpiredPassEndsItsTask) {
     schedule(100'000);
     application().willResignActive();
-    EXPECT_EQ(openTasks(), 2U);  // the pass's and the request's
+    EXPECT_EQ(openTasks(), 2U);  // of the pass and of the request
     application().expireBackgroundTasks();
     EXPECT_EQ(openTasks(), 0U);
 }
 
-TEST_F(VLLocalNotificationServiceTest, AServiceThatIsGoneWatchesNoMore) {
+TEST_F(VLLocalNotificationServiceTest, ADestroyedServiceStopsObserving) {
     schedule(1000);
     service.reset();
     application().willResignActive();
@@ -326,7 +331,7 @@ TEST_F(VLLocalNotificationServiceTest, AServiceThatIsGoneWatchesNoMore) {
 
 // Opening.
 
-TEST_F(VLLocalNotificationServiceTest, OpeningFromOutsideTakesThePhash) {
+TEST_F(VLLocalNotificationServiceTest, OpeningWhileInactiveStoresThePhash) {
     UILocalNotification notification;
     notification.userInfo = Dictionary{{"p", "hash"}};
     application().setApplicationState(UIApplicationState::inactive);
@@ -338,7 +343,7 @@ TEST_F(VLLocalNotificationServiceTest, OpeningFromOutsideTakesThePhash) {
         1);
 }
 
-TEST_F(VLLocalNotificationServiceTest, OpeningWhileActiveOrInTheBackgroundTakesNoPhash) {
+TEST_F(VLLocalNotificationServiceTest, OpeningInOtherStatesStoresNoPhash) {
     UILocalNotification notification;
     notification.userInfo = Dictionary{{"p", "hash"}};
     settings->setPhash("earlier");
@@ -351,7 +356,7 @@ TEST_F(VLLocalNotificationServiceTest, OpeningWhileActiveOrInTheBackgroundTakesN
     }
 }
 
-TEST_F(VLLocalNotificationServiceTest, APhashThatIsNoTextOrMissingIsNotTaken) {
+TEST_F(VLLocalNotificationServiceTest, OnlyAStringPhashIsStored) {
     application().setApplicationState(UIApplicationState::inactive);
     UILocalNotification notification;
     service->didAcceptLocalNotification(phone().application(), notification);
@@ -362,7 +367,7 @@ TEST_F(VLLocalNotificationServiceTest, APhashThatIsNoTextOrMissingIsNotTaken) {
     EXPECT_EQ(settings->phash(), std::nullopt);
 }
 
-TEST_F(VLLocalNotificationServiceTest, OneWithoutAPhashLeavesTheEarlierOne) {
+TEST_F(VLLocalNotificationServiceTest, WithoutAPhashTheEarlierOneStays) {
     settings->setPhash("earlier");
     application().setApplicationState(UIApplicationState::inactive);
     UILocalNotification notification;
@@ -374,7 +379,7 @@ TEST_F(VLLocalNotificationServiceTest, OneWithoutAPhashLeavesTheEarlierOne) {
 
 // Cancelling.
 
-TEST_F(VLLocalNotificationServiceTest, CancellingATrackedOneTellsTheServiceInEveryField) {
+TEST_F(VLLocalNotificationServiceTest, CancellingATrackedNotificationReportsIt) {
     schedule(89);
     answerSplit(200, R"({"phash":"h","campaignid":7})");
     const auto device = payloadBuilder->deviceData();
@@ -388,7 +393,7 @@ TEST_F(VLLocalNotificationServiceTest, CancellingATrackedOneTellsTheServiceInEve
               merged({{"cancellations", Array{Value(record)}}, {"deviceData", device}}, basicFields(false)));
 }
 
-TEST_F(VLLocalNotificationServiceTest, WhatSchedulingGaveCancelsTheNotificationAlsoAfterItsSplit) {
+TEST_F(VLLocalNotificationServiceTest, TheReturnedNotificationCancelsAfterItsSplit) {
     const auto built = schedule(1000);
     application().willResignActive();
     answerSplit(200, R"({"phash":"h","messagetext":"new"})");
@@ -397,20 +402,20 @@ TEST_F(VLLocalNotificationServiceTest, WhatSchedulingGaveCancelsTheNotificationA
     EXPECT_TRUE(cancellations().empty());  // it has no phash itself
 }
 
-TEST_F(VLLocalNotificationServiceTest, AnUntrackedOneIsCancelledWithoutARequest) {
+TEST_F(VLLocalNotificationServiceTest, AnUntrackedNotificationIsCancelledWithoutARequest) {
     const auto notification = foreign();
     service->cancelPendingLocalNotification(notification);
     EXPECT_TRUE(scheduled().empty());
     EXPECT_TRUE(cancellations().empty());
 }
 
-TEST_F(VLLocalNotificationServiceTest, APhashWithoutARecordIsCancelledWithAnEmptyOne) {
+TEST_F(VLLocalNotificationServiceTest, AMissingRecordIsSentEmpty) {
     service->cancelPendingLocalNotification(foreign(Dictionary{{"p", "h"}, {"vl_data", "none"}}));
     ASSERT_EQ(cancellations().size(), 1U);
     EXPECT_EQ(cancellations()[0].payload()["cancellations"], Value(Array{Value(Dictionary())}));
 }
 
-TEST_F(VLLocalNotificationServiceTest, CancellingAllSendsTheRecordsOfTheTrackedOnes) {
+TEST_F(VLLocalNotificationServiceTest, CancellingAllSendsTheTrackedRecords) {
     foreign(Dictionary{{"p", "a"}, {"vl_data", Dictionary{{"phash", "a"}}}});
     foreign();
     foreign(Dictionary{{"p", "b"}, {"vl_data", Dictionary{{"phash", "b"}}}});
@@ -421,7 +426,7 @@ TEST_F(VLLocalNotificationServiceTest, CancellingAllSendsTheRecordsOfTheTrackedO
               Value(Array{Value(Dictionary{{"phash", "a"}}), Value(Dictionary{{"phash", "b"}})}));
 }
 
-TEST_F(VLLocalNotificationServiceTest, CancellingOnlyForeignOnesSendsNothing) {
+TEST_F(VLLocalNotificationServiceTest, CancellingForeignNotificationsSendsNothing) {
     foreign();
     foreign(Dictionary{{"own", 1}});
     service->cancelAllPendingLocalNotifications();
@@ -445,21 +450,21 @@ TEST_F(VLLocalNotificationServiceTest, AFailedCancellationIsOnlyLogged) {
               1);
 }
 
-TEST_F(VLLocalNotificationServiceTest, TheTimeToFireIsCountedFromNow) {
+TEST_F(VLLocalNotificationServiceTest, TheTimeToFireCountsFromNow) {
     UILocalNotification notification;
     EXPECT_EQ(timeToFire(notification), 0);
     notification.fireDate = phone().now() - 5;
     EXPECT_EQ(timeToFire(notification), -5);
 }
 
-TEST_F(VLLocalNotificationServiceTest, ADateThatIsNoNumberDoesNotKeepThePassesRunning) {
+TEST_F(VLLocalNotificationServiceTest, AnInvalidDateDoesNotStartASplit) {
     schedule(std::numeric_limits<double>::quiet_NaN());
     phone().advance(5);
     EXPECT_EQ(phone().timers(), std::vector<double>{10});
     EXPECT_TRUE(splits().empty());
 }
 
-TEST_F(VLLocalNotificationServiceTest, AnAnswerThatIsNoObjectSchedulesTheNotificationAsItIs) {
+TEST_F(VLLocalNotificationServiceTest, AnUnreadableAnswerSchedulesTheNotificationUnchanged) {
     for (const auto* body : {"", "garbage", "[]", "null", "7", "{\"phash\":\"h\""}) {
         log().clear();
         const auto built = schedule(89);
@@ -471,7 +476,7 @@ TEST_F(VLLocalNotificationServiceTest, AnAnswerThatIsNoObjectSchedulesTheNotific
     }
 }
 
-TEST_F(VLLocalNotificationServiceTest, FieldsOfAnotherKindInASplitReadAsAbsent) {
+TEST_F(VLLocalNotificationServiceTest, SplitFieldsOfAnotherTypeAreAbsent) {
     schedule(89);
     answerSplit(200, R"({"phash":null,"messagetext":7,"campaignid":null,"splitid":[1],"templateid":{}})");
     const Dictionary record{
@@ -482,7 +487,7 @@ TEST_F(VLLocalNotificationServiceTest, FieldsOfAnotherKindInASplitReadAsAbsent) 
               (Dictionary{{"vl_notification", true}, {"vl_campaign", "token"}, {"vl_data", record}}));
 }
 
-TEST_F(VLLocalNotificationServiceTest, ASplitCancelsTheNotificationBeforeItSchedulesTheCopy) {
+TEST_F(VLLocalNotificationServiceTest, ASplitCancelsBeforeItSchedulesTheCopy) {
     for (const auto status : {200, 500}) {
         schedule(1000);
         std::vector<std::string> events;
@@ -498,7 +503,7 @@ TEST_F(VLLocalNotificationServiceTest, ASplitCancelsTheNotificationBeforeItSched
     }
 }
 
-TEST_F(VLLocalNotificationServiceTest, ASecondPassTakesTheFirstOnesTaskPlaceAndLeavesThatToExpire) {
+TEST_F(VLLocalNotificationServiceTest, ASecondPassReplacesTheStoredTask) {
     schedule(1000);
     application().willResignActive();
     application().willTerminate();
@@ -509,7 +514,67 @@ TEST_F(VLLocalNotificationServiceTest, ASecondPassTakesTheFirstOnesTaskPlaceAndL
     EXPECT_EQ(openTasks(), 0U);
 }
 
-TEST_F(VLLocalNotificationServiceTest, APassTakesWhatIsDueWithinItsSecondsAndHasNoPhashNotEvenNull) {
+/// An application that leaves it to the expiration handlers to end their tasks.
+class UnforgivingApplication : public SimulatedApplication {
+public:
+    using SimulatedApplication::SimulatedApplication;
+
+    void runExpirationHandlers() {
+        for (const auto& [identifier, name] : backgroundTasks()) expireBackgroundTask(identifier);
+    }
+};
+
+TEST_F(VLLocalNotificationServiceTest, TheExpirationHandlerOfAPassEndsItsOwnTask) {
+    const auto unforgiving = std::make_shared<UnforgivingApplication>(phone().notificationCenter());
+    service = makeService(unforgiving);
+    service->createPhashForOutstandingNotificationDueIn(60);
+    service->createPhashForOutstandingNotificationDueIn(60);
+    EXPECT_EQ(unforgiving->backgroundTasks().size(), 2U);
+    unforgiving->runExpirationHandlers();
+    EXPECT_TRUE(unforgiving->backgroundTasks().empty());
+}
+
+TEST_F(VLLocalNotificationServiceTest, ATaskExpiresAfterItsServiceIsGone) {
+    const auto unforgiving = std::make_shared<UnforgivingApplication>(phone().notificationCenter());
+    service = makeService(unforgiving);
+    UILocalNotification outstanding;
+    outstanding.fireDate = phone().now() + 1000;
+    outstanding.userInfo = Dictionary{{"vl_notification", true}};
+    unforgiving->scheduleLocalNotification(outstanding);
+    service->createPhashForOutstandingNotificationDueIn(2000);
+    phone().settle();
+    service.reset();
+    unforgiving->runExpirationHandlers();
+    EXPECT_TRUE(unforgiving->backgroundTasks().empty());
+}
+
+TEST_F(VLLocalNotificationServiceTest, NoKillDuringAPassLosesANotification) {
+    const auto file = phone().documentsFolder() + "/VLScheduledNotifications.plist";
+    application().keepScheduledLocalNotifications(file);
+    const std::vector<std::string> names = {"first", "second", "third"};
+    for (const auto& name : names) schedule(1000, Dictionary{{"name", name}});
+    std::vector<std::vector<std::string>> states;
+    const FileReplacements replacements([&](const std::string& path) {
+        if (path != file) return;
+        const auto root = NSPropertyListSerialization::dictionaryWithContentsOfFile(path);
+        ASSERT_TRUE(root);
+        auto& state = states.emplace_back();
+        for (const auto& entry : root->at("notifications")) {
+            state.push_back(entry.at("userInfo").at("name").get<std::string>());
+        }
+        std::ranges::sort(state);
+    });
+    application().willResignActive();
+    answerSplit(200, R"({"phash":"h"})");
+    answerSplit(500);
+    answerSplit(204);
+    ASSERT_EQ(states.size(), 3U);
+    EXPECT_EQ(states[0], names);
+    EXPECT_EQ(states[1], names);
+    EXPECT_EQ(states[2], (std::vector<std::string>{"first", "second"}));
+}
+
+TEST_F(VLLocalNotificationServiceTest, APassSkipsLaterAndTrackedNotifications) {
     schedule(100);
     schedule(100.5);
     foreign(Dictionary{{"vl_notification", true}, {"p", nullptr}});

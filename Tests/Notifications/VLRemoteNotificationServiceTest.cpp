@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "Public/VLConstants.h"
 #include "Public/VLErrorDomains.h"
 #include "Tests/Notifications/NotificationsTest.h"
 #include "Tracking/VLSessionService.h"
@@ -36,15 +37,15 @@ protected:
         phone().settle();
     }
 
-    Value registration(const VLUserNotificationSettings& told) {
-        return merged({{"notification_settings.v2", Dictionary{{"ios", told.toDictionary()}}},
+    Value registration(const VLUserNotificationSettings& registered) {
+        return merged({{"notification_settings.v2", Dictionary{{"ios", registered.toDictionary()}}},
                        {"devicetoken", "00ab10"},
                        {"platform", "iOS"},
                        {"type", "register"}},
                       basicFields(false));
     }
 
-    /// Keeps what a handler receives.
+    /// What a handler received.
     struct Outcome {
         int calls = 0;
         bool isDone = false;
@@ -72,13 +73,13 @@ protected:
     std::shared_ptr<VLRemoteNotificationService> service = makeService();
 };
 
-TEST_F(VLRemoteNotificationServiceTest, ATokenIsTextOfTwoLowerCaseDigitsAByte) {
+TEST_F(VLRemoteNotificationServiceTest, ATokenStringHasTwoDigitsPerByte) {
     EXPECT_EQ(VLRemoteNotificationService::deviceTokenToString(kToken), "00ab10");
     EXPECT_EQ(VLRemoteNotificationService::deviceTokenToString({}), "");
     EXPECT_EQ(VLRemoteNotificationService::deviceTokenToString({0xFF, 0x0F}), "ff0f");
 }
 
-TEST_F(VLRemoteNotificationServiceTest, ATokenIsRegisteredWithTheSettingsOfThisMomentInEveryField) {
+TEST_F(VLRemoteNotificationServiceTest, ATokenIsRegisteredWithTheCurrentSettings) {
     service->registerDeviceTokenData(kToken, nullptr);
     const auto sent = registrations();
     ASSERT_EQ(sent.size(), 1U);
@@ -97,7 +98,7 @@ TEST_F(VLRemoteNotificationServiceTest, ATokenIsRegisteredWithTheSettingsOfThisM
     EXPECT_EQ(log().count("Register device token: 00ab10", VLLogLevel::Debug), 1);
 }
 
-TEST_F(VLRemoteNotificationServiceTest, TheTokenIsStoredBeforeTheAnswerAndTheSettingsAfterIt) {
+TEST_F(VLRemoteNotificationServiceTest, TheTokenIsStoredFirstTheSettingsLater) {
     service->registerDeviceTokenData(kToken, nullptr);
     phone().settle();
     EXPECT_EQ(settings->deviceToken(), kToken);
@@ -106,7 +107,7 @@ TEST_F(VLRemoteNotificationServiceTest, TheTokenIsStoredBeforeTheAnswerAndTheSet
     EXPECT_EQ(settings->notificationSettings(), allowed());
 }
 
-TEST_F(VLRemoteNotificationServiceTest, AHandlerGetsNothingAfterASuccess) {
+TEST_F(VLRemoteNotificationServiceTest, AHandlerReceivesNoErrorAfterASuccess) {
     int calls = 0;
     std::optional<NSError> received = NSError("none", 0);
     service->registerDeviceTokenData(kToken, [&](auto error) {
@@ -120,7 +121,7 @@ TEST_F(VLRemoteNotificationServiceTest, AHandlerGetsNothingAfterASuccess) {
     EXPECT_EQ(received, std::nullopt);
 }
 
-TEST_F(VLRemoteNotificationServiceTest, AFailedRegistrationIsToldAndLeavesWhatWasRegisteredLast) {
+TEST_F(VLRemoteNotificationServiceTest, AFailedRegistrationKeepsTheStoredSettings) {
     auto before = allowed();
     before.sound = 1;
     settings->setNotificationSettings(before);
@@ -135,7 +136,7 @@ TEST_F(VLRemoteNotificationServiceTest, AFailedRegistrationIsToldAndLeavesWhatWa
     EXPECT_EQ(log().count("Device token registration failed!", VLLogLevel::Error), 1);
 }
 
-TEST_F(VLRemoteNotificationServiceTest, ATokenIsRegisteredAgainThoughNothingChanged) {
+TEST_F(VLRemoteNotificationServiceTest, ATokenIsAlwaysRegistered) {
     settings->setNotificationSettings(allowed());
     service->registerDeviceTokenData(kToken, nullptr);
     EXPECT_EQ(registrations().size(), 1U);
@@ -152,7 +153,7 @@ TEST_F(VLRemoteNotificationServiceTest, ACheckWithoutATokenSendsNothing) {
     EXPECT_EQ(log().count(kNoToken, VLLogLevel::Warn), 1);
 }
 
-TEST_F(VLRemoteNotificationServiceTest, ACheckThatFindsNoChangeSendsNothing) {
+TEST_F(VLRemoteNotificationServiceTest, AnUnchangedCheckSendsNothing) {
     settings->setDeviceToken(kToken);
     settings->setNotificationSettings(allowed());
     Outcome outcome;
@@ -164,7 +165,7 @@ TEST_F(VLRemoteNotificationServiceTest, ACheckThatFindsNoChangeSendsNothing) {
     EXPECT_EQ(log().count("User notification settings are unchanged. No further work required", VLLogLevel::Debug), 1);
 }
 
-TEST_F(VLRemoteNotificationServiceTest, OnTheFirstRunAnySettingsAreAChange) {
+TEST_F(VLRemoteNotificationServiceTest, OnTheFirstRunAnySettingsAreChanged) {
     settings->setDeviceToken(kToken);
     Outcome outcome;
     checkForChanges(outcome);
@@ -187,7 +188,7 @@ TEST_F(VLRemoteNotificationServiceTest, OneChangedFieldIsAChange) {
     EXPECT_EQ(registrations().size(), 1U);
 }
 
-TEST_F(VLRemoteNotificationServiceTest, AChangeThatCouldNotBeToldIsToldAtTheNextOccasion) {
+TEST_F(VLRemoteNotificationServiceTest, AFailedRegistrationIsRepeatedByTheNextCheck) {
     settings->setDeviceToken(kToken);
     Outcome outcome;
     checkForChanges(outcome);
@@ -200,7 +201,7 @@ TEST_F(VLRemoteNotificationServiceTest, AChangeThatCouldNotBeToldIsToldAtTheNext
     EXPECT_TRUE(outcome.isDone);
 }
 
-TEST_F(VLRemoteNotificationServiceTest, AFetchThatTellsAChangeBringsNewData) {
+TEST_F(VLRemoteNotificationServiceTest, AFetchThatRegistersReportsNewData) {
     settings->setDeviceToken(kToken);
     fetch();
     EXPECT_EQ(fetched, std::nullopt);
@@ -209,13 +210,13 @@ TEST_F(VLRemoteNotificationServiceTest, AFetchThatTellsAChangeBringsNewData) {
     EXPECT_EQ(static_cast<int>(*fetched), 0);
 }
 
-TEST_F(VLRemoteNotificationServiceTest, AFetchWithNothingToTellBringsNoData) {
+TEST_F(VLRemoteNotificationServiceTest, AFetchWithoutChangesReportsNoData) {
     fetch();
     EXPECT_EQ(fetched, UIBackgroundFetchResult::noData);
     EXPECT_EQ(static_cast<int>(*fetched), 1);
 }
 
-TEST_F(VLRemoteNotificationServiceTest, AFetchWhoseRegistrationFailsHasFailed) {
+TEST_F(VLRemoteNotificationServiceTest, AFetchReportsAFailedRegistration) {
     settings->setDeviceToken(kToken);
     fetch();
     answer(500);
@@ -223,7 +224,7 @@ TEST_F(VLRemoteNotificationServiceTest, AFetchWhoseRegistrationFailsHasFailed) {
     EXPECT_EQ(static_cast<int>(*fetched), 2);
 }
 
-TEST_F(VLRemoteNotificationServiceTest, AChangeIsLookedForOneSecondAfterTheWayToTheForeground) {
+TEST_F(VLRemoteNotificationServiceTest, SettingsAreCheckedOneSecondAfterEnteringForeground) {
     settings->setDeviceToken(kToken);
     application().willEnterForeground();
     phone().advance(0.9);
@@ -235,7 +236,7 @@ TEST_F(VLRemoteNotificationServiceTest, AChangeIsLookedForOneSecondAfterTheWayTo
               1);
 }
 
-TEST_F(VLRemoteNotificationServiceTest, AServiceThatIsGoneWatchesNoMore) {
+TEST_F(VLRemoteNotificationServiceTest, ADestroyedServiceStopsObserving) {
     settings->setDeviceToken(kToken);
     application().willEnterForeground();
     service.reset();
@@ -244,11 +245,11 @@ TEST_F(VLRemoteNotificationServiceTest, AServiceThatIsGoneWatchesNoMore) {
     EXPECT_TRUE(registrations().empty());
 }
 
-TEST_F(VLRemoteNotificationServiceTest, AUserWhoRefusedEverythingIsToldAsDenied) {
+TEST_F(VLRemoteNotificationServiceTest, ARefusalIsRegisteredAsDenied) {
     settings->setDeviceToken(kToken);
-    application().setBackgroundRefreshStatus(1);
+    application().setBackgroundRefreshStatus(UIBackgroundRefreshStatus::denied);
     service->didRegisterUserNotificationSettings({});
-    EXPECT_TRUE(session().requests().empty());  // on the main queue, later
+    EXPECT_TRUE(session().requests().empty());  // handled on the main queue
     ASSERT_EQ(registrations().size(), 1U);
     EXPECT_EQ(registrations()[0].payload(),
               registration(VLUserNotificationSettings::settingsWithAuthorisation(1, 1, 1, 1, 1, -1, -1, -1, 0)));
@@ -258,7 +259,7 @@ TEST_F(VLRemoteNotificationServiceTest, AUserWhoRefusedEverythingIsToldAsDenied)
               1);
 }
 
-TEST_F(VLRemoteNotificationServiceTest, AUserWhoAllowedSomethingIsToldAsTheCentreHasIt) {
+TEST_F(VLRemoteNotificationServiceTest, APermissionIsRegisteredFromTheCentre) {
     settings->setDeviceToken(kToken);
     service->didRegisterUserNotificationSettings({.types = 4});
     ASSERT_EQ(registrations().size(), 1U);
@@ -266,7 +267,7 @@ TEST_F(VLRemoteNotificationServiceTest, AUserWhoAllowedSomethingIsToldAsTheCentr
     EXPECT_EQ(log().count("Register device triggered by didRegisterUserNotificationSettings", VLLogLevel::Debug), 1);
 }
 
-TEST_F(VLRemoteNotificationServiceTest, ATokenIsTakenBackInEveryFieldAndForgotten) {
+TEST_F(VLRemoteNotificationServiceTest, UnregisteringSendsAndClearsTheToken) {
     settings->setDeviceToken(kToken);
     Outcome outcome;
     service->unregisterDeviceWithCompletionHandler(keepIn(outcome));
@@ -284,7 +285,7 @@ TEST_F(VLRemoteNotificationServiceTest, ATokenIsTakenBackInEveryFieldAndForgotte
     EXPECT_TRUE(outcome.isOnMainQueue);
 }
 
-TEST_F(VLRemoteNotificationServiceTest, ATokenIsForgottenThoughItCouldNotBeTakenBack) {
+TEST_F(VLRemoteNotificationServiceTest, AFailedUnregistrationClearsTheToken) {
     settings->setDeviceToken(kToken);
     Outcome outcome;
     service->unregisterDeviceWithCompletionHandler(keepIn(outcome));
@@ -295,7 +296,7 @@ TEST_F(VLRemoteNotificationServiceTest, ATokenIsForgottenThoughItCouldNotBeTaken
     EXPECT_EQ(outcome.error->code(), 500);
 }
 
-TEST_F(VLRemoteNotificationServiceTest, WithoutATokenThereIsNothingToTakeBack) {
+TEST_F(VLRemoteNotificationServiceTest, WithoutATokenNothingIsUnregistered) {
     Outcome outcome;
     service->unregisterDeviceWithCompletionHandler(keepIn(outcome));
     EXPECT_EQ(outcome.calls, 0);
@@ -324,7 +325,13 @@ Dictionary push(const Dictionary& fields) {
     return userInfo;
 }
 
-TEST_F(VLRemoteNotificationServiceTest, ANotificationThatOpenedTheApplicationLeavesItsPhash) {
+TEST_F(VLRemoteNotificationServiceTest, TheExportedKeysHaveTheirValues) {
+    EXPECT_STREQ(VL_NOTIFICATION_KEY_PHASH, "p");
+    EXPECT_STREQ(VL_NOTIFICATION_KEY_ACTION, "vl_ac");
+    EXPECT_STREQ(VL_NOTIFICATION_ACTION_INBOX, "ri");
+}
+
+TEST_F(VLRemoteNotificationServiceTest, AnOpeningNotificationStoresItsPhash) {
     const auto userInfo = push({{"p", "hash"}});
     service->didReceiveRemoteNotification(phone().application(), userInfo);
     EXPECT_EQ(settings->phash(), "hash");
@@ -336,7 +343,7 @@ TEST_F(VLRemoteNotificationServiceTest, ANotificationThatOpenedTheApplicationLea
     EXPECT_EQ(log().count("Storing phash hash", VLLogLevel::Info), 1);
 }
 
-TEST_F(VLRemoteNotificationServiceTest, APhashThatArrivesWhileTheApplicationIsNotInactiveIsNotStored) {
+TEST_F(VLRemoteNotificationServiceTest, OnlyAnInactiveApplicationStoresThePhash) {
     settings->setPhash("earlier");
     for (const auto state : {UIApplicationState::active, UIApplicationState::background}) {
         Vorlane::sharedInstance().setNotificationOpen(false);
@@ -361,13 +368,13 @@ TEST_F(VLRemoteNotificationServiceTest, ASilentPushIsIgnored) {
     EXPECT_EQ(lines[0].payload, Value(Dictionary{{"p", "hash"}}));
 }
 
-TEST_F(VLRemoteNotificationServiceTest, ASilentPushTakesNothingFromAnOpenedOne) {
+TEST_F(VLRemoteNotificationServiceTest, ASilentPushKeepsNotificationOpen) {
     Vorlane::sharedInstance().setNotificationOpen(true);
     service->didReceiveRemoteNotification(phone().application(), {{"p", "hash"}});
     EXPECT_TRUE(isNotificationOpen());
 }
 
-TEST_F(VLRemoteNotificationServiceTest, AnAlertOfNullIsAnAlert) {
+TEST_F(VLRemoteNotificationServiceTest, ANullAlertIsAnAlert) {
     service->didReceiveRemoteNotification(phone().application(),
                                           {{"aps", Dictionary{{"alert", nullptr}}}, {"p", "hash"}});
     EXPECT_EQ(settings->phash(), "hash");
@@ -383,7 +390,7 @@ TEST_F(VLRemoteNotificationServiceTest, ANotificationWithoutAPhashOnlyCountsAsOp
     EXPECT_EQ(lines[0].payload, Value(push({})));
 }
 
-TEST_F(VLRemoteNotificationServiceTest, APhashThatIsNoTextIsToldAsAnErrorWithItsClass) {
+TEST_F(VLRemoteNotificationServiceTest, ANonStringPhashIsLoggedWithItsClass) {
     const std::vector<std::pair<Value, std::string>> phashes = {{5, "NSNumber"},
                                                                 {true, "NSNumber"},
                                                                 {nullptr, "NSNull"},
@@ -391,6 +398,7 @@ TEST_F(VLRemoteNotificationServiceTest, APhashThatIsNoTextIsToldAsAnErrorWithIts
                                                                 {Dictionary(), "NSDictionary"}};
     for (const auto& [phash, name] : phashes) {
         log().clear();
+        Vorlane::sharedInstance().setNotificationOpen(false);
         service->didReceiveRemoteNotification(phone().application(), push({{"p", phash}}));
         const auto lines = log().linesContaining("Push notification contained a phash of an incorrect class type: ");
         ASSERT_EQ(lines.size(), 1U) << name;
@@ -398,13 +406,14 @@ TEST_F(VLRemoteNotificationServiceTest, APhashThatIsNoTextIsToldAsAnErrorWithIts
                                         ".                           This notification will be ignored.");
         EXPECT_EQ(lines[0].level, VLLogLevel::Error);
         EXPECT_EQ(lines[0].payload, Value(push({{"p", phash}})));
+        EXPECT_TRUE(isNotificationOpen()) << name;
     }
     EXPECT_EQ(settings->phash(), std::nullopt);
 }
 
-// A change of the user.
+// Changes of the tracking id.
 
-TEST_F(VLRemoteNotificationServiceTest, AnotherUserHasTheTokenRegisteredAgain) {
+TEST_F(VLRemoteNotificationServiceTest, ANewTrackingIdRegistersTheTokenAgain) {
     VLSessionService sessions(settings, service, urlSession, urlBuilder, payloadBuilder, phone().mainBundle());
     settings->setDeviceToken(kToken);
     settings->setNotificationSettings(allowed());
@@ -415,7 +424,16 @@ TEST_F(VLRemoteNotificationServiceTest, AnotherUserHasTheTokenRegisteredAgain) {
     EXPECT_EQ(registrations()[0].payload()["devicetoken"], Value("00ab10"));
 }
 
-TEST_F(VLRemoteNotificationServiceTest, AnotherUserWithoutATokenOrWithAnEmptyOneIsNotRegistered) {
+TEST_F(VLRemoteNotificationServiceTest, ANewTrackingIdStoresTheTokenAgain) {
+    VLSessionService sessions(settings, service, urlSession, urlBuilder, payloadBuilder, phone().mainBundle());
+    settings->setDeviceToken(kToken);
+    sessions.setTrackingID("anna");
+    settings->setDeviceToken(std::nullopt);  // the answer to an earlier unregistration
+    EXPECT_EQ(registrations().size(), 1U);
+    EXPECT_EQ(settings->deviceToken(), kToken);
+}
+
+TEST_F(VLRemoteNotificationServiceTest, OnlyANewTrackingIdWithATokenRegisters) {
     VLSessionService sessions(settings, service, urlSession, urlBuilder, payloadBuilder, phone().mainBundle());
     sessions.setTrackingID("anna");
     settings->setDeviceToken(Data());
@@ -425,7 +443,7 @@ TEST_F(VLRemoteNotificationServiceTest, AnotherUserWithoutATokenOrWithAnEmptyOne
     EXPECT_TRUE(registrations().empty());
 }
 
-TEST_F(VLRemoteNotificationServiceTest, TheSettingsAreReadAfterTheSecondNotBefore) {
+TEST_F(VLRemoteNotificationServiceTest, TheSettingsAreReadAfterTheDelay) {
     settings->setDeviceToken(kToken);
     settings->setNotificationSettings(allowed());
     application().willEnterForeground();

@@ -13,7 +13,7 @@ namespace vorlane {
 
 namespace {
 
-TEST(VLAuthorisationHelperTest, FromTenToElevenOnlyDeniedAndAuthorisedAreKnown) {
+TEST(VLAuthorisationHelperTest, From10To11ProvisionalIsUnknown) {
     const VLAuthorisationHelper_iOS10To11 helper;
     const std::vector<std::pair<std::int64_t, std::int64_t>> statuses = {{-1, 0}, {0, 0}, {1, 1},
                                                                          {2, 2},  {3, 0}, {4, 0}};
@@ -23,7 +23,7 @@ TEST(VLAuthorisationHelperTest, FromTenToElevenOnlyDeniedAndAuthorisedAreKnown) 
     EXPECT_FALSE(helper.isProvisionalAuthorisationSupported());
 }
 
-TEST(VLAuthorisationHelperTest, FromTwelveOnProvisionalIsKnownToo) {
+TEST(VLAuthorisationHelperTest, From12OnProvisionalIsKnown) {
     const VLAuthorisationHelper_iOS12Plus helper;
     const std::vector<std::pair<std::int64_t, std::int64_t>> statuses = {{-1, 0}, {0, 0}, {1, 1},
                                                                          {2, 2},  {3, 3}, {4, 0}};
@@ -34,7 +34,7 @@ TEST(VLAuthorisationHelperTest, FromTwelveOnProvisionalIsKnownToo) {
     EXPECT_TRUE(helper.isProvisionalAuthorisationSupported());
 }
 
-TEST(VLUserNotificationCentreScalesTest, AValueBelowThreeStaysAndAnyOtherIsUnknown) {
+TEST(VLUserNotificationCentreScalesTest, ValuesBelow3AreKeptOthersUnknown) {
     using Centre = VLUserNotificationCentre_iOS10Plus;
     const std::vector<std::pair<std::int64_t, std::int64_t>> values = {{-5, -5}, {0, 0},  {1, 1},
                                                                        {2, 2},   {3, -1}, {99, -1}};
@@ -95,12 +95,12 @@ protected:
     std::vector<Dictionary> prompts;
 };
 
-TEST_F(ModernCentreTest, TheSettingsAreThoseOfThePlatformFieldByField) {
+TEST_F(ModernCentreTest, SettingsAreReadFieldByField) {
     center().setNotificationSettings({3, 2, 1, 0, 2, 1, 0, 2});
-    application().setBackgroundRefreshStatus(0);
+    application().setBackgroundRefreshStatus(UIBackgroundRefreshStatus::restricted);
     EXPECT_EQ(read(*centre), VLUserNotificationSettings::settingsWithAuthorisation(3, 2, 1, 0, 0, 2, 1, 0, 2));
     center().setNotificationSettings({9, 3, 3, 3, 3, 3, 3, 3});
-    application().setBackgroundRefreshStatus(7);
+    application().setBackgroundRefreshStatus(static_cast<UIBackgroundRefreshStatus>(7));
     EXPECT_EQ(read(*centre), VLUserNotificationSettings::settingsWithAuthorisation(0, -1, -1, -1, -1, -1, -1, -1, -1));
 }
 
@@ -120,7 +120,7 @@ TEST_F(ModernCentreTest, AGrantedProvisionalRequestIsProvisional) {
     EXPECT_EQ(read(*centre).authorisationStatus, 3);
 }
 
-TEST_F(ModernCentreTest, BelowTwelveAProvisionalRequestIsAnsweredAuthorised) {
+TEST_F(ModernCentreTest, Below12AProvisionalRequestIsAuthorised) {
     const auto older = std::make_shared<VLUserNotificationCentre_iOS10Plus>(
         phone().userNotificationCenter(), phone().application(), std::make_shared<VLAuthorisationHelper_iOS10To11>(),
         refreshHelper, settings);
@@ -150,7 +150,7 @@ TEST_F(ModernCentreTest, AFailedRequestIsNotDetermined) {
               1);
 }
 
-TEST_F(ModernCentreTest, TheHandlerWaitsForTheUserAndForTheCategories) {
+TEST_F(ModernCentreTest, TheHandlerWaitsForUserAndCategories) {
     phone().simulatedUser().setAnswer("notifications", SimulatedUser::Answer::later);
     center().setNotificationCategories({{"own"}, {"vl-basic-category"}, {"other"}});
     int calls = 0;
@@ -180,9 +180,9 @@ protected:
     LegacyCentreTest() : CentreTest({.systemVersion = 9.0}) {}
 
     VLUserNotificationSettings stored(std::int64_t authorisation) {
-        auto told = allowed();
-        told.authorisationStatus = authorisation;
-        settings->setNotificationSettings(told);
+        auto last = allowed();
+        last.authorisationStatus = authorisation;
+        settings->setNotificationSettings(last);
         return read(*legacy);
     }
     static VLUserNotificationSettings nothingAllowed(std::int64_t authorisation, std::int64_t setting) {
@@ -194,13 +194,13 @@ protected:
         std::make_shared<VLUserNotificationCentre_iOS8To9>(phone().application(), settings, refreshHelper);
 };
 
-TEST_F(LegacyCentreTest, OptionsAreHeldToThePlatformsThreeTypes) {
+TEST_F(LegacyCentreTest, OptionsAreLimitedTo3Types) {
     EXPECT_EQ(VLUserNotificationCentre_iOS8To9::VLAuthOptionsToUIUserNotificationType(127), 7U);
     EXPECT_EQ(VLUserNotificationCentre_iOS8To9::VLAuthOptionsToUIUserNotificationType(72), 0U);
     EXPECT_FALSE(legacy->isProvisionalAuthorisationSupported());
 }
 
-TEST_F(LegacyCentreTest, EachAllowedTypeIsEnabledAndEachOtherDisabled) {
+TEST_F(LegacyCentreTest, AllowedTypesAreEnabledOthersDisabled) {
     const auto settingsWith = [](std::int64_t sound, std::int64_t badge, std::int64_t alert) {
         return VLUserNotificationSettings::settingsWithAuthorisation(2, sound, badge, alert, 2, -1, -1, -1, -1);
     };
@@ -216,27 +216,27 @@ TEST_F(LegacyCentreTest, EachAllowedTypeIsEnabledAndEachOtherDisabled) {
     EXPECT_EQ(read(*legacy), settingsWith(1, 1, 1));
 }
 
-TEST_F(LegacyCentreTest, AUserWhoWasNeverAskedIsNotDetermined) {
+TEST_F(LegacyCentreTest, WithoutAPromptTheStatusIsNotDetermined) {
     EXPECT_EQ(read(*legacy), nothingAllowed(0, -1));
     EXPECT_EQ(stored(0), nothingAllowed(0, -1));
 }
 
-TEST_F(LegacyCentreTest, AUserWhoRefusedEverythingAfterAPromptIsDenied) {
+TEST_F(LegacyCentreTest, AfterAPromptNoTypesMeansDenied) {
     for (const std::int64_t authorisation : {-1, 1, 2, 3}) {
         EXPECT_EQ(stored(authorisation), nothingAllowed(1, 1)) << authorisation;
     }
 }
 
-TEST_F(LegacyCentreTest, ARequestIsAnsweredAtOnceAndThenPutToThePlatform) {
+TEST_F(LegacyCentreTest, ARequestIsAnsweredBeforeThePlatformAsks) {
     application().registerUserNotificationSettings({.types = 0, .categories = {{"own"}}});
     Answer answer;
     std::vector<std::string> order;
     application().setUserNotificationSettingsObserver([&](const auto&) { order.emplace_back("settled"); });
     legacy->requestNotificationAuthorisation(127, [&](std::int64_t status, const auto& error) {
-        order.emplace_back("told");
+        order.emplace_back("answered");
         answer = {1, status, error};
     });
-    EXPECT_EQ(order, (std::vector<std::string>{"told", "settled"}));
+    EXPECT_EQ(order, (std::vector<std::string>{"answered", "settled"}));
     EXPECT_EQ(answer.status, -1);
     EXPECT_EQ(answer.error, std::nullopt);
     EXPECT_EQ(application().currentUserNotificationSettings(),
@@ -246,19 +246,19 @@ TEST_F(LegacyCentreTest, ARequestIsAnsweredAtOnceAndThenPutToThePlatform) {
               (UIUserNotificationSettings{4, {{"own"}, {"vl-basic-category"}}}));
 }
 
-TEST_F(LegacyCentreTest, TheBackgroundRefreshStatusIsReadWithinItsScale) {
+TEST_F(LegacyCentreTest, AnUnknownBackgroundRefreshStatusIsMinus1) {
     for (const std::int64_t status : {0, 1, 2}) {
-        application().setBackgroundRefreshStatus(status);
+        application().setBackgroundRefreshStatus(static_cast<UIBackgroundRefreshStatus>(status));
         EXPECT_EQ(refreshHelper->getUIKitBackgroundRefreshSetting(), status);
     }
     for (const std::int64_t status : {-2, 3, 1000}) {
-        application().setBackgroundRefreshStatus(status);
+        application().setBackgroundRefreshStatus(static_cast<UIBackgroundRefreshStatus>(status));
         EXPECT_EQ(refreshHelper->getUIKitBackgroundRefreshSetting(), -1);
     }
     EXPECT_EQ(VLBackgroundRefreshHelper({}).getUIKitBackgroundRefreshSetting(), -1);
 }
 
-TEST_F(ModernCentreTest, TheHandlerRunsOnTheQueueOfThePlatformsAnswer) {
+TEST_F(ModernCentreTest, TheHandlerRunsOnThePlatformsQueue) {
     std::atomic<bool> wasOnMainQueue = true;
     centre->requestNotificationAuthorisation(
         7, [&](auto, const auto&) { wasOnMainQueue = phone().mainQueue()->isCurrent(); });

@@ -1,4 +1,4 @@
-// Interstitials, permissions and links as a host meets them: through the facade, from the launch on.
+// Interstitials, permissions and links through the facade, from the launch on.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -66,7 +66,7 @@ protected:
     std::shared_ptr<Interstitial> interstitial = std::make_shared<Interstitial>();
 };
 
-TEST_F(VorlaneInterstitialsTest, NoOptionsNameAnAppOpenInterstitialAtFirst) {
+TEST_F(VorlaneInterstitialsTest, NewOptionsHaveNoAppOpenInterstitial) {
     EXPECT_EQ(VLSDKOptions().appOpenInterstitial(), nullptr);
     EXPECT_EQ(VLSDKOptions::defaultOptions().appOpenInterstitial(), nullptr);
     EXPECT_EQ(VLSDKOptions::developmentOptions().appOpenInterstitial(), nullptr);
@@ -86,14 +86,14 @@ TEST_F(VorlaneInterstitialsTest, AnInterstitialIsFetchedAndShown) {
     EXPECT_EQ(root()->presentedViewController(), interstitial);
 }
 
-TEST_F(VorlaneInterstitialsTest, TheExportedConstantsHaveTheirTexts) {
+TEST_F(VorlaneInterstitialsTest, TheExportedConstantsHaveTheirValues) {
     EXPECT_STREQ(VLNotificationInterstitialWasDismissed, "VLNotificationInterstitialWasDismissed");
     EXPECT_EQ(static_cast<std::uint64_t>(VLPermissions::Notifications), 0U);
     EXPECT_EQ(static_cast<std::uint64_t>(VLPermissions::LocationAlways), 1U);
     EXPECT_EQ(static_cast<std::uint64_t>(VLPermissions::LocationWhenInUse), 2U);
 }
 
-TEST_F(VorlaneInterstitialsTest, TheAppOpenInterstitialIsShownWhenTheApplicationComesToTheForeground) {
+TEST_F(VorlaneInterstitialsTest, BecomingActiveShowsTheAppOpenInterstitial) {
     launch(interstitial);
     EXPECT_EQ(interstitialRequests(), 0U);
     becomeActive();
@@ -111,7 +111,7 @@ TEST_F(VorlaneInterstitialsTest, WithoutAnAppOpenInterstitialNothingIsRequested)
     EXPECT_EQ(interstitialRequests(), 0U);
 }
 
-TEST_F(VorlaneInterstitialsTest, AnApplicationThatAlertsInterruptedIsNotOpenedAgain) {
+TEST_F(VorlaneInterstitialsTest, AnInterruptionIsNoAppOpen) {
     launch(interstitial);
     becomeActive();
     application().willResignActive();
@@ -119,7 +119,7 @@ TEST_F(VorlaneInterstitialsTest, AnApplicationThatAlertsInterruptedIsNotOpenedAg
     EXPECT_EQ(interstitialRequests(), 1U);
 }
 
-TEST_F(VorlaneInterstitialsTest, EachWayToTheForegroundAsksAgainAndNeverShowsTwo) {
+TEST_F(VorlaneInterstitialsTest, EachAppOpenRequestsButShowsOne) {
     launch(interstitial);
     for (std::size_t i = 1; i <= 3; ++i) {
         becomeActive();
@@ -134,7 +134,7 @@ TEST_F(VorlaneInterstitialsTest, EachWayToTheForegroundAsksAgainAndNeverShowsTwo
     EXPECT_EQ(interstitial->appearances(), 2);
 }
 
-TEST_F(VorlaneInterstitialsTest, ANotificationsOwnContentIsNotCovered) {
+TEST_F(VorlaneInterstitialsTest, AnOpenedNotificationIsNotCovered) {
     launch(interstitial);
     Vorlane::didReceiveRemoteNotification(phone().application(),
                                           {{"p", "hash"}, {"aps", Dictionary{{"alert", "Hello"}}}});
@@ -160,7 +160,7 @@ TEST_F(VorlaneInterstitialsTest, ALaterStartUpReplacesTheAppOpenInterstitial) {
     EXPECT_EQ(interstitialRequests(), 0U);
 }
 
-TEST_F(VorlaneInterstitialsTest, ARefusedStartUpKeepsTheAppOpenInterstitialOfTheOneBefore) {
+TEST_F(VorlaneInterstitialsTest, ARefusedStartUpKeepsTheAppOpenInterstitial) {
     launch(interstitial);
     auto options = VLSDKOptions::developmentOptions();
     options.setAppKey("short");
@@ -169,7 +169,7 @@ TEST_F(VorlaneInterstitialsTest, ARefusedStartUpKeepsTheAppOpenInterstitialOfThe
     EXPECT_EQ(interstitialRequests(), 1U);
 }
 
-TEST_F(VorlaneInterstitialsTest, AHostWithoutAWindowIsToldThatNothingIsShown) {
+TEST_F(VorlaneInterstitialsTest, WithoutAWindowNothingIsPresented) {
     application().setKeyWindow(nullptr);
     launch(interstitial);
     becomeActive();
@@ -205,7 +205,7 @@ TEST_F(VorlaneInterstitialsTest, WithoutAnyConfigurationPermissionsStayClosed) {
     EXPECT_TRUE(log().linesContaining("Starting permission service").empty());
 }
 
-TEST_F(VorlaneInterstitialsTest, ACachedConfigurationStartsThemToo) {
+TEST_F(VorlaneInterstitialsTest, ACachedConfigurationStartsPermissions) {
     launch();
     configure(R"({"reprompt_interval":0})");
     launch();
@@ -214,7 +214,7 @@ TEST_F(VorlaneInterstitialsTest, ACachedConfigurationStartsThemToo) {
     EXPECT_EQ(log().count("Starting permission service", VLLogLevel::Debug), 2);
 }
 
-TEST_F(VorlaneInterstitialsTest, TheStartUpOptionsSayWhetherTheApplicationHasSettingsOfItsOwn) {
+TEST_F(VorlaneInterstitialsTest, TheStartUpOptionsSetTheSettingsScreenOption) {
     launch(nullptr, true);
     configure(R"({"notification":{"provisional_authorisation":true}})");
     Vorlane::askForPermission(VLPermissions::Notifications);
@@ -222,7 +222,7 @@ TEST_F(VorlaneInterstitialsTest, TheStartUpOptionsSayWhetherTheApplicationHasSet
     EXPECT_THAT(prompts, ElementsAre(111U, 47U));
 }
 
-TEST_F(VorlaneInterstitialsTest, ASoftOptInLeadsByItsLinkToThePrompt) {
+TEST_F(VorlaneInterstitialsTest, TheLinkOfASoftOptInPrompts) {
     launch();
     configure();
     Vorlane::askForPermission(VLPermissions::Notifications, interstitial);
@@ -236,7 +236,7 @@ TEST_F(VorlaneInterstitialsTest, ASoftOptInLeadsByItsLinkToThePrompt) {
     EXPECT_THAT(prompts, ElementsAre(15U));
 }
 
-TEST_F(VorlaneInterstitialsTest, TheTimeOfTheLastSoftOptInOutlivesTheProcess) {
+TEST_F(VorlaneInterstitialsTest, TheSoftOptInIntervalSurvivesTheProcess) {
     launch();
     configure();
     Vorlane::askForPermission(VLPermissions::Notifications, interstitial);
@@ -263,7 +263,7 @@ TEST_F(VorlaneInterstitialsTest, TheTimeOfTheLastSoftOptInOutlivesTheProcess) {
     Platform::shutdown();
 }
 
-TEST_F(VorlaneInterstitialsTest, APromptForTheLocationSetsItsStatus) {
+TEST_F(VorlaneInterstitialsTest, ALocationPromptSetsTheStatus) {
     EXPECT_EQ(Vorlane::locationAuthorisationStatus(), 0);
     launch();
     configure();
@@ -289,7 +289,24 @@ TEST_F(VorlaneInterstitialsTest, BothPromptsOfALinkAppearNotificationsFirst) {
     EXPECT_THAT(kinds, ElementsAre("notifications", "locationAlways"));
 }
 
-TEST_F(VorlaneInterstitialsTest, LinksLeadToTheSettingsPageAndOthersNowhere) {
+class VorlaneInterstitialsLegacyTest : public VorlaneInterstitialsTest {
+protected:
+    VorlaneInterstitialsLegacyTest() : VorlaneInterstitialsTest({.systemVersion = 9.0}) {}
+};
+
+TEST_F(VorlaneInterstitialsLegacyTest, BothPromptsOfALinkAppearNotificationsFirst) {
+    std::vector<std::string> kinds;
+    application().setEventObserver([&kinds](const std::string& event, const Dictionary& fields) {
+        if (event == "prompt") kinds.push_back(fields.at("kind").get<std::string>());
+    });
+    launch();
+    configure();
+    EXPECT_TRUE(Vorlane::openVorlaneDeepLink(NSURL::URLWithString("vorlane://notification-location-yes")));
+    phone().settle();
+    EXPECT_THAT(kinds, ElementsAre("notifications", "locationAlways"));
+}
+
+TEST_F(VorlaneInterstitialsTest, OnlyVorlaneLinksOpenTheSettings) {
     launch();
     EXPECT_TRUE(Vorlane::openVorlaneDeepLink(NSURL::URLWithString("vorlane://location-settings-yes")));
     EXPECT_THAT(application().openedURLs(), ElementsAre("app-settings:"));
@@ -298,7 +315,7 @@ TEST_F(VorlaneInterstitialsTest, LinksLeadToTheSettingsPageAndOthersNowhere) {
     EXPECT_EQ(application().openedURLs().size(), 1U);
 }
 
-TEST_F(VorlaneInterstitialsTest, AShutdownEndsASoftOptInThatIsBeingPrepared) {
+TEST_F(VorlaneInterstitialsTest, AShutdownEndsPendingSoftOptIns) {
     launch();
     configure();
     for (int i = 0; i < 20; ++i) Vorlane::askForPermission(VLPermissions::Notifications, interstitial);

@@ -13,7 +13,7 @@ namespace vorlane {
 
 namespace {
 
-const Data kToken{0x01, 0x02};
+const Data kFacadeToken{0x01, 0x02};
 
 class VorlaneNotificationsTest : public SimulatedPhoneTest {
 protected:
@@ -22,22 +22,23 @@ protected:
         session().alwaysAnswer("device", 200, "ok");
     }
 
-    /// A phone whose settings have been registered.
+    /// Registers the settings of the phone.
     void registerToken() {
-        Vorlane::didRegisterForRemoteNotificationsWithDeviceToken(phone().application(), kToken, nullptr);
+        Vorlane::didRegisterForRemoteNotificationsWithDeviceToken(phone().application(), kFacadeToken, nullptr);
         phone().settle();
     }
 };
 
-TEST_F(VorlaneNotificationsTest, ATokenIsRegisteredAndTakenBack) {
+TEST_F(VorlaneNotificationsTest, ATokenIsRegisteredAndUnregistered) {
     int calls = 0;
-    Vorlane::didRegisterForRemoteNotificationsWithDeviceToken(phone().application(), kToken, [&](const auto& error) {
-        ++calls;
-        EXPECT_EQ(error, std::nullopt);
-    });
+    Vorlane::didRegisterForRemoteNotificationsWithDeviceToken(phone().application(), kFacadeToken,
+                                                              [&](const auto& error) {
+                                                                  ++calls;
+                                                                  EXPECT_EQ(error, std::nullopt);
+                                                              });
     phone().settle();
     EXPECT_EQ(calls, 1);
-    EXPECT_EQ(Vorlane::deviceToken(), kToken);
+    EXPECT_EQ(Vorlane::deviceToken(), kFacadeToken);
     EXPECT_EQ(log().count("Register device triggered manually", VLLogLevel::Debug), 1);
     Vorlane::unregisterFromRemoteNotificationsWithCompletionHandler([&](bool success, const auto& error) {
         ++calls;
@@ -49,7 +50,7 @@ TEST_F(VorlaneNotificationsTest, ATokenIsRegisteredAndTakenBack) {
     EXPECT_EQ(Vorlane::deviceToken(), std::nullopt);
 }
 
-TEST_F(VorlaneNotificationsTest, AnotherUserHasTheTokenRegisteredAgain) {
+TEST_F(VorlaneNotificationsTest, ANewTrackingIdRegistersTheTokenAgain) {
     registerToken();
     Vorlane::setTrackingId("anna");
     phone().settle();
@@ -58,7 +59,7 @@ TEST_F(VorlaneNotificationsTest, AnotherUserHasTheTokenRegisteredAgain) {
     EXPECT_EQ(payload["devicetoken"], Value("0102"));
 }
 
-TEST_F(VorlaneNotificationsTest, AFetchWithoutAHandlerIsAMistakeThatIsToldBeforeAnythingElse) {
+TEST_F(VorlaneNotificationsTest, AFetchWithoutAHandlerThrowsFirst) {
     try {
         Vorlane::performFetchWithCompletionHandler(phone().application(), nullptr);
         FAIL();
@@ -71,7 +72,7 @@ TEST_F(VorlaneNotificationsTest, AFetchWithoutAHandlerIsAMistakeThatIsToldBefore
     EXPECT_TRUE(log().lines().empty());
 }
 
-TEST_F(VorlaneNotificationsTest, AFetchTellsAChangeOfTheSettings) {
+TEST_F(VorlaneNotificationsTest, AFetchRegistersChangedSettings) {
     registerToken();
     std::vector<UIBackgroundFetchResult> results;
     const auto fetch = [&] {
@@ -87,7 +88,7 @@ TEST_F(VorlaneNotificationsTest, AFetchTellsAChangeOfTheSettings) {
         log().count("Register device triggered by Vorlane.performFetchWithCompletionHandler()", VLLogLevel::Debug), 2);
 }
 
-TEST_F(VorlaneNotificationsTest, ANotificationCountsAsOpenUntilTheApplicationIsActive) {
+TEST_F(VorlaneNotificationsTest, ANotificationIsOpenUntilBecomingActive) {
     Vorlane::initialiseSDKWithApplication(phone().application(), std::nullopt, [] {
         auto options = VLSDKOptions::developmentOptions();
         options.setAppKey("0123456789abcdef0123456789abcdef");
@@ -117,7 +118,7 @@ TEST_F(VorlaneNotificationsTest, LocalNotificationsAreScheduledOpenedAndCancelle
     EXPECT_EQ(Vorlane::phash(), "hash");
 }
 
-TEST_F(VorlaneNotificationsTest, TheSettingsAreThoseOfTheCentre) {
+TEST_F(VorlaneNotificationsTest, TheSettingsComeFromTheCentre) {
     std::optional<VLUserNotificationSettings> received;
     Vorlane::getNotificationSettingsWithCompletionHandler([&](const auto& settings) { received = settings; });
     EXPECT_FALSE(received);
@@ -134,7 +135,7 @@ TEST_F(VorlaneNotificationsTest, TheLegacyAnswerReachesTheService) {
               Value("denied"));
 }
 
-/// The registry on platforms of one generation.
+/// The registry on each generation of the platform.
 class GenerationTest : public SimulatedPhoneTest, public ::testing::WithParamInterface<double> {
 protected:
     GenerationTest() : SimulatedPhoneTest({.systemVersion = GetParam()}) {}
@@ -160,7 +161,7 @@ TEST_P(GenerationTest, TheAdapterAndItsHelperFitThePlatform) {
               bootstrap->getComponent<VLRemoteNotificationService>());
 }
 
-TEST_P(GenerationTest, TheNotificationCentreIsAnObjectOfPlatformsFromTenOnOnly) {
+TEST_P(GenerationTest, TheNotificationCentreExistsFrom10On) {
     if (GetParam() < 10) {
         EXPECT_THROW(bootstrap->getComponent<UNUserNotificationCenter>(), NSException);
     } else {
@@ -168,7 +169,7 @@ TEST_P(GenerationTest, TheNotificationCentreIsAnObjectOfPlatformsFromTenOnOnly) 
     }
 }
 
-TEST_P(GenerationTest, TheLocalNotificationServiceIsGivenNoCentre) {
+TEST_P(GenerationTest, TheLocalNotificationServiceHasNoCentre) {
     EXPECT_EQ(bootstrap->getComponent<VLLocalNotificationService>()->vlUserNotificationCentre(), nullptr);
 }
 
