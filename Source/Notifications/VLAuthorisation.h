@@ -4,11 +4,11 @@
 
 namespace vorlane {
 
-/// What the user answered about notifications, as VLUserNotificationSettings and the notification centres number it.
+/// The authorisation scale of VLUserNotificationSettings and the notification centres.
 struct VLAuthorisation {
     enum : std::int64_t { prompted = -1, notDetermined = 0, denied = 1, authorised = 2, provisional = 3 };
 
-    /// The bit of a request that asks for notifications without asking the user.
+    /// The bit of a request for notifications that are delivered quietly, without a prompt.
     static constexpr std::uint64_t kProvisionalOption = 64;
 };
 

@@ -4,7 +4,7 @@ namespace vorlane {
 
 namespace {
 
-/// -1 for any character that is no hexadecimal digit; both cases count.
+/// Returns -1 if the character is no hexadecimal digit.
 int digitValue(char character) {
     if (character >= '0' && character <= '9') return character - '0';
     if (character >= 'a' && character <= 'f') return character - 'a' + 10;

@@ -54,7 +54,7 @@ std::optional<VLMessageContent> VLMessageContent::contentWithResponse(const Dict
 
 bool VLMessageContent::isTemplateMessageExist(const Dictionary& response, const VLSettings& settings) {
     if (!valueForKey(response, kMessageKey)) {
-        // The text is of what was not there.
+        // Intended: the missing message is logged as "(null)".
         logMessage(VLLogLevel::Debug, "Could not parse the message data: (null)");
         return false;
     }

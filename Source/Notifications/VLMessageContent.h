@@ -11,23 +11,23 @@ namespace vorlane {
 class VLNotificationHelper;
 class VLSettings;
 
-/// What a message template of the server says, read for the services that show it as a local notification. Immutable.
+/// A message template from the server, read for the services that show it as a local notification. Immutable.
 class VLMessageContent {
 public:
-    /// `initContentWithResponse:withSettings:withNotificationHelper:`; nothing when the response holds no template for
-    /// this application.
+    /// `initContentWithResponse:withSettings:withNotificationHelper:` returns `nullopt` if the response holds no
+    /// template for this application.
     static std::optional<VLMessageContent> contentWithResponse(const Dictionary& response, const VLSettings& settings,
                                                                const VLNotificationHelper& notificationHelper);
 
-    /// `isTemplateMessageExist:` tells whether the response holds a message for this application.
+    /// `isTemplateMessageExist:` returns whether the response holds a message for this application.
     static bool isTemplateMessageExist(const Dictionary& response, const VLSettings& settings);
 
-    /// Decoded; as it stands where it cannot be decoded.
+    /// The percent-decoded text; the encoded text if it cannot be decoded.
     const std::optional<std::string>& pushText() const { return pushText_; }
-    /// The object in the message's content; empty when there is none.
+    /// The JSON object in the content of the message; empty if there is none.
     const Dictionary& metadata() const { return metadata_; }
     const std::optional<std::string>& phash() const { return phash_; }
-    /// A file of the bundle, or the platform's default sound.
+    /// The name of a file in the bundle, or the platform's default sound.
     const std::string& sound() const { return sound_; }
 
 private:

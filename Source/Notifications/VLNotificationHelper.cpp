@@ -18,7 +18,7 @@ namespace vorlane {
 
 namespace {
 
-/// The sound that the message's content names; nothing when it names none.
+/// The sound name in the content of the message, if any.
 std::optional<std::string> soundNameIn(const Dictionary& message) {
     const auto content = stringForKey(message, "messagecontent");
     const auto decoded = content ? stringByRemovingPercentEncoding(*content) : std::nullopt;
@@ -55,7 +55,7 @@ std::string VLNotificationHelper::getNotificationSoundFromMessageData(const Dict
     for (const auto* const type : {"wav", "caf"}) {
         if (mainBundle_->pathForResource(*name, type)) return fmt::format("{}.{}", *name, type);
     }
-    // That the file is missing is not said; meant so.
+    // Intended: the message does not say that the file is missing.
     logMessage(
         VLLogLevel::Error,
         fmt::format("Notification sound with filename \"{}\" in app bundle. Using default sound instead.", *name));

@@ -35,7 +35,7 @@ constexpr const char* kNotificationProvisionalUpgrade = "Notification Provisiona
 constexpr const char* kLocationPrompt = "Location Prompt";
 constexpr const char* kLocationSettings = "Location Settings";
 
-// Badge, sound, alert and car play; a link to the application's own settings.
+// Badge, sound, alert and car play; and a link to the settings screen of the application.
 constexpr std::uint64_t kEverythingVisible = 15, kProvidesSettings = 32;
 
 constexpr const char* kTooRecentText =
@@ -49,7 +49,7 @@ constexpr const char* kRetrievingText =
     "\n               Next soft opt-in may be displayed in {} seconds."
     "\n               Configure with reprompt_interval in remote VL permissions config.";
 
-/// A decimal number in a text, its fraction cut off and held to the range of 64 bits; nothing for any other text.
+/// The decimal number that the string holds, truncated and clamped to the range of 64 bits.
 std::optional<std::int64_t> decimalInteger(std::string_view text) {
     const bool isNegative = text.starts_with('-');
     if (isNegative || text.starts_with('+')) text.remove_prefix(1);
@@ -64,7 +64,7 @@ std::optional<std::int64_t> decimalInteger(std::string_view text) {
     return isNegative ? -value : value;
 }
 
-/// The integer of a number, or of a text that holds one.
+/// The value may be a number or a string that holds one.
 std::optional<std::int64_t> repromptInterval(const Dictionary& config) {
     if (const auto text = stringForKey(config, "reprompt_interval")) return decimalInteger(*text);
     return integerForKey(config, "reprompt_interval");
@@ -77,7 +77,7 @@ bool isProvisionalWanted(const Dictionary& config) {
     return wanted->is_number() ? wanted->get<double>() == 1.0 : *wanted == Value(true);
 }
 
-/// Which soft opt-in fits what the user allows; null for none.
+/// The placement of the soft opt-in for an authorisation status; null for none.
 const char* notificationPlacement(std::int64_t status) {
     switch (status) {
         case VLAuthorisation::prompted:
@@ -183,7 +183,7 @@ void VLPermissionService::displayNotificationSoftOptInUsingViewController(
     if (placement) displayInterstitialPlacement(placement, VLPermissions::Notifications, viewController);
 }
 
-/// Blocks until the main queue has told; nothing when the platform is shut down first.
+/// Blocks until the main queue has answered. Returns `nullopt` if the platform is shut down first.
 std::optional<VLUserNotificationSettings> VLPermissionService::currentNotificationSettings() const {
     const auto semaphore = Platform::current().makeSemaphore();
     const auto answer = std::make_shared<VLUserNotificationSettings>();
@@ -218,7 +218,7 @@ void VLPermissionService::displayInterstitialPlacement(const std::string& placem
         return;
     }
     logMessage(VLLogLevel::Debug, fmt::format(fmt::runtime(kRetrievingText), placement, limit));
-    // Before anything is shown: one that then fails to appear still counts.
+    // Intended: a soft opt-in that then fails to appear still counts.
     settings_->setLastPermissionInterstitial(now);
     interstitialService_->presentInterstitialWithPlacementString(
         placement, viewController, true,
@@ -227,7 +227,7 @@ void VLPermissionService::displayInterstitialPlacement(const std::string& placem
         });
 }
 
-/// One that is on screen goes on by its links.
+/// A soft opt-in that is on screen continues by its links.
 void VLPermissionService::softOptInEnded(VLPermissions permission, const std::optional<NSError>& error) {
     if (error) queueSystemPromptForPermission(permission);
 }
@@ -269,7 +269,7 @@ void VLPermissionService::notificationAuthorisationAnswered(std::int64_t status,
                               "occurred.");
         case VLAuthorisation::prompted:
             logMessage(VLLogLevel::Info, "User has seen the notification authorisation system prompt");
-            // Differs from every later reading, and tells that the user was asked.
+            // Differs from any settings read later, and shows that the user was asked.
             return settings_->setNotificationSettings(
                 VLUserNotificationSettings::settingsWithAuthorisation(-1, -1, -1, -1, -1, -1, -1, -1, -1));
         default:

@@ -9,7 +9,7 @@
 
 namespace vorlane {
 
-/// One view of what the user allows, whatever the platform's generation.
+/// The user's notification permissions, whatever the generation of the platform.
 class VLUserNotificationCentre {
 public:
     /// The status on the authorisation scale of VLUserNotificationSettings.
@@ -19,17 +19,18 @@ public:
     virtual ~VLUserNotificationCentre() = default;
 
     /// `requestNotificationAuthorisation:completionHandler:` asks the user. `options` are the platform's bits (1 badge,
-    /// 2 sound, 4 alert, … 64 provisional); what the platform does not know is dropped. The handler may be empty; it
-    /// runs once, on any queue, possibly inside the call.
+    /// 2 sound, 4 alert, … 64 provisional); bits that the platform does not know are ignored. The handler may be empty;
+    /// it runs once, on any queue, possibly inside the call.
     virtual void requestNotificationAuthorisation(std::uint64_t options, AuthorisationHandler completionHandler) = 0;
 
-    /// `getNotificationSettingsWithCompletionHandler:` answers once, on the main queue, after this call has returned.
+    /// `getNotificationSettingsWithCompletionHandler:` calls the handler once, on the main queue, after this call has
+    /// returned.
     virtual void getNotificationSettingsWithCompletionHandler(SettingsHandler completionHandler) = 0;
 
     virtual bool isProvisionalAuthorisationSupported() const = 0;
 };
 
-/// The category that every authorisation request registers.
+/// The identifier of the category that every authorisation request registers.
 inline constexpr const char* VLBasicNotificationCategory = "vl-basic-category";
 
 }  // namespace vorlane

@@ -14,7 +14,7 @@ namespace vorlane {
 
 namespace {
 
-/// Both scales of the platform end at 2.
+/// The highest value of both platform scales is 2.
 std::int64_t knownOrUnknown(std::int64_t value) { return value < 3 ? value : -1; }
 
 }  // namespace
@@ -61,7 +61,7 @@ std::int64_t VLUserNotificationCentre_iOS10Plus::statusOfAnswer(std::uint64_t op
     return VLAuthorisation::denied;
 }
 
-/// Puts the library's own category beside those of the application.
+/// Adds the library's category to those of the application.
 void VLUserNotificationCentre_iOS10Plus::setBasicCategory(std::function<void()> then) {
     userNotificationCentre_->getNotificationCategoriesWithCompletionHandler(
         [self = shared_from_this(), then = std::move(then)](UNUserNotificationCenter::Categories categories) {

@@ -12,7 +12,7 @@ class VLAuthorisationHelper;
 class VLBackgroundRefreshHelper;
 class VLSettings;
 
-/// Platforms from 10 on, over the platform's notification centre. Any thread.
+/// Platforms 10 and later, which have a notification centre. Any thread.
 class VLUserNotificationCentre_iOS10Plus : public VLUserNotificationCentre,
                                            public std::enable_shared_from_this<VLUserNotificationCentre_iOS10Plus> {
 public:
@@ -23,13 +23,13 @@ public:
                                        std::shared_ptr<VLBackgroundRefreshHelper> backgroundRefreshHelper,
                                        std::shared_ptr<VLSettings> settings);
 
-    /// The handler runs on the queue of the platform's answer, once the basic category has been set.
+    /// The handler runs on the queue of the platform's answer, after the basic category has been set.
     void requestNotificationAuthorisation(std::uint64_t options, AuthorisationHandler completionHandler) override;
     void getNotificationSettingsWithCompletionHandler(SettingsHandler completionHandler) override;
     bool isProvisionalAuthorisationSupported() const override;
 
-    /// `UNAlertStyleToVLAlertStyle:`, `UNNotifSettingToVLNotifSetting:` leave a value below 3 as it is; any other is -1
-    /// (unknown).
+    /// `UNAlertStyleToVLAlertStyle:` and `UNNotifSettingToVLNotifSetting:` return a value below 3 unchanged, and -1
+    /// (unknown) for any other.
     static std::int64_t UNAlertStyleToVLAlertStyle(std::int64_t style);
     static std::int64_t UNNotifSettingToVLNotifSetting(std::int64_t setting);
 

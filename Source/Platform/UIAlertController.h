@@ -5,7 +5,7 @@
 
 namespace vorlane {
 
-/// A question to the user, in front of everything else. The library presents nothing over it.
+/// A question to the user that stays in front of every other view controller. The library presents none over it.
 class VORLANE_EXPORT UIAlertController : public UIViewController {
 public:
     ~UIAlertController() override;

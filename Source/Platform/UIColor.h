@@ -2,7 +2,7 @@
 
 namespace vorlane {
 
-/// A colour with opacity; each part from 0 to 1. A value.
+/// A colour with opacity. Each component is between 0 and 1.
 struct UIColor {
     float red = 0;
     float green = 0;

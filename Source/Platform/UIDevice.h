@@ -19,7 +19,7 @@ public:
     virtual std::string systemVersion() const = 0;
     /// The hardware model: the `machine` field of `uname()`.
     virtual std::string machine() const = 0;
-    /// Language tags (en-AU), most preferred first; never empty.
+    /// Language tags (such as en-AU), most preferred first; never empty.
     virtual std::vector<std::string> preferredLanguages() const = 0;
     virtual NSTimeZone localTimeZone() const = 0;
 };

@@ -23,12 +23,12 @@ std::shared_ptr<UIViewController> UINavigationController::popViewControllerAnima
     viewControllers_.pop_back();
     popped->parent_.reset();
     popped->viewDidDisappear(animated);
-    // Whoever was told may have changed the stack.
+    // The call may have changed the stack.
     if (const auto top = topViewController()) top->viewDidAppear(animated);
     return popped;
 }
 
-/// Whether this controller is that one, or is in it.
+/// Whether this controller is `controller` or is contained in it.
 bool UINavigationController::isWithin(const UIViewController& controller) const {
     if (&controller == this) return true;
     for (auto parent = parentViewController(); parent; parent = parent->parentViewController()) {

@@ -8,20 +8,21 @@
 
 namespace vorlane {
 
-/// A stack of screens, of which the top one shows. Main queue only.
+/// A stack of view controllers of which the top one is visible. Main queue only.
 class VORLANE_EXPORT UINavigationController : public UIViewController {
 public:
     ~UINavigationController() override;
 
-    /// The screens, from the bottom up.
+    /// From bottom to top.
     const std::vector<std::shared_ptr<UIViewController>>& viewControllers() const { return viewControllers_; }
-    /// The screen that shows; null for an empty stack.
+    /// The visible view controller, or null for an empty stack.
     std::shared_ptr<UIViewController> topViewController() const;
 
-    /// `pushViewController:animated:` puts a screen on top. Ignored for null and for a controller that is in a stack,
-    /// presented or this one's own container already.
+    /// `pushViewController:animated:` adds a view controller on top. Ignored for null, for a controller that is already
+    /// presented or in a stack, and for this controller and its own containers.
     void pushViewController(const std::shared_ptr<UIViewController>& controller, bool animated);
-    /// `popViewControllerAnimated:` takes the top screen off and gives it; the bottom one stays, and null is given.
+    /// `popViewControllerAnimated:` removes the top view controller and returns it. The bottom one stays; null is
+    /// returned instead.
     std::shared_ptr<UIViewController> popViewControllerAnimated(bool animated);
 
 private:

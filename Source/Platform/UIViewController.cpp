@@ -31,7 +31,7 @@ std::shared_ptr<UIViewController> UIViewController::presentingViewController() c
 
 void UIViewController::presentViewController(const std::shared_ptr<UIViewController>& controller, bool animated,
                                              const std::function<void()>& completion) {
-    // A screen is presented over the whole container.
+    // The container presents.
     if (const auto parent = parent_.lock()) return parent->presentViewController(controller, animated, completion);
     if (!controller || !canPresent(*controller)) return;
     if (presented_) {

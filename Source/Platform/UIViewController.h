@@ -20,10 +20,11 @@ enum class UIModalPresentationStyle : std::int64_t {
     overCurrentContext = 6
 };
 
-/// One screen of the application. An application derives its own screens from it, and shows and hides them when
-/// `viewDidAppear()` and `viewDidDisappear()` are called; here is kept who is presented by whom. Main queue only.
+/// One screen of the application. This class records which view controller presents which. An application derives its
+/// own screens from it, and shows and hides them when `viewDidAppear()` and `viewDidDisappear()` are called. Main queue
+/// only.
 ///
-/// A presented controller is held by the one that presents it.
+/// A view controller keeps the one that it presents alive.
 class VORLANE_EXPORT UIViewController : public NSObject, public std::enable_shared_from_this<UIViewController> {
 public:
     ~UIViewController() override;
@@ -33,32 +34,32 @@ public:
     UIModalPresentationStyle modalPresentationStyle() const { return modalPresentationStyle_; }
     void setModalPresentationStyle(UIModalPresentationStyle style) { modalPresentationStyle_ = style; }
 
-    /// The navigation controller that this one is in; null when it is in none.
+    /// The navigation controller that contains this one, or null.
     std::shared_ptr<UIViewController> parentViewController() const { return parent_.lock(); }
-    /// What this controller, or the one that it is in, presents; and what it is presented by. Null for nothing.
+    /// The view controllers that this one, or the one that contains it, presents and is presented by; or null.
     std::shared_ptr<UIViewController> presentedViewController() const;
     std::shared_ptr<UIViewController> presentingViewController() const;
 
     /// `presentViewController:animated:completion:` shows `controller` over this one, then calls `completion`, which
-    /// may be empty. An alert that is shown already stays in front.
+    /// may be empty. An alert that is already presented stays in front.
     ///
-    /// Ignored for null, while something else is presented, and for a controller that is on screen already or in
-    /// another one.
+    /// Ignored for null, while another view controller is presented, and for a controller that is already on screen or
+    /// contained in another one.
     void presentViewController(const std::shared_ptr<UIViewController>& controller, bool animated,
                                const std::function<void()>& completion);
 
-    /// `dismissViewControllerAnimated:completion:` takes what this controller presents from the screen, with all that
-    /// is presented over it, the topmost first; where it presents nothing, this controller itself. `completion` may be
-    /// empty; it is called in any case.
+    /// `dismissViewControllerAnimated:completion:` removes the view controller that this one presents from the screen,
+    /// with all that are presented over it, the topmost first. If this controller presents none, it is itself removed.
+    /// `completion` may be empty; it is always called.
     void dismissViewControllerAnimated(bool animated, const std::function<void()>& completion);
 
 protected:
-    /// The controller has come to the screen, or has gone from it, by one of the two operations above.
+    /// Called when the view controller has appeared on screen or disappeared from it.
     virtual void viewDidAppear(bool /*animated*/) {}
     virtual void viewDidDisappear(bool /*animated*/) {}
 
 private:
-    // Sets itself as the parent of what it contains.
+    // Sets `parent_`.
     friend class UINavigationController;
 
     bool canPresent(const UIViewController& controller) const;

@@ -8,12 +8,12 @@
 
 namespace vorlane {
 
-/// A view that shows a page: what an application's own view controller gives of it. Main queue only.
+/// A view that shows HTML pages, implemented by the application. Main queue only.
 class VORLANE_EXPORT UIWebView {
 public:
     virtual ~UIWebView();
 
-    /// `loadHTMLString:baseURL:` shows the page. Without a base URL its relative links lead nowhere.
+    /// `loadHTMLString:baseURL:` shows the page. Without a base URL, relative links do not work.
     virtual void loadHTMLString(const std::string& html, const std::optional<NSURL>& baseURL) = 0;
 };
 

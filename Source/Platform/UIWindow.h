@@ -13,7 +13,7 @@ public:
     explicit UIWindow(std::shared_ptr<UIViewController> rootViewController)
         : rootViewController_(std::move(rootViewController)) {}
 
-    /// The screen at the bottom of the window; null for none.
+    /// The view controller at the bottom of the window, or null.
     const std::shared_ptr<UIViewController>& rootViewController() const { return rootViewController_; }
     void setRootViewController(std::shared_ptr<UIViewController> controller) {
         rootViewController_ = std::move(controller);

@@ -11,11 +11,11 @@
 
 namespace vorlane {
 
-/// The domain of errors of the notification centre, and its code for an application that may not show notifications.
+/// The error domain of the notification centre, and its code for an application that may not show notifications.
 inline constexpr const char* UNErrorDomain = "UNErrorDomain";
 inline constexpr std::int64_t UNErrorCodeNotificationsNotAllowed = 1;
 
-/// What the user allows, in the platform's own numbers. Authorisation: 0 not determined, 1 denied, 2 authorised, 3
+/// What the user allows, in the platform's numbers. Authorisation: 0 not determined, 1 denied, 2 authorised, 3
 /// provisional. Settings: 0 not supported, 1 disabled, 2 enabled. Alert style: 0 none, 1 banner, 2 alert.
 struct UNNotificationSettings {
     std::int64_t authorizationStatus = 0;
@@ -30,15 +30,15 @@ struct UNNotificationSettings {
     bool operator==(const UNNotificationSettings&) const = default;
 };
 
-/// A group of notifications that offer the same actions; here it has none.
+/// A group of notifications with the same actions. Actions are not supported.
 struct UNNotificationCategory {
     std::string identifier;
 
     bool operator==(const UNNotificationCategory&) const = default;
 };
 
-/// The platform's notification centre: asks the user, and tells what was allowed. Any thread; a handler runs once, on a
-/// queue of the centre's choice, never inside the call.
+/// The platform's notification centre: asks the user for permission and reports the settings. Any thread. A handler
+/// runs once, on a queue of the centre's choice, never inside the call.
 class VORLANE_EXPORT UNUserNotificationCenter {
 public:
     using Categories = std::vector<UNNotificationCategory>;
@@ -49,7 +49,7 @@ public:
     virtual ~UNUserNotificationCenter();
 
     /// `requestAuthorizationWithOptions:completionHandler:`. Options, as bits: 1 badge, 2 sound, 4 alert, 8 car play,
-    /// 16 critical alerts, 32 a settings screen of the application's own, 64 provisional.
+    /// 16 critical alerts, 32 a link to the application's settings screen, 64 provisional.
     virtual void requestAuthorizationWithOptions(std::uint64_t options, AuthorizationHandler completionHandler) = 0;
     virtual void getNotificationSettingsWithCompletionHandler(SettingsHandler completionHandler) = 0;
     virtual void getNotificationCategoriesWithCompletionHandler(CategoriesHandler completionHandler) = 0;

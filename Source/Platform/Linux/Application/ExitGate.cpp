@@ -15,12 +15,12 @@ namespace {
 
 constexpr std::chrono::milliseconds kLongestWaitAtExit{200};
 
-// How many gated tasks this thread is inside of: exit() may be called from within one, which must not wait for itself.
+// The number of gated tasks that this thread is running: exit() may be called by one, which must not wait for itself.
 thread_local std::size_t tasksOfThisThread = 0;
 
-/// Closes the gate when the main thread calls exit() or returns from main(): C++ destroys that thread's own objects
-/// before any static one, also before statics that were made after the library started. Leaving the main thread alone,
-/// by pthread_exit(), does not come here.
+/// Closes the gate when the main thread calls exit() or returns from main(): C++ destroys the objects of that thread
+/// before all static ones, including statics that were made after the library started. pthread_exit() of the main
+/// thread does not close the gate.
 struct MainThreadWatch {
     MainThreadWatch() = default;
     MainThreadWatch(const MainThreadWatch&) = delete;
@@ -49,8 +49,8 @@ void ExitGate::arm() {
     watchMainThread();
     if (isArmed_.load(std::memory_order_relaxed) || isArmed_.exchange(true)) return;
     process_ = getpid();
-    // Exit handlers run newest first, so ours must come after OpenSSL's. The cheapest way to have OpenSSL register its
-    // own now is an option that loads nothing; without any option the call does nothing at all.
+    // Exit handlers run newest first, so this one must be registered after that of OpenSSL. The option is the cheapest
+    // way to make OpenSSL register its handler now; without any option the call has no effect.
     OPENSSL_init_crypto(OPENSSL_INIT_ATFORK, nullptr);
     std::atexit([] { ExitGate::shared().close(); });
 }
@@ -66,11 +66,11 @@ bool ExitGate::watch(const std::shared_ptr<Worker>& worker) {
 
 bool ExitGate::run(std::function<void()> task) {
     if (!enter()) {
-        // Its captures are the host's, whose destructors must not run now either.
+        // The destructors of captured host objects must not run now either.
         putAside(std::move(task));
         return false;
     }
-    // Left also when the task throws.
+    // Also leaves if the task throws.
     const std::unique_ptr<ExitGate, void (*)(ExitGate*)> inside(this, [](ExitGate* gate) { gate->leave(); });
     if (task) task();
     task = nullptr;
@@ -102,7 +102,7 @@ void ExitGate::leave() {
 
 void ExitGate::close() {
     if (isClosed_.exchange(true)) return;
-    // A forked child has none of the threads, and the locks as they were.
+    // A forked child has none of the threads, and its locks may be held by them.
     if (process_ != getpid()) return;
     haltWorkers();
     std::unique_lock lock(mutex_);

@@ -10,38 +10,39 @@
 
 namespace vorlane {
 
-/// Closes when the process exits, so that a host may leave `main()` or call `exit()` at any moment without a shutdown:
-/// the network threads end before OpenSSL cleans up under them, and none of the host's callbacks runs while its statics
-/// are being destroyed. One for the process, never destroyed. Any thread.
+/// Closes when the process exits, so that a host may leave `main()` or call `exit()` at any time without a shutdown:
+/// the network threads end before OpenSSL cleans up, and no callback of the host runs while its statics are destroyed.
+/// There is one gate in the process; it is never destroyed. Any thread.
 class ExitGate {
 public:
-    /// A thread that must have ended before the process exits.
+    /// A thread that must end before the process exits.
     class Worker {
     public:
         virtual ~Worker();
-        /// Ends the thread soon, calling nobody, and leaves everything it held as it is.
+        /// Ends the thread soon, without calling any handler or releasing any object.
         virtual void haltForExit() = 0;
     };
 
     static ExitGate& shared();
 
-    /// Has the gate closed when the process exits. To be called before the first thread starts and by whoever runs the
-    /// main queue; repeated calls cost next to nothing.
+    /// Makes the gate close when the process exits. Must be called before the first thread starts, and on the thread
+    /// that runs the main queue. Repeated calls are cheap.
     void arm();
 
-    /// Has `worker` halted when the gate closes; returns false, and does not, when it is closed already.
+    /// Halts `worker` when the gate closes. Returns false without effect if the gate is closed.
     bool watch(const std::shared_ptr<Worker>& worker);
 
-    /// Runs `task`, if any, and returns true; or, when the gate is closed, puts it aside unrun and undestroyed.
+    /// Runs `task`, which may be empty, and returns true. If the gate is closed, neither runs nor destroys it and
+    /// returns false.
     bool run(std::function<void()> task);
 
     bool isClosed() const { return isClosed_; }
 
-    /// Keeps `task`, and with it what it holds, from being run or destroyed.
+    /// Keeps `task` and its captures from being destroyed.
     void putAside(std::function<void()> task);
 
-    /// Lets no further task start, halts the workers, and waits up to 200 ms for tasks that other threads are running;
-    /// in a forked child there are none of both. Idempotent.
+    /// Prevents further tasks from starting, halts the workers, and waits up to 200 ms for the tasks that other threads
+    /// are running. A forked child has no workers and no such tasks. Idempotent.
     void close();
 
 private:
@@ -52,7 +53,7 @@ private:
     void haltWorkers();
 
     std::atomic<bool> isArmed_ = false;
-    // The one that armed the gate; a child that it forks inherits the gate, but nothing that the gate watches.
+    // The process that armed the gate. A forked child inherits the gate, but not the threads.
     std::atomic<int> process_ = 0;
     std::atomic<bool> isClosed_ = false;
     std::atomic<std::size_t> running_ = 0;

@@ -9,13 +9,13 @@ namespace vorlane {
 
 class DispatchQueue;
 
-/// The notification centre of a process without a desktop: nobody can be asked, nothing is determined. Answers on the
-/// main queue.
+/// The notification centre of a process without a desktop: the user cannot be asked, and all settings keep their
+/// defaults. Calls handlers on the main queue.
 class QuietUserNotificationCenter : public UNUserNotificationCenter {
 public:
     explicit QuietUserNotificationCenter(std::weak_ptr<DispatchQueue> mainQueue);
 
-    /// Never granted: an error in `UNErrorDomain`.
+    /// Reports an error in `UNErrorDomain`.
     void requestAuthorizationWithOptions(std::uint64_t options, AuthorizationHandler completionHandler) override;
     void getNotificationSettingsWithCompletionHandler(SettingsHandler completionHandler) override;
     void getNotificationCategoriesWithCompletionHandler(CategoriesHandler completionHandler) override;
