@@ -12,7 +12,7 @@
 
 namespace vorlane {
 
-/// A scene with an interstitial service, and the answers that an engagement service gives it.
+/// Provides an interstitial service and the answers of the server to it.
 class InterstitialsTest : public NotificationsTest {
 protected:
     explicit InterstitialsTest(SimulatedPhone::Options options = {}) : NotificationsTest(std::move(options)) {}
@@ -28,12 +28,12 @@ protected:
         return stringByAddingPercentEncoding(text, alphanumericCharacterSet());
     }
 
-    /// An answer whose content is that text, encoded as the service does.
+    /// An answer with the given content, encoded like that of the server.
     static std::string answerWithContent(const std::string& content, const std::string& phash = "ph-1") {
         return Value(Dictionary{{"message", Dictionary{{"messagecontent", encoded(content)}, {"phash", phash}}}})
             .dump();
     }
-    /// An answer with that page, which is encoded once more within the content.
+    /// An answer with the given page, which is encoded once more within the content.
     static std::string answerWithPage(const std::string& html, const std::string& phash = "ph-1") {
         return answerWithContent(Value(Dictionary{{"html", encoded(html)}, {"colour", "#fff"}}).dump(), phash);
     }
@@ -42,7 +42,7 @@ protected:
         return "/interstitial/" + stringByAddingPercentEncoding(placement, vl_URIComponentAllowedCharacterSet());
     }
 
-    /// What one handler received.
+    /// What a handler received.
     struct Outcome {
         int calls = 0;
         bool presented = false;
@@ -55,7 +55,7 @@ protected:
         };
     }
 
-    /// Asks for a placement, and has the request sent.
+    /// Asks for a placement and sends the request.
     void ask(const std::shared_ptr<NSObject>& viewController, Outcome& outcome,
              const std::string& placement = "Feedback") {
         service->presentInterstitialWithPlacementString(placement, viewController, true, keepIn(outcome));
@@ -65,7 +65,7 @@ protected:
         session().answer("/interstitial/", status, body);
         phone().settle();
     }
-    /// Both.
+    /// Asks for a placement and answers the request.
     Outcome shown(const std::shared_ptr<NSObject>& viewController, const std::string& body) {
         Outcome outcome;
         ask(viewController, outcome);

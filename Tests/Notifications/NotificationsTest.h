@@ -10,7 +10,7 @@
 
 namespace vorlane {
 
-/// A scene with a phone whose user has allowed notifications, and the collaborators of the notification services.
+/// Provides a phone whose user has allowed notifications, and the collaborators of the notification services.
 class NotificationsTest : public ServicesTest {
 protected:
     explicit NotificationsTest(SimulatedPhone::Options options = {}) : ServicesTest(std::move(options)) {
@@ -21,7 +21,7 @@ protected:
     SimulatedApplication& application() { return phone().simulatedApplication(); }
     static bool isNotificationOpen() { return Vorlane::sharedInstance().isNotificationOpen(); }
 
-    /// What the phone of this scene reports.
+    /// The settings that the phone reports.
     static VLUserNotificationSettings allowed() {
         return VLUserNotificationSettings::settingsWithAuthorisation(2, 2, 2, 2, 2, 2, 2, 2, 1);
     }

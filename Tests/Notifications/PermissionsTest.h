@@ -14,7 +14,7 @@
 
 namespace vorlane {
 
-/// A scene with a permission service whose queue is closed, and a user who has decided nothing.
+/// Provides a permission service with a closed queue, and a user who has not decided anything.
 class PermissionsTest : public InterstitialsTest {
 protected:
     explicit PermissionsTest(SimulatedPhone::Options options = {}) : InterstitialsTest(std::move(options)) {
@@ -24,7 +24,7 @@ protected:
         });
     }
 
-    /// What the platform says of notifications.
+    /// Sets the authorisation status that the platform reports.
     void reportStatus(std::int64_t status) { center().setNotificationSettings({status, 2, 2, 2, 2, 2, 2, 1}); }
 
     std::shared_ptr<VLPermissionService> makeService(
@@ -41,7 +41,7 @@ protected:
                                                       .backgroundRefreshHelper = refreshHelper}));
     }
 
-    /// Has that configuration of the permissions loaded.
+    /// Loads a configuration of the permission service.
     void load(const std::string& permissionConfig) {
         config->loadConfigWithCompletion(nullptr);
         session().answer("/config/", 200, R"({"configs":{"permission":)" + permissionConfig + "}}");
@@ -53,7 +53,7 @@ protected:
         phone().settle();
     }
 
-    /// Asks for a soft opt-in; gives the placements requested for it.
+    /// Asks for a soft opt-in and returns the requested placements.
     std::vector<std::string> softOptIn(VLPermissions permission = VLPermissions::Notifications) {
         const auto before = session().requests("/interstitial/").size();
         permissions->queueSoftOptInForPermission(permission, makeInterstitial());
@@ -72,7 +72,7 @@ protected:
         return placements;
     }
 
-    /// The system prompts that appeared, with their options.
+    /// The system prompts that have appeared, with their options.
     struct Prompt {
         std::string kind;
         Value options;

@@ -1,4 +1,4 @@
-// What a server may answer to the request for an interstitial.
+// Answers of the server to an interstitial request.
 
 #include <gtest/gtest.h>
 
@@ -22,7 +22,7 @@ TEST_F(VLInterstitialContentTest, AResponseWithoutAMessageShowsNothing) {
     }
 }
 
-/// Bodies of a message, and the error that comes of each.
+/// A message and the error that it causes.
 struct HostileContent {
     std::string message;
     std::string domain;
@@ -32,7 +32,7 @@ struct HostileContent {
 class VLInterstitialHostileContentTest : public VLInterstitialContentTest,
                                          public testing::WithParamInterface<HostileContent> {};
 
-TEST_P(VLInterstitialHostileContentTest, IsTheErrorOfParsingIt) {
+TEST_P(VLInterstitialHostileContentTest, EndsInAParseError) {
     const auto interstitial = makeInterstitial(Interstitial::Metadata::taken);
     const auto result = shown(interstitial, R"({"message":)" + GetParam().message + "}");
     expectError(result, GetParam().domain, GetParam().code);
@@ -43,7 +43,7 @@ TEST_P(VLInterstitialHostileContentTest, IsTheErrorOfParsingIt) {
     EXPECT_EQ(service->displayedInterstitialController(), nullptr);
 }
 
-/// A message whose content is that text.
+/// A message with the given content.
 std::string messageWith(const std::string& content) {
     return Value(Dictionary{{"messagecontent", content}, {"phash", "p"}}).dump();
 }
@@ -68,7 +68,7 @@ INSTANTIATE_TEST_SUITE_P(Contents, VLInterstitialHostileContentTest,
                                                                     std::string(600, ']') + "}"),
                                                         NSCocoaErrorDomain, 3840}));
 
-/// A content that is an object, and the page that comes of it.
+/// The content of a message and the page that is shown for it.
 struct OddPage {
     std::string content;
     std::string page;
@@ -76,7 +76,7 @@ struct OddPage {
 
 class VLInterstitialOddPageTest : public VLInterstitialContentTest, public testing::WithParamInterface<OddPage> {};
 
-TEST_P(VLInterstitialOddPageTest, IsShownAsFarAsItGoes) {
+TEST_P(VLInterstitialOddPageTest, IsShownAsFarAsPossible) {
     const auto interstitial = makeInterstitial();
     expectPresented(shown(interstitial, answerWithContent(GetParam().content)));
     EXPECT_EQ(interstitial->htmlContent(), VIEWPORT_META_TAG + GetParam().page);
@@ -85,12 +85,12 @@ TEST_P(VLInterstitialOddPageTest, IsShownAsFarAsItGoes) {
 INSTANTIATE_TEST_SUITE_P(Pages, VLInterstitialOddPageTest,
                          testing::Values(OddPage{R"({})", ""}, OddPage{R"({"html":null})", ""},
                                          OddPage{R"({"html":["<p>"]})", ""}, OddPage{R"({"html":""})", ""},
-                                         // What is not encoded a second time stays as it is.
+                                         // A page that is not encoded a second time.
                                          OddPage{R"({"html":"<p>50% off</p>"})", "<p>50% off</p>"},
                                          OddPage{R"({"html":"a+b%2Bc"})", "a+b+c"},
                                          OddPage{R"({"html":"%ff"})", "%ff"}));
 
-TEST_F(VLInterstitialContentTest, APhashOfAnotherKindIsNone) {
+TEST_F(VLInterstitialContentTest, APhashOfAnotherTypeIsAbsent) {
     for (const auto* phash : {R"(null)", R"(7)", R"({"p":"q"})"}) {
         const auto interstitial = makeInterstitial();
         interstitial->setPhash("old");

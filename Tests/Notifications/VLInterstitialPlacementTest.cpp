@@ -1,4 +1,4 @@
-// The places where an interstitial may be shown, by number and by name.
+// Interstitial placements by number and by name.
 
 #include <gtest/gtest.h>
 
@@ -12,7 +12,7 @@ namespace vorlane {
 
 namespace {
 
-/// Every number that has a name.
+/// The names of all placements.
 std::map<std::uint64_t, std::string> placementNames() {
     std::map<std::uint64_t, std::string> names{{0, "App Open"}, {1, "Feedback"}, {2, "Push Open"}, {3, "Store Launch"}};
     for (std::uint64_t i = 0; i < 9; ++i) names[4 + i] = std::string("Placement ") + "123456789"[i];
@@ -34,7 +34,7 @@ protected:
     Outcome outcome;
 };
 
-TEST_F(VLInterstitialPlacementTest, EachNumberUpTo38HasItsNameAndNoOtherHasOne) {
+TEST_F(VLInterstitialPlacementTest, OnlyNumbers0To38HaveNames) {
     const auto names = placementNames();
     for (std::uint64_t number = 0; number < 100; ++number) {
         const auto name = VLInterstitialService::stringForPlacement(static_cast<VLInterstitialPlacement>(number));
@@ -54,7 +54,7 @@ TEST_F(VLInterstitialPlacementTest, ThePublicPlacementsHaveTheirNumbers) {
     EXPECT_EQ(static_cast<int>(VLInterstitialPlacement::PlacementZ), 38);
 }
 
-TEST_F(VLInterstitialPlacementTest, EachNumberFrom0To39RequestsItsPlacementOrFails) {
+TEST_F(VLInterstitialPlacementTest, EachNumberRequestsItsPlacementOrFails) {
     const auto names = placementNames();
     session().alwaysAnswer("/interstitial/", 200, "{}");
     for (std::uint64_t number = 0; number < 40; ++number) {
@@ -76,7 +76,7 @@ TEST_F(VLInterstitialPlacementTest, EachNumberFrom0To39RequestsItsPlacementOrFai
     }
 }
 
-TEST_F(VLInterstitialPlacementTest, AnInvalidPlacementIsToldAndLogged) {
+TEST_F(VLInterstitialPlacementTest, AnInvalidPlacementIsReportedAndLogged) {
     askByNumber(39, outcome);
     phone().settle();
     expectError(outcome, "vorlane.sdk.interstitial", 0);
@@ -84,7 +84,7 @@ TEST_F(VLInterstitialPlacementTest, AnInvalidPlacementIsToldAndLogged) {
     EXPECT_EQ(log().count(invalidPlacementLine("39"), VLLogLevel::Error), 1);
 }
 
-TEST_F(VLInterstitialPlacementTest, TheLargestNumberIsPrintedWithoutASign) {
+TEST_F(VLInterstitialPlacementTest, TheLargestNumberIsPrintedUnsigned) {
     askByNumber(std::numeric_limits<std::uint64_t>::max(), outcome);
     phone().settle();
     EXPECT_EQ(outcome.error->localizedDescription(),

@@ -35,7 +35,7 @@ TEST_F(VLInterstitialServiceTest, WithoutAViewControllerNothingIsRequested) {
     EXPECT_TRUE(session().requests().empty());
 }
 
-TEST_F(VLInterstitialServiceTest, AnObjectThatIsNoViewControllerIsRefused) {
+TEST_F(VLInterstitialServiceTest, ANonViewControllerIsRefused) {
     class Model : public NSObject {};
     ask(std::make_shared<Model>(), outcome);
     expectError(outcome, "vorlane.sdk.interstitial", 2);
@@ -50,7 +50,7 @@ TEST_F(VLInterstitialServiceTest, AnObjectThatIsNoViewControllerIsRefused) {
     EXPECT_TRUE(session().requests().empty());
 }
 
-TEST_F(VLInterstitialServiceTest, AViewControllerThatShowsNoInterstitialsIsRefused) {
+TEST_F(VLInterstitialServiceTest, AnUnrelatedViewControllerIsRefused) {
     class SettingsScreen : public UIViewController {};
     ask(std::make_shared<SettingsScreen>(), outcome);
     expectError(outcome, "vorlane.sdk.interstitial", 2);
@@ -66,7 +66,7 @@ TEST_F(VLInterstitialServiceTest, AViewControllerThatShowsNoInterstitialsIsRefus
     EXPECT_TRUE(session().requests().empty());
 }
 
-TEST_F(VLInterstitialServiceTest, TheRequestHoldsTheTimeZoneTheSessionAndTheDevice) {
+TEST_F(VLInterstitialServiceTest, TheRequestHoldsTimeZoneSessionAndDevice) {
     phone().simulatedDevice().setLocalTimeZone({"Asia/Kolkata", 19800});
     ask(makeInterstitial(), outcome, "Placement A");
     const auto sent = session().lastRequest("/interstitial/");
@@ -86,7 +86,7 @@ TEST_F(VLInterstitialServiceTest, TheRequestHoldsTheTimeZoneTheSessionAndTheDevi
                                                                          {"timezone", "+330"}}}}));
 }
 
-TEST_F(VLInterstitialServiceTest, AFailedRequestIsToldAndLogged) {
+TEST_F(VLInterstitialServiceTest, AFailedRequestIsReportedAndLogged) {
     ask(makeInterstitial(), outcome);
     session().fail("/interstitial/", NSURLError::timedOut);
     phone().settle();
@@ -96,13 +96,13 @@ TEST_F(VLInterstitialServiceTest, AFailedRequestIsToldAndLogged) {
     EXPECT_EQ(session().requests("/interstitial/").size(), 1U);
 }
 
-TEST_F(VLInterstitialServiceTest, AnHTTPErrorIsAFailedRequest) {
+TEST_F(VLInterstitialServiceTest, AnErrorStatusIsAFailedRequest) {
     ask(makeInterstitial(), outcome);
     answer("gone", 404);
     expectError(outcome, VLErrorDomainNetwork, 404);
 }
 
-TEST_F(VLInterstitialServiceTest, ThePageIsShownOverTheRootOfTheKeyWindow) {
+TEST_F(VLInterstitialServiceTest, ThePageCoversTheRootOfTheKeyWindow) {
     const auto interstitial = makeInterstitial();
     expectPresented(shown(interstitial, answerWithPage(kPage, "ph-7")));
     EXPECT_EQ(root()->presentedViewController(), interstitial);
@@ -117,7 +117,7 @@ TEST_F(VLInterstitialServiceTest, ThePageIsShownOverTheRootOfTheKeyWindow) {
     EXPECT_TRUE(interstitial->wasAnimated());
 }
 
-TEST_F(VLInterstitialServiceTest, AnimationIsAsTheCallerWants) {
+TEST_F(VLInterstitialServiceTest, TheCallerChoosesTheAnimation) {
     const auto interstitial = makeInterstitial();
     service->presentInterstitialWithPlacementString("Feedback", interstitial, false, keepIn(outcome));
     phone().settle();
@@ -126,7 +126,7 @@ TEST_F(VLInterstitialServiceTest, AnimationIsAsTheCallerWants) {
     EXPECT_FALSE(interstitial->wasAnimated());
 }
 
-TEST_F(VLInterstitialServiceTest, TheHandlerRunsOnceTheInterstitialIsOnScreen) {
+TEST_F(VLInterstitialServiceTest, TheHandlerRunsAfterThePresentation) {
     const auto interstitial = makeInterstitial();
     int appearances = -1;
     service->presentInterstitialWithPlacementString(
@@ -136,14 +136,14 @@ TEST_F(VLInterstitialServiceTest, TheHandlerRunsOnceTheInterstitialIsOnScreen) {
     EXPECT_EQ(appearances, 1);
 }
 
-TEST_F(VLInterstitialServiceTest, NothingHappensWithinTheCall) {
+TEST_F(VLInterstitialServiceTest, NothingHappensInsideTheCall) {
     service->presentInterstitialWithPlacementString("Feedback", nullptr, true, keepIn(outcome));
     service->presentInterstitialWithPlacementString("Feedback", makeInterstitial(), true, keepIn(outcome));
     EXPECT_EQ(outcome.calls, 0);
     EXPECT_TRUE(session().requests().empty());
 }
 
-TEST_F(VLInterstitialServiceTest, WithoutAHandlerItWorksAsWell) {
+TEST_F(VLInterstitialServiceTest, TheHandlerMayBeEmpty) {
     const auto interstitial = makeInterstitial();
     service->presentInterstitialWithPlacementString("Feedback", nullptr, true, nullptr);
     service->presentInterstitialWithPlacement(static_cast<VLInterstitialPlacement>(39), nullptr, true, nullptr);
@@ -160,7 +160,7 @@ TEST_F(VLInterstitialServiceTest, WithoutAHandlerItWorksAsWell) {
     EXPECT_EQ(root()->presentedViewController(), interstitial);
 }
 
-TEST_F(VLInterstitialServiceTest, AControllerThatTakesMetadataGetsTheWholeContent) {
+TEST_F(VLInterstitialServiceTest, MetadataIsTheWholeContent) {
     const auto interstitial = makeInterstitial(Interstitial::Metadata::taken);
     expectPresented(shown(interstitial, answerWithContent(R"({"html":"%3Cp%3E","colour":"#fff","n":{"a":[1,null]}})")));
     Dictionary expected{{"html", "%3Cp%3E"}, {"colour", "#fff"}};
@@ -169,7 +169,7 @@ TEST_F(VLInterstitialServiceTest, AControllerThatTakesMetadataGetsTheWholeConten
     EXPECT_EQ(interstitial->htmlContent(), VIEWPORT_META_TAG + std::string("<p>"));
 }
 
-TEST_F(VLInterstitialServiceTest, AControllerMayLeaveMetadataAndTheWebViewOut) {
+TEST_F(VLInterstitialServiceTest, MetadataAndTheWebViewAreOptional) {
     class Bare : public UIViewController, public VLInterstitialViewController {
     public:
         std::string htmlContent() const override { return page; }
@@ -185,7 +185,7 @@ TEST_F(VLInterstitialServiceTest, AControllerMayLeaveMetadataAndTheWebViewOut) {
     EXPECT_EQ(root()->presentedViewController(), bare);
 }
 
-TEST_F(VLInterstitialServiceTest, ThePageIsShownOverTheTopmostScreen) {
+TEST_F(VLInterstitialServiceTest, ThePageCoversTheTopmostScreen) {
     const auto navigation = std::make_shared<UINavigationController>();
     const auto inner = std::make_shared<UIViewController>();
     navigation->pushViewController(inner, false);
@@ -204,7 +204,7 @@ TEST_F(VLInterstitialServiceTest, AnAlertStaysInFrontOfTheInterstitial) {
     EXPECT_EQ(interstitial->presentedViewController(), alert);
 }
 
-TEST_F(VLInterstitialServiceTest, WithoutAWindowNothingIsShownAndTheNextMayTry) {
+TEST_F(VLInterstitialServiceTest, WithoutAWindowTheNextMayTry) {
     const auto interstitial = makeInterstitial();
     application().setKeyWindow(nullptr);
     expectNothing(shown(interstitial, answerWithPage(kPage)));
@@ -220,7 +220,7 @@ TEST_F(VLInterstitialServiceTest, WithoutAWindowNothingIsShownAndTheNextMayTry) 
     expectPresented(shown(interstitial, answerWithPage(kPage)));
 }
 
-TEST_F(VLInterstitialServiceTest, AControllerThatTheHostHasPutSomewhereItselfIsNotPresented) {
+TEST_F(VLInterstitialServiceTest, AControllerPlacedByTheHostIsNotPresented) {
     const auto atTheBottom = makeInterstitial();
     application().setKeyWindow(std::make_shared<UIWindow>(atTheBottom));
     expectNothing(shown(atTheBottom, answerWithPage(kPage)));
@@ -234,7 +234,7 @@ TEST_F(VLInterstitialServiceTest, AControllerThatTheHostHasPutSomewhereItselfIsN
     EXPECT_EQ(service->displayedInterstitialController(), nullptr);
 }
 
-TEST_F(VLInterstitialServiceTest, ADismissalThatIsPostedElsewhereCountsOnTheMainQueue) {
+TEST_F(VLInterstitialServiceTest, ADismissalMayBePostedOnAnyThread) {
     const auto interstitial = makeInterstitial();
     shown(interstitial, answerWithPage("one"));
     const auto elsewhere = phone().makeSerialQueue("elsewhere");
@@ -245,7 +245,7 @@ TEST_F(VLInterstitialServiceTest, ADismissalThatIsPostedElsewhereCountsOnTheMain
     EXPECT_EQ(service->displayedInterstitialController(), nullptr);
 }
 
-TEST_F(VLInterstitialServiceTest, ASecondOneIsSkippedThoughItsContentIsFetched) {
+TEST_F(VLInterstitialServiceTest, ASecondInterstitialIsFetchedAndSkipped) {
     const auto first = makeInterstitial();
     const auto second = makeInterstitial();
     expectPresented(shown(first, answerWithPage("one", "ph-1")));
@@ -259,7 +259,7 @@ TEST_F(VLInterstitialServiceTest, ASecondOneIsSkippedThoughItsContentIsFetched) 
               1);
 }
 
-TEST_F(VLInterstitialServiceTest, OfTwoThatRaceTheOneWhoseAnswerComesFirstIsShown) {
+TEST_F(VLInterstitialServiceTest, TheInterstitialAnsweredFirstIsShown) {
     const auto first = makeInterstitial();
     const auto second = makeInterstitial();
     Outcome firstOutcome;
@@ -297,7 +297,7 @@ TEST_F(VLInterstitialServiceTest, TheSameControllerMayBeShownAgain) {
     EXPECT_EQ(interstitial->loadedPages().size(), 2U);
 }
 
-TEST_F(VLInterstitialServiceTest, OneThatSaysItIsGoneButStaysLoadsItsNewPageWhereItIs) {
+TEST_F(VLInterstitialServiceTest, APrematureDismissalKeepsTheControllerInPlace) {
     const auto interstitial = makeInterstitial();
     shown(interstitial, answerWithPage("one"));
     dismiss();
@@ -307,19 +307,19 @@ TEST_F(VLInterstitialServiceTest, OneThatSaysItIsGoneButStaysLoadsItsNewPageWher
     EXPECT_EQ(interstitial->loadedPages().back(), VIEWPORT_META_TAG + std::string("two"));
 }
 
-TEST_F(VLInterstitialServiceTest, ADismissalWithNothingOnScreenIsHarmless) {
+TEST_F(VLInterstitialServiceTest, ADismissalOnAnEmptyScreenIsHarmless) {
     dismiss();
     expectPresented(shown(makeInterstitial(), answerWithPage(kPage)));
 }
 
-TEST_F(VLInterstitialServiceTest, AControllerThatIsFreedWhileShownMakesRoomForTheNext) {
+TEST_F(VLInterstitialServiceTest, ADestroyedControllerMakesRoomForTheNext) {
     auto interstitial = makeInterstitial();
     const std::weak_ptr<Interstitial> seen = interstitial;
     shown(interstitial, answerWithPage("one"));
     interstitial.reset();
     phone().settle();
     ASSERT_FALSE(seen.expired());
-    // The host throws its screens away.
+    // The host destroys its view controllers.
     application().setKeyWindow(std::make_shared<UIWindow>(std::make_shared<UIViewController>()));
     EXPECT_TRUE(seen.expired());
     EXPECT_EQ(service->displayedInterstitialController(), nullptr);
@@ -327,7 +327,7 @@ TEST_F(VLInterstitialServiceTest, AControllerThatIsFreedWhileShownMakesRoomForTh
     expectPresented(shown(next, answerWithPage("two")));
 }
 
-TEST_F(VLInterstitialServiceTest, AControllerThatTheHostKeepsCountsAsShownUntilItsDismissal) {
+TEST_F(VLInterstitialServiceTest, AKeptControllerCountsAsShownUntilDismissed) {
     const auto interstitial = makeInterstitial();
     shown(interstitial, answerWithPage("one"));
     application().setKeyWindow(std::make_shared<UIWindow>(std::make_shared<UIViewController>()));
@@ -336,7 +336,7 @@ TEST_F(VLInterstitialServiceTest, AControllerThatTheHostKeepsCountsAsShownUntilI
     expectPresented(shown(makeInterstitial(), answerWithPage("two")));
 }
 
-TEST_F(VLInterstitialServiceTest, AControllerIsLetGoOfOnTheMainQueue) {
+TEST_F(VLInterstitialServiceTest, AControllerIsReleasedOnTheMainQueue) {
     class Leaving : public Interstitial {
     public:
         explicit Leaving(bool& wasOnMainQueue) : wasOnMainQueue_(wasOnMainQueue) {}
@@ -358,7 +358,7 @@ TEST_F(VLInterstitialServiceTest, AControllerIsLetGoOfOnTheMainQueue) {
     }
 }
 
-TEST_F(VLInterstitialServiceTest, AServiceThatGoesAwayStopsWatchingAndEndsWhatItBegan) {
+TEST_F(VLInterstitialServiceTest, ADestroyedServiceFinishesItsRequest) {
     const auto interstitial = makeInterstitial();
     ask(interstitial, outcome);
     service.reset();
@@ -367,7 +367,7 @@ TEST_F(VLInterstitialServiceTest, AServiceThatGoesAwayStopsWatchingAndEndsWhatIt
     interstitial->close();
 }
 
-TEST_F(VLInterstitialServiceTest, AControllerThatIsPartOfAnObjectOfTheHostsIsShownToo) {
+TEST_F(VLInterstitialServiceTest, AControllerMayBePartOfAnotherObject) {
     struct Screens {
         UIViewController root;
         Interstitial interstitial;
@@ -378,11 +378,11 @@ TEST_F(VLInterstitialServiceTest, AControllerThatIsPartOfAnObjectOfTheHostsIsSho
     application().setKeyWindow(std::make_shared<UIWindow>(part));
     expectPresented(shown(interstitial, answerWithPage(kPage)));
     EXPECT_EQ(part->presentedViewController(), interstitial);
-    // They hold each other, as they would in the host.
+    // They keep each other alive, as in a host.
     part->dismissViewControllerAnimated(false, nullptr);
 }
 
-TEST_F(VLInterstitialServiceTest, AResponseForAnObjectOfAnotherKindIsIgnored) {
+TEST_F(VLInterstitialServiceTest, AResponseForAnUnsuitableObjectIsIgnored) {
     service->handlePlacementResponse(Dictionary{{"message", Dictionary{{"messagecontent", "%7B%7D"}}}},
                                      std::make_shared<UIViewController>(), true, keepIn(outcome));
     EXPECT_EQ(outcome.calls, 0);

@@ -12,7 +12,7 @@ namespace vorlane {
 
 namespace {
 
-const std::string kSoundOfThePlatform = "UILocalNotificationDefaultSoundName";
+const std::string kPlatformSound = "UILocalNotificationDefaultSoundName";
 
 class VLNotificationHelperTest : public NotificationsTest {
 protected:
@@ -34,10 +34,10 @@ protected:
                                 std::make_shared<NSBundle>(Dictionary(), phone().documentsFolder())};
 };
 
-TEST_F(VLNotificationHelperTest, ANotificationIsHandedToThePlatformDueNow) {
+TEST_F(VLNotificationHelperTest, AShownNotificationIsScheduledForNow) {
     phone().simulatedDevice().setLocalTimeZone({"Europe/Oslo", 3600});
     helper.displayLocalNotification("Hello", "hash", "bell.wav", Dictionary{{"own", 1}});
-    EXPECT_TRUE(application().scheduledLocalNotifications().empty());  // on the main queue, later
+    EXPECT_TRUE(application().scheduledLocalNotifications().empty());  // scheduled on the main queue
     phone().settle();
     ASSERT_EQ(application().deliveredByHandle().size(), 1U);
     UILocalNotification expected;
@@ -49,7 +49,7 @@ TEST_F(VLNotificationHelperTest, ANotificationIsHandedToThePlatformDueNow) {
     EXPECT_EQ(application().deliveredByHandle().begin()->second, expected);
 }
 
-TEST_F(VLNotificationHelperTest, WithoutAPhashOrMetadataTheUserInfoIsEmpty) {
+TEST_F(VLNotificationHelperTest, PhashAndMetadataAreOptional) {
     phone().simulatedDevice().setLocalTimeZone({"", 0});
     helper.displayLocalNotification("Hello", std::nullopt, "bell.wav", std::nullopt);
     phone().settle();
@@ -58,24 +58,24 @@ TEST_F(VLNotificationHelperTest, WithoutAPhashOrMetadataTheUserInfoIsEmpty) {
     EXPECT_EQ(shown.timeZone, std::nullopt);
 }
 
-TEST_F(VLNotificationHelperTest, ASoundOfTheBundleIsTakenWavFirst) {
+TEST_F(VLNotificationHelperTest, BundledSoundsAreWavOrElseCaf) {
     EXPECT_EQ(soundOf(R"({"sound":"bell"})"), "bell.wav");
     EXPECT_EQ(soundOf(R"({"sound":"drum"})"), "drum.caf");
     EXPECT_EQ(soundOf("%7B%22sound%22%3A%22bell%22%7D"), "bell.wav");
 }
 
-TEST_F(VLNotificationHelperTest, ASoundThatIsMissingIsToldAndTheDefaultTaken) {
-    EXPECT_EQ(soundOf(R"({"sound":"none"})"), kSoundOfThePlatform);
+TEST_F(VLNotificationHelperTest, AMissingSoundIsLoggedAndReplaced) {
+    EXPECT_EQ(soundOf(R"({"sound":"none"})"), kPlatformSound);
     EXPECT_EQ(log().count("Notification sound with filename \"none\" in app bundle. Using default sound instead.",
                           VLLogLevel::Error),
               1);
 }
 
-TEST_F(VLNotificationHelperTest, AMessageThatNamesNoSoundHasTheDefault) {
-    EXPECT_EQ(helper.getNotificationSoundFromMessageData({}), kSoundOfThePlatform);
+TEST_F(VLNotificationHelperTest, WithoutANamedSoundTheDefaultPlays) {
+    EXPECT_EQ(helper.getNotificationSoundFromMessageData({}), kPlatformSound);
     for (const auto& content :
          {Value(), Value(""), Value("%zz"), Value("[]"), Value("{"), Value("{}"), Value(R"({"sound":5})"), Value(7)}) {
-        EXPECT_EQ(soundOf(content), kSoundOfThePlatform) << content;
+        EXPECT_EQ(soundOf(content), kPlatformSound) << content;
     }
     EXPECT_TRUE(log().linesContaining("Notification sound").empty());
 }
@@ -92,22 +92,22 @@ TEST_F(VLNotificationHelperTest, AMessageIsReadFieldByField) {
     EXPECT_EQ(content->metadata(), (Dictionary{{"sound", "drum"}, {"own", Array{1}}}));
 }
 
-TEST_F(VLNotificationHelperTest, AMessageWithNothingInItIsStillAMessage) {
+TEST_F(VLNotificationHelperTest, AMessageMayBeEmpty) {
     const auto content = contentOf({{"message", Dictionary{{"appkey", "K"}}}});
     ASSERT_TRUE(content);
     EXPECT_EQ(content->pushText(), std::nullopt);
     EXPECT_EQ(content->phash(), std::nullopt);
-    EXPECT_EQ(content->sound(), kSoundOfThePlatform);
+    EXPECT_EQ(content->sound(), kPlatformSound);
     EXPECT_EQ(content->metadata(), Dictionary());
 }
 
-TEST_F(VLNotificationHelperTest, TextThatCannotBeDecodedStaysAsItIs) {
+TEST_F(VLNotificationHelperTest, UndecodablePushTextIsKept) {
     EXPECT_EQ(contentWith("pushtext", "100%")->pushText(), "100%");
     EXPECT_EQ(contentWith("pushtext", 100)->pushText(), std::nullopt);
     EXPECT_EQ(contentWith("phash", 5)->phash(), std::nullopt);
 }
 
-TEST_F(VLNotificationHelperTest, MetadataThatCannotBeDecodedIsToldWithWhatItWas) {
+TEST_F(VLNotificationHelperTest, UndecodableMetadataIsLogged) {
     EXPECT_EQ(contentWith("messagecontent", "%zz")->metadata(), Dictionary());
     const auto lines = log().linesContaining("Couldn't remove percent encoding on metadata");
     ASSERT_EQ(lines.size(), 1U);
@@ -115,7 +115,7 @@ TEST_F(VLNotificationHelperTest, MetadataThatCannotBeDecodedIsToldWithWhatItWas)
     EXPECT_EQ(lines[0].payload, Value("%zz"));
 }
 
-TEST_F(VLNotificationHelperTest, MetadataThatIsNoObjectIsToldWithItsText) {
+TEST_F(VLNotificationHelperTest, NonObjectMetadataIsLogged) {
     EXPECT_EQ(contentWith("messagecontent", "%5B1%5D")->metadata(), Dictionary());
     const auto lines = log().linesContaining("Couldn't parse metadata JSON into dictionary object");
     ASSERT_EQ(lines.size(), 1U);
@@ -123,13 +123,13 @@ TEST_F(VLNotificationHelperTest, MetadataThatIsNoObjectIsToldWithItsText) {
     EXPECT_EQ(lines[0].payload, Value("[1]"));
 }
 
-TEST_F(VLNotificationHelperTest, EmptyMetadataOrOneOfAnotherKindIsNoFailure) {
+TEST_F(VLNotificationHelperTest, EmptyMetadataIsNotLogged) {
     EXPECT_EQ(contentWith("messagecontent", "")->metadata(), Dictionary());
     EXPECT_EQ(contentWith("messagecontent", Dictionary{{"a", 1}})->metadata(), Dictionary());
     EXPECT_TRUE(log().linesContaining("metadata").empty());
 }
 
-TEST_F(VLNotificationHelperTest, AnAnswerWithoutAMessageIsToldTwice) {
+TEST_F(VLNotificationHelperTest, AMissingMessageIsLoggedTwice) {
     EXPECT_EQ(contentOf({{"other", 1}}), std::nullopt);
     EXPECT_EQ(log().count("Could not parse the message data: (null)", VLLogLevel::Debug), 1);
     const auto lines = log().linesContaining("No message template found in JSON payload");
@@ -138,7 +138,7 @@ TEST_F(VLNotificationHelperTest, AnAnswerWithoutAMessageIsToldTwice) {
     EXPECT_EQ(lines[0].payload, Value(Dictionary{{"other", 1}}));
 }
 
-TEST_F(VLNotificationHelperTest, AMessageForAnotherApplicationIsNone) {
+TEST_F(VLNotificationHelperTest, AMessageForAnotherApplicationIsIgnored) {
     for (const auto& message : {Value(), Value("text"), Value(Array{1}), Value(Dictionary{}),
                                 Value(Dictionary{{"appkey", "other"}}), Value(Dictionary{{"appkey", 5}})}) {
         EXPECT_FALSE(VLMessageContent::isTemplateMessageExist({{"message", message}}, *settings)) << message;

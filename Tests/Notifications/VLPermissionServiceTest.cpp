@@ -1,4 +1,4 @@
-// The start of the permission service, its queue, and the system's prompts.
+// The start of the permission service, its queue, and the system prompts.
 
 #include "Notifications/VLPermissionService.h"
 
@@ -27,7 +27,7 @@ const std::string kProvisionalDone =
 const std::string kPromptDone =
     "Register device triggered by VLPermissionService.requestNotificationAuthorisationWithProvisionalAuth(0)";
 
-/// A notification centre that answers a request as a test says, at once or never.
+/// A notification centre with scripted answers, given immediately or never.
 class ScriptedCentre : public VLUserNotificationCentre {
 public:
     void requestNotificationAuthorisation(std::uint64_t options, AuthorisationHandler completionHandler) override {
@@ -35,7 +35,7 @@ public:
         if (answersAtOnce) completionHandler(status, error);
     }
     void getNotificationSettingsWithCompletionHandler(SettingsHandler completionHandler) override {
-        if (!tellsSettings) return;
+        if (!answersSettings) return;
         onMainQueue([handler = std::move(completionHandler), status = status] {
             VLUserNotificationSettings settings;
             settings.authorisationStatus = status;
@@ -46,7 +46,7 @@ public:
 
     std::vector<std::uint64_t> requestedOptions;
     bool answersAtOnce = true;
-    bool tellsSettings = true;
+    bool answersSettings = true;
     bool supportsProvisional = true;
     std::int64_t status = 2;
     std::optional<NSError> error;
@@ -61,7 +61,7 @@ protected:
         phone().settle();
     }
 
-    /// Asks directly; returns how often the handler ran.
+    /// Requests authorisation; returns how often the handler ran.
     int request(bool isProvisional) {
         const auto calls = std::make_shared<std::atomic<int>>(0);
         permissions->requestNotificationAuthorisationWithProvisionalAuth(isProvisional, [calls] { ++*calls; });
@@ -70,7 +70,7 @@ protected:
     }
 };
 
-TEST_F(VLPermissionServiceTest, AFreshServiceIsClosedAndLetsADayPassBetweenSoftOptIns) {
+TEST_F(VLPermissionServiceTest, ANewServiceIsClosedWithOneDaysInterval) {
     EXPECT_FALSE(permissions->isQueueOpen());
     EXPECT_EQ(permissions->requestTimeLimitSeconds(), 86400);
     EXPECT_FALSE(permissions->providesAppNotificationSettings());
@@ -83,14 +83,14 @@ TEST_F(VLPermissionServiceTest, TheStartIsLoggedAndOpensTheQueue) {
     EXPECT_THAT(prompts, IsEmpty());
 }
 
-TEST_F(VLPermissionServiceTest, TheStartStoresWhetherTheApplicationHasSettingsOfItsOwn) {
+TEST_F(VLPermissionServiceTest, TheStartStoresTheSettingsScreenOption) {
     start("{}", true);
     EXPECT_TRUE(permissions->providesAppNotificationSettings());
     start("{}", false);
     EXPECT_FALSE(permissions->providesAppNotificationSettings());
 }
 
-TEST_F(VLPermissionServiceTest, PromptsWaitForTheStartAndKeepTheirOrder) {
+TEST_F(VLPermissionServiceTest, PromptsWaitForTheStartInOrder) {
     permissions->queueSystemPromptForPermission(VLPermissions::LocationWhenInUse);
     permissions->queueSystemPromptForPermission(VLPermissions::LocationAlways);
     phone().advance(1'000'000);
@@ -111,7 +111,7 @@ TEST_F(VLPermissionServiceTest, EachPermissionHasItsPrompt) {
     EXPECT_EQ(prompts.size(), 1U);
 }
 
-TEST_F(VLPermissionServiceTest, APermissionThatNobodyKnowsIsIgnoredSilently) {
+TEST_F(VLPermissionServiceTest, AnUnknownPermissionIsIgnoredSilently) {
     start();
     log().clear();
     for (const std::uint64_t number :
@@ -134,7 +134,7 @@ TEST_F(VLPermissionServiceTest, PromptsAreIssuedOffTheMainQueue) {
     EXPECT_FALSE(*wasOnMainQueue);
 }
 
-TEST_F(VLPermissionServiceTest, WithoutALocationManagerNobodyIsAskedForALocation) {
+TEST_F(VLPermissionServiceTest, WithoutALocationManagerNoLocationPromptAppears) {
     locationManager = nullptr;
     permissions = makeService();
     start();
@@ -145,7 +145,7 @@ TEST_F(VLPermissionServiceTest, WithoutALocationManagerNobodyIsAskedForALocation
     EXPECT_THAT(prompts, IsEmpty());
 }
 
-TEST_F(VLPermissionServiceTest, AProvisionalRequestComesBeforeWhateverWaits) {
+TEST_F(VLPermissionServiceTest, AProvisionalRequestPrecedesQueuedPrompts) {
     phone().simulatedUser().setAnswer("notifications", SimulatedUser::Answer::later);
     permissions->queueSystemPromptForPermission(VLPermissions::LocationAlways);
     start(kProvisionalConfig);
@@ -159,7 +159,7 @@ TEST_F(VLPermissionServiceTest, AProvisionalRequestComesBeforeWhateverWaits) {
     EXPECT_EQ(log().count(kProvisionalDone, VLLogLevel::Debug), 1);
 }
 
-TEST_F(VLPermissionServiceTest, AnApplicationWithSettingsOfItsOwnSaysSoInTheProvisionalRequest) {
+TEST_F(VLPermissionServiceTest, AProvisionalRequestIncludesTheSettingsScreenOption) {
     start(kProvisionalConfig, true);
     EXPECT_THAT(prompts, ElementsAre(Prompt{"notifications", 111U}));
 }
@@ -179,13 +179,13 @@ TEST_F(VLPermissionServiceTest, AFailedProvisionalRequestOpensTheQueueToo) {
     EXPECT_EQ(log().count(kProvisionalDone, VLLogLevel::Debug), 0);
 }
 
-TEST_F(VLPermissionServiceTest, AProvisionalRequestWithoutADecisionOpensTheQueueToo) {
+TEST_F(VLPermissionServiceTest, AnUndecidedProvisionalRequestOpensTheQueueToo) {
     phone().simulatedUser().setAnswer("notifications", SimulatedUser::Answer::undetermined);
     start(kProvisionalConfig);
     EXPECT_TRUE(permissions->isQueueOpen());
 }
 
-TEST_F(VLPermissionServiceTest, WhereProvisionalIsUnsupportedTheQueueOpensAtOnceAndNobodyIsAsked) {
+TEST_F(VLPermissionServiceTest, UnsupportedProvisionalRequestsAreSkipped) {
     const std::vector<std::shared_ptr<VLUserNotificationCentre>> centres = {
         std::make_shared<VLUserNotificationCentre_iOS8To9>(phone().application(), settings, refreshHelper),
         std::make_shared<VLUserNotificationCentre_iOS10Plus>(phone().userNotificationCenter(), phone().application(),
@@ -201,7 +201,7 @@ TEST_F(VLPermissionServiceTest, WhereProvisionalIsUnsupportedTheQueueOpensAtOnce
     }
 }
 
-TEST_F(VLPermissionServiceTest, OnlyOneAsANumberOrTrueAsksProvisionally) {
+TEST_F(VLPermissionServiceTest, OnlyOneOrTrueRequestsProvisionally) {
     const auto scripted = std::make_shared<ScriptedCentre>();
     const auto requestsWith = [&](const std::string& value) {
         scripted->requestedOptions.clear();
@@ -216,7 +216,7 @@ TEST_F(VLPermissionServiceTest, OnlyOneAsANumberOrTrueAsksProvisionally) {
     }
 }
 
-TEST_F(VLPermissionServiceTest, AConfigurationOfAnotherKindAsksNothingAndOpensTheQueue) {
+TEST_F(VLPermissionServiceTest, AnInvalidConfigurationOpensTheQueue) {
     const auto scripted = std::make_shared<ScriptedCentre>();
     for (const auto* value : {"{}", R"({"notification":1})", R"({"notification":null})", R"({"notification":[1]})",
                               R"({"provisional_authorisation":1})", "7", "null", "[]"}) {
@@ -228,7 +228,7 @@ TEST_F(VLPermissionServiceTest, AConfigurationOfAnotherKindAsksNothingAndOpensTh
     EXPECT_THAT(scripted->requestedOptions, IsEmpty());
 }
 
-TEST_F(VLPermissionServiceTest, ALaterStartOpensAQueueThatIsStillClosed) {
+TEST_F(VLPermissionServiceTest, ALaterStartOpensAClosedQueue) {
     phone().simulatedUser().setAnswer("notifications", SimulatedUser::Answer::later);
     start(kProvisionalConfig);
     EXPECT_FALSE(permissions->isQueueOpen());
@@ -236,7 +236,7 @@ TEST_F(VLPermissionServiceTest, ALaterStartOpensAQueueThatIsStillClosed) {
     EXPECT_TRUE(permissions->isQueueOpen());
 }
 
-TEST_F(VLPermissionServiceTest, ALaterStartLeavesAnOpenQueueOpenAndReadsTheIntervalAgain) {
+TEST_F(VLPermissionServiceTest, ALaterStartKeepsTheQueueOpen) {
     start(R"({"reprompt_interval":100})");
     phone().simulatedUser().setAnswer("notifications", SimulatedUser::Answer::later);
     start(R"({"reprompt_interval":200,"notification":{"provisional_authorisation":1}})");
@@ -246,13 +246,13 @@ TEST_F(VLPermissionServiceTest, ALaterStartLeavesAnOpenQueueOpenAndReadsTheInter
     EXPECT_THAT(locationManager->requests(), ElementsAre("locationAlways"));
 }
 
-TEST_F(VLPermissionServiceTest, ALaterStartWithoutAnIntervalKeepsTheOneBefore) {
+TEST_F(VLPermissionServiceTest, ALaterStartMayKeepTheInterval) {
     start(R"({"reprompt_interval":100})");
     start();
     EXPECT_EQ(permissions->requestTimeLimitSeconds(), 100);
 }
 
-TEST_F(VLPermissionServiceTest, TheIntervalIsANumberOrADecimalText) {
+TEST_F(VLPermissionServiceTest, TheIntervalIsANumberOrDecimalString) {
     const std::vector<std::pair<std::string, std::int64_t>> intervals = {
         {"3600", 3600},
         {"0", 0},
@@ -266,7 +266,7 @@ TEST_F(VLPermissionServiceTest, TheIntervalIsANumberOrADecimalText) {
         {R"("3600.9")", 3600},
         {R"("60.")", 60},
         {R"("99999999999999999999")", std::numeric_limits<std::int64_t>::max()},
-        // Anything else is no interval.
+        // Not an interval.
         {R"("")", 86400},
         {R"("-")", 86400},
         {R"("+-1")", 86400},
@@ -287,7 +287,7 @@ TEST_F(VLPermissionServiceTest, TheIntervalIsANumberOrADecimalText) {
     }
 }
 
-TEST_F(VLPermissionServiceTest, AServiceThatGoesAwayDropsWhatWaitsAndWhatIsUnderWay) {
+TEST_F(VLPermissionServiceTest, ADestroyedServiceDropsQueuedPrompts) {
     phone().simulatedUser().setAnswer("notifications", SimulatedUser::Answer::later);
     permissions->queueSystemPromptForPermission(VLPermissions::LocationAlways);
     start(kProvisionalConfig);
@@ -297,7 +297,7 @@ TEST_F(VLPermissionServiceTest, AServiceThatGoesAwayDropsWhatWaitsAndWhatIsUnder
     EXPECT_THAT(locationManager->requests(), IsEmpty());
 }
 
-TEST_F(VLPermissionServiceTest, TheOptionsAreThoseOfAnApplicationWithoutOrWithSettingsOfItsOwn) {
+TEST_F(VLPermissionServiceTest, TheOptionsIncludeTheSettingsScreen) {
     const auto scripted = std::make_shared<ScriptedCentre>();
     permissions = makeService(scripted);
     EXPECT_EQ(request(false), 1);
@@ -308,7 +308,7 @@ TEST_F(VLPermissionServiceTest, TheOptionsAreThoseOfAnApplicationWithoutOrWithSe
     EXPECT_THAT(scripted->requestedOptions, ElementsAre(15U, 79U, 47U, 111U));
 }
 
-TEST_F(VLPermissionServiceTest, TheHandlerRunsOnceTheAnswerHasBeenTaken) {
+TEST_F(VLPermissionServiceTest, TheHandlerRunsAfterTheAnswerWasHandled) {
     const auto scripted = std::make_shared<ScriptedCentre>();
     scripted->status = -1;
     permissions = makeService(scripted);
@@ -324,12 +324,12 @@ TEST_F(VLPermissionServiceTest, AnAnswerRegistersTheDeviceAgain) {
     settings->setDeviceToken(Data{0xAB});
     EXPECT_EQ(request(false), 1);
     EXPECT_EQ(log().count(kPromptDone, VLLogLevel::Debug), 1);
-    const auto told = session().lastRequest(urlBuilder->deviceRegistrationURL().absoluteString()).payload();
-    EXPECT_EQ(told["devicetoken"], Value("ab"));
-    EXPECT_EQ(told["notification_settings.v2"], Value(Dictionary{{"ios", allowed().toDictionary()}}));
+    const auto sent = session().lastRequest(urlBuilder->deviceRegistrationURL().absoluteString()).payload();
+    EXPECT_EQ(sent["devicetoken"], Value("ab"));
+    EXPECT_EQ(sent["notification_settings.v2"], Value(Dictionary{{"ios", allowed().toDictionary()}}));
 }
 
-TEST_F(VLPermissionServiceTest, EachStatusOfAnAnswerHasItsLineAndTheHandlerAlwaysRuns) {
+TEST_F(VLPermissionServiceTest, EachStatusIsLoggedAndHandled) {
     const auto scripted = std::make_shared<ScriptedCentre>();
     permissions = makeService(scripted);
     settings->setNotificationSettings(allowed());
@@ -342,7 +342,7 @@ TEST_F(VLPermissionServiceTest, EachStatusOfAnAnswerHasItsLineAndTheHandlerAlway
         return lines;
     };
     using Lines = std::vector<std::pair<VLLogLevel, std::string>>;
-    // Without a token the registration ends there.
+    // Without a token there is no registration.
     const std::pair noToken{VLLogLevel::Warn,
                             std::string("No device token found - skipping device token registration")};
     for (const std::int64_t status : {1, 2, 3}) {
@@ -364,7 +364,7 @@ TEST_F(VLPermissionServiceTest, EachStatusOfAnAnswerHasItsLineAndTheHandlerAlway
               VLUserNotificationSettings::settingsWithAuthorisation(-1, -1, -1, -1, -1, -1, -1, -1, -1));
 }
 
-TEST_F(VLPermissionServiceTest, WithoutAHandlerAnAnswerIsTakenAsWell) {
+TEST_F(VLPermissionServiceTest, AnAnswerNeedsNoHandler) {
     permissions->requestNotificationAuthorisationWithProvisionalAuth(false, nullptr);
     phone().settle();
     EXPECT_EQ(log().count(kPromptDone, VLLogLevel::Debug), 1);
@@ -378,7 +378,7 @@ protected:
     }
 };
 
-TEST_F(VLPermissionServiceLegacyTest, ThePromptAppearsOnTheMainQueueAndTellsThatTheUserWasAsked) {
+TEST_F(VLPermissionServiceLegacyTest, ThePromptAppearsOnTheMainQueue) {
     bool isOnMainQueue = false;
     application().setEventObserver([&](const std::string& event, const Dictionary& fields) {
         if (event != "prompt") return;
@@ -393,9 +393,9 @@ TEST_F(VLPermissionServiceLegacyTest, ThePromptAppearsOnTheMainQueueAndTellsThat
     EXPECT_EQ(log().count("User has seen the notification authorisation system prompt", VLLogLevel::Info), 1);
 }
 
-TEST_F(VLPermissionServiceTest, AShutdownDoesNotWaitForSettingsThatNeverCome) {
+TEST_F(VLPermissionServiceTest, AShutdownAbandonsTheWaitForSettings) {
     const auto scripted = std::make_shared<ScriptedCentre>();
-    scripted->tellsSettings = false;
+    scripted->answersSettings = false;
     permissions = makeService(scripted);
     start();
     permissions->queueSoftOptInForPermission(VLPermissions::Notifications, makeInterstitial());

@@ -1,4 +1,4 @@
-// Soft opt-ins: which one fits, how often, and what comes after.
+// Soft opt-ins: their placements, their interval, and what follows them.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -35,7 +35,7 @@ class VLSoftOptInTest : public PermissionsTest {
 protected:
     explicit VLSoftOptInTest(SimulatedPhone::Options options = {}) : PermissionsTest(std::move(options)) {}
 
-    /// A notification centre that reports one status.
+    /// A notification centre that reports a fixed status.
     class CentreWithStatus : public VLUserNotificationCentre {
     public:
         explicit CentreWithStatus(std::int64_t status) : status_(status) {}
@@ -44,9 +44,9 @@ protected:
         }
         void getNotificationSettingsWithCompletionHandler(SettingsHandler completionHandler) override {
             onMainQueue([status = status_, handler = std::move(completionHandler)] {
-                VLUserNotificationSettings told;
-                told.authorisationStatus = status;
-                handler(told);
+                VLUserNotificationSettings settings;
+                settings.authorisationStatus = status;
+                handler(settings);
             });
         }
         bool isProvisionalAuthorisationSupported() const override { return false; }
@@ -56,7 +56,7 @@ protected:
     };
 };
 
-TEST_F(VLSoftOptInTest, EachStatusOfNotificationsHasItsPlacementOrNone) {
+TEST_F(VLSoftOptInTest, EachNotificationStatusHasItsPlacement) {
     const std::map<std::int64_t, Placements> expected = {{-2, {}},
                                                          {-1, {"Notification Settings"}},
                                                          {0, {"Notification Prompt"}},
@@ -73,7 +73,7 @@ TEST_F(VLSoftOptInTest, EachStatusOfNotificationsHasItsPlacementOrNone) {
     }
 }
 
-TEST_F(VLSoftOptInTest, EachPlatformStatusOfNotificationsIsReadFromTheCentre) {
+TEST_F(VLSoftOptInTest, EachPlatformStatusIsReadFromTheCentre) {
     start(R"({"reprompt_interval":0})");
     const std::map<std::int64_t, Placements> expected = {{0, {"Notification Prompt"}},
                                                          {1, {"Notification Settings"}},
@@ -85,7 +85,7 @@ TEST_F(VLSoftOptInTest, EachPlatformStatusOfNotificationsIsReadFromTheCentre) {
     }
 }
 
-TEST_F(VLSoftOptInTest, EachStatusOfLocationHasItsPlacementsOrNone) {
+TEST_F(VLSoftOptInTest, EachLocationStatusHasItsPlacements) {
     start(R"({"reprompt_interval":0})");
     struct Row {
         CLAuthorizationStatus status;
@@ -109,7 +109,7 @@ TEST_F(VLSoftOptInTest, EachStatusOfLocationHasItsPlacementsOrNone) {
     }
 }
 
-TEST_F(VLSoftOptInTest, TheInterstitialIsShownAnimatedAndNothingElseHappens) {
+TEST_F(VLSoftOptInTest, TheInterstitialIsShownAnimated) {
     start();
     const auto interstitial = makeInterstitial(Interstitial::Metadata::taken);
     permissions->queueSoftOptInForPermission(VLPermissions::Notifications, interstitial);
@@ -121,7 +121,7 @@ TEST_F(VLSoftOptInTest, TheInterstitialIsShownAnimatedAndNothingElseHappens) {
     EXPECT_EQ(log().count(retrievingText("Notification Prompt", "86400"), VLLogLevel::Debug), 1);
 }
 
-TEST_F(VLSoftOptInTest, OneThatIsQueuedBeforeTheStartIsShownOnlyAfterIt) {
+TEST_F(VLSoftOptInTest, AQueuedSoftOptInWaitsForTheStart) {
     EXPECT_THAT(softOptIn(), IsEmpty());
     phone().advance(3600);
     EXPECT_EQ(settings->lastPermissionInterstitial(), 0);
@@ -130,7 +130,7 @@ TEST_F(VLSoftOptInTest, OneThatIsQueuedBeforeTheStartIsShownOnlyAfterIt) {
     EXPECT_EQ(settings->lastPermissionInterstitial(), kStart + 3600);
 }
 
-TEST_F(VLSoftOptInTest, ASecondOneWithinTheDayIsRefused) {
+TEST_F(VLSoftOptInTest, ASecondSoftOptInWithinADayIsRefused) {
     start();
     EXPECT_THAT(softOptIn(), ElementsAre("Notification Prompt"));
     answer(answerWithPage("May we?"));
@@ -143,7 +143,7 @@ TEST_F(VLSoftOptInTest, ASecondOneWithinTheDayIsRefused) {
     EXPECT_THAT(prompts, IsEmpty());
 }
 
-TEST_F(VLSoftOptInTest, OneExactlyADayLaterIsShownAndOneJustBeforeIsNot) {
+TEST_F(VLSoftOptInTest, TheIntervalEndsExactlyADayLater) {
     start();
     softOptIn();
     phone().advance(86399.5);
@@ -156,7 +156,7 @@ TEST_F(VLSoftOptInTest, OneExactlyADayLaterIsShownAndOneJustBeforeIsNot) {
     EXPECT_THAT(softOptIn(), ElementsAre("Notification Prompt"));
 }
 
-TEST_F(VLSoftOptInTest, TheIntervalIsThatOfTheConfiguration) {
+TEST_F(VLSoftOptInTest, TheConfigurationSetsTheInterval) {
     start(R"({"reprompt_interval":"60"})");
     softOptIn();
     EXPECT_EQ(log().count(retrievingText("Notification Prompt", "60"), VLLogLevel::Debug), 1);
@@ -167,7 +167,7 @@ TEST_F(VLSoftOptInTest, TheIntervalIsThatOfTheConfiguration) {
     EXPECT_THAT(softOptIn(), ElementsAre("Notification Prompt"));
 }
 
-TEST_F(VLSoftOptInTest, AnIntervalOfZeroLetsEveryOneThrough) {
+TEST_F(VLSoftOptInTest, AnIntervalOf0AllowsEverySoftOptIn) {
     start(R"({"reprompt_interval":0})");
     for (int i = 0; i < 3; ++i) EXPECT_THAT(softOptIn(), ElementsAre("Notification Prompt"));
     EXPECT_TRUE(log().linesContaining("too recently").empty());
@@ -186,7 +186,7 @@ TEST_F(VLSoftOptInTest, TheLimitSurvivesARestart) {
     EXPECT_THAT(softOptIn(), ElementsAre("Notification Prompt"));
 }
 
-TEST_F(VLSoftOptInTest, AClockThatWasSetBackRefusesUntilItHasCaughtUp) {
+TEST_F(VLSoftOptInTest, ASetBackClockRefusesUntilItCatchesUp) {
     start();
     softOptIn();
     phone().setClock(kStart - 1000);
@@ -194,7 +194,7 @@ TEST_F(VLSoftOptInTest, AClockThatWasSetBackRefusesUntilItHasCaughtUp) {
     EXPECT_EQ(log().count(tooRecentText("Notification Prompt", "0", "86400", "-1000.000000"), VLLogLevel::Warn), 1);
 }
 
-TEST_F(VLSoftOptInTest, AStatusThatNeedsNoneDoesNotTouchTheTime) {
+TEST_F(VLSoftOptInTest, AnUnneededSoftOptInKeepsTheStoredTime) {
     start();
     reportStatus(2);
     EXPECT_THAT(softOptIn(), IsEmpty());
@@ -202,7 +202,7 @@ TEST_F(VLSoftOptInTest, AStatusThatNeedsNoneDoesNotTouchTheTime) {
     EXPECT_TRUE(log().linesContaining("soft opt-in").empty());
 }
 
-TEST_F(VLSoftOptInTest, AFailedFetchGivesWayToTheSystemsPrompt) {
+TEST_F(VLSoftOptInTest, AFailedFetchLeadsToTheSystemPrompt) {
     start(R"({"reprompt_interval":0})");
     softOptIn();
     session().fail("/interstitial/");
@@ -216,7 +216,7 @@ TEST_F(VLSoftOptInTest, AFailedFetchGivesWayToTheSystemsPrompt) {
     EXPECT_THAT(locationManager->requests(), ElementsAre("locationAlways", "locationWhenInUse"));
 }
 
-TEST_F(VLSoftOptInTest, AFailureStillCountsAsTheLastOne) {
+TEST_F(VLSoftOptInTest, AFailedSoftOptInCountsForTheInterval) {
     start();
     softOptIn();
     EXPECT_EQ(settings->lastPermissionInterstitial(), kStart);
@@ -225,7 +225,7 @@ TEST_F(VLSoftOptInTest, AFailureStillCountsAsTheLastOne) {
     EXPECT_THAT(softOptIn(VLPermissions::LocationAlways), IsEmpty());
 }
 
-TEST_F(VLSoftOptInTest, AControllerThatCannotShowItGivesWayToTheSystemsPrompt) {
+TEST_F(VLSoftOptInTest, AnUnsuitableControllerLeadsToTheSystemPrompt) {
     start(R"({"reprompt_interval":0})");
     const std::vector<std::shared_ptr<NSObject>> unsuitable = {nullptr, std::make_shared<NSObject>(),
                                                                std::make_shared<UIViewController>()};
@@ -234,20 +234,20 @@ TEST_F(VLSoftOptInTest, AControllerThatCannotShowItGivesWayToTheSystemsPrompt) {
         permissions->queueSoftOptInForPermission(VLPermissions::Notifications, object);
         phone().settle();
         EXPECT_THAT(prompts, ElementsAre(Prompt{"notifications", 15U}));
-        // From now on the user has decided; for the next round that is forgotten.
+        // The prompt has set the status; the next round needs it undecided.
         reportStatus(0);
     }
     EXPECT_TRUE(session().requests("/interstitial/").empty());
 }
 
-TEST_F(VLSoftOptInTest, ContentThatCannotBeReadGivesWayToTheSystemsPrompt) {
+TEST_F(VLSoftOptInTest, UnreadableContentLeadsToTheSystemPrompt) {
     start();
     softOptIn();
     answer(answerWithContent("no JSON"));
     EXPECT_THAT(prompts, ElementsAre(Prompt{"notifications", 15U}));
 }
 
-TEST_F(VLSoftOptInTest, NothingToShowAndNoRoomToShowItAreNoFailures) {
+TEST_F(VLSoftOptInTest, MissingContentOrWindowIsNoFailure) {
     start(R"({"reprompt_interval":0})");
     softOptIn();
     answer("{}");
@@ -257,7 +257,7 @@ TEST_F(VLSoftOptInTest, NothingToShowAndNoRoomToShowItAreNoFailures) {
     EXPECT_THAT(prompts, IsEmpty());
 }
 
-TEST_F(VLSoftOptInTest, ARequestFollowsTheSoftOptInBeforeIt) {
+TEST_F(VLSoftOptInTest, APromptFollowsTheSoftOptInBeforeIt) {
     start();
     permissions->queueSoftOptInForPermission(VLPermissions::Notifications, makeInterstitial());
     permissions->queueSystemPromptForPermission(VLPermissions::LocationAlways);
@@ -266,7 +266,7 @@ TEST_F(VLSoftOptInTest, ARequestFollowsTheSoftOptInBeforeIt) {
     EXPECT_THAT(locationManager->requests(), ElementsAre("locationAlways"));
 }
 
-TEST_F(VLSoftOptInTest, AControllerOfARefusedOneIsLetGoOfOnTheMainQueue) {
+TEST_F(VLSoftOptInTest, ARefusedControllerIsReleasedOnTheMainQueue) {
     class Leaving : public Interstitial {
     public:
         explicit Leaving(bool& wasOnMainQueue) : wasOnMainQueue_(wasOnMainQueue) {}

@@ -8,7 +8,7 @@ namespace {
 
 using Settings = VLUserNotificationSettings;
 
-TEST(VLUserNotificationSettingsTest, TheFieldsComeInOrder) {
+TEST(VLUserNotificationSettingsTest, TheFieldsAreInOrder) {
     const auto settings = Settings::settingsWithAuthorisation(1, 2, 3, 4, 5, 6, 7, 8, 9);
     EXPECT_EQ(settings.authorisationStatus, 1);
     EXPECT_EQ(settings.sound, 2);
@@ -21,7 +21,7 @@ TEST(VLUserNotificationSettingsTest, TheFieldsComeInOrder) {
     EXPECT_EQ(settings.alertStyle, 9);
 }
 
-TEST(VLUserNotificationSettingsTest, TheDictionaryFormHasNineTexts) {
+TEST(VLUserNotificationSettingsTest, TheDictionaryFormHas9Strings) {
     EXPECT_EQ(Settings::settingsWithAuthorisation(2, 2, 1, 0, -1, 2, 1, 0, 1).toDictionary(),
               (Dictionary{{"authorisation", "authorised"},
                           {"sound", "enabled"},
@@ -34,7 +34,7 @@ TEST(VLUserNotificationSettingsTest, TheDictionaryFormHasNineTexts) {
                           {"alert_style", "banner"}}));
 }
 
-TEST(VLUserNotificationSettingsTest, EverySettingInRangeComesBackEqual) {
+TEST(VLUserNotificationSettingsTest, SettingsInRangeRoundTrip) {
     for (std::int64_t authorisation = -1; authorisation <= 3; ++authorisation) {
         for (std::int64_t setting = -1; setting <= 2; ++setting) {
             const auto settings = Settings::settingsWithAuthorisation(authorisation, setting, setting, setting, setting,
@@ -44,14 +44,14 @@ TEST(VLUserNotificationSettingsTest, EverySettingInRangeComesBackEqual) {
     }
 }
 
-TEST(VLUserNotificationSettingsTest, ASettingOutOfRangeIsWrittenUnknownAndReadsBackAsMinusOne) {
+TEST(VLUserNotificationSettingsTest, ASettingOutOfRangeReadsBackAsMinus1) {
     Settings settings;
     settings.sound = 7;
     EXPECT_EQ(settings.toDictionary().at("sound"), Value("unknown"));
     EXPECT_EQ(Settings::settingsFromDictionary(settings.toDictionary()).sound, -1);
 }
 
-TEST(VLUserNotificationSettingsTest, AMissingKeyReadsAsItsScalesFallback) {
+TEST(VLUserNotificationSettingsTest, AMissingKeyReadsAsTheFallback) {
     const auto settings = Settings::settingsFromDictionary({{"badge", 5}});
     EXPECT_EQ(settings, Settings::settingsWithAuthorisation(0, -1, -1, -1, -1, -1, -1, -1, -1));
 }
@@ -95,7 +95,7 @@ TEST(VLUserNotificationSettingsTest, AlertStylesConvertBothWays) {
     EXPECT_EQ(Settings::stringToAlertStyle(""), -1);
 }
 
-TEST(VLUserNotificationSettingsTest, OneFieldMakesADifferenceAndNothingNeverEquals) {
+TEST(VLUserNotificationSettingsTest, OneFieldMakesADifference) {
     const Settings settings;
     std::int64_t Settings::*const fields[] = {
         &Settings::authorisationStatus, &Settings::sound,      &Settings::badge,
@@ -110,7 +110,7 @@ TEST(VLUserNotificationSettingsTest, OneFieldMakesADifferenceAndNothingNeverEqua
     EXPECT_FALSE(settings.isEqualToSettings(std::nullopt));
 }
 
-TEST(VLUserNotificationSettingsTest, TheHashIsTheClassicOneOverTheFields) {
+TEST(VLUserNotificationSettingsTest, TheHashMultipliesBy31) {
     const auto settings = Settings::settingsWithAuthorisation(-1, 0, 1, 2, -1, 0, 1, 2, 3);
     std::uint64_t expected = 1;
     for (const std::int64_t field : {-1, 0, 1, 2, -1, 0, 1, 2, 3}) {
@@ -119,7 +119,7 @@ TEST(VLUserNotificationSettingsTest, TheHashIsTheClassicOneOverTheFields) {
     EXPECT_EQ(settings.hash(), expected);
 }
 
-TEST(VLUserNotificationSettingsTest, NotificationsAreVisibleWhenAllowedAndShownSomewhere) {
+TEST(VLUserNotificationSettingsTest, VisibleMeansAllowedAndShownSomewhere) {
     for (std::int64_t authorisation = -1; authorisation <= 3; ++authorisation) {
         for (int shown = 0; shown < 8; ++shown) {
             Settings settings;

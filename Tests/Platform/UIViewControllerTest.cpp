@@ -18,7 +18,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// A screen that notes when it comes and goes.
+/// Records when it appears and disappears.
 class NotingScreen : public UIViewController {
 public:
     NotingScreen(std::string name, std::vector<std::string>& notes) : name_(std::move(name)), notes_(notes) {}
@@ -44,7 +44,7 @@ protected:
     std::shared_ptr<NotingScreen> top = screen("top");
 };
 
-TEST_F(UIViewControllerTest, AFreshOneCoversTheScreenPlainly) {
+TEST_F(UIViewControllerTest, ByDefaultAControllerCoversTheScreen) {
     EXPECT_EQ(root->modalTransitionStyle(), UIModalTransitionStyle::coverVertical);
     EXPECT_EQ(root->modalPresentationStyle(), UIModalPresentationStyle::fullScreen);
     EXPECT_EQ(root->presentedViewController(), nullptr);
@@ -52,7 +52,7 @@ TEST_F(UIViewControllerTest, AFreshOneCoversTheScreenPlainly) {
     EXPECT_EQ(root->parentViewController(), nullptr);
 }
 
-TEST_F(UIViewControllerTest, TheStylesHaveThePlatformsNumbers) {
+TEST_F(UIViewControllerTest, TheStylesHaveTheirNumbers) {
     EXPECT_EQ(static_cast<int>(UIModalTransitionStyle::crossDissolve), 2);
     EXPECT_EQ(static_cast<int>(UIModalPresentationStyle::overCurrentContext), 6);
     root->setModalTransitionStyle(UIModalTransitionStyle::crossDissolve);
@@ -68,7 +68,7 @@ TEST_F(UIViewControllerTest, PresentingShowsAndThenCompletes) {
     EXPECT_THAT(notes, ElementsAre("middle glides in", "completed"));
 }
 
-TEST_F(UIViewControllerTest, APresentedOneLivesAsLongAsItIsPresented) {
+TEST_F(UIViewControllerTest, APresentedControllerIsKeptAlive) {
     const std::weak_ptr<UIViewController> seen = middle;
     root->presentViewController(middle, false, nullptr);
     middle.reset();
@@ -77,13 +77,13 @@ TEST_F(UIViewControllerTest, APresentedOneLivesAsLongAsItIsPresented) {
     EXPECT_TRUE(seen.expired());
 }
 
-TEST_F(UIViewControllerTest, WhatPresentsIsNotHeldByWhatItPresents) {
+TEST_F(UIViewControllerTest, APresentingControllerIsNotKeptAlive) {
     root->presentViewController(middle, false, nullptr);
     root.reset();
     EXPECT_EQ(middle->presentingViewController(), nullptr);
 }
 
-TEST_F(UIViewControllerTest, DismissingTakesAllThatIsPresentedTheTopmostFirst) {
+TEST_F(UIViewControllerTest, DismissingRemovesTheTopmostFirst) {
     root->presentViewController(middle, false, nullptr);
     middle->presentViewController(top, false, nullptr);
     notes.clear();
@@ -95,34 +95,34 @@ TEST_F(UIViewControllerTest, DismissingTakesAllThatIsPresentedTheTopmostFirst) {
     EXPECT_EQ(top->presentingViewController(), nullptr);
 }
 
-TEST_F(UIViewControllerTest, OneThatPresentsNothingDismissesItself) {
+TEST_F(UIViewControllerTest, AControllerMayDismissItself) {
     root->presentViewController(middle, false, nullptr);
     middle->dismissViewControllerAnimated(false, nullptr);
     EXPECT_EQ(root->presentedViewController(), nullptr);
     EXPECT_THAT(notes, ElementsAre("middle is there", "middle is gone"));
 }
 
-TEST_F(UIViewControllerTest, DismissingWithNothingPresentedOnlyCompletes) {
+TEST_F(UIViewControllerTest, DismissingNothingOnlyCompletes) {
     root->dismissViewControllerAnimated(false, [this] { notes.push_back("completed"); });
     EXPECT_THAT(notes, ElementsAre("completed"));
 }
 
-TEST_F(UIViewControllerTest, OneThatWasDismissedCanBePresentedAgain) {
+TEST_F(UIViewControllerTest, ADismissedControllerCanBePresentedAgain) {
     root->presentViewController(middle, false, nullptr);
     root->dismissViewControllerAnimated(false, nullptr);
     root->presentViewController(middle, false, nullptr);
     EXPECT_EQ(root->presentedViewController(), middle);
 }
 
-TEST_F(UIViewControllerTest, WhatCannotBePresentedIsIgnored) {
+TEST_F(UIViewControllerTest, ImpossiblePresentationsAreIgnored) {
     const auto completion = [this] { notes.push_back("completed"); };
     root->presentViewController(middle, false, nullptr);
     notes.clear();
     root->presentViewController(nullptr, false, completion);
-    root->presentViewController(top, false, completion);     // something else is presented
-    top->presentViewController(middle, false, completion);   // on screen already
+    root->presentViewController(top, false, completion);     // another one is presented
+    top->presentViewController(middle, false, completion);   // already on screen
     top->presentViewController(top, false, completion);      // itself
-    middle->presentViewController(root, false, completion);  // what presents it
+    middle->presentViewController(root, false, completion);  // its presenter
     middle->presentViewController(middle, false, completion);
     EXPECT_THAT(notes, IsEmpty());
     EXPECT_EQ(root->presentedViewController(), middle);
@@ -130,7 +130,7 @@ TEST_F(UIViewControllerTest, WhatCannotBePresentedIsIgnored) {
     EXPECT_EQ(top->presentedViewController(), nullptr);
 }
 
-TEST_F(UIViewControllerTest, AnAlertStaysInFrontOfWhatIsPresentedLater) {
+TEST_F(UIViewControllerTest, AnAlertStaysInFrontOfLaterControllers) {
     const auto alert = std::make_shared<UIAlertController>();
     root->presentViewController(alert, false, nullptr);
     root->presentViewController(middle, false, nullptr);
@@ -142,7 +142,7 @@ TEST_F(UIViewControllerTest, AnAlertStaysInFrontOfWhatIsPresentedLater) {
     EXPECT_EQ(middle->presentedViewController(), nullptr);
 }
 
-TEST_F(UIViewControllerTest, AScreenInANavigationControllerPresentsOverTheWholeOfIt) {
+TEST_F(UIViewControllerTest, ANavigationControllerPresentsForItsContents) {
     const auto navigation = std::make_shared<UINavigationController>();
     navigation->pushViewController(root, false);
     root->presentViewController(middle, false, nullptr);
@@ -153,7 +153,7 @@ TEST_F(UIViewControllerTest, AScreenInANavigationControllerPresentsOverTheWholeO
     EXPECT_EQ(navigation->presentedViewController(), nullptr);
 }
 
-TEST_F(UIViewControllerTest, AScreenInAPresentedNavigationControllerIsPresentedWithIt) {
+TEST_F(UIViewControllerTest, ContainedControllersArePresentedWithTheirContainer) {
     const auto navigation = std::make_shared<UINavigationController>();
     navigation->pushViewController(middle, false);
     root->presentViewController(navigation, false, nullptr);
@@ -162,7 +162,7 @@ TEST_F(UIViewControllerTest, AScreenInAPresentedNavigationControllerIsPresentedW
     EXPECT_EQ(root->presentedViewController(), nullptr);
 }
 
-TEST_F(UIViewControllerTest, AScreenThatHidesFromItsOwnAppearanceIsFine) {
+TEST_F(UIViewControllerTest, AControllerMayDismissItselfWhenAppearing) {
     class Shy : public UIViewController {
         void viewDidAppear(bool animated) override { dismissViewControllerAnimated(animated, nullptr); }
     };
@@ -193,7 +193,7 @@ TEST_F(UIViewControllerTest, TheBottomScreenOfAStackStays) {
     EXPECT_EQ(navigation->topViewController(), root);
 }
 
-TEST_F(UIViewControllerTest, WhatCannotBePushedIsIgnored) {
+TEST_F(UIViewControllerTest, ImpossiblePushesAreIgnored) {
     const auto navigation = std::make_shared<UINavigationController>();
     const auto inner = std::make_shared<UINavigationController>();
     const auto other = std::make_shared<UINavigationController>();
@@ -210,7 +210,7 @@ TEST_F(UIViewControllerTest, WhatCannotBePushedIsIgnored) {
     EXPECT_THAT(inner->viewControllers(), IsEmpty());
 }
 
-TEST_F(UIViewControllerTest, AScreenInAStackIsNotPresentedByItself) {
+TEST_F(UIViewControllerTest, AContainedControllerIsNotPresented) {
     const auto navigation = std::make_shared<UINavigationController>();
     navigation->pushViewController(middle, false);
     root->presentViewController(middle, false, nullptr);

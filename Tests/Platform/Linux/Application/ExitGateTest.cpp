@@ -13,10 +13,10 @@ namespace {
 
 using Connection = LoopbackServer::Connection;
 
-/// A host that leaves its process, with COUNT requests under way, in one of several ways.
+/// Runs a host that ends its process in one of several ways while requests are in flight.
 class ExitGateTest : public testing::TestWithParam<const char*> {
 protected:
-    /// Has the host leave once that many connections are made. Its status is 0 unless it crashed or was called too
+    /// Makes the host exit after so many connections and returns its status: 0 unless it crashed or a handler ran too
     /// late.
     static int statusAfter(const char* way, const LoopbackServer& server, int count, int connections,
                            const std::map<std::string, std::string>& environment = {}) {
@@ -31,29 +31,29 @@ protected:
 INSTANTIATE_TEST_SUITE_P(Ways, ExitGateTest, testing::Values("return", "exit", "thread", "queue"),
                          [](const auto& way) { return std::string(way.param); });
 
-TEST_P(ExitGateTest, AHostMayLeaveWhileRequestsAreUnderWay) {
+TEST_P(ExitGateTest, AHostMayExitDuringRequests) {
     const LoopbackServer server([](Connection& connection) { connection.staySilent(); });
     EXPECT_EQ(statusAfter(GetParam(), server, 50, 6), 0);
 }
 
-TEST_P(ExitGateTest, AHostMayLeaveWhileSecureRequestsAreUnderWay) {
+TEST_P(ExitGateTest, AHostMayExitDuringSecureRequests) {
     const TestCertificates certificates;
     const auto context = certificates.serverContext();
     const LoopbackServer server([](Connection& connection) { connection.staySilent(); }, context.get());
     EXPECT_EQ(statusAfter(GetParam(), server, 50, 1, {{"SSL_CERT_FILE", certificates.authorityFile()}}), 0);
 }
 
-TEST_P(ExitGateTest, AHostMayLeaveRightAfterItsFirstRequest) {
+TEST_P(ExitGateTest, AHostMayExitAfterItsFirstRequest) {
     const LoopbackServer server([](Connection& connection) { connection.staySilent(); });
     for (int i = 0; i < 10; ++i) EXPECT_EQ(statusAfter(GetParam(), server, 1, 0), 0);
 }
 
-TEST_P(ExitGateTest, AHostMayLeaveWithoutAnyRequest) {
+TEST_P(ExitGateTest, AHostMayExitWithoutRequests) {
     const LoopbackServer server([](Connection&) {});
     EXPECT_EQ(statusAfter(GetParam(), server, 0, 0), 0);
 }
 
-TEST_F(ExitGateTest, AHostMayLeaveInsideAHandler) {
+TEST_F(ExitGateTest, AHostMayExitInsideAHandler) {
     const LoopbackServer server(
         LoopbackServer::answering([](const auto&) { return LoopbackServer::answer(200, "x"); }));
     for (int i = 0; i < 10; ++i) {
@@ -62,18 +62,18 @@ TEST_F(ExitGateTest, AHostMayLeaveInsideAHandler) {
     }
 }
 
-TEST_F(ExitGateTest, AForkedChildLeavesAtOnce) {
+TEST_F(ExitGateTest, AForkedChildExitsAtOnce) {
     const LoopbackServer server([](Connection& connection) { connection.staySilent(); });
-    // In the child, what only the parent's threads knew of looks like leaks.
+    // In the child, the memory of the parent's threads looks leaked.
     EXPECT_EQ(statusAfter("fork", server, 50, 6, {{"ASAN_OPTIONS", "detect_leaks=0"}}), 0);
 }
 
-TEST_F(ExitGateTest, AHandlerThatThrewIsNotWaitedFor) {
+TEST_F(ExitGateTest, AThrowingHandlerDoesNotDelayTheExit) {
     const LoopbackServer server([](Connection& connection) { connection.staySilent(); });
     EXPECT_EQ(statusAfter("throw", server, 1, 1), 0);
 }
 
-TEST_F(ExitGateTest, NoHandlerRunsOnceTheHostsStaticsAreBeingDestroyed) {
+TEST_F(ExitGateTest, NoHandlerRunsDuringStaticDestruction) {
     const LoopbackServer server(
         LoopbackServer::answering([](const auto&) { return LoopbackServer::answer(200, "x"); }));
     for (int i = 0; i < 20; ++i) {

@@ -17,7 +17,7 @@
 namespace vorlane {
 namespace {
 
-/// Keeps delayed tasks until the test says that their time has come.
+/// Keeps delayed tasks until the test runs them.
 class HeldQueue : public DispatchQueue {
 public:
     void post(std::function<void()> task) override { postAfter(0, std::move(task)); }
@@ -26,7 +26,6 @@ public:
         tasks_.push_back(std::move(task));
     }
 
-    /// The time of the oldest task has come.
     void runOldest() {
         const auto task = std::move(tasks_.front());
         tasks_.erase(tasks_.begin());
@@ -55,14 +54,14 @@ protected:
                                     [this](TimeInterval seconds) { fetchIntervals.push_back(seconds); }});
 };
 
-TEST_F(LinuxApplicationTest, PushRegistrationAndBackgroundFetchAreTheHosts) {
+TEST_F(LinuxApplicationTest, PushRegistrationAndBackgroundFetchCallTheHost) {
     application->registerForRemoteNotifications();
     application->setMinimumBackgroundFetchInterval(600);
     EXPECT_EQ(registrations, 1);
     EXPECT_THAT(fetchIntervals, testing::ElementsAre(600));
 }
 
-TEST_F(LinuxApplicationTest, URLsAreTheHostsToOpen) {
+TEST_F(LinuxApplicationTest, URLsAreOpenedByTheHost) {
     std::vector<std::string> opened;
     LinuxApplication opening(std::make_shared<NSNotificationCenter>(), queue,
                              {.registerForRemoteNotifications = nullptr,
@@ -73,13 +72,13 @@ TEST_F(LinuxApplicationTest, URLsAreTheHostsToOpen) {
     EXPECT_FALSE(application->openURL(*NSURL::URLWithString("https://vorlane.example/")));
 }
 
-TEST_F(LinuxApplicationTest, WithoutCallbacksNothingHappens) {
+TEST_F(LinuxApplicationTest, CallbacksMayBeEmpty) {
     LinuxApplication quiet(std::make_shared<NSNotificationCenter>(), queue, {});
     quiet.registerForRemoteNotifications();
     quiet.setMinimumBackgroundFetchInterval(600);
 }
 
-TEST_F(LinuxApplicationTest, TasksExpireThreeMinutesAfterTheForegroundWasLeft) {
+TEST_F(LinuxApplicationTest, TasksExpireAfter3MinutesInTheBackground) {
     application->didBecomeActive();
     beginTask();
     application->didEnterBackground();
@@ -90,7 +89,7 @@ TEST_F(LinuxApplicationTest, TasksExpireThreeMinutesAfterTheForegroundWasLeft) {
     EXPECT_TRUE(application->backgroundTasks().empty());
 }
 
-TEST_F(LinuxApplicationTest, TheBackgroundTimeThatRemainsIsToldInTheBackgroundAlone) {
+TEST_F(LinuxApplicationTest, OnlyTheBackgroundLimitsTheTime) {
     const auto clock = std::make_shared<SetClock>();
     const auto clocked = std::make_shared<LinuxApplication>(std::make_shared<NSNotificationCenter>(), queue,
                                                             LinuxApplication::Callbacks{}, clock);
@@ -108,7 +107,7 @@ TEST_F(LinuxApplicationTest, TheBackgroundTimeThatRemainsIsToldInTheBackgroundAl
     EXPECT_EQ(clocked->backgroundTimeRemaining(), kUnlimited);
 }
 
-TEST_F(LinuxApplicationTest, ATaskThatEndedInTimeDoesNotExpire) {
+TEST_F(LinuxApplicationTest, AnEndedTaskDoesNotExpire) {
     const auto task = application->beginBackgroundTaskWithName("task", [this] { ++expirations; });
     application->didEnterBackground();
     application->endBackgroundTask(task);
@@ -116,7 +115,7 @@ TEST_F(LinuxApplicationTest, ATaskThatEndedInTimeDoesNotExpire) {
     EXPECT_EQ(expirations, 0);
 }
 
-TEST_F(LinuxApplicationTest, AnApplicationThatCameBackKeepsItsTasks) {
+TEST_F(LinuxApplicationTest, EnteringTheForegroundKeepsTheTasks) {
     beginTask();
     application->didEnterBackground();
     application->willEnterForeground();
@@ -125,7 +124,7 @@ TEST_F(LinuxApplicationTest, AnApplicationThatCameBackKeepsItsTasks) {
     EXPECT_EQ(application->backgroundTasks().size(), 1U);
 }
 
-TEST_F(LinuxApplicationTest, AnApplicationThatBecameActiveKeepsItsTasks) {
+TEST_F(LinuxApplicationTest, BecomingActiveKeepsTheTasks) {
     beginTask();
     application->didEnterBackground();
     application->didBecomeActive();
@@ -133,18 +132,18 @@ TEST_F(LinuxApplicationTest, AnApplicationThatBecameActiveKeepsItsTasks) {
     EXPECT_EQ(expirations, 0);
 }
 
-TEST_F(LinuxApplicationTest, EachStayInTheBackgroundHasItsWholeTime) {
+TEST_F(LinuxApplicationTest, EachStayHasItsWholeBackgroundTime) {
     application->didEnterBackground();
     application->willEnterForeground();
     beginTask();
     application->didEnterBackground();
-    queue->runOldest();  // the time of the first stay
+    queue->runOldest();  // the end of the first stay
     EXPECT_EQ(expirations, 0);
     queue->runOldest();
     EXPECT_EQ(expirations, 1);
 }
 
-TEST_F(LinuxApplicationTest, AnApplicationThatIsGoneIsNotMissed) {
+TEST_F(LinuxApplicationTest, ADestroyedApplicationExpiresNothing) {
     beginTask();
     application->didEnterBackground();
     application.reset();

@@ -19,7 +19,7 @@ namespace {
 
 constexpr int kNotifications = 20;
 
-/// Real processes over one folder, each killed at some moment; what they deliver comes through a pipe.
+/// Runs real processes on one folder and kills each of them; they report deliveries through a pipe.
 class NotificationKillTest : public TemporaryFolderTest {
 protected:
     NotificationKillTest() {
@@ -30,7 +30,7 @@ protected:
         for (const int end : {delivered_[0], delivered_[1], ready_[0], ready_[1]}) ::close(end);
     }
 
-    /// Starts a process that runs `work` on a platform with the folder's notifications and then its main queue.
+    /// Starts a process that runs `work` on a platform in the folder, and then the main queue.
     template <class Work>
     pid_t start(Work work) {
         const pid_t process = fork();
@@ -69,14 +69,14 @@ protected:
         }
     }
 
-    /// Tells the test that the process has come so far.
-    void tellReady() const { EXPECT_EQ(::write(ready_[1], "r", 1), 1); }
+    /// Reports to the test that the process has reached this point.
+    void reportReady() const { EXPECT_EQ(::write(ready_[1], "r", 1), 1); }
     void awaitReady() const {
         char byte = 0;
         EXPECT_EQ(::read(ready_[0], &byte, 1), 1);
     }
 
-    /// Kills the process after so many milliseconds, or sooner when it has delivered enough.
+    /// Kills the process after the given time, or as soon as it has delivered enough.
     void killAfter(pid_t process, int milliseconds, int enough = kNotifications + 1) {
         takeDeliveries(milliseconds, enough);
         ::kill(process, SIGKILL);
@@ -106,7 +106,7 @@ protected:
         for (const auto& [number, times] : deliveries_) most = std::max(most, times);
         return most;
     }
-    std::size_t keptCount() {
+    std::size_t storedCount() {
         const auto root =
             NSPropertyListSerialization::dictionaryWithContentsOfFile(path("documents/VLScheduledNotifications.plist"));
         return root && root->contains("notifications") ? root->at("notifications").size() : 0;
@@ -122,16 +122,16 @@ private:
     std::map<char, int> deliveries_;
 };
 
-TEST_F(NotificationKillTest, OneThatWasScheduledBeforeAKillIsDeliveredOnceByTheNextProcess) {
+TEST_F(NotificationKillTest, AKilledProcessLeavesNotificationsToTheNext) {
     const pid_t first = start([this](LinuxPlatform& platform) {
         schedule(platform, 3600);
-        tellReady();
+        reportReady();
     });
     awaitReady();
     killAfter(first, 0);
-    ASSERT_EQ(keptCount(), static_cast<std::size_t>(kNotifications));
+    ASSERT_EQ(storedCount(), static_cast<std::size_t>(kNotifications));
 
-    // Their dates pass while no process runs: an hour of it is played by moving the dates.
+    // Moves the fire dates into the past, as if an hour had passed without a process.
     auto root =
         *NSPropertyListSerialization::dictionaryWithContentsOfFile(path("documents/VLScheduledNotifications.plist"));
     for (auto& entry : root["notifications"]) entry["fireDate"] = 1000.0;
@@ -140,39 +140,39 @@ TEST_F(NotificationKillTest, OneThatWasScheduledBeforeAKillIsDeliveredOnceByTheN
     killAfter(start(onlyOpen), 60'000, kNotifications);
     EXPECT_EQ(total(), kNotifications);
     EXPECT_EQ(mostDeliveriesOfOne(), 1);
-    EXPECT_EQ(keptCount(), 0U);
+    EXPECT_EQ(storedCount(), 0U);
     killAfter(start(onlyOpen), 50);
     EXPECT_EQ(total(), kNotifications) << "again by a later process";
 }
 
-TEST_F(NotificationKillTest, AKillInTheMiddleOfSchedulingLeavesThoseThatWereScheduled) {
+TEST_F(NotificationKillTest, AKillDuringSchedulingKeepsScheduledNotifications) {
     for (int round = 0; round < 10; ++round) {
-        const auto before = keptCount();
+        const auto before = storedCount();
         const pid_t process = start([this](LinuxPlatform& platform) {
             platform.application();
-            tellReady();
+            reportReady();
             schedule(platform, 3600);
         });
         awaitReady();
         killAfter(process, static_cast<int>(random_() % 8));
-        EXPECT_GE(keptCount(), before);
-        EXPECT_LE(keptCount(), before + kNotifications);
+        EXPECT_GE(storedCount(), before);
+        EXPECT_LE(storedCount(), before + kNotifications);
     }
     EXPECT_EQ(total(), 0);
 }
 
-TEST_F(NotificationKillTest, HoweverOftenTheProcessIsKilledAroundTheDateNoneIsDeliveredTwice) {
+TEST_F(NotificationKillTest, RepeatedKillsNeverDeliverTwice) {
     const pid_t first = start([this](LinuxPlatform& platform) {
         schedule(platform, 0.02);
-        tellReady();
+        reportReady();
     });
     awaitReady();
     killAfter(first, static_cast<int>(random_() % 30));
     int rounds = 0;
-    while (keptCount() > 0 && ++rounds < 500) killAfter(start(onlyOpen), static_cast<int>(random_() % 10));
-    EXPECT_EQ(keptCount(), 0U);
+    while (storedCount() > 0 && ++rounds < 500) killAfter(start(onlyOpen), static_cast<int>(random_() % 10));
+    EXPECT_EQ(storedCount(), 0U);
     EXPECT_EQ(mostDeliveriesOfOne(), 1);
-    // Of each kill at most the one that was being delivered is lost: it has left the file and not reached the host.
+    // Each kill loses at most the notification that was being delivered: it had left the file.
     EXPECT_GE(total(), kNotifications - rounds - 1);
     EXPECT_LE(total(), kNotifications);
 }
