@@ -110,7 +110,7 @@ Value getURLs(const OperationCall& /*call*/) {
     return urls ? valueOf(*urls) : Value();
 }
 
-Value setURLs(const OperationCall& call) {
+Value replaceURLs(const OperationCall& call) {
     Vorlane::setURLs(URLsFrom(call.dictionary(0)));
     return nullptr;
 }
@@ -144,7 +144,7 @@ const std::map<std::string, Operation>& operations() {
         withInboxOperations(withScreenOperations(withNotificationOperations({
             {"initialiseSDKWithApplication:launchOptions:sdkOptions:", initialise},
             {"sharedInstance", doing([](Call) { Vorlane::sharedInstance(); })},
-            {"setURLs:", setURLs},
+            {"setURLs:", replaceURLs},
             {"getURLs", getURLs},
             {"setTrackingId:", doing([](Call call) { Vorlane::setTrackingId(call.optionalString(0)); })},
             {"trackingId", [](Call) { return Value(Vorlane::trackingId()); }},

@@ -16,7 +16,7 @@ namespace {
 constexpr std::chrono::seconds kPatience{100};
 
 /// What a request gets: bytes with a status, something else than HTTP, nothing, or an error.
-struct Answer {
+struct ScriptedAnswer {
     std::int64_t status = 0;
     std::optional<Data> body = std::nullopt;
     bool isHTTP = true;
@@ -30,13 +30,13 @@ NSError errorOf(NSURLError code, const NSURL& url) {
     return {NSURLErrorDomain, static_cast<std::int64_t>(code), {{"NSErrorFailingURLStringKey", url.absoluteString()}}};
 }
 
-std::shared_ptr<const NSURLResponse> responseOf(const Answer& answer, const NSURL& url) {
+std::shared_ptr<const NSURLResponse> responseOf(const ScriptedAnswer& answer, const NSURL& url) {
     if (!answer.hasResponse) return nullptr;
     if (!answer.isHTTP) return std::make_shared<NSURLResponse>(url);
     return std::make_shared<NSHTTPURLResponse>(url, answer.status);
 }
 
-void give(const NSURLSession::CompletionHandler& handler, const Answer& answer, const NSURL& url) {
+void give(const NSURLSession::CompletionHandler& handler, const ScriptedAnswer& answer, const NSURL& url) {
     if (!handler) return;
     if (answer.failure) return handler(std::nullopt, nullptr, errorOf(*answer.failure, url));
     handler(answer.body, responseOf(answer, url), std::nullopt);
@@ -98,17 +98,17 @@ struct ScriptedURLSession::Impl {
     };
     struct Rule {
         std::string part;
-        Answer answer;
+        ScriptedAnswer answer;
     };
 
     explicit Impl(std::shared_ptr<SerialDispatchQueue> queue) : delegateQueue(std::move(queue)) {}
 
     void send(const std::shared_ptr<Entry>& entry, std::shared_ptr<NSURLSessionDataTask> task);
     void cancel(const std::shared_ptr<Entry>& entry);
-    void answerOldest(const std::string& part, const Answer& answer);
-    void addRule(const std::string& part, const Answer& answer);
+    void answerOldest(const std::string& part, const ScriptedAnswer& answer);
+    void addRule(const std::string& part, const ScriptedAnswer& answer);
     void closeAs(Entry& entry, bool isCancelled);
-    void post(const std::shared_ptr<Entry>& entry, const Answer& answer) const;
+    void post(const std::shared_ptr<Entry>& entry, const ScriptedAnswer& answer) const;
     void waitForHandlers() const;
 
     const std::shared_ptr<SerialDispatchQueue> delegateQueue;
@@ -121,13 +121,13 @@ struct ScriptedURLSession::Impl {
 };
 
 void ScriptedURLSession::Impl::send(const std::shared_ptr<Entry>& entry, std::shared_ptr<NSURLSessionDataTask> task) {
-    std::optional<Answer> answer;
+    std::optional<ScriptedAnswer> answer;
     {
         const std::lock_guard lock(mutex);
         entry->task = std::move(task);
         entries.push_back(entry);
         if (isInvalid) {
-            answer = Answer{.failure = NSURLError::cancelled};
+            answer = ScriptedAnswer{.failure = NSURLError::cancelled};
         } else {
             for (const auto& rule : rules) {
                 if (entry->fits(rule.part)) answer = rule.answer;
@@ -151,7 +151,7 @@ void ScriptedURLSession::Impl::closeAs(Entry& entry, bool isCancelled) {
     (isCancelled ? entry.record.cancelled : entry.record.answered) = true;
 }
 
-void ScriptedURLSession::Impl::post(const std::shared_ptr<Entry>& entry, const Answer& answer) const {
+void ScriptedURLSession::Impl::post(const std::shared_ptr<Entry>& entry, const ScriptedAnswer& answer) const {
     delegateQueue->post([entry, answer, task = std::exchange(entry->task, nullptr)] {
         give(std::exchange(entry->handler, nullptr), answer, entry->record.request.URL);
     });
@@ -161,7 +161,7 @@ void ScriptedURLSession::Impl::waitForHandlers() const {
     if (!delegateQueue->isCurrent()) delegateQueue->waitUntilIdle(std::chrono::steady_clock::now() + kPatience);
 }
 
-void ScriptedURLSession::Impl::answerOldest(const std::string& part, const Answer& answer) {
+void ScriptedURLSession::Impl::answerOldest(const std::string& part, const ScriptedAnswer& answer) {
     std::shared_ptr<Entry> found;
     {
         const std::lock_guard lock(mutex);
@@ -177,7 +177,7 @@ void ScriptedURLSession::Impl::answerOldest(const std::string& part, const Answe
     waitForHandlers();
 }
 
-void ScriptedURLSession::Impl::addRule(const std::string& part, const Answer& answer) {
+void ScriptedURLSession::Impl::addRule(const std::string& part, const ScriptedAnswer& answer) {
     std::vector<std::shared_ptr<Entry>> open;
     {
         const std::lock_guard lock(mutex);

@@ -8,7 +8,7 @@ namespace vorlane {
 
 namespace {
 
-constexpr const char* kFileName = "VLBeaconRegionSessions.plist";
+constexpr const char* kSessionsFileName = "VLBeaconRegionSessions.plist";
 constexpr const char* kSessionId = "REGION_SESSION_ID";
 
 }  // namespace
@@ -36,7 +36,7 @@ void VLBeaconRegionSessionsData::removeRegion(const std::string& regionId) {
 }
 
 std::string VLBeaconRegionSessionsData::getFilePath() {
-    return Platform::current().documentsFolder() + "/" + kFileName;
+    return Platform::current().documentsFolder() + "/" + kSessionsFileName;
 }
 
 void VLBeaconRegionSessionsData::write() const { NSPropertyListSerialization::writeToFile(regionSessions_, filePath_); }

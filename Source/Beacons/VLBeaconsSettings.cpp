@@ -12,7 +12,7 @@ namespace vorlane {
 
 namespace {
 
-constexpr const char* kFileName = "VLLibBeaconsSettings.plist";
+constexpr const char* kSettingsFileName = "VLLibBeaconsSettings.plist";
 
 constexpr const char* kServerConfig = "VL_SERVER_CONFIG";
 constexpr const char* kLastServerConfigUpdateTime = "VL_LAST_SERVER_CONFIG_UPDATE_TIME";
@@ -142,7 +142,7 @@ Dictionary VLBeaconsSettings::allSettings() const {
     return allSettings_;
 }
 
-std::string VLBeaconsSettings::getFilePath() { return Platform::current().documentsFolder() + "/" + kFileName; }
+std::string VLBeaconsSettings::getFilePath() { return Platform::current().documentsFolder() + "/" + kSettingsFileName; }
 
 /// "uuid_major_minor" of the current beacon.
 std::optional<std::string> VLBeaconsSettings::coolOffKeyForBeacon() const {

@@ -4,7 +4,7 @@ namespace vorlane {
 
 namespace {
 
-const std::string kUUID = "B9407F30-F5F8-466E-AFF9-25556B57FE6D";
+const std::string kRegionUUID = "B9407F30-F5F8-466E-AFF9-25556B57FE6D";
 
 class PhoneLocationLinesTest : public EndToEndTest {
 protected:
@@ -58,11 +58,12 @@ TEST_F(PhoneLocationLinesTest, LinesBeforeTheLaunchAreTaken) {
          {"locations",
           Array{Dictionary{{"latitude", 59.9}, {"longitude", 10.7}},
                 Dictionary{{"latitude", 59.9}, {"longitude", 10.7}, {"horizontalAccuracy", 5}, {"age", 2}}}}});
-    const Dictionary beacons{{"type", "beacon"}, {"identifier", "shop"}, {"uuid", kUUID}};
+    const Dictionary beacons{{"type", "beacon"}, {"identifier", "shop"}, {"uuid", kRegionUUID}};
     phone->perform({{"do", "region"}, {"region", beacons}, {"event", "outside"}});
-    phone->perform({{"do", "range"},
-                    {"region", beacons},
-                    {"beacons", Array{Dictionary{{"uuid", kUUID}, {"major", 1}, {"minor", 2}, {"proximity", 77}}}}});
+    phone->perform(
+        {{"do", "range"},
+         {"region", beacons},
+         {"beacons", Array{Dictionary{{"uuid", kRegionUUID}, {"major", 1}, {"minor", 2}, {"proximity", 77}}}}});
     EXPECT_EQ(query("monitoredRegions"), Value(Array{}));
     EXPECT_EQ(query("rangedRegions"), Value(Array{}));
 }

@@ -10,13 +10,13 @@ namespace vorlane {
 
 namespace {
 
-const std::string kUUID = "B9407F30-F5F8-466E-AFF9-25556B57FE6D";
+const std::string kRegionUUID = "B9407F30-F5F8-466E-AFF9-25556B57FE6D";
 
 Dictionary circle() {
     return {{"type", "circular"}, {"identifier", "7"}, {"latitude", 59.9}, {"longitude", 10.75}, {"radius", 100.0}};
 }
 
-Dictionary beacons() { return {{"type", "beacon"}, {"identifier", "shop"}, {"uuid", kUUID}}; }
+Dictionary beacons() { return {{"type", "beacon"}, {"identifier", "shop"}, {"uuid", kRegionUUID}}; }
 
 Dictionary changed(Dictionary dictionary, const std::string& key, const Value& value) {
     dictionary[key] = value;
@@ -44,12 +44,13 @@ TEST(CLRegionTest, ABeaconRegionIsReadBackAsItWasWritten) {
     narrow["notifyEntryStateOnDisplay"] = true;
     const auto region = std::dynamic_pointer_cast<CLBeaconRegion>(CLRegion::fromDictionary(narrow));
     ASSERT_TRUE(region);
-    EXPECT_EQ(region->proximityUUID(), kUUID);
+    EXPECT_EQ(region->proximityUUID(), kRegionUUID);
     EXPECT_EQ(region->major(), 0);
     EXPECT_EQ(region->minor(), 65535);
     EXPECT_TRUE(region->notifyEntryStateOnDisplay());
     EXPECT_EQ(region->toDictionary(), narrow);
-    EXPECT_EQ(region->description(), "CLBeaconRegion (identifier:'shop', uuid:" + kUUID + ", major:0, minor:65535)");
+    EXPECT_EQ(region->description(),
+              "CLBeaconRegion (identifier:'shop', uuid:" + kRegionUUID + ", major:0, minor:65535)");
 }
 
 TEST(CLRegionTest, ABeaconRegionOfAnyMajorAndMinorSaysSo) {
@@ -60,11 +61,11 @@ TEST(CLRegionTest, ABeaconRegionOfAnyMajorAndMinorSaysSo) {
     EXPECT_FALSE(region->notifyEntryStateOnDisplay());
     EXPECT_EQ(region->toDictionary(), beacons());
     EXPECT_EQ(region->description(),
-              "CLBeaconRegion (identifier:'shop', uuid:" + kUUID + ", major:(null), minor:(null))");
+              "CLBeaconRegion (identifier:'shop', uuid:" + kRegionUUID + ", major:(null), minor:(null))");
 }
 
 TEST(CLRegionTest, AUUIDIsKeptInCapitals) {
-    auto small = kUUID;
+    auto small = kRegionUUID;
     for (auto& letter : small) letter = static_cast<char>(std::tolower(letter));
     const auto region = CLRegion::fromDictionary(changed(beacons(), "uuid", small));
     ASSERT_TRUE(region);
@@ -113,8 +114,8 @@ TEST(CLRegionTest, ABeaconRegionWhoseNumbersAreNoneIsNone) {
             EXPECT_FALSE(CLRegion::fromDictionary(changed(beacons(), key, value))) << key << value;
         }
     }
-    for (const auto& uuid :
-         {std::string(), kUUID.substr(1), kUUID + "0", std::string("no uuid"), std::string(kUUID) + '\0'}) {
+    for (const auto& uuid : {std::string(), kRegionUUID.substr(1), kRegionUUID + "0", std::string("no uuid"),
+                             std::string(kRegionUUID) + '\0'}) {
         EXPECT_FALSE(CLRegion::fromDictionary(changed(beacons(), "uuid", uuid))) << uuid;
     }
 }

@@ -14,7 +14,7 @@ namespace {
 
 using Milliseconds = std::optional<std::int64_t>;
 
-constexpr const char* kFilter =
+constexpr const char* kBeaconFilter =
     " WHERE (?1 IS NULL OR app_key = ?1) AND (?2 IS NULL OR tracking_id = ?2) ORDER BY number";
 
 }  // namespace
@@ -89,7 +89,7 @@ Array BeaconStore::sessions(const StoreFilter& filter) {
                               std::string("SELECT number, app_key AS appKey, tracking_id AS trackingId, "
                                           "session_id AS sessionId, uuid, major, minor, start_time AS startTime, "
                                           "end_time AS endTime FROM beacon_sessions") +
-                                  kFilter);
+                                  kBeaconFilter);
     return statement.bind(filter.appKey, filter.trackingId).rows();
 }
 
@@ -98,7 +98,7 @@ Array BeaconStore::summaries(const StoreFilter& filter) {
     SQLiteStatement statement(database_,
                               std::string("SELECT number, time, app_key AS appKey, tracking_id AS trackingId, "
                                           "session_id AS sessionId, timestamp, beacons FROM beacon_summaries") +
-                                  kFilter);
+                                  kBeaconFilter);
     return statement.bind(filter.appKey, filter.trackingId).rows();
 }
 

@@ -17,7 +17,8 @@ constexpr const char* kColumns =
     "background_color AS backgroundColor, foreground_color AS foregroundColor, card_url AS cardUrl, image, metadata, "
     "created, expires AS \"end\", is_read AS read, is_deleted AS deleted "
     "FROM mailboxes JOIN messages ON id = message";
-constexpr const char* kFilter = " WHERE (?1 IS NULL OR mailboxes.app_key = ?1) AND (?2 IS NULL OR tracking_id = ?2)";
+constexpr const char* kMailboxFilter =
+    " WHERE (?1 IS NULL OR mailboxes.app_key = ?1) AND (?2 IS NULL OR tracking_id = ?2)";
 
 /// An id as SQLite keeps it: the signed number of the same bits.
 std::optional<std::int64_t> stored(const std::optional<std::uint64_t>& id) {
@@ -133,7 +134,7 @@ std::optional<CardImage> MailboxStore::image(const std::string& name) {
 
 Array MailboxStore::list(const StoreFilter& filter) {
     const std::lock_guard lock(mutex_);
-    auto rows = SQLiteStatement(database_, std::string(kColumns) + kFilter +
+    auto rows = SQLiteStatement(database_, std::string(kColumns) + kMailboxFilter +
                                                " ORDER BY mailboxes.app_key, tracking_id, message < 0, message")
                     .bind(filter.appKey, filter.trackingId)
                     .rows();
@@ -145,7 +146,8 @@ std::size_t MailboxStore::remove(const StoreFilter& filter, const std::optional<
     const std::lock_guard lock(mutex_);
     std::size_t removed = 0;
     database_.inTransaction([&] {
-        SQLiteStatement(database_, std::string("DELETE FROM mailboxes") + kFilter + " AND (?3 IS NULL OR message = ?3)")
+        SQLiteStatement(database_,
+                        std::string("DELETE FROM mailboxes") + kMailboxFilter + " AND (?3 IS NULL OR message = ?3)")
             .bind(filter.appKey, filter.trackingId, stored(id))
             .run();
         removed = changedRows();

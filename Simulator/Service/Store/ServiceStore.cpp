@@ -16,7 +16,8 @@
 namespace vorlane::service {
 namespace {
 
-constexpr const char* kFilter = " WHERE (?1 IS NULL OR app_key = ?1) AND (?2 IS NULL OR tracking_id = ?2) ORDER BY ";
+constexpr const char* kDeviceFilter =
+    " WHERE (?1 IS NULL OR app_key = ?1) AND (?2 IS NULL OR tracking_id = ?2) ORDER BY ";
 
 std::string jsonText(const Dictionary& dictionary) { return service::jsonText(Value(dictionary)); }
 
@@ -216,20 +217,20 @@ Array ServiceStore::sessions(const StoreFilter& filter) {
                             "device_id AS deviceId, sid, session_length AS sessionLength, "
                             "average_session_length AS averageSessionLength, phash, "
                             "prev_tracking_id AS prevTrackingId, payload FROM sessions") +
-                    kFilter + "number",
+                    kDeviceFilter + "number",
                 filter);
 }
 
 Array ServiceStore::events(const StoreFilter& filter) {
     return list(std::string("SELECT number, time, app_key AS appKey, tracking_id AS trackingId, "
                             "device_id AS deviceId, sid, type, label, phash, payload FROM events") +
-                    kFilter + "number",
+                    kDeviceFilter + "number",
                 filter);
 }
 
 Array ServiceStore::tags(const StoreFilter& filter) {
     auto rows = list(std::string("SELECT app_key AS appKey, tracking_id AS trackingId, name, type, value FROM tags") +
-                         kFilter + "app_key, tracking_id, name",
+                         kDeviceFilter + "app_key, tracking_id, name",
                      filter);
     for (auto& row : rows) {
         const Tag tag{row["name"].get<std::string>(), row["type"].get<std::string>(), row["value"].get<std::string>()};
@@ -242,7 +243,7 @@ Array ServiceStore::devices(const StoreFilter& filter) {
     return list(std::string("SELECT app_key AS appKey, device_id AS deviceId, tracking_id AS trackingId, "
                             "prev_tracking_id AS prevTrackingId, time, platform, device, token, registered, "
                             "notification_settings AS notificationSettings FROM devices") +
-                    kFilter + "app_key, device_id",
+                    kDeviceFilter + "app_key, device_id",
                 filter);
 }
 
