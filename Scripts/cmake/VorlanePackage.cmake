@@ -16,6 +16,8 @@ endforeach()
 
 install(DIRECTORY ${VORLANE_STAGED_INCLUDES}/vorlane DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
 
+list(JOIN VORLANE_FOUND_PACKAGES " " VORLANE_FOUND_PACKAGES)
+list(JOIN VORLANE_FOUND_MODULES " " VORLANE_FOUND_MODULES)
 configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/VorlaneConfig.cmake.in ${PROJECT_BINARY_DIR}/VorlaneConfig.cmake
                               INSTALL_DESTINATION ${VORLANE_CMAKE_DIR} NO_SET_AND_CHECK_MACRO)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/VorlaneConfigVersion.cmake COMPATIBILITY SameMajorVersion)

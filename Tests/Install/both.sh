@@ -1,4 +1,4 @@
-# A host that asks for the static and the shared library at once, or for an unknown part, is told so.
+# find_package fails for the static and the shared library at once, and for an unknown component.
 source "$(dirname "$0")/common.sh"
 folder=$(fresh_folder both)
 configure() {
@@ -6,6 +6,6 @@ configure() {
         -DKIND="$1" >"$folder/log" 2>&1
 }
 ! configure "static;shared" || fail "both libraries were found at once"
-grep -q "not for both" "$folder/log" || fail "no reason was given: $(cat "$folder/log")"
+grep -q "not for both" "$folder/log" || fail "there is no reason in the log: $(cat "$folder/log")"
 ! configure "static;wireless" || fail "an unknown component was found"
 configure static || fail "the static library alone was not found: $(cat "$folder/log")"

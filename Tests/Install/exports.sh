@@ -1,22 +1,22 @@
-# The shared library exports names of namespace vorlane only, all that its installed headers promise and nothing that they do
-# not, and is known by its major version.
+# The shared library exports names of namespace vorlane only: everything that the installed headers declare, and no internal
+# class. Its soname is the major version.
 source "$(dirname "$0")/common.sh"
 exported=$("$NM" --dynamic --demangle --defined-only "$LIBRARY" | cut -d ' ' -f 2-)
 strangers=$(grep -vE '^[A-Za-z] ((typeinfo( name)?|vtable|VTT|guard variable) for |(non-)?virtual thunk to )?vorlane::|^A VORLANE_2$' \
     <<<"$exported" || true)
-[[ -z $strangers ]] || fail "exported without need: $strangers"
-# Read to its end: a pipe that closes early fails its writer.
-objdump -p "$LIBRARY" | grep -E "SONAME +libvorlane\.so\.${VERSION%%.*}$" >/dev/null || fail "the soname is another one"
+[[ -z $strangers ]] || fail "exported without a header: $strangers"
+# grep reads to the end: objdump fails when its pipe closes early.
+objdump -p "$LIBRARY" | grep -E "SONAME +libvorlane\.so\.${VERSION%%.*}$" >/dev/null || fail "wrong soname"
 
-# What a class has compiled; a class that is all in its header has nothing.
+# Each exported class has a compiled function or a vtable.
 headers=("$SOURCE"/Source/Public/*.h "$SOURCE"/Source/Platform/*.h "$SOURCE"/Source/Platform/Linux/LinuxPlatform.h)
 classes=$(grep -hoP '^(class|struct) VORLANE_EXPORT \K\w+' "${headers[@]}")
 [[ $(wc -l <<<"$classes") -gt 30 ]] || fail "the headers name only these classes: $classes"
 for class in $classes; do
-    grep -qE " (vtable for )?vorlane::$class(::|@)" <<<"$exported" || fail "nothing of $class is exported"
+    grep -qE " (vtable for )?vorlane::$class(::|@)" <<<"$exported" || fail "no function of $class is exported"
 done
 
-# What an application calls, and hands in or is handed.
+# The operations that an application calls, and those of the objects that it passes or receives.
 for name in logMessage onMainQueue \
     Vorlane::{initialiseSDKWithApplication,registerEventWithType,setTag,setURLs} \
     Vorlane::{didRegisterForRemoteNotificationsWithDeviceToken,unregisterFromRemoteNotificationsWithCompletionHandler} \
@@ -32,7 +32,7 @@ for name in logMessage onMainQueue \
     grep -qE "^T vorlane::$name[[(]" <<<"$exported" || fail "$name is not exported"
 done
 
-# Every class of the library's own: hosts have no header for it.
+# Classes without an installed header.
 insiders=$(find "$SOURCE"/Source/{Core,Network,Tracking,Notifications,Categories} -name '*.h' -exec grep -hoP \
     '^(class|struct) \K\w+(?=.*[{:]$)' {} + | sort -u)
 for class in $insiders; do

@@ -1,4 +1,4 @@
-# Builds first-app against the installation with find_package. Argument: static, shared, or default (nothing asked for).
+# Builds first-app against the installation with find_package. Argument: static, shared, or default.
 source "$(dirname "$0")/common.sh"
 kind=$1
 folder=$(fresh_folder "installed-$kind")

@@ -3,7 +3,7 @@ source "$(dirname "$0")/common.sh"
 kind=$1
 folder=$(fresh_folder "pkg-config-$kind")
 export PKG_CONFIG_PATH=$prefix/$LIBDIR/pkgconfig
-[[ $(pkg-config --modversion vorlane) == "$VERSION" ]] || fail "pkg-config tells another version"
+[[ $(pkg-config --modversion vorlane) == "$VERSION" ]] || fail "pkg-config reports another version"
 read -ra compile <<<"$(pkg-config --cflags vorlane)"
 if [[ $kind == static ]]; then
     read -ra link <<<"$(pkg-config --static --libs vorlane)"

@@ -1,4 +1,4 @@
-# Each installed header compiles by itself, and includes nothing but the standard library, nlohmann/json and its like.
+# Each installed header compiles alone, and includes only the standard library, nlohmann/json and other installed headers.
 source "$(dirname "$0")/common.sh"
 cd "$prefix/include"
 strangers=$(grep -rnE '^\s*#\s*include' vorlane | grep -vE '#include <([a-z_]+|nlohmann/[a-z_]+\.hpp|vorlane/[A-Za-z/]+\.h)>$' || true)

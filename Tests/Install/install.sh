@@ -1,4 +1,4 @@
-# Installs the build tree for the tests that need it.
+# Installs the build tree for this test and the tests that need it.
 source "$(dirname "$0")/common.sh"
 fresh_folder prefix >/dev/null
 "$CMAKE" --install "$BUILD" --prefix "$prefix" >"$WORK/install.log"

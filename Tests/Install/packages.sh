@@ -1,4 +1,4 @@
-# Makes the Debian packages and looks into them.
+# Builds the Debian packages, and checks their fields and files.
 source "$(dirname "$0")/common.sh"
 folder=$(fresh_folder packages)
 "$CPACK" --config "$BUILD/CPackConfig.cmake" -G DEB -B "$folder" >"$folder/log" || fail "$(cat "$folder/log")"
@@ -18,7 +18,7 @@ for package in "libvorlane (= $VERSION)" nlohmann-json3-dev libcurl4-openssl-dev
 done
 
 dpkg-deb --info "$runtime" shlibs | grep -x "libvorlane ${VERSION%%.*} libvorlane (>= $VERSION)" >/dev/null ||
-    fail "libvorlane does not say what a program linked to it depends on"
+    fail "libvorlane has no shlibs entry for its dependants"
 
 dpkg-deb --extract "$runtime" "$folder/runtime"
 dpkg-deb --extract "$development" "$folder/development"
@@ -33,7 +33,7 @@ done
 ! files development | grep -vE '^usr/(include/vorlane|lib)/' >/dev/null || fail "libvorlane-dev holds: $(files development)"
 ! "$NM" "$folder/runtime/$libraries/libvorlane.so.$VERSION" 2>/dev/null | grep . >/dev/null || fail "the packed library is not stripped"
 
-# Both together are an installation.
+# Both unpacked together work like an installation.
 cp -a "$folder/runtime/usr" "$folder/development/"
 root=$folder/development/usr
 export PKG_CONFIG_PATH=$root/$LIBDIR/pkgconfig

@@ -1,0 +1,17 @@
+# Scripts/dependencies agrees with the packages and modules that it names, and with the libraries that were linked.
+source "$(dirname "$0")/common.sh"
+needed=$(objdump -p "$LIBRARY" | sed -n 's/^ *NEEDED *//p' | grep -vE '^(lib(c|m|gcc_s|stdc\+\+|[alt]san|ubsan)|ld-linux.*)\.so')
+rows=$(grep -v '^#' "$SOURCE/Scripts/dependencies")
+[[ -n $rows ]] || fail "the table is empty"
+
+while read -r package finder _ option; do
+    [[ " $(dpkg-query --listfiles "$package" | xargs) " == *"/lib${option#-l}.so "* ]] || fail "$package has no lib${option#-l}.so"
+    if [[ $finder == module:* ]]; then
+        [[ " $(pkg-config --libs "${finder#module:}") " == *" $option "* ]] || fail "${finder#module:} has no $option"
+    fi
+    grep -qE "^lib${option#-l}[-0-9.]*\.so" <<<"$needed" || fail "the library is not linked with $option"
+    needed=$(grep -vE "^lib${option#-l}[-0-9.]*\.so" <<<"$needed" || true)
+    grep -qE "^Libs.private:.* $option( |$)" "$BUILD/vorlane.pc" || fail "vorlane.pc has no $option"
+    grep -qE "[ ;:](${finder#*:})[); ]" "$BUILD/VorlaneConfig.cmake" || fail "VorlaneConfig.cmake does not look for ${finder#*:}"
+done <<<"$rows"
+[[ -z $needed ]] || fail "linked, but not in the table: $needed"
