@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <chrono>
 #include <string>
+#include <thread>
+#include <utility>
 #include <vector>
 
 #include "Benchmarks/Support/BareSender.h"
@@ -26,7 +28,7 @@ Dictionary fiveKeys() {
     return {{"item", "running shoes"}, {"size", 42}, {"price", 129.95}, {"currency", "EUR"}, {"gift", false}};
 }
 
-/// The body that an event with five keys has, without what the library takes from its settings at run time.
+/// The body of an event with five keys. Constants stand for the settings.
 Value eventBody() {
     Value body = Value::object();
     body["lv"] = "2.0.1";
@@ -50,8 +52,14 @@ void BareBuildAndDump(benchmark::State& state) {
 }
 BENCHMARK(BareBuildAndDump)->Iterations(20000);
 
-/// One event on the caller's thread, while the sender works on those before.
-void RecordEvent(benchmark::State& state) {
+void setPercentiles(benchmark::State& state, std::vector<double> times) {
+    std::ranges::sort(times);
+    state.counters["p50"] = times[times.size() / 2];
+    state.counters["p99"] = times[times.size() * 99 / 100];
+}
+
+/// Measures the caller's thread, while the sender works on the events before, which are `interval` apart.
+void recordEvents(benchmark::State& state, std::chrono::milliseconds interval) {
     const TemporaryFolder folder;
     LoopbackServer server;
     installLinuxPlatform(folder.path(), server.origin());
@@ -59,20 +67,24 @@ void RecordEvent(benchmark::State& state) {
     std::vector<double> times;
     times.reserve(static_cast<std::size_t>(state.max_iterations));
     for (auto _ : state) {
+        if (interval.count() > 0) std::this_thread::sleep_for(interval);
         const auto start = SteadyClock::now();
         Vorlane::registerEventWithType("purchase", fiveKeys());
         times.push_back(secondsSince(start));
         state.SetIterationTime(times.back());
     }
-    const auto p99 = times.begin() + static_cast<std::ptrdiff_t>(times.size() * 99 / 100);
-    std::nth_element(times.begin(), p99, times.end());
-    state.counters["p99"] = *p99;
+    setPercentiles(state, std::move(times));
     Platform::shutdown();
     Platform::install(nullptr);
 }
+
+void RecordEvent(benchmark::State& state) { recordEvents(state, {}); }
 BENCHMARK(RecordEvent)->Iterations(kEvents)->UseManualTime();
 
-/// Thousands of events, one request each, until the server has them all.
+void RecordEventApart(benchmark::State& state) { recordEvents(state, std::chrono::milliseconds(1)); }
+BENCHMARK(RecordEventApart)->Iterations(1000)->UseManualTime();
+
+/// 5,000 events, one request each, until the server has all of them.
 void SendEvents(benchmark::State& state) {
     const TemporaryFolder folder;
     LoopbackServer server;
@@ -94,7 +106,7 @@ void SendEvents(benchmark::State& state) {
 }
 BENCHMARK(SendEvents)->Iterations(3)->UseManualTime();
 
-/// What the same requests take with nothing but libcurl: prepared bodies, six connections.
+/// The same requests by libcurl alone: prepared bodies, six connections.
 void BareSendEvents(benchmark::State& state) {
     curl_global_init(CURL_GLOBAL_DEFAULT);
     LoopbackServer server;

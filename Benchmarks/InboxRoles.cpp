@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 #include <sqlite3.h>
-#include <time.h>
 
 #include <chrono>
 #include <cstddef>
@@ -40,14 +39,7 @@ constexpr const char* kSelect =
     "SELECT ID, SUBJECT, CONTENT, LABEL, URL, NOTIF_ID, PHASH, READ, CREATED, END, CARD_URL, BACKGROUND_COLOR, "
     "FOREGROUND_COLOR, METADATA FROM RICH_INBOX WHERE TRACKING_ID = ? ORDER BY CREATED DESC, NOTIF_ID DESC";
 
-/// The processor time of the calling thread.
-double threadTime() {
-    timespec time{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
-}
-
-/// A page as services send it: with references to characters, and percent-encoded in places.
+/// Returns a page with character references and percent-encoded parts.
 const std::string& page() {
     static const std::string text = [] {
         std::string result = "<!DOCTYPE html><title>News</title>";
@@ -86,7 +78,7 @@ void check(int result, int expected) {
     if (result != expected) throw std::runtime_error(sqlite3_errstr(result));
 }
 
-/// A connection to the library's database without the library.
+/// A connection of its own to the library's database.
 class BareDatabase {
 public:
     BareDatabase() { check(sqlite3_open(VLInboxDatabaseManager::databaseV2PlusPath().c_str(), &database_), SQLITE_OK); }
@@ -121,7 +113,7 @@ public:
         check(result, SQLITE_DONE);
     }
 
-    /// Has every column of every row read; returns how many bytes they have.
+    /// Reads every column of every row, and returns the sum of their bytes.
     std::size_t selectAll() {
         sqlite3_stmt* statement = prepare(kSelect);
         sqlite3_bind_text(statement, 1, kTrackingId, -1, SQLITE_STATIC);
@@ -146,7 +138,7 @@ private:
     sqlite3* database_ = nullptr;
 };
 
-/// Makes the database, with so many messages.
+/// Creates the database with `count` messages.
 void makeMailbox(int count) {
     VLInboxDatabaseManager().performSchemaUpgradeDowngrade();
     BareDatabase database;
@@ -174,7 +166,7 @@ std::size_t textOf(const VLInboxRows& messages) {
     return bytes;
 }
 
-/// Asks for the list and runs the main queue until a handler was given so many messages.
+/// Requests the list, and runs the main queue until a handler has received that many messages.
 void requestList(LinuxPlatform& platform, int count) {
     constexpr TimeInterval kLongEnough = 60;
     bool isWhole = false;
@@ -187,7 +179,7 @@ void requestList(LinuxPlatform& platform, int count) {
     if (!isWhole) throw std::runtime_error("the list did not arrive");
 }
 
-/// An application that has its list, and may ask for it again.
+/// An application that has received its list once.
 class AppWithInbox {
 public:
     AppWithInbox() : platform_(installOfflinePlatform(folder_.path())) {
@@ -247,7 +239,7 @@ double inboxMainThread() {
             sum += threadTime() - start;
         });
         sum += threadTime() - start;
-        // How a host waits is its own affair.
+        // The host's waiting does not count.
         while (!hasList) {
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
             start = threadTime();

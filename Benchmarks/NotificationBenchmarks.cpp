@@ -1,10 +1,9 @@
-// What local notifications cost the main thread: scheduling many, giving all of them their phashes in one pass, and how
-// both grow. The network answers at once and the list is kept in memory, so what is measured is the library; what the
-// Linux platform's file adds is measured apart.
+// The time that local notifications take on the main thread: scheduling many, setting the phashes of all in one pass,
+// and the growth of both. The network answers immediately and the list is in memory. The file of the Linux platform is
+// measured separately.
 
 #include <benchmark/benchmark.h>
 
-#include <ctime>
 #include <memory>
 #include <string>
 #include <utility>
@@ -24,14 +23,7 @@ namespace {
 constexpr const char* kSplitAnswer =
     R"({"phash":"0123456789abcdef0123456789abcdef","messagetext":"Half%20price%20today","campaignid":7,"splitid":"A"})";
 
-/// The processor time that this thread has used, in seconds.
-double threadTime() {
-    timespec time{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
-}
-
-/// Answers every request at once, on the caller's thread, as a split is answered.
+/// Answers every request immediately, on the caller's thread, with a split.
 class SplitSession : public NSURLSession {
 public:
     std::shared_ptr<NSURLSessionDataTask> dataTaskWithRequest(NSURLRequest request,
@@ -57,7 +49,7 @@ private:
     };
 };
 
-/// A Linux platform whose scheduled notifications are in memory alone.
+/// A Linux platform that keeps scheduled notifications in memory only.
 class MemoryPlatform : public LinuxPlatform {
 public:
     explicit MemoryPlatform(Options options)
@@ -74,7 +66,7 @@ private:
     const std::shared_ptr<LinuxApplication> application_;
 };
 
-/// A started library whose user sees notifications.
+/// A started library whose notifications the user has allowed.
 class NotifyingHost {
 public:
     NotifyingHost() {
@@ -102,8 +94,8 @@ public:
         }
     }
 
-    /// One pass over everything that is outstanding, and what it leads to.
-    void giveAllPhashes() const {
+    /// Runs one phash pass over all outstanding notifications, and handles the answers.
+    void setAllPhashes() const {
         platform_->application()->willResignActive();
         runMainQueue();
     }
@@ -139,7 +131,7 @@ void PhashPass(benchmark::State& state, int count) {
         const NotifyingHost host;
         host.schedule(count);
         const double start = threadTime();
-        host.giveAllPhashes();
+        host.setAllPhashes();
         state.SetIterationTime(threadTime() - start);
     }
 }
@@ -147,7 +139,7 @@ BENCHMARK_CAPTURE(PhashPass, 100, 100)->Iterations(5)->UseManualTime();
 BENCHMARK_CAPTURE(PhashPass, 1000, 1000)->Iterations(5)->UseManualTime();
 BENCHMARK_CAPTURE(PhashPass, 10000, 10000)->Iterations(1)->UseManualTime();
 
-/// One more beside a thousand that an earlier process left in the file, which is written whole each time.
+/// Schedules one notification beside 1,000 of an earlier process, with the file that keeps them.
 void ScheduleIntoFile(benchmark::State& state) {
     const TemporaryFolder folder;
     UILocalNotification notification;

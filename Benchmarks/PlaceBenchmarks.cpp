@@ -25,12 +25,12 @@ using SteadyClock = std::chrono::steady_clock;
 constexpr const char* kUUID = "B9407F30-F5F8-466E-AFF9-25556B57FE6D";
 constexpr double kLatitude = 59.9;
 constexpr double kLongitude = 10.75;
-// About 600 m: a significant change, but none that asks for other regions.
+// About 600 m: a significant change, but not far enough for a request of other regions.
 constexpr double kAway = 0.0054;
 // Beyond every region and every threshold.
 constexpr double kFarAway = 0.1;
 
-/// The regions that the service gives, in a row to the east, 1 km from each other.
+/// The answer with the regions: a row to the east, 1 km from each other.
 std::string regionList(std::int64_t count, const std::string& prefix) {
     Array regions;
     for (std::int64_t i = 0; i < count; ++i) {
@@ -44,7 +44,7 @@ std::string regionList(std::int64_t count, const std::string& prefix) {
     return Value(Dictionary{{"geo_regions", Value(std::move(regions))}}).dump();
 }
 
-/// Rules for one beacon each, which have it answer only very near, so that every beacon is tried by every rule.
+/// Rules for one beacon each with the range "immediate", so that every rule is evaluated for every beacon.
 std::string beaconConfiguration(std::int64_t count) {
     Array rules;
     for (std::int64_t i = 0; i < count; ++i) {
@@ -72,7 +72,7 @@ std::string geoConfiguration() {
         .dump();
 }
 
-/// An application that is active, on a device with nothing left to do.
+/// An active application with an idle main queue.
 class Scene {
 public:
     explicit Scene(Answers answers)
@@ -89,7 +89,7 @@ public:
     Scene(const Scene&) = delete;
     Scene& operator=(const Scene&) = delete;
 
-    /// Hands the device a position, and does all that the main thread has to do for it.
+    /// Delivers a position, and runs the main queue until it is idle.
     void moveTo(double latitude, double longitude) {
         backEnd_->receive({{latitude, longitude}, 5, platform_->clock().now()});
         runMainQueue();
@@ -114,17 +114,17 @@ void measure(benchmark::State& state, Work work) {
     state.SetIterationTime(std::chrono::duration<double>(SteadyClock::now() - start).count());
 }
 
-bool isAsMeant(benchmark::State& state, bool holds) {
-    if (!holds) state.SkipWithError("the scene is not what was meant");
+bool isSetUp(benchmark::State& state, bool holds) {
+    if (!holds) state.SkipWithError("the scene could not be set up");
     return holds;
 }
 
-/// A position that is told to the library, crosses no region and asks for none: from the device to an idle main queue.
+/// A position that the library receives, but that neither crosses a region nor leads to a request.
 void LocationUpdate(benchmark::State& state) {
     const auto count = state.range(0);
     Scene scene({{"/config/", geoConfiguration()}, {"/geo/regions", regionList(count, "r")}});
     scene.moveTo(kLatitude - kAway, kLongitude);
-    if (!isAsMeant(state, scene.watchedRegions() == static_cast<std::size_t>(count))) return;
+    if (!isSetUp(state, scene.watchedRegions() == static_cast<std::size_t>(count))) return;
     bool isAway = false;
     for (auto _ : state) {
         isAway = !isAway;
@@ -133,12 +133,12 @@ void LocationUpdate(benchmark::State& state) {
 }
 BENCHMARK(LocationUpdate)->Arg(1)->Arg(5)->Arg(10)->Arg(20)->Iterations(2000)->UseManualTime();
 
-/// Into a region and out of it in turn: the record is written, and its content asked for.
+/// Enters a region and leaves it again: the record is written and the content requested.
 void CrossIntoRegion(benchmark::State& state) {
     const auto count = state.range(0);
     Scene scene({{"/config/", geoConfiguration()}, {"/geo/regions", regionList(count, "r")}});
     scene.moveTo(kLatitude - kAway, kLongitude);
-    if (!isAsMeant(state, scene.watchedRegions() == static_cast<std::size_t>(count))) return;
+    if (!isSetUp(state, scene.watchedRegions() == static_cast<std::size_t>(count))) return;
     for (auto _ : state) {
         measure(state, [&] { scene.moveTo(kLatitude, kLongitude); });
         scene.moveTo(kLatitude - kAway, kLongitude);
@@ -146,10 +146,10 @@ void CrossIntoRegion(benchmark::State& state) {
 }
 BENCHMARK(CrossIntoRegion)->Arg(1)->Arg(5)->Arg(10)->Arg(20)->Iterations(300)->UseManualTime();
 
-/// Far from where the regions were asked for: the answer names others, which are watched instead.
+/// Moves far away from the last request: the answer contains other regions, which replace the monitored ones.
 void ChangeRegions(benchmark::State& state) {
     const auto count = state.range(0);
-    // The list depends on the place, which is in the query, so it is told apart by the user's path.
+    // The answers are selected by path, and the position is in the query. So the user changes too.
     Scene scene({{"/config/", geoConfiguration()},
                  {"/first/geo/regions", regionList(count, "a")},
                  {"/second/geo/regions", regionList(count, "b")}});
@@ -160,11 +160,11 @@ void ChangeRegions(benchmark::State& state) {
         scene.runMainQueue();
         measure(state, [&] { scene.moveTo(kLatitude + (isFirst ? kFarAway : -kFarAway), kLongitude); });
     }
-    isAsMeant(state, scene.watchedRegions() == static_cast<std::size_t>(count));
+    isSetUp(state, scene.watchedRegions() == static_cast<std::size_t>(count));
 }
 BENCHMARK(ChangeRegions)->Arg(1)->Arg(5)->Arg(10)->Arg(20)->Iterations(50)->UseManualTime();
 
-/// Beacons that are all heard, but none near enough for its message.
+/// Beacons in range, none of them near enough for its message.
 std::vector<CLBeacon> beacons(std::int64_t count) {
     std::vector<CLBeacon> list;
     for (std::int64_t i = 0; i < count; ++i) {
@@ -179,7 +179,7 @@ void RangingResult(benchmark::State& state) {
     const auto region = std::make_shared<CLBeaconRegion>(kUUID, fmt::format("{}_1_0", kUUID));
     const auto delegate = VLBootstrap::bootstrapWithURLs(Vorlane::getURLs())->getComponent<VLLocationService>();
     const auto heard = beacons(state.range(0));
-    if (!isAsMeant(state, scene.watchedRegions() > 0)) return;
+    if (!isSetUp(state, scene.watchedRegions() > 0)) return;
     for (auto _ : state) {
         measure(state, [&] {
             delegate->didRangeBeacons(scene.locationManager(), heard, region);

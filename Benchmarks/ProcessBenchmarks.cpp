@@ -1,8 +1,10 @@
-// What can only be measured in a process that does nothing else: each iteration is a fresh one.
+// Measurements that need a process of their own. Each iteration starts one.
 
 #include <benchmark/benchmark.h>
 
+#include <filesystem>
 #include <string>
+#include <vector>
 
 #include "Benchmarks/Support/Process.h"
 
@@ -10,17 +12,49 @@ namespace vorlane::benchmarks {
 
 namespace {
 
+/// Loads the library that makes each flush take 20 ms.
+const std::vector<std::string> kSlowDisk{std::string("LD_PRELOAD=") + VORLANE_SLOW_DISK};
+
 void measureRole(benchmark::State& state, const std::string& program, const std::string& role) {
     for (auto _ : state) state.SetIterationTime(figureOf(program, {"--role", role}));
 }
 
+void measureSlowly(benchmark::State& state, const std::string& role) {
+    for (auto _ : state) state.SetIterationTime(figureOf(thisProgram(), {"--role", role}, kSlowDisk));
+}
+
+/// From the call that starts a program until its main().
+void measureStart(benchmark::State& state, const std::string& program) {
+    for (auto _ : state) {
+        const auto start = monotonicTime();
+        state.SetIterationTime(figureOf(program, {}) - start);
+    }
+}
+
+void ProgramStart(benchmark::State& state) { measureStart(state, VORLANE_START_VORLANE); }
+void BareProgramStart(benchmark::State& state) { measureStart(state, VORLANE_START_BARE); }
+
+BENCHMARK(ProgramStart)->Iterations(30)->Repetitions(3)->UseManualTime();
+BENCHMARK(BareProgramStart)->Iterations(30)->Repetitions(3)->UseManualTime();
+
 void StartUp(benchmark::State& state) { measureRole(state, thisProgram(), "start-up"); }
+void StartUpSlowDisk(benchmark::State& state) { measureSlowly(state, "start-up"); }
+void FreshStartUp(benchmark::State& state) { measureRole(state, thisProgram(), "fresh-start-up"); }
+void FreshStartUpSlowDisk(benchmark::State& state) { measureSlowly(state, "fresh-start-up"); }
+void BecomeActive(benchmark::State& state) { measureRole(state, thisProgram(), "become-active"); }
+void BecomeActiveSlowDisk(benchmark::State& state) { measureSlowly(state, "become-active"); }
+void SetTrackingId(benchmark::State& state) { measureRole(state, thisProgram(), "set-tracking-id"); }
+void SetTrackingIdSlowDisk(benchmark::State& state) { measureSlowly(state, "set-tracking-id"); }
+void EnterBackground(benchmark::State& state) { measureRole(state, thisProgram(), "enter-background"); }
+void EnterBackgroundSlowDisk(benchmark::State& state) { measureSlowly(state, "enter-background"); }
 void BareStartUp(benchmark::State& state) { measureRole(state, thisProgram(), "bare-start-up"); }
 void ShutdownIdle(benchmark::State& state) { measureRole(state, thisProgram(), "shutdown-idle"); }
 void ShutdownBusy(benchmark::State& state) { measureRole(state, thisProgram(), "shutdown-busy"); }
 void SessionStart(benchmark::State& state) { measureRole(state, thisProgram(), "session-start"); }
 void SessionStartWithoutLogging(benchmark::State& state) {
-    measureRole(state, thisProgram() + "-without-logging", "session-start");
+    const auto program = thisProgram() + "-without-logging";
+    if (!std::filesystem::exists(program)) return state.SkipWithError("build vorlane-benchmarks-without-logging first");
+    measureRole(state, program, "session-start");
 }
 
 void InboxList(benchmark::State& state) { measureRole(state, thisProgram(), "inbox-list"); }
@@ -34,6 +68,15 @@ void BareInboxSynchronisation(benchmark::State& state) {
 
 BENCHMARK(StartUp)->Iterations(15)->UseManualTime();
 BENCHMARK(BareStartUp)->Iterations(15)->UseManualTime();
+BENCHMARK(StartUpSlowDisk)->Iterations(15)->UseManualTime();
+BENCHMARK(FreshStartUp)->Iterations(15)->UseManualTime();
+BENCHMARK(FreshStartUpSlowDisk)->Iterations(15)->UseManualTime();
+BENCHMARK(BecomeActive)->Iterations(15)->UseManualTime();
+BENCHMARK(BecomeActiveSlowDisk)->Iterations(15)->UseManualTime();
+BENCHMARK(SetTrackingId)->Iterations(15)->UseManualTime();
+BENCHMARK(SetTrackingIdSlowDisk)->Iterations(15)->UseManualTime();
+BENCHMARK(EnterBackground)->Iterations(15)->UseManualTime();
+BENCHMARK(EnterBackgroundSlowDisk)->Iterations(15)->UseManualTime();
 BENCHMARK(ShutdownIdle)->Iterations(5)->UseManualTime();
 BENCHMARK(ShutdownBusy)->Iterations(5)->UseManualTime();
 BENCHMARK(SessionStart)->Iterations(3)->UseManualTime();
@@ -54,6 +97,7 @@ void figure(benchmark::State& state, const std::string& role) {
 
 void MemoryAfterStartUp(benchmark::State& state) { figure(state, "memory-after-start-up"); }
 void BareMemory(benchmark::State& state) { figure(state, "bare-memory"); }
+void PeakMemory(benchmark::State& state) { figure(state, "peak-memory"); }
 void MemoryAfterEvents(benchmark::State& state) { figure(state, "memory-after-events"); }
 void OwnMemoryAfterStartUp(benchmark::State& state) { figure(state, "own-memory-after-start-up"); }
 void OwnMemoryAfterEvents(benchmark::State& state) { figure(state, "own-memory-after-events"); }
@@ -62,6 +106,7 @@ void Threads(benchmark::State& state) { figure(state, "threads"); }
 
 BENCHMARK(MemoryAfterStartUp)->Iterations(1);
 BENCHMARK(BareMemory)->Iterations(1);
+BENCHMARK(PeakMemory)->Iterations(1);
 BENCHMARK(MemoryAfterEvents)->Iterations(1);
 BENCHMARK(OwnMemoryAfterStartUp)->Iterations(1);
 BENCHMARK(OwnMemoryAfterEvents)->Iterations(1);

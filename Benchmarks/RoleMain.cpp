@@ -1,4 +1,4 @@
-// The same roles over a library whose log calls were compiled out, texts and all.
+// The same roles with a library whose log calls were compiled out, together with the building of their texts.
 
 #include <cstdio>
 

@@ -25,11 +25,11 @@ namespace vorlane::benchmarks {
 
 namespace {
 
-constexpr int kEvents = 5000;
-constexpr int kWritesOfAStartUp = 2;  // the app key, and the phash that is cleared
+constexpr int kBurst = 5000;
+constexpr int kWritesOfAStartUp = 2;
 constexpr const char* kSettingsFile = "/VLLibSettings.plist";
 
-/// Lives through a first launch, so that the folder is one of an application that ran before.
+/// Runs a first launch, so that the folder has the files of an application that ran before.
 void makeExistingFolder(const std::string& folder) {
     installOfflinePlatform(folder);
     startLibrary();
@@ -39,18 +39,18 @@ void makeExistingFolder(const std::string& folder) {
     Platform::install(nullptr);
 }
 
-/// Waits until the server has been told of everything that was sent.
+/// Sends events, and waits until the server has received all of them.
 void sendEvents(LoopbackServer& server, int count) {
     server.expect(static_cast<std::uint64_t>(count));
     for (int i = 0; i < count; ++i) Vorlane::registerEventWithType("benchmark", "event");
     server.wait();
 }
 
-double startUp() {
+double startUp(bool folderExists) {
     const TemporaryFolder folder;
-    // Forked off first, or the process would pay for its copied pages while it is measured.
+    // Forked before the measurement, which would otherwise include the copying of shared pages.
     const LoopbackServer server;
-    makeExistingFolder(folder.path());
+    if (folderExists) makeExistingFolder(folder.path());
     const auto seconds = secondsOf([&] {
         installLinuxPlatform(folder.path(), server.origin());
         startLibrary();
@@ -59,14 +59,39 @@ double startUp() {
     return seconds;
 }
 
+/// Writes the files of a start-up without a flush, and begins one request by libcurl.
 double bareStartUp() {
     const TemporaryFolder folder;
+    const LoopbackServer server;
     makeExistingFolder(folder.path());
     const auto bytes = NSFileManager::contentsAtPath(folder.path() + kSettingsFile).value();
     return secondsOf([&] {
         for (int i = 0; i < kWritesOfAStartUp; ++i) writeBareFile(bytes, folder.path() + kSettingsFile);
+        curl_global_init(CURL_GLOBAL_DEFAULT);
+        CURLM* const multi = curl_multi_init();
+        CURL* const transfer = curl_easy_init();
+        curl_easy_setopt(transfer, CURLOPT_URL, server.origin().c_str());
+        curl_multi_add_handle(multi, transfer);
+        int running = 0;
+        curl_multi_perform(multi, &running);
     });
 }
+
+/// Measures a step of an application that has started with an existing folder, after `prepare`.
+double stepAfterStartUp(const std::function<void()>& prepare, const std::function<void()>& step) {
+    const TemporaryFolder folder;
+    const LoopbackServer server;
+    makeExistingFolder(folder.path());
+    installLinuxPlatform(folder.path(), server.origin());
+    startLibrary();
+    if (prepare) prepare();
+    const auto seconds = secondsOf(step);
+    Platform::shutdown();
+    return seconds;
+}
+
+void becomeActive() { Platform::current().application()->didBecomeActive(); }
+void enterBackground() { Platform::current().application()->didEnterBackground(); }
 
 double shutdownWith(LoopbackServer::Manner manner, int requests) {
     const TemporaryFolder folder;
@@ -74,7 +99,7 @@ double shutdownWith(LoopbackServer::Manner manner, int requests) {
     server.expect(1);
     installLinuxPlatform(folder.path(), server.origin());
     startLibrary();
-    server.wait();  // the configuration is being asked for, so the network thread runs
+    server.wait();  // for the request of the configuration, so that the network thread runs
     for (int i = 0; i < requests; ++i) Vorlane::registerEventWithType("benchmark", "event");
     return secondsOf([] { Platform::shutdown(); });
 }
@@ -92,7 +117,20 @@ double memoryAfter(int events, std::int64_t (*memory)() = residentMemory) {
     return static_cast<double>(memory() - before);
 }
 
-/// What one request by libcurl alone takes, on a thread of its own.
+/// Returns the growth of the peak over the resident memory before start-up, while events are sent.
+double peakMemoryOfEvents() {
+    const TemporaryFolder folder;
+    LoopbackServer server;
+    server.expect(1);
+    const auto before = startPeakMemory();
+    installLinuxPlatform(folder.path(), server.origin());
+    startLibrary();
+    server.wait();
+    sendEvents(server, kBurst);
+    return static_cast<double>(peakMemory() - before);
+}
+
+/// Returns the memory that one request by libcurl takes, on a thread of its own.
 double bareMemory() {
     LoopbackServer server;
     const auto before = residentMemory();
@@ -122,7 +160,7 @@ double threads() {
     const auto platform = installLinuxPlatform(folder.path(), server.origin());
     startLibrary();
     server.wait();
-    // What only start-up had to do has come to rest.
+    // Queues that only start-up needed have given their threads back.
     platform->runFor(std::chrono::duration<double>(SerialDispatchQueue::kLongestRest).count() + 1);
     sendEvents(server, 100);
     platform->runFor(0.2);
@@ -137,7 +175,7 @@ double sessionStart() {
     startLibrary();
     const auto bootstrap = VLBootstrap::bootstrapWithURLs(Vorlane::getURLs());
     const auto sessionService = bootstrap->getComponent<VLSessionService>();
-    // Started again while it runs, a session sends another start request and writes no file.
+    // A session that is started again sends another start request and writes no file.
     for (int i = 0; i < kWarmUp; ++i) sessionService->sessionStart();
     const auto seconds = secondsOf([&sessionService] {
         for (int i = 0; i < kRounds; ++i) sessionService->sessionStart();
@@ -150,15 +188,20 @@ double sessionStart() {
 
 double figureOfRole(const std::string& role) {
     static const std::map<std::string, std::function<double()>> roles = {
-        {"start-up", startUp},
+        {"start-up", [] { return startUp(true); }},
+        {"fresh-start-up", [] { return startUp(false); }},
+        {"become-active", [] { return stepAfterStartUp(nullptr, becomeActive); }},
+        {"enter-background", [] { return stepAfterStartUp(becomeActive, enterBackground); }},
+        {"set-tracking-id", [] { return stepAfterStartUp(becomeActive, [] { Vorlane::setTrackingId("anna"); }); }},
         {"bare-start-up", bareStartUp},
         {"shutdown-idle", [] { return shutdownWith(LoopbackServer::Manner::answers, 0); }},
         {"shutdown-busy", [] { return shutdownWith(LoopbackServer::Manner::isSilent, 100); }},
         {"memory-after-start-up", [] { return memoryAfter(0); }},
         {"bare-memory", bareMemory},
-        {"memory-after-events", [] { return memoryAfter(kEvents); }},
+        {"peak-memory", peakMemoryOfEvents},
+        {"memory-after-events", [] { return memoryAfter(kBurst); }},
         {"own-memory-after-start-up", [] { return memoryAfter(0, ownMemory); }},
-        {"own-memory-after-events", [] { return memoryAfter(kEvents, ownMemory); }},
+        {"own-memory-after-events", [] { return memoryAfter(kBurst, ownMemory); }},
         {"threads", threads},
         {"session-start", sessionStart},
         {"inbox-list", inboxList},

@@ -16,7 +16,7 @@ namespace {
 
 constexpr int kWrites = 1000;
 
-/// The settings of an application that ran before.
+/// The settings file of an application that ran before.
 class Store {
 public:
     Store() {

@@ -6,10 +6,10 @@
 
 namespace vorlane::benchmarks {
 
-/// What requests are answered with: a part of the URL, and the body.
+/// Answers to requests: a part of the URL, and the body.
 using Answers = std::map<std::string, std::string>;
 
-/// The body of the first part, in alphabetical order, that the URL has; null for none.
+/// Returns the body for the first part, in alphabetical order, that the URL contains, or null.
 inline const std::string* answerTo(const Answers& answers, std::string_view url) {
     for (const auto& [part, body] : answers) {
         if (url.find(part) != std::string_view::npos) return &body;

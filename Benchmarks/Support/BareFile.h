@@ -6,7 +6,8 @@
 
 namespace vorlane::benchmarks {
 
-/// What replacing a file whole takes at the least: write a temporary file, flush it, rename it. Throws when that fails.
+/// Replaces a file in the cheapest way: writes a temporary file and renames it, without a flush. Throws
+/// std::runtime_error on failure.
 void writeBareFile(const Data& bytes, const std::string& path);
 
 }  // namespace vorlane::benchmarks

@@ -6,7 +6,7 @@
 
 namespace vorlane::benchmarks {
 
-/// Requests with nothing but libcurl: the same one many times, on as many connections as the library uses.
+/// Sends one request many times by libcurl alone, on as many connections as the library uses.
 class BareSender {
 public:
     explicit BareSender(std::string url);
@@ -14,7 +14,7 @@ public:
     BareSender(const BareSender&) = delete;
     BareSender& operator=(const BareSender&) = delete;
 
-    /// Posts the body that often; gets what is there when the body is empty.
+    /// Posts the body `count` times, or sends GET requests if the body is empty.
     void send(const std::string& body, int count);
 
 private:

@@ -7,7 +7,7 @@
 
 namespace vorlane::benchmarks {
 
-/// A device that is allowed everything, and receives what a benchmark hands it. Main thread only.
+/// A device with every permission, whose positions come from the benchmark. Main thread only.
 class HandFedBackEnd : public LocationBackEnd {
 public:
     void setListener(std::weak_ptr<Listener> listener) override { listener_ = std::move(listener); }

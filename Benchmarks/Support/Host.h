@@ -11,8 +11,8 @@
 
 namespace vorlane::benchmarks {
 
-/// A Linux platform whose network answers every request at once, on the caller's thread, with nothing or what it was
-/// told: what remains is the library.
+/// A Linux platform whose network answers every request immediately, on the caller's thread: with `answers`, or else
+/// with status 204.
 class OfflinePlatform : public LinuxPlatform {
 public:
     explicit OfflinePlatform(Options options, Answers answers = {})
@@ -25,14 +25,13 @@ private:
 
 /// Installs a Linux platform with its files in `folder`, and sets every endpoint to `origin`.
 std::shared_ptr<LinuxPlatform> installLinuxPlatform(const std::string& folder, const std::string& origin);
-/// The same without a network.
+/// Installs an OfflinePlatform without answers.
 std::shared_ptr<LinuxPlatform> installOfflinePlatform(const std::string& folder);
-/// The same for an application that uses geofences and beacons, and a device that receives what is handed to
-/// `backEnd`.
+/// Installs an OfflinePlatform for an application that uses geofences and beacons, on a device with `backEnd`.
 std::shared_ptr<LinuxPlatform> installOfflinePlatform(const std::string& folder, Answers answers,
                                                       std::shared_ptr<LocationBackEnd> backEnd);
 
-/// Starts the library as an application does that logs at INFO.
+/// Starts the library with the default options, which log at INFO.
 void startLibrary();
 
 }  // namespace vorlane::benchmarks

@@ -28,7 +28,7 @@ std::string response(std::string_view body) {
            "\r\n\r\n" + std::string(body);
 }
 
-/// The whole responses, made beforehand.
+/// Complete responses, prepared before the first request.
 Answers responsesOf(const Answers& answers) {
     Answers responses;
     for (const auto& [part, body] : answers) responses.emplace(part, response(body));
@@ -57,7 +57,7 @@ std::uint16_t portOf(int listener) {
     return ntohs(address.sin_port);
 }
 
-/// The length of the complete request at the front of the buffer; 0 when it is not complete yet.
+/// Returns the length of the first request in the buffer, or 0 while it is incomplete.
 std::size_t completeRequest(std::string_view buffer) {
     const auto headEnd = buffer.find("\r\n\r\n");
     if (headEnd == std::string_view::npos) return 0;

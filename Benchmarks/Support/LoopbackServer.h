@@ -10,8 +10,8 @@
 
 namespace vorlane::benchmarks {
 
-/// A web server on loopback in a process of its own, so that its work does not count as the library's. Answers requests
-/// with what it was told, all others with "{}", or never answers. Ends with the object.
+/// A web server on loopback in a process of its own, so that its processor time does not count as the library's.
+/// Answers with `answers`, or else with "{}", or never. Ends with the object.
 class LoopbackServer {
 public:
     enum class Manner { answers, isSilent };
@@ -25,7 +25,7 @@ public:
     std::string origin() const { return "http://127.0.0.1:" + std::to_string(port_); }
     std::uint64_t requests() const { return shared_->requests.load(); }
 
-    /// Counts from 0 again and asks to be told at `count`. To be called before the first of these requests.
+    /// Resets the counter, and makes wait() return at `count` requests. Must precede the first of them.
     void expect(std::uint64_t count);
     /// Waits until the expected number of requests has arrived.
     void wait() const;

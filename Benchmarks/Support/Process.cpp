@@ -9,6 +9,7 @@
 #include <array>
 #include <chrono>
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
@@ -17,7 +18,7 @@ namespace vorlane::benchmarks {
 
 namespace {
 
-/// The first number in the line of /proc/self/status that starts with `name`.
+/// Returns the first number in the line of /proc/self/status that starts with `name`.
 std::int64_t statusNumber(const std::string& name) {
     std::ifstream status("/proc/self/status");
     for (std::string line; std::getline(status, line);) {
@@ -32,7 +33,8 @@ double seconds(const timeval& time) {
 
 }  // namespace
 
-double figureOf(const std::string& program, const std::vector<std::string>& arguments) {
+double figureOf(const std::string& program, const std::vector<std::string>& arguments,
+                const std::vector<std::string>& environment) {
     std::array<int, 2> ends{};
     if (pipe(ends.data()) != 0) throw std::runtime_error("pipe");
     posix_spawn_file_actions_t actions;
@@ -42,8 +44,12 @@ double figureOf(const std::string& program, const std::vector<std::string>& argu
     std::vector<char*> argv{const_cast<char*>(program.c_str())};
     for (const auto& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
     argv.push_back(nullptr);
+    std::vector<char*> envp;
+    for (const auto& entry : environment) envp.push_back(const_cast<char*>(entry.c_str()));
+    for (char** entry = environ; *entry; ++entry) envp.push_back(*entry);
+    envp.push_back(nullptr);
     pid_t child = 0;
-    const int failed = posix_spawn(&child, program.c_str(), &actions, nullptr, argv.data(), environ);
+    const int failed = posix_spawn(&child, program.c_str(), &actions, nullptr, argv.data(), envp.data());
     posix_spawn_file_actions_destroy(&actions);
     close(ends[1]);
     std::string output;
@@ -60,6 +66,10 @@ double figureOf(const std::string& program, const std::vector<std::string>& argu
 
 std::string thisProgram() { return std::filesystem::read_symlink("/proc/self/exe"); }
 
+double monotonicTime() {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
 double secondsOf(const std::function<void()>& work) {
     const auto start = std::chrono::steady_clock::now();
     work();
@@ -72,12 +82,18 @@ double processorTime() {
     return seconds(usage.ru_utime) + seconds(usage.ru_stime);
 }
 
+double threadTime() {
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
+}
+
 std::int64_t residentMemory() { return statusNumber("VmRSS:") * 1024; }
 
 std::int64_t ownMemory() { return statusNumber("RssAnon:") * 1024; }
 
 std::int64_t startPeakMemory() {
-    // What was freed before would be used again first.
+    // Memory that was freed before would be reused first.
     malloc_trim(0);
     std::ofstream("/proc/self/clear_refs") << "5";
     return residentMemory();

@@ -7,25 +7,30 @@
 
 namespace vorlane::benchmarks {
 
-/// What one run of a program measured of itself: it prints a number on a line.
-double figureOf(const std::string& program, const std::vector<std::string>& arguments);
+/// Runs a program with further environment entries ("NAME=value"), and returns the number that it prints.
+double figureOf(const std::string& program, const std::vector<std::string>& arguments,
+                const std::vector<std::string>& environment = {});
 
-/// The program that is running.
+/// Returns the path of the running program.
 std::string thisProgram();
 
-/// How long the work takes.
+/// Returns the seconds of the monotonic clock, which all processes share.
+double monotonicTime();
+/// Returns the seconds that the work takes.
 double secondsOf(const std::function<void()>& work);
-/// The processor time that this process has used, in seconds.
+/// Returns the processor time that this process has used, in seconds.
 double processorTime();
-/// The memory that this process has resident, in bytes.
+/// Returns the processor time that the calling thread has used, in seconds.
+double threadTime();
+/// Returns the resident memory of this process, in bytes.
 std::int64_t residentMemory();
-/// The part of it that is the process's own: not the code of programs and libraries, which processes share.
+/// Returns the part of it that processes do not share: all but the code of programs and libraries.
 std::int64_t ownMemory();
-/// Starts to take note of the most memory that is resident from now on; gives what is resident now.
+/// Resets the peak of the resident memory, and returns the resident memory.
 std::int64_t startPeakMemory();
-/// The most memory that was resident since then.
+/// Returns the peak of the resident memory since startPeakMemory().
 std::int64_t peakMemory();
-/// How many threads this process has.
+/// Returns the count of this process's threads.
 std::int64_t threadCount();
 
 }  // namespace vorlane::benchmarks
