@@ -3,8 +3,8 @@ find_program(CCACHE_PROGRAM ccache)
 set(VORLANE_USE_CCACHE OFF)
 if(CCACHE_PROGRAM AND PROJECT_IS_TOP_LEVEL AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
     set(VORLANE_USE_CCACHE ON)
-    # Precompiled headers are only cached when ccache may trust their definitions and times; paths below the base folder
-    # do not count, so another clone finds what this one compiled.
+    # ccache caches precompiled headers only with these settings. Paths are relative to the base folder, so that another clone
+    # uses the same cached objects.
     set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env
         CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime CCACHE_COMPILERCHECK=content
         CCACHE_BASEDIR=${PROJECT_SOURCE_DIR} CCACHE_NOHASHDIR=1 ${CCACHE_PROGRAM})
@@ -14,7 +14,7 @@ add_library(vorlane_compile_options INTERFACE)
 target_compile_definitions(vorlane_compile_options INTERFACE JSON_USE_IMPLICIT_CONVERSIONS=0)
 if(VORLANE_STRICT)
     target_compile_options(vorlane_compile_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
-    # g++ 12 mistakes how std::string grows for an overflow, once it optimises.
+    # False positives of g++ 12 in std::string when it optimises.
     target_compile_options(vorlane_compile_options INTERFACE
                            $<$<AND:$<CXX_COMPILER_ID:GNU>,$<NOT:$<CONFIG:Debug>>>:-Wno-restrict
                            -Wno-stringop-overflow -Wno-array-bounds -Wno-maybe-uninitialized>)
@@ -37,7 +37,7 @@ if(VORLANE_SANITIZE)
                            -fno-sanitize-recover=all)
     target_link_options(vorlane_compile_options INTERFACE -fsanitize=${VORLANE_SANITIZE})
     if(VORLANE_SANITIZE MATCHES thread)
-        # Asio's fences are beyond g++'s thread sanitizer, which says so; the code runs clean.
+        # g++ warns that its thread sanitizer does not support the fences of Asio. The code runs clean.
         target_compile_options(vorlane_compile_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-tsan>)
     endif()
 endif()

@@ -1,6 +1,5 @@
-# Stages the headers that a host includes below ${CMAKE_BINARY_DIR}/include/vorlane: as a subdirectory and installed alike
-# they are found as <vorlane/…>, and nothing else of the source tree comes with them. Headers that are not installed stand in
-# the subfolders.
+# Copies the headers that a host includes to ${CMAKE_BINARY_DIR}/include/vorlane. A host finds them as <vorlane/…> as a
+# subdirectory and installed alike, and no other header of the source tree. Headers that are not installed are in subfolders.
 set(VORLANE_STAGED_INCLUDES ${PROJECT_BINARY_DIR}/include)
 
 file(GLOB VORLANE_PUBLIC_HEADERS CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/Source/Public/*.h)
@@ -8,7 +7,7 @@ file(GLOB VORLANE_PLATFORM_HEADERS CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/Sourc
 file(GLOB VORLANE_SIMULATOR_HEADERS CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/Simulator/Platform/*.h)
 file(GLOB VORLANE_LINUX_HEADERS CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/Source/Platform/Linux/*.h)
 
-# In the sources an include is written from Source/ (or from the root, for the simulated phone); a host's from <vorlane/.
+# Rewrites includes from Source/ (or from the root, for the simulated phone) to <vorlane/…>.
 function(vorlane_stage_header header folder)
     get_filename_component(name ${header} NAME)
     set(staged ${VORLANE_STAGED_INCLUDES}/vorlane/${folder}${name})

@@ -1,4 +1,4 @@
-# What a host sees of the build: the headers and the names of the targets.
+# The targets and headers that a host uses.
 include(VorlaneHeaders)
 
 foreach(library vorlane_static vorlane_shared vorlane_simulator)
@@ -16,11 +16,11 @@ endif()
 add_library(Vorlane::vorlane ALIAS ${VORLANE_DEFAULT_LIBRARY})
 add_library(Vorlane::simulator ALIAS vorlane_simulator)
 
-# The project's own programs see the library's insides, which only the static one has.
+# The project's own programs use internal classes, which only the static library has.
 if(PROJECT_IS_TOP_LEVEL)
     set(VORLANE_SIMULATED_LIBRARY vorlane_static)
 else()
     set(VORLANE_SIMULATED_LIBRARY ${VORLANE_DEFAULT_LIBRARY})
 endif()
-# Once installed, VorlaneConfig.cmake links it to the library that the host asked for.
+# Once installed, VorlaneConfig.cmake links it to the library that the host selected.
 target_link_libraries(vorlane_simulator INTERFACE $<BUILD_INTERFACE:${VORLANE_SIMULATED_LIBRARY}>)

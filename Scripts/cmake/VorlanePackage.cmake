@@ -1,4 +1,4 @@
-# Installation and packages. Component "runtime" is what a host's user needs, "development" what its developer adds.
+# Installation and packages. Users of a host need the component "runtime", its developers also "development".
 include(CMakePackageConfigHelpers)
 
 set(VORLANE_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/Vorlane)
@@ -24,7 +24,7 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/VorlaneConfigVersion.cmak
 install(FILES ${PROJECT_BINARY_DIR}/VorlaneConfig.cmake ${PROJECT_BINARY_DIR}/VorlaneConfigVersion.cmake
         DESTINATION ${VORLANE_CMAKE_DIR} COMPONENT development)
 
-# Found from where the file lies, so that an installation can be moved.
+# Relative to the file's folder, so that an installation can be moved.
 set(VORLANE_PC_DIR ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 file(RELATIVE_PATH VORLANE_PC_PREFIX /prefix/${VORLANE_PC_DIR} /prefix)
 string(REGEX REPLACE "/$" "" VORLANE_PC_PREFIX "${VORLANE_PC_PREFIX}")

@@ -12,8 +12,8 @@
 
 namespace vorlane {
 
-/// A location manager that is asked for permission and nothing else: notes the requests and reports the status that a
-/// test has set. Any thread.
+/// A location manager without positions or regions. Records permission requests, and reports the status that a test has
+/// set. Any thread.
 class FakeLocationManager : public CLLocationManager {
 public:
     void setStatus(CLAuthorizationStatus status) { status_ = status; }
@@ -26,8 +26,8 @@ public:
     }
 
     CLAuthorizationStatus authorizationStatus() const override { return status_; }
-    void requestAlwaysAuthorization() override { note("locationAlways"); }
-    void requestWhenInUseAuthorization() override { note("locationWhenInUse"); }
+    void requestAlwaysAuthorization() override { record("locationAlways"); }
+    void requestWhenInUseAuthorization() override { record("locationWhenInUse"); }
 
     bool locationServicesEnabled() const override { return true; }
     bool isMonitoringAvailableForClass(CLRegionClass /*regionClass*/) const override { return false; }
@@ -46,7 +46,7 @@ public:
     void stopRangingBeaconsInRegion(const std::shared_ptr<CLBeaconRegion>& /*region*/) override {}
 
 private:
-    void note(const std::string& kind) {
+    void record(const std::string& kind) {
         {
             const std::lock_guard lock(mutex_);
             requests_.push_back(kind);

@@ -21,7 +21,7 @@ protected:
         settings->setTrackingId("T");
     }
 
-    /// The basic fields, with "app_key" and "tracking_id" or "appkey" and "trackingid".
+    /// Returns the basic fields, with "app_key" and "tracking_id" or "appkey" and "trackingid".
     Dictionary basicFields(bool hasSeparator) const {
         return {{"lv", "2.0.1"},
                 {"acit", "1600000000000"},
@@ -32,7 +32,7 @@ protected:
                 {"phash", settings->phash().value_or("")}};
     }
 
-    /// Both together; a field of `own` wins.
+    /// Returns the union of both; a field of `own` replaces that of `basic`.
     static Value merged(Dictionary own, Dictionary basic) {
         own.merge(basic);
         return own;

@@ -11,8 +11,7 @@
 
 namespace vorlane {
 
-/// A scene with one simulated phone, installed as the platform: virtual clock, scripted network, every log line
-/// recorded.
+/// A fixture with a simulated phone, installed as the platform: virtual clock, scripted network, recorded log.
 class SimulatedPhoneTest : public ::testing::Test {
 protected:
     explicit SimulatedPhoneTest(SimulatedPhone::Options options = {})
@@ -24,14 +23,14 @@ protected:
 
     ~SimulatedPhoneTest() override { Platform::install(nullptr); }
 
-    /// Runs what is still open while the fixture's members, which handlers may write to, are there.
+    /// Runs open handlers before the fixture's members, which they may write to, are destroyed.
     void TearDown() override { Platform::shutdown(); }
 
     SimulatedPhone& phone() { return *phone_; }
     ScriptedURLSession& session() { return phone_->session(); }
     std::string documentsPath(const std::string& name) const { return phone_->documentsFolder() + "/" + name; }
 
-    /// What was logged so far, once the log's queue has come to rest.
+    /// Waits for the log's queue, and returns the recorded lines.
     RecordingLogger& log() {
         phone_->settle();
         return *logger_;

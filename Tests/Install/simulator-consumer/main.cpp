@@ -1,4 +1,4 @@
-// A host's own test: the library on the simulated phone, with a scripted network.
+// A test of a host: the library on the simulated phone, with a scripted network.
 #include <cstdlib>
 #include <iostream>
 #include <memory>
