@@ -12,7 +12,7 @@ parts=(
     "format   format   check_format"
     "debug    core     run_tests debug --label-exclude install"
     "install  install  run_tests debug --label-regex install"
-    "tidy     tidy     Scripts/tidy"
+    "tidy     tidy,benchmarks Scripts/tidy"
     "asan     core     run_tests asan"
     "tsan     core     run_tests tsan"
 )
