@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include "Platform/Internal/PropertyListFile.h"
 #include "Public/VLUserNotificationSettings.h"
 #include "Public/VLValue.h"
 
@@ -21,6 +22,9 @@ class UIDevice;
 /// wrong kind reads as absent.
 class VLSettings {
 public:
+    /// While one lives, the values that its thread sets are written to the file once, when the outermost one ends.
+    using Step = PropertyListFile::Step;
+
     /// Reads the file. A missing one is written at once; one that cannot be parsed is first kept with the suffix
     /// ".corrupt".
     explicit VLSettings(std::shared_ptr<UIDevice> device);
