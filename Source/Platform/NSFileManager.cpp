@@ -10,34 +10,19 @@
 #include <filesystem>
 #include <string_view>
 #include <system_error>
-#include <utility>
+
+#include "Platform/Internal/DocumentLimits.h"
+#include "Platform/Internal/FileDescriptor.h"
 
 namespace vorlane {
 
 namespace {
 
-constexpr std::size_t kLongestFile = std::size_t{64} << 20U;
 constexpr mode_t kFolderMode = 0700;
 // Between a file's name and the random letters of its temporary one. An application keeps files of its own in the same
 // folder, under names like "Name.plist.backup".
 constexpr std::string_view kTemporaryMark = ".vorlane-";
 constexpr std::string_view kRandomLetters = "XXXXXX";
-
-/// A file descriptor that closes itself.
-class Descriptor {
-public:
-    explicit Descriptor(int number) : number_(number) {}
-    ~Descriptor() { close(); }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    bool isOpen() const { return number_ >= 0; }
-    int number() const { return number_; }
-    bool close() { return number_ < 0 || ::close(std::exchange(number_, -1)) == 0; }
-
-private:
-    int number_;
-};
 
 bool hasNUL(const std::string& path) { return path.find('\0') != std::string::npos; }
 
@@ -59,7 +44,7 @@ int openTemporaryFile(std::string& temporary, const std::string& path) {
     return mkostemp(temporary.data(), O_CLOEXEC);
 }
 
-/// A new file beside the path, with mode 0600 and a name that no other one has; its folder is made when it is missing.
+/// Opens a new file beside the path, with mode 0600 and a unique name. Makes the folder if it is missing.
 int makeTemporaryFile(std::string& temporary, const std::string& path) {
     const int file = openTemporaryFile(temporary, path);
     if (file >= 0 || errno != ENOENT) return file;
@@ -71,7 +56,7 @@ double seconds(const statx_timestamp& time) {
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
 }
 
-/// Whether `makeTemporaryFile` names a property list's temporary file so: "Name.plist.vorlane-a1B2c3".
+/// Whether `makeTemporaryFile` gives such a name to a property list's temporary file: "Name.plist.vorlane-a1B2c3".
 bool isTemporaryName(std::string_view name) {
     if (name.size() < kRandomLetters.size()) return false;
     const auto letters = name.substr(name.size() - kRandomLetters.size());
@@ -84,7 +69,7 @@ bool isTemporaryName(std::string_view name) {
     return name.ends_with(".plist") && std::ranges::all_of(letters, isAlphanumeric);
 }
 
-/// When a regular file was last written; nothing for anything else.
+/// Returns when a regular file was last written; `nullopt` for any other item.
 std::optional<double> modificationDateOfFile(const std::string& path) {
     struct statx information {};
     if (statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, STATX_TYPE | STATX_MTIME, &information) != 0 ||
@@ -97,34 +82,46 @@ std::optional<double> modificationDateOfFile(const std::string& path) {
 }  // namespace
 
 std::optional<Data> NSFileManager::contentsAtPath(const std::string& path) {
-    if (hasNUL(path)) return std::nullopt;
-    // Not blocking, so that a named pipe in the file's place cannot hold the caller up.
-    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    Data bytes;
+    if (readFile(path, bytes) != 0) return std::nullopt;
+    return bytes;
+}
+
+int NSFileManager::readFile(const std::string& path, Data& bytes) {
+    if (hasNUL(path)) return ENOENT;
+    // Not blocking: a named pipe in the file's place must not hold the caller up.
+    const auto file = FileDescriptor::open(path, O_RDONLY | O_NONBLOCK);
     struct stat information {};
-    if (!file.isOpen() || fstat(file.number(), &information) != 0 || !S_ISREG(information.st_mode)) return std::nullopt;
-    if (information.st_size < 0 || static_cast<std::size_t>(information.st_size) > kLongestFile) return std::nullopt;
-    Data bytes(static_cast<std::size_t>(information.st_size));
+    if (!file.isOpen() || fstat(file.number(), &information) != 0) return errno;
+    if (!S_ISREG(information.st_mode)) return EINVAL;
+    if (information.st_size < 0 || static_cast<std::size_t>(information.st_size) > DocumentLimits::kLongestPropertyList)
+        return EFBIG;
+    bytes.resize(static_cast<std::size_t>(information.st_size));
     std::size_t done = 0;
     while (done < bytes.size()) {
         const auto count = ::read(file.number(), bytes.data() + done, bytes.size() - done);
         if (count < 0 && errno == EINTR) continue;
-        if (count < 0) return std::nullopt;
+        if (count < 0) return errno;
         if (count == 0) break;
         done += static_cast<std::size_t>(count);
     }
     bytes.resize(done);
-    return bytes;
+    return 0;
 }
 
-bool NSFileManager::writeToFile(const Data& bytes, const std::string& path) {
-    if (path.empty() || hasNUL(path)) return false;
+bool NSFileManager::writeToFile(const Data& bytes, const std::string& path) { return replaceFile(bytes, path) == 0; }
+
+int NSFileManager::replaceFile(const Data& bytes, const std::string& path) {
+    if (path.empty() || hasNUL(path)) return EINVAL;
     std::string temporary;
-    Descriptor file(makeTemporaryFile(temporary, path));
-    if (!file.isOpen()) return false;
-    const bool isReplaced = writeAll(file.number(), bytes) && fdatasync(file.number()) == 0 && file.close() &&
-                            ::rename(temporary.c_str(), path.c_str()) == 0;
-    if (!isReplaced) ::unlink(temporary.c_str());
-    return isReplaced;
+    FileDescriptor file(makeTemporaryFile(temporary, path));
+    if (!file.isOpen()) return errno;
+    const bool isReplaced =
+        writeAll(file.number(), bytes) && file.close() && ::rename(temporary.c_str(), path.c_str()) == 0;
+    if (isReplaced) return 0;
+    const int error = errno;
+    ::unlink(temporary.c_str());
+    return error;
 }
 
 void NSFileManager::removeAbandonedTemporaryFilesInFolder(const std::string& folder, double time) {
@@ -138,17 +135,19 @@ void NSFileManager::removeAbandonedTemporaryFilesInFolder(const std::string& fol
 }
 
 bool NSFileManager::createDirectoryAtPath(const std::string& path) {
-    if (path.empty() || hasNUL(path)) return false;
+    if (path.empty() || hasNUL(path)) {
+        errno = EINVAL;
+        return false;
+    }
+    int error = 0;
     for (std::size_t end = path.find('/', 1);; end = path.find('/', end + 1)) {
-        const auto folder = path.substr(0, end);
-        if (::mkdir(folder.c_str(), kFolderMode) != 0 && errno != EEXIST) {
-            std::error_code error;
-            if (!std::filesystem::is_directory(folder, error)) return false;
-        }
+        if (::mkdir(path.substr(0, end).c_str(), kFolderMode) != 0 && errno != EEXIST && error == 0) error = errno;
         if (end == std::string::npos) break;
     }
-    std::error_code error;
-    return std::filesystem::is_directory(path, error);
+    struct stat information {};
+    if (::stat(path.c_str(), &information) == 0 && S_ISDIR(information.st_mode)) return true;
+    errno = error == 0 ? ENOTDIR : error;
+    return false;
 }
 
 bool NSFileManager::moveItemAtPath(const std::string& path, const std::string& destination) {

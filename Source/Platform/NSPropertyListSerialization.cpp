@@ -8,18 +8,20 @@
 
 namespace vorlane {
 
-namespace {
-
-constexpr int kDeepestNesting = 512;
-
-}  // namespace
-
 std::optional<Value> NSPropertyListSerialization::propertyListWithData(const Data& bytes) {
-    return PropertyListReader::read(bytes, kDeepestNesting);
+    return PropertyListReader::read(bytes);
 }
 
 Data NSPropertyListSerialization::dataWithPropertyList(const Value& propertyList) {
-    return PropertyListWriter::write(propertyList, kDeepestNesting);
+    return PropertyListWriter::write(propertyList);
+}
+
+Data NSPropertyListSerialization::dataWithPropertyList(const Dictionary& propertyList) {
+    return PropertyListWriter::write(propertyList);
+}
+
+Data NSPropertyListSerialization::dataWithPropertyList(const Array& propertyList) {
+    return PropertyListWriter::write(propertyList);
 }
 
 std::optional<Dictionary> NSPropertyListSerialization::dictionaryWithContentsOfFile(const std::string& path) {
@@ -30,7 +32,7 @@ std::optional<Dictionary> NSPropertyListSerialization::dictionaryWithContentsOfF
 }
 
 bool NSPropertyListSerialization::writeToFile(const Dictionary& dictionary, const std::string& path) {
-    const auto bytes = PropertyListWriter::write(dictionary, kDeepestNesting);
+    const auto bytes = PropertyListWriter::write(dictionary);
     return !bytes.empty() && NSFileManager::writeToFile(bytes, path);
 }
 

@@ -24,7 +24,7 @@ std::string repeated(const std::string& text, int times) {
     return result;
 }
 
-/// A binary list written object by object, right or wrong; the first object is the root. Numbers take four bytes.
+/// A binary list written object by object, sound or not; the first object is the root. Numbers take four bytes.
 class BinaryList {
 public:
     void add(const std::string& object) {
@@ -32,7 +32,7 @@ public:
         text_ += object;
     }
 
-    /// An object that says the same as the one before it.
+    /// An object at the place of the previous one.
     void addAgain() { offsets_.push_back(offsets_.back()); }
 
     void addArray(const std::vector<std::uint32_t>& members) { add(container(0xA0, members.size(), members)); }
@@ -68,7 +68,7 @@ private:
 
 const std::string kTrue = "\x09";
 
-TEST(HostilePropertyListTest, ABinaryListIsReadByItsReferences) {
+TEST(HostilePropertyListTest, BinaryListIsReadByItsReferences) {
     BinaryList list;
     list.addDictionary({1, 2, 3, 3});
     list.add("\x51k");
@@ -78,7 +78,7 @@ TEST(HostilePropertyListTest, ABinaryListIsReadByItsReferences) {
     EXPECT_EQ(read(list.text()), Value(Dictionary{{"k", Array{true, true}}, {"l", Array{true, true}}}));
 }
 
-TEST(HostilePropertyListTest, BinaryListsNestedTooDeepGiveNothing) {
+TEST(HostilePropertyListTest, BinaryListsNestedTooDeepAreRefused) {
     const auto nested = [](std::uint32_t levels) {
         BinaryList list;
         for (std::uint32_t i = 0; i < levels; ++i) list.addArray({i + 1});
@@ -90,7 +90,7 @@ TEST(HostilePropertyListTest, BinaryListsNestedTooDeepGiveNothing) {
     EXPECT_EQ(nested(100'000), std::nullopt);
 }
 
-TEST(HostilePropertyListTest, DepthCountsAlsoBehindAnObjectSeenBefore) {
+TEST(HostilePropertyListTest, DepthCountsAlsoBehindASharedObject) {
     // The second way into the chain is longer by one than the first.
     BinaryList list;
     constexpr std::uint32_t kChain = 511;
@@ -101,7 +101,7 @@ TEST(HostilePropertyListTest, DepthCountsAlsoBehindAnObjectSeenBefore) {
     EXPECT_EQ(read(list.text()), std::nullopt);
 }
 
-TEST(HostilePropertyListTest, AnArrayInsideItselfGivesNothing) {
+TEST(HostilePropertyListTest, ArrayInsideItselfIsRefused) {
     BinaryList itself;
     itself.addArray({0});
     EXPECT_EQ(read(itself.text()), std::nullopt);
@@ -112,21 +112,21 @@ TEST(HostilePropertyListTest, AnArrayInsideItselfGivesNothing) {
     EXPECT_EQ(read(throughAnother.text()), std::nullopt);
 }
 
-TEST(HostilePropertyListTest, ASmallFileThatAmountsToBillionsOfObjectsGivesNothing) {
+TEST(HostilePropertyListTest, SmallFileOfBillionsOfObjectsIsRefused) {
     BinaryList list;
     for (std::uint32_t i = 0; i < 60; ++i) list.addArray({i + 1, i + 1});
     list.add(kTrue);
     EXPECT_EQ(read(list.text()), std::nullopt);
 }
 
-TEST(HostilePropertyListTest, ALongTextSharedByManyGivesNothing) {
+TEST(HostilePropertyListTest, LongStringSharedByManyIsRefused) {
     BinaryList list;
     list.addArray(std::vector<std::uint32_t>(100'000, 1));
     list.add("\x5F\x12" + BinaryList::number(1'000'000, 4) + std::string(1'000'000, 'x'));
     EXPECT_EQ(read(list.text()), std::nullopt);
 }
 
-TEST(HostilePropertyListTest, ManyArraysOverTheSameBytesGiveNothing) {
+TEST(HostilePropertyListTest, ManyArraysOverTheSameBytesAreRefused) {
     constexpr std::uint32_t kArrays = 10'000;
     BinaryList list;
     std::vector<std::uint32_t> all(kArrays);
@@ -138,20 +138,20 @@ TEST(HostilePropertyListTest, ManyArraysOverTheSameBytesGiveNothing) {
     EXPECT_EQ(read(list.text()), std::nullopt);
 }
 
-TEST(HostilePropertyListTest, WhatPointsOutsideGivesNothing) {
+TEST(HostilePropertyListTest, ReferencesToTheOutsideAreRefused) {
     const std::vector<std::string> objects = {
-        "\xA1" + BinaryList::number(7, 4),                            // A member that is none
+        "\xA1" + BinaryList::number(7, 4),                            // A member that does not exist
         "\xA1",                                                       // No room for its member
         "\xAF\x13" + BinaryList::number(std::uint64_t{1} << 62U, 8),  // More members than bytes
         "\xDF\x13" + BinaryList::number(std::uint64_t{1} << 63U, 8),  // Twice that overflows
         "\x6F\x13" + BinaryList::number(std::uint64_t{1} << 63U, 8),  // The same for text
         "\x5F\x12" + BinaryList::number(1000, 4),                     // A text longer than the file
         "\x5F\x14" + std::string(16, '\x01'),                         // A count of 16 bytes
-        "\x5F\x51",                                                   // A count that is no number
+        "\x5F\x51",                                                   // A count that is not a number
         "\xAF",                                                       // No count
         "\x13",                                                       // No room for the number
         "\x1F",                                                       // A number of 32768 bytes
-        "\x70",                                                       // No kind of object
+        "\x70",                                                       // Not a kind of object
     };
     for (const auto& object : objects) {
         BinaryList list;
@@ -160,7 +160,7 @@ TEST(HostilePropertyListTest, WhatPointsOutsideGivesNothing) {
     }
 }
 
-TEST(HostilePropertyListTest, ATrailerThatCannotBeGivesNothing) {
+TEST(HostilePropertyListTest, ImpossibleTrailersAreRefused) {
     BinaryList list;
     list.addArray({1});
     list.add(kTrue);
@@ -183,7 +183,7 @@ TEST(HostilePropertyListTest, ATrailerThatCannotBeGivesNothing) {
     }
 }
 
-TEST(HostilePropertyListTest, AZeroInsideABinaryTextGivesNothing) {
+TEST(HostilePropertyListTest, ZeroInsideABinaryStringIsRefused) {
     for (const auto& text : {std::string("\x62\0k\0\0", 5), std::string("\x61\0\0", 3)}) {
         BinaryList list;
         list.addDictionary({1, 1});
@@ -192,7 +192,7 @@ TEST(HostilePropertyListTest, AZeroInsideABinaryTextGivesNothing) {
     }
 }
 
-TEST(HostilePropertyListTest, WhatHasNoKindOfItsOwnIsLeftOut) {
+TEST(HostilePropertyListTest, ObjectsOfOtherKindsAreLeftOut) {
     BinaryList list;
     list.addArray({1, 2, 3});
     list.add("\x80\x05");
@@ -201,7 +201,7 @@ TEST(HostilePropertyListTest, WhatHasNoKindOfItsOwnIsLeftOut) {
     EXPECT_EQ(read(list.text()), Value(Array{true, "x"}));
 }
 
-TEST(HostilePropertyListTest, TagsThatAreNoneDoNotHideTheDepth) {
+TEST(HostilePropertyListTest, TagsInCommentsDoNotHideTheDepth) {
     for (const std::string hidden : {"<!-- </array> -->", "<?x </array> ?>", "<?x \"?> </array> \"?>",
                                      "<!DOCTYPE x \"</array>\">", "<string><![CDATA[</array>]]></string>",
                                      "<string a=\"</array>\">x</string>", "<string>x<!--</array>--></string>"}) {
@@ -209,7 +209,7 @@ TEST(HostilePropertyListTest, TagsThatAreNoneDoNotHideTheDepth) {
     }
 }
 
-TEST(HostilePropertyListTest, CommentsAndTheLikeAreNoTags) {
+TEST(HostilePropertyListTest, CommentsAreNoTags) {
     EXPECT_EQ(read("<?xml version=\"1.0\"?>\n<!DOCTYPE plist PUBLIC \"-//X//DTD PLIST 1.0//EN\" \"http://x/y.dtd\">\n" +
                    xml("<!-- " + repeated("<array>", 600) +
                        " --><array ><string>a<![CDATA[<array>]]></string><dict/>"
@@ -217,7 +217,7 @@ TEST(HostilePropertyListTest, CommentsAndTheLikeAreNoTags) {
               Value(Array{"a<array>", Dictionary{}, Array{}}));
 }
 
-TEST(HostilePropertyListTest, MarkupLeftOpenGivesNothing) {
+TEST(HostilePropertyListTest, MarkupLeftOpenIsRefused) {
     for (const std::string open : {"<", "<!", "<!--", "<!-- -", "<![CDATA[", "<?", "<?x", "<array", "</array",
                                    "<!DOCTYPE", "<!DOCTYPE x [", "<array a=\"", "<a<b>"}) {
         EXPECT_EQ(read("<plist version=\"1.0\"><array>" + open), std::nullopt) << open;
@@ -227,17 +227,17 @@ TEST(HostilePropertyListTest, MarkupLeftOpenGivesNothing) {
     EXPECT_EQ(read(xml(std::string("<dict\0></dict>", 14))), std::nullopt);
 }
 
-TEST(HostilePropertyListTest, ATextOfAMillionEntitiesIsReadLikeAnyOther) {
-    // By moving what is left for each of them, it would take hours.
+TEST(HostilePropertyListTest, StringOf3MillionEntitiesIsRead) {
+    // A reader that moves the rest of the string for each of them takes hours.
     std::string text;
     for (int i = 0; i < 1000000; ++i) text += "&<>";
     const Value dictionary = {{text, text}};
     const auto bytes = NSPropertyListSerialization::dataWithPropertyList(dictionary);
-    // Not printed when they differ.
+    // Too long to be printed.
     EXPECT_TRUE(NSPropertyListSerialization::propertyListWithData(bytes) == dictionary);
 }
 
-TEST(HostilePropertyListTest, AnEntityMayStandAnywhereInALongText) {
+TEST(HostilePropertyListTest, EntitiesMayStandAnywhereInALongString) {
     for (std::size_t before = 1000; before < 1050; ++before) {
         for (const std::string plain : {"", "\u00e9"}) {
             const auto end = repeated("x" + plain, 500);
@@ -251,7 +251,7 @@ TEST(HostilePropertyListTest, AnEntityMayStandAnywhereInALongText) {
               Value("<" + longText + longText + "&amp;" + longText + ">"));
 }
 
-TEST(HostilePropertyListTest, AnEntityThatDoesNotEndIsHarmless) {
+TEST(HostilePropertyListTest, EntityWithoutAnEndIsHarmless) {
     const std::string longText(3000, 'x');
     for (const auto& text : {"&" + longText, longText + "&amp", longText + "&" + longText + ";", longText + "&&&&"}) {
         read(xml("<string>" + text + "</string>"));
@@ -260,7 +260,7 @@ TEST(HostilePropertyListTest, AnEntityThatDoesNotEndIsHarmless) {
     }
 }
 
-TEST(HostilePropertyListTest, CharacterReferencesThatAreNoneAreHarmless) {
+TEST(HostilePropertyListTest, ImpossibleCharacterReferencesAreHarmless) {
     for (const std::string reference :
          {"&#0;", "&#x0;", "&#xFFFFFFFF;", "&#;", "&;", "&amp", "&unknown;", "&#xD800;"}) {
         const auto text = fmt::format("<key>{0}</key><string>{0}</string>", reference);

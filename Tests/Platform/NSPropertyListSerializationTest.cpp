@@ -30,7 +30,7 @@ protected:
             NSPropertyListSerialization::dataWithPropertyList(value));
     }
 
-    /// What another implementation says of the file, as JSON; writes `from` there as well when a format is given.
+    /// Runs the code with Python's own reader and writer of property lists, and returns what it prints.
     std::string python(const std::string& code) const {
         const auto command = "/usr/bin/python3 -c \"import plistlib, json\n" + code + "\" > " + path("out") + " 2>&1";
         EXPECT_EQ(std::system(command.c_str()), 0);
@@ -39,7 +39,7 @@ protected:
     }
 };
 
-/// Moved level by level: a braced list would copy what is inside each time.
+/// Moved level by level: a braced list would copy its contents each time.
 Value nestedArrays(int levels) {
     Value nested = Array();
     for (int level = 1; level < levels; ++level) {
@@ -64,7 +64,7 @@ const Value kEverything = Dictionary{{"string", "caf\u00e9 <&> \"quoted\"\n\ttab
                                      {"array", Array{1, "two", Array{}, Dictionary{}}},
                                      {"dictionary", Dictionary{{"key <&>", Dictionary{{"deep", -1}}}}}};
 
-TEST_F(NSPropertyListSerializationTest, EveryKindComesBackAsItWas) { EXPECT_EQ(roundTrip(kEverything), kEverything); }
+TEST_F(NSPropertyListSerializationTest, EveryKindComesBackUnchanged) { EXPECT_EQ(roundTrip(kEverything), kEverything); }
 
 TEST_F(NSPropertyListSerializationTest, EveryKindMayBeTheRoot) {
     for (const Value& root : {Value("text"), Value(7), Value(true), Value(2.5), Value(Array{1}), Value::binary({1})}) {
@@ -72,14 +72,14 @@ TEST_F(NSPropertyListSerializationTest, EveryKindMayBeTheRoot) {
     }
 }
 
-TEST_F(NSPropertyListSerializationTest, NullsAreDroppedWhereverTheyStand) {
+TEST_F(NSPropertyListSerializationTest, NullsAreDropped) {
     EXPECT_EQ(
         roundTrip(Dictionary{{"a", nullptr}, {"b", Array{nullptr, 1, nullptr}}, {"c", Dictionary{{"d", nullptr}}}}),
         Value(Dictionary{{"b", Array{1}}, {"c", Dictionary{}}}));
     EXPECT_TRUE(NSPropertyListSerialization::dataWithPropertyList(nullptr).empty());
 }
 
-TEST_F(NSPropertyListSerializationTest, ANumberBeyondSignedIntegersStaysUnsigned) {
+TEST_F(NSPropertyListSerializationTest, LargeIntegersStayUnsigned) {
     const auto most = std::numeric_limits<std::uint64_t>::max();
     const Value numbers = Dictionary{{"most", most}, {"first", std::uint64_t{1} << 63U}, {"minus one", -1}};
     const auto back = roundTrip(numbers);
@@ -102,40 +102,39 @@ TEST_F(NSPropertyListSerializationTest, LineEndsAndRareCharactersComeBack) {
     EXPECT_EQ(roundTrip(text), text);
 }
 
-TEST_F(NSPropertyListSerializationTest, AThousandEmptyArraysAreNoNesting) {
+TEST_F(NSPropertyListSerializationTest, 1000EmptyArraysAreNoNesting) {
     const Value flat = Array(1000, Array());
     EXPECT_EQ(roundTrip(flat), flat);
     const Value deepest = nestedArrays(512);
     EXPECT_EQ(roundTrip(deepest), deepest);
 }
 
-TEST_F(NSPropertyListSerializationTest, TextThatIsNoUTF8IsRepairedWhenRead) {
+TEST_F(NSPropertyListSerializationTest, InvalidUTF8IsRepairedWhenRead) {
     EXPECT_EQ(read(xml("<dict><key>k\xff</key><string>\xc3(</string></dict>")),
               Value(Dictionary{{"k\uFFFD", "\uFFFD("}}));
 }
 
-TEST_F(NSPropertyListSerializationTest, NumbersThatAreNotFiniteAreLeftOutWhenRead) {
+TEST_F(NSPropertyListSerializationTest, NonFiniteNumbersAreLeftOutWhenRead) {
     EXPECT_EQ(read(xml("<dict><key>a</key><real>nan</real><key>b</key><array><real>-inf</real><real>1</real></array>"
                        "</dict>")),
               Value(Dictionary{{"b", Array{1.0}}}));
     EXPECT_EQ(read(xml("<real>inf</real>")), std::nullopt);
 }
 
-TEST_F(NSPropertyListSerializationTest, NumbersAreTheSameInAnyLocaleOfTheHost) {
+TEST_F(NSPropertyListSerializationTest, NumbersDoNotDependOnTheLocale) {
     const CommaLocale locale(path("locales"));
     const Value reals = Array{0.5, -1234.25};
     const auto bytes = NSPropertyListSerialization::dataWithPropertyList(reals);
     EXPECT_NE(std::string(bytes.begin(), bytes.end()).find("<real>0.5</real>"), std::string::npos);
     EXPECT_EQ(NSPropertyListSerialization::propertyListWithData(bytes), reals);
-    // The host's own locale is in force again.
     EXPECT_EQ(CommaLocale::decimalPoint(), ",");
 }
 
-TEST_F(NSPropertyListSerializationTest, NumbersThatAreNotFiniteAreDropped) {
+TEST_F(NSPropertyListSerializationTest, NonFiniteNumbersAreDropped) {
     EXPECT_EQ(roundTrip(Array{1, std::nan(""), INFINITY, -INFINITY, 2}), Value(Array{1, 2}));
 }
 
-TEST_F(NSPropertyListSerializationTest, WhatXMLCannotCarryIsReplaced) {
+TEST_F(NSPropertyListSerializationTest, CharactersThatXMLCannotHoldAreReplaced) {
     const std::string mark = "\uFFFD";
     const std::pair<std::string, std::string> cases[] = {{std::string("a\0b", 3), "a" + mark + "b"},
                                                          {"a\x01", "a" + mark},
@@ -150,7 +149,7 @@ TEST_F(NSPropertyListSerializationTest, WhatXMLCannotCarryIsReplaced) {
     }
 }
 
-TEST_F(NSPropertyListSerializationTest, WhatIsWrittenIsReadByOthers) {
+TEST_F(NSPropertyListSerializationTest, OtherProgramsReadWhatIsWritten) {
     Value awkward = kEverything;
     awkward["control"] = std::string("\0\x01\x1b\xff", 4);
     awkward["carriage"] = "a\rb";
@@ -166,7 +165,7 @@ TEST_F(NSPropertyListSerializationTest, WhatIsWrittenIsReadByOthers) {
                           Array{1, "two", Array{}, Dictionary{}}, awkward["string"]}));
 }
 
-TEST_F(NSPropertyListSerializationTest, WhatOthersWriteIsReadInBothFormats) {
+TEST_F(NSPropertyListSerializationTest, BothFormatsOfOtherProgramsAreRead) {
     for (const auto* format : {"FMT_XML", "FMT_BINARY"}) {
         python(
             "plistlib.dump({'s': 'caf\\u00e9', 'i': 7, 'n': -7, 'r': 2.5, 'b': True, 'd': bytes([1, 2]), 'a': [1, "
@@ -184,11 +183,11 @@ TEST_F(NSPropertyListSerializationTest, WhatOthersWriteIsReadInBothFormats) {
     }
 }
 
-TEST_F(NSPropertyListSerializationTest, ADateReadsAsItsSecondsSince1970) {
+TEST_F(NSPropertyListSerializationTest, DateReadsAsSecondsSince1970) {
     EXPECT_EQ(read(xml("<date>2023-11-14T22:13:20Z</date>")), Value(1'700'000'000.0));
 }
 
-TEST_F(NSPropertyListSerializationTest, WhatIsNoPropertyListGivesNothing) {
+TEST_F(NSPropertyListSerializationTest, OtherBytesAreNoPropertyList) {
     for (const auto& text :
          {std::string(), std::string("garbage"), std::string("<plist>"), std::string("<html><body/></html>"),
           std::string("bplist00"), std::string("bplist00") + std::string(40, '\xff'), xml("<dict><key>a</key></dict"),
@@ -197,7 +196,7 @@ TEST_F(NSPropertyListSerializationTest, WhatIsNoPropertyListGivesNothing) {
     }
 }
 
-TEST_F(NSPropertyListSerializationTest, AListCutOffAtAnyByteIsReadWholeOrNotAtAll) {
+TEST_F(NSPropertyListSerializationTest, TruncatedListIsReadWholeOrNotAtAll) {
     const auto whole = NSPropertyListSerialization::dataWithPropertyList(kEverything);
     for (std::size_t length = 0; length < whole.size(); ++length) {
         const Data cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length));
@@ -206,7 +205,7 @@ TEST_F(NSPropertyListSerializationTest, AListCutOffAtAnyByteIsReadWholeOrNotAtAl
     }
 }
 
-TEST_F(NSPropertyListSerializationTest, ABinaryListWithAnyByteChangedIsHarmless) {
+TEST_F(NSPropertyListSerializationTest, BinaryListWithAChangedByteIsHarmless) {
     python("plistlib.dump({'s': 'text', 'a': [1, {'k': 2.5}], 'd': bytes(20)}, open('" + path("list") +
            "', 'wb'), fmt=plistlib.FMT_BINARY)");
     const auto whole = NSFileManager::contentsAtPath(path("list")).value();
@@ -221,7 +220,7 @@ TEST_F(NSPropertyListSerializationTest, ABinaryListWithAnyByteChangedIsHarmless)
     }
 }
 
-TEST_F(NSPropertyListSerializationTest, ListsNestedTooDeepGiveNothing) {
+TEST_F(NSPropertyListSerializationTest, ListsNestedTooDeepAreRefused) {
     const auto nested = [](int levels, const std::string& open, const std::string& close) {
         std::string text;
         for (int i = 0; i < levels; ++i) text += open;
@@ -234,14 +233,14 @@ TEST_F(NSPropertyListSerializationTest, ListsNestedTooDeepGiveNothing) {
     EXPECT_EQ(read(nested(100'000, "<dict><key>a</key>", "</dict>")), std::nullopt);
 }
 
-TEST_F(NSPropertyListSerializationTest, WhatIsTooDeepIsLeftOutWhenWriting) {
+TEST_F(NSPropertyListSerializationTest, TooDeepContainersAreNotWritten) {
     const Value root = Dictionary{{"deep", nestedArrays(2000)}, {"kept", 1}};
     const auto back = roundTrip(root);
     ASSERT_TRUE(back);
     EXPECT_EQ((*back)["kept"], Value(1));
 }
 
-TEST_F(NSPropertyListSerializationTest, AFileWithAnotherRootIsNoDictionary) {
+TEST_F(NSPropertyListSerializationTest, FileWithAnotherRootIsNoDictionary) {
     const auto bytes = NSPropertyListSerialization::dataWithPropertyList(Array{1});
     ASSERT_TRUE(NSFileManager::writeToFile(bytes, path("list")));
     EXPECT_EQ(NSPropertyListSerialization::dictionaryWithContentsOfFile(path("list")), std::nullopt);

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <string_view>
 
+#include "Platform/Internal/DocumentLimits.h"
+
 namespace vorlane {
 
 namespace {
@@ -17,9 +19,9 @@ bool isWidth(std::size_t width) { return (width >= 1 && width <= 4) || width == 
 
 }  // namespace
 
-bool BinaryPropertyListScanner::isSound(const Data& bytes, int limit) {
+bool BinaryPropertyListScanner::isSound(const Data& bytes) {
     BinaryPropertyListScanner scanner(bytes);
-    return scanner.readTrailer() && scanner.walk(limit);
+    return scanner.readTrailer() && scanner.walk();
 }
 
 bool BinaryPropertyListScanner::readTrailer() {
@@ -41,12 +43,12 @@ bool BinaryPropertyListScanner::readTrailer() {
 }
 
 /// Visits every object once, members before what contains them.
-bool BinaryPropertyListScanner::walk(int limit) {
-    if (!enter(root_, limit)) return false;
+bool BinaryPropertyListScanner::walk() {
+    if (!enter(root_)) return false;
     while (!path_.empty()) {
         auto& step = path_.back();
         if (step.nextMember == step.object.memberCount) {
-            if (!leave(limit)) return false;
+            if (!leave()) return false;
             continue;
         }
         const auto position = step.object.references + step.nextMember++ * referenceWidth_;
@@ -55,15 +57,15 @@ bool BinaryPropertyListScanner::walk(int limit) {
         const auto visit = summaries_[static_cast<std::size_t>(member)].visit;
         // One that is still under way contains itself.
         if (visit == Visit::underWay) return false;
-        if (visit == Visit::none && !enter(static_cast<std::size_t>(member), limit)) return false;
+        if (visit == Visit::none && !enter(static_cast<std::size_t>(member))) return false;
     }
     return true;
 }
 
-bool BinaryPropertyListScanner::enter(std::size_t number, int limit) {
+bool BinaryPropertyListScanner::enter(std::size_t number) {
     const auto object = objectAt(number);
     // A path may end with one object that is no container.
-    if (!object || path_.size() > static_cast<std::size_t>(limit)) return false;
+    if (!object || path_.size() > static_cast<std::size_t>(DocumentLimits::kDeepestNesting)) return false;
     // Objects may overlap, so their lengths can add up to more than the file's.
     sizeVisited_ += kObjectCost + object->length;
     if (sizeVisited_ > kLargestSize) return false;
@@ -72,21 +74,25 @@ bool BinaryPropertyListScanner::enter(std::size_t number, int limit) {
     return true;
 }
 
-bool BinaryPropertyListScanner::leave(int limit) {
+bool BinaryPropertyListScanner::leave() {
     const auto& [number, object, visited] = path_.back();
     auto& summary = summaries_[number];
     summary.size = kObjectCost + object.length;
+    summary.valueCount = 1;
     for (std::size_t i = 0; i < visited; ++i) {
         const auto& member =
             summaries_[static_cast<std::size_t>(numberAt(object.references + i * referenceWidth_, referenceWidth_))];
         summary.depth = std::max(summary.depth, member.depth);
         summary.size += member.size;
-        if (summary.size > kLargestSize) return false;
+        summary.valueCount += member.valueCount;
+        // Keys are counted too.
+        if (summary.size > kLargestSize || summary.valueCount > 2 * DocumentLimits::kMostValuesInPropertyList)
+            return false;
     }
     if (object.isContainer) ++summary.depth;
     summary.visit = Visit::done;
     path_.pop_back();
-    return summary.depth <= limit;
+    return summary.depth <= DocumentLimits::kDeepestNesting;
 }
 
 std::optional<BinaryPropertyListScanner::Object> BinaryPropertyListScanner::objectAt(std::size_t number) const {

@@ -10,19 +10,17 @@
 namespace vorlane {
 
 /// Checks a binary property list without recursion before libplist reads it. Its objects refer to each other by number,
-/// so a small file can be nested without end, or say the same array a billion times; libplist would follow every
-/// reference.
+/// so a small file can be nested without end, or hold the same array a billion times; libplist follows every reference.
 class BinaryPropertyListScanner {
 public:
-    /// Whether every object that the root leads to lies within the file, none contains itself, arrays and dictionaries
-    /// nest no deeper than `limit`, and what they amount to, with shared objects counted each time, stays within
-    /// bounds.
-    static bool isSound(const Data& bytes, int limit);
+    /// Whether every object that the root leads to lies within the file, none contains itself, and the list is within
+    /// the bounds of DocumentLimits, with a shared object counted each time.
+    static bool isSound(const Data& bytes);
 
 private:
     struct Object {
         std::size_t length = 0;
-        // Where the references to its members stand; none for anything but arrays and dictionaries.
+        // Where the references to its members stand; arrays and dictionaries only.
         std::size_t references = 0;
         std::size_t memberCount = 0;
         bool isContainer = false;
@@ -32,6 +30,7 @@ private:
         Visit visit = Visit::none;
         int depth = 0;
         std::uint64_t size = 0;
+        std::uint64_t valueCount = 0;
     };
     struct Step {
         std::size_t number;
@@ -42,9 +41,9 @@ private:
     explicit BinaryPropertyListScanner(const Data& bytes) : bytes_(bytes) {}
 
     bool readTrailer();
-    bool walk(int limit);
-    bool enter(std::size_t number, int limit);
-    bool leave(int limit);
+    bool walk();
+    bool enter(std::size_t number);
+    bool leave();
     std::optional<Object> objectAt(std::size_t number) const;
     std::optional<std::size_t> countAt(std::size_t& position) const;
     bool hasZero(std::size_t position, std::size_t count) const;

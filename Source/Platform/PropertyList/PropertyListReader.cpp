@@ -12,9 +12,8 @@
 #include <utility>
 
 #include "Platform/PropertyList/BinaryPropertyListScanner.h"
-#include "Platform/PropertyList/PlainNumbers.h"
 #include "Platform/PropertyList/PropertyListText.h"
-#include "Platform/PropertyList/XMLPropertyListScanner.h"
+#include "Platform/PropertyList/XMLPropertyListReader.h"
 
 namespace vorlane {
 
@@ -27,7 +26,7 @@ using Allocation = std::unique_ptr<void, decltype(&std::free)>;
 
 std::optional<Value> valueOf(plist_t node);
 
-/// libplist gives the bits of an integer and not whether it is signed; only what it writes tells.
+/// libplist returns the bits of an integer and not whether it is signed; only its XML shows that.
 bool isNegative(plist_t node) {
     const Node copy(plist_copy(node), &plist_free);
     char* xml = nullptr;
@@ -101,7 +100,7 @@ Value dictionaryOf(plist_t node) {
     }
 }
 
-/// Goes no deeper than what was read, whose nesting the scanners have limited.
+/// Goes no deeper than what was read, whose nesting the scanner has limited.
 std::optional<Value> valueOf(plist_t node) {
     switch (plist_get_node_type(node)) {
         case PLIST_BOOLEAN: {
@@ -128,27 +127,21 @@ std::optional<Value> valueOf(plist_t node) {
     }
 }
 
-/// None for a text that is longer than libplist can be told, so that it reads nothing.
-std::uint32_t lengthOf(std::string_view text) {
-    return text.size() > std::numeric_limits<std::uint32_t>::max() ? 0 : static_cast<std::uint32_t>(text.size());
-}
-
-Node parse(const Data& bytes, int limit) {
-    const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+Node parseBinary(const Data& bytes) {
     plist_t root = nullptr;
-    if (text.starts_with("bplist")) {
-        if (BinaryPropertyListScanner::isSound(bytes, limit)) plist_from_bin(text.data(), lengthOf(text), &root);
-    } else if (const auto xml = XMLPropertyListScanner::readable(text, limit)) {
-        plist_from_xml(xml->data(), lengthOf(*xml), &root);
+    // The longest file is far shorter than what libplist can count.
+    if (bytes.size() <= std::numeric_limits<std::uint32_t>::max() && BinaryPropertyListScanner::isSound(bytes)) {
+        plist_from_bin(reinterpret_cast<const char*>(bytes.data()), static_cast<std::uint32_t>(bytes.size()), &root);
     }
     return {root, &plist_free};
 }
 
 }  // namespace
 
-std::optional<Value> PropertyListReader::read(const Data& bytes, int limit) {
-    const PlainNumbers plainNumbers;
-    const Node root = parse(bytes, limit);
+std::optional<Value> PropertyListReader::read(const Data& bytes) {
+    const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    if (!text.starts_with("bplist")) return XMLPropertyListReader::read(text);
+    const Node root = parseBinary(bytes);
     return root ? valueOf(root.get()) : std::nullopt;
 }
 

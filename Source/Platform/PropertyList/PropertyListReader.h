@@ -6,12 +6,12 @@
 
 namespace vorlane {
 
-/// Reads property lists by libplist, from bytes that nobody has vouched for.
+/// Reads property lists from bytes that nobody has vouched for: XML by XMLPropertyListReader, binary by libplist.
 class PropertyListReader {
 public:
-    /// The root of an XML or binary list; nothing when the bytes are none, or nested deeper than `limit`. What a
-    /// `Value` has no kind for is left out of the array or dictionary that it stands in.
-    static std::optional<Value> read(const Data& bytes, int limit);
+    /// Returns the root of an XML or binary list; `nullopt` if the bytes are neither, or are beyond the bounds of
+    /// DocumentLimits. What a `Value` has no kind for is left out of the array or dictionary that it stands in.
+    static std::optional<Value> read(const Data& bytes);
 };
 
 }  // namespace vorlane

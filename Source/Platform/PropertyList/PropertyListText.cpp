@@ -1,5 +1,6 @@
 #include "Platform/PropertyList/PropertyListText.h"
 
+#include <algorithm>
 #include <cstddef>
 
 namespace vorlane {
@@ -16,7 +17,7 @@ std::size_t lengthByLead(unsigned char lead) {
     return lead < 0xF5 ? 4 : 0;
 }
 
-/// The length of the UTF-8 character at the front; 0 when the bytes there are none.
+/// The length of the UTF-8 character at the front; 0 if the bytes there are none.
 std::size_t characterLength(std::string_view text) {
     const auto byte = [&text](std::size_t i) { return static_cast<unsigned char>(text[i]); };
     const auto lead = byte(0);
@@ -30,9 +31,16 @@ std::size_t characterLength(std::string_view text) {
     return isOverlong || isOutside ? 0 : length;
 }
 
+/// The number of printable ASCII characters at the front.
+std::size_t plainLength(std::string_view text) {
+    const auto* const end =
+        std::ranges::find_if(text, [](char character) { return character < 0x20 || character == 0x7F; });
+    return static_cast<std::size_t>(end - text.begin());
+}
+
 bool isAny(std::string_view /*character*/) { return true; }
 
-/// Of a well-formed character.
+/// Whether XML 1.0 can hold the well-formed character.
 bool isXMLCharacter(std::string_view character) {
     if (character.size() > 1) return character != "\xEF\xBF\xBE" && character != "\xEF\xBF\xBF";
     const auto byte = static_cast<unsigned char>(character[0]);
@@ -43,6 +51,10 @@ std::string repaired(std::string_view text, bool (*isAllowed)(std::string_view c
     std::string result;
     result.reserve(text.size());
     while (!text.empty()) {
+        const auto plain = plainLength(text);
+        result += text.substr(0, plain);
+        text.remove_prefix(plain);
+        if (text.empty()) break;
         const auto length = characterLength(text);
         const auto character = text.substr(0, length == 0 ? 1 : length);
         result += length != 0 && isAllowed(character) ? character : kReplacement;
@@ -52,6 +64,8 @@ std::string repaired(std::string_view text, bool (*isAllowed)(std::string_view c
 }
 
 }  // namespace
+
+bool PropertyListText::isPlain(std::string_view text) { return plainLength(text) == text.size(); }
 
 std::string PropertyListText::wellFormed(std::string_view text) { return repaired(text, isAny); }
 
