@@ -364,6 +364,7 @@ void SimulatedPhone::stop() {
     impl_->network.reset();
     impl_->settle(deadline, Impl::Requests::ignored);
     impl_->stopQueues(deadline);
+    stopStorage(deadline);
     // An open prompt keeps whoever asked, who in turn keeps the user. Nobody hears the answer any more.
     auto& user = *impl_->user;
     while (!user.openPrompts().empty())

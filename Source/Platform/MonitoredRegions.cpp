@@ -2,8 +2,7 @@
 
 #include <utility>
 
-#include "Platform/NSFileManager.h"
-#include "Platform/NSPropertyListSerialization.h"
+#include "Platform/Internal/PropertyListFile.h"
 
 namespace vorlane {
 
@@ -21,18 +20,21 @@ CLRegionState stateIn(const Dictionary& fields) {
 
 }  // namespace
 
-MonitoredRegions::MonitoredRegions(std::string path) : path_(std::move(path)) {
-    if (path_.empty()) return;
-    const auto root = NSPropertyListSerialization::dictionaryWithContentsOfFile(path_);
-    if (!root && NSFileManager::fileExistsAtPath(path_)) NSFileManager::moveItemAtPath(path_, path_ + ".corrupt");
-    if (!root) return;
-    const auto found = root->find(kRegionsKey);
-    if (found == root->end() || !found->second.is_array()) return;
-    for (const auto& entry : found->second) {
+MonitoredRegions::MonitoredRegions(std::string path) : file_(std::make_unique<PropertyListFile>(std::move(path))) {
+    take(file_->read().contents);
+}
+
+MonitoredRegions::~MonitoredRegions() = default;
+
+/// Adds the regions in the file that have none of the known identifiers.
+void MonitoredRegions::take(const Value& root) {
+    const auto list = root.find(kRegionsKey);
+    if (list == root.end() || !list->is_array()) return;
+    for (const auto& entry : *list) {
         const auto* fields = entry.get_ptr<const Dictionary*>();
         if (auto region = fields ? CLRegion::fromDictionary(*fields) : nullptr) {
             const auto identifier = region->identifier();
-            regions_[identifier] = {std::move(region), stateIn(*fields)};
+            regions_.try_emplace(identifier, Entry{std::move(region), stateIn(*fields)});
         }
     }
 }
@@ -71,8 +73,9 @@ std::vector<std::shared_ptr<CLRegion>> MonitoredRegions::all() const {
     return list;
 }
 
-void MonitoredRegions::write() const {
-    if (path_.empty()) return;
+void MonitoredRegions::write() {
+    if (PropertyListFile::Step::postpone(*file_, [this] { write(); })) return;
+    if (const auto stored = file_->readAgain()) take(*stored);
     Array list;
     for (const auto& [identifier, entry] : regions_) {
         auto fields = entry.region->toDictionary();
@@ -80,7 +83,7 @@ void MonitoredRegions::write() const {
         if (entry.state == CLRegionState::Outside) fields[kStateKey] = "outside";
         list.emplace_back(std::move(fields));
     }
-    NSPropertyListSerialization::writeToFile({{kRegionsKey, std::move(list)}}, path_);
+    file_->write(Dictionary{{kRegionsKey, std::move(list)}});
 }
 
 }  // namespace vorlane

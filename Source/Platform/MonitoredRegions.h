@@ -8,28 +8,33 @@
 #include "Platform/CLLocationManagerDelegate.h"
 #include "Platform/CLRegion.h"
 #include "Public/VLExport.h"
+#include "Public/VLValue.h"
 
 namespace vorlane {
 
-/// The regions that a location manager watches, by identifier, kept in a property list across restarts of the
+class PropertyListFile;
+
+/// The regions that a location manager monitors, by identifier, kept in a property list across restarts of the
 /// application. Its owner guards it.
 class VORLANE_EXPORT MonitoredRegions {
 public:
-    /// Reads the file. What is no region in it is passed over; a file that is no property list is first kept with the
-    /// suffix ".corrupt". An empty path keeps nothing.
+    /// Reads the file; what is no region in it is left out. An empty path: the regions are kept in memory only.
+    ///
+    /// A file that cannot be read is left alone: before the first write that succeeds, its regions join those that were
+    /// added meanwhile.
     explicit MonitoredRegions(std::string path);
+    ~MonitoredRegions();
 
-    /// Puts the region in the place of one with its identifier, or adds it, with an unknown state. A failure to write
-    /// is silent and what is in memory stays.
+    /// Adds the region with an unknown state, or replaces the one with its identifier.
     void add(std::shared_ptr<CLRegion> region);
-    /// False when none has the identifier.
+    /// Returns false if no region has the identifier.
     bool remove(const std::string& identifier);
 
-    /// Null when none has the identifier.
+    /// Null if no region has the identifier.
     std::shared_ptr<CLRegion> find(const std::string& identifier) const;
-    /// Unknown when none has the identifier.
+    /// Unknown if no region has the identifier.
     CLRegionState stateOf(const std::string& identifier) const;
-    /// Ignored when none has the identifier.
+    /// Ignored if no region has the identifier.
     void setState(const std::string& identifier, CLRegionState state);
     /// By identifier, ascending.
     std::vector<std::shared_ptr<CLRegion>> all() const;
@@ -40,11 +45,11 @@ private:
         CLRegionState state;
     };
 
-    void write() const;
+    void take(const Value& root);
+    void write();
 
-    // Fixed at construction.
-    const std::string path_;
     std::map<std::string, Entry> regions_;
+    const std::unique_ptr<PropertyListFile> file_;
 };
 
 }  // namespace vorlane

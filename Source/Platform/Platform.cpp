@@ -8,6 +8,8 @@
 
 #include "Platform/DispatchSemaphore.h"
 #include "Platform/Internal/ProcessWide.h"
+#include "Platform/Internal/StorageFlusher.h"
+#include "Platform/Internal/StorageFolder.h"
 #include "Platform/Linux/LinuxPlatform.h"
 #include "Platform/NSTimer.h"
 
@@ -25,6 +27,8 @@ struct PlatformHolder {
 
 constinit std::atomic<Platform*> currentPlatform = nullptr;
 
+constexpr std::chrono::seconds kLongestShutdown{2};
+
 PlatformHolder& platformHolder() {
     static auto* const holder = new PlatformHolder;
     return *holder;
@@ -39,7 +43,7 @@ struct Platform::Waits {
     bool areAbandoned = false;
 };
 
-Platform::Platform() : waits_(std::make_unique<Waits>()) {}
+Platform::Platform() : waits_(std::make_unique<Waits>()), storage_(std::make_shared<StorageFlusher>()) {}
 
 Platform::~Platform() = default;
 
@@ -76,9 +80,19 @@ void Platform::shutdown() {
         if (!holder.owner || std::exchange(holder.isStopped, true)) return;
         platform = holder.owner;
     }
+    const auto deadline = std::chrono::steady_clock::now() + kLongestShutdown;
+    // Beside everything else that ends, so that little is left for the end.
+    if (!platform->storage().isIdle()) platform->storage().flush();
     platform->abandonWaits();
     platform->stop();
+    platform->stopStorage(deadline);
+    // From here on another process may use the folders.
+    StorageFolder::releaseAll();
 }
+
+StorageFlusher& Platform::storage() { return *storage_; }
+
+void Platform::stopStorage(std::chrono::steady_clock::time_point deadline) { storage_->stop(deadline); }
 
 std::shared_ptr<DispatchSemaphore> Platform::makeSemaphore() {
     auto semaphore = std::make_shared<DispatchSemaphore>();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -18,6 +19,7 @@ class NSNotificationCenter;
 class NSTimer;
 class NSURLSession;
 class OSLog;
+class StorageFlusher;
 class UIApplication;
 class UIDevice;
 class UNUserNotificationCenter;
@@ -67,6 +69,9 @@ public:
     /// be told.
     virtual std::optional<double> documentsCreationDate() const = 0;
 
+    /// Makes the files of the library durable, off the main thread.
+    StorageFlusher& storage();
+
     virtual std::shared_ptr<NSURLSession> makeURLSession(const NSURLSessionConfiguration& configuration) = 0;
     virtual std::shared_ptr<UIApplication> application() = 0;
     virtual std::shared_ptr<UIDevice> device() = 0;
@@ -90,9 +95,14 @@ protected:
     /// Ends every wait of `makeSemaphore()`'s semaphores, and those to come. `shutdown()` does so before `stop()`.
     void abandonWaits();
 
+    /// Flushes the files that have changed and joins the storage thread, within 2 seconds of `shutdown()`. The last
+    /// step of `stop()` for a platform that removes its folder; `shutdown()` does it for every other.
+    void stopStorage(std::chrono::steady_clock::time_point deadline);
+
 private:
     struct Waits;
     const std::unique_ptr<Waits> waits_;
+    const std::shared_ptr<StorageFlusher> storage_;
 };
 
 /// Posts `task` to the main queue.

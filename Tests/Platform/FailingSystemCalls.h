@@ -2,8 +2,8 @@
 
 namespace vorlane {
 
-/// Lets system calls of the library fail, as a full disk or a dying device does. Goes back to normal with the object.
-/// One at a time.
+/// Makes system calls of the library fail, as a full disk or a dying device does, until the object goes. One at a time.
+/// All but flushes and links concern the thread that made the object.
 class FailingSystemCalls {
 public:
     FailingSystemCalls();
@@ -11,15 +11,23 @@ public:
     FailingSystemCalls(const FailingSystemCalls&) = delete;
     FailingSystemCalls& operator=(const FailingSystemCalls&) = delete;
 
-    /// Writing fails from the byte with this number on; what is before is written.
+    /// Writing fails from the byte with this number on; the bytes before it are written.
     void failWritesFrom(long long byte);
-    /// Every write takes at most that many bytes, and every other one is interrupted.
+    /// Each write takes at most that many bytes, and every other one is interrupted.
     void writeInPieces(long long bytes);
     /// The same for reading.
     void readInPieces(long long bytes);
     void failReads();
-    void failFlushes();
+    void failOpening(int error);
     void failRenames();
+    /// On every thread, as the next.
+    void failFlushes();
+    /// As on a file system without hard links.
+    void failLinks();
+
+    /// How many flushes there were so far: in the process, and on the calling thread.
+    static int flushes();
+    static int flushesOfThisThread();
 };
 
 }  // namespace vorlane

@@ -6,7 +6,9 @@
 
 #include "Platform/CLBeaconRegion.h"
 #include "Platform/CLCircularRegion.h"
+#include "Platform/Internal/PropertyListFile.h"
 #include "Platform/NSPropertyListSerialization.h"
+#include "Tests/Platform/FailingSystemCalls.h"
 #include "Tests/Support/TemporaryFolderTest.h"
 
 namespace vorlane {
@@ -27,13 +29,13 @@ protected:
     const std::string file = path("regions.plist");
 };
 
-TEST_F(MonitoredRegionsTest, NothingIsWatchedAndNothingWrittenAtFirst) {
+TEST_F(MonitoredRegionsTest, NewStoreIsEmptyAndWritesNothing) {
     const MonitoredRegions regions(file);
     EXPECT_TRUE(regions.all().empty());
     EXPECT_TRUE(names().empty());
 }
 
-TEST_F(MonitoredRegionsTest, EveryChangeIsReadBackAfterARestart) {
+TEST_F(MonitoredRegionsTest, ChangesAreReadBackAfterARestart) {
     const auto shop = std::make_shared<CLBeaconRegion>("B9407F30-F5F8-466E-AFF9-25556B57FE6D", "shop", 1, 2);
     shop->setNotifyEntryStateOnDisplay(true);
     std::vector<Value> before;
@@ -56,7 +58,7 @@ TEST_F(MonitoredRegionsTest, EveryChangeIsReadBackAfterARestart) {
     EXPECT_TRUE(MonitoredRegions(file).all().empty());
 }
 
-TEST_F(MonitoredRegionsTest, ARegionTakesThePlaceOfTheOneWithItsIdentifier) {
+TEST_F(MonitoredRegionsTest, RegionReplacesTheOneWithItsIdentifier) {
     MonitoredRegions regions(file);
     regions.add(circle("1", 100));
     const auto larger = circle("1", 200);
@@ -65,13 +67,13 @@ TEST_F(MonitoredRegionsTest, ARegionTakesThePlaceOfTheOneWithItsIdentifier) {
     EXPECT_EQ(listed(MonitoredRegions(file)), std::vector<Value>{Value(larger->toDictionary())});
 }
 
-TEST_F(MonitoredRegionsTest, WhatIsNotWatchedCannotBeRemoved) {
+TEST_F(MonitoredRegionsTest, UnknownRegionCannotBeRemoved) {
     MonitoredRegions regions(file);
     EXPECT_FALSE(regions.remove("1"));
     EXPECT_TRUE(names().empty());
 }
 
-TEST_F(MonitoredRegionsTest, WhatIsNoRegionInTheFileIsPassedOver) {
+TEST_F(MonitoredRegionsTest, OtherValuesInTheFileAreSkipped) {
     NSPropertyListSerialization::writeToFile(
         {{"regions", Array{5, "text", Array{}, Dictionary{}, Dictionary{{"type", "circular"}, {"identifier", "1"}},
                            circle("2")->toDictionary()}}},
@@ -83,7 +85,7 @@ TEST_F(MonitoredRegionsTest, WhatIsNoRegionInTheFileIsPassedOver) {
     EXPECT_TRUE(MonitoredRegions(file).all().empty());
 }
 
-TEST_F(MonitoredRegionsTest, AFileThatIsNoPropertyListIsKeptAside) {
+TEST_F(MonitoredRegionsTest, DamagedFileIsKeptAside) {
     std::ofstream(file) << "garbage";
     MonitoredRegions regions(file);
     EXPECT_TRUE(regions.all().empty());
@@ -94,7 +96,35 @@ TEST_F(MonitoredRegionsTest, AFileThatIsNoPropertyListIsKeptAside) {
     EXPECT_EQ(kept, "garbage");
 }
 
-TEST_F(MonitoredRegionsTest, WithoutAFileRegionsAreKeptInMemory) {
+TEST_F(MonitoredRegionsTest, UnreadableFileJoinsWhatWasAddedMeanwhile) {
+    MonitoredRegions(file).add(circle("1"));
+    MonitoredRegions(file).add(circle("2", 100));
+    std::unique_ptr<MonitoredRegions> regions;
+    {
+        FailingSystemCalls calls;
+        calls.failReads();
+        regions = std::make_unique<MonitoredRegions>(file);
+        regions->add(circle("2", 200));
+        EXPECT_EQ(regions->all().size(), 1U);
+    }
+    regions->add(circle("3"));
+    EXPECT_EQ(listed(*regions), (std::vector<Value>{circle("1")->toDictionary(), circle("2", 200)->toDictionary(),
+                                                    circle("3")->toDictionary()}));
+    EXPECT_EQ(listed(MonitoredRegions(file)), listed(*regions));
+}
+
+TEST_F(MonitoredRegionsTest, OneStepWritesOnce) {
+    MonitoredRegions regions(file);
+    {
+        const PropertyListFile::Step step;
+        regions.add(circle("1"));
+        regions.add(circle("2"));
+        EXPECT_TRUE(names().empty());
+    }
+    EXPECT_EQ(MonitoredRegions(file).all().size(), 2U);
+}
+
+TEST_F(MonitoredRegionsTest, WithoutAFileRegionsStayInMemory) {
     MonitoredRegions regions("");
     regions.add(circle("1"));
     EXPECT_EQ(regions.all().size(), 1U);

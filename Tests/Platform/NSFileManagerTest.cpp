@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <cerrno>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
@@ -28,7 +29,7 @@ protected:
     const Data fresh{4, 5, 6, 7, 8, 9};
 };
 
-TEST_F(NSFileManagerTest, WhatWasWrittenIsReadBack) {
+TEST_F(NSFileManagerTest, WrittenBytesAreReadBack) {
     for (const auto& bytes : {Data(), Data{0}, Data(1'000'000, 0xAB)}) {
         EXPECT_TRUE(NSFileManager::writeToFile(bytes, path("file")));
         EXPECT_EQ(NSFileManager::contentsAtPath(path("file")), bytes);
@@ -43,7 +44,7 @@ TEST_F(NSFileManagerTest, FilesAndFoldersArePrivate) {
     EXPECT_EQ(modeOf(path("a/b")), 0700U);
 }
 
-TEST_F(NSFileManagerTest, OldTemporaryFilesOfPropertyListsAreRemovedAndNothingElse) {
+TEST_F(NSFileManagerTest, OnlyOldTemporaryFilesAreRemoved) {
     const std::vector<std::string> kept{"VLLibSettings.plist",     "VLLibSettings.plist.corrupt",
                                         "VLLibSettings.plist.old", "VLLibSettings.plist.backup",
                                         "a.plist.123456",          "a.plist.vorlane-12345",
@@ -67,7 +68,7 @@ TEST_F(NSFileManagerTest, OldTemporaryFilesOfPropertyListsAreRemovedAndNothingEl
     NSFileManager::removeAbandonedTemporaryFilesInFolder(path("none"), 1e12);
 }
 
-TEST_F(NSFileManagerTest, AFullDiskLeavesTheOldFileAndNothingElse) {
+TEST_F(NSFileManagerTest, FullDiskLeavesOnlyTheOldFile) {
     ASSERT_TRUE(NSFileManager::writeToFile(old, path("file")));
     for (long long byte = 0; byte < 6; ++byte) {
         FailingSystemCalls faults;
@@ -78,39 +79,55 @@ TEST_F(NSFileManagerTest, AFullDiskLeavesTheOldFileAndNothingElse) {
     }
 }
 
-TEST_F(NSFileManagerTest, AFailedFlushOrRenameLeavesTheOldFile) {
+TEST_F(NSFileManagerTest, FailedRenameLeavesTheOldFile) {
     ASSERT_TRUE(NSFileManager::writeToFile(old, path("file")));
-    for (const bool isFlush : {true, false}) {
-        FailingSystemCalls faults;
-        isFlush ? faults.failFlushes() : faults.failRenames();
-        EXPECT_FALSE(NSFileManager::writeToFile(fresh, path("file")));
-        EXPECT_EQ(NSFileManager::contentsAtPath(path("file")), old);
-        EXPECT_EQ(names(), std::vector<std::string>{"file"});
-    }
+    FailingSystemCalls faults;
+    faults.failRenames();
+    EXPECT_EQ(NSFileManager::replaceFile(fresh, path("file")), EROFS);
+    EXPECT_EQ(NSFileManager::contentsAtPath(path("file")), old);
+    EXPECT_EQ(names(), std::vector<std::string>{"file"});
 }
 
-TEST_F(NSFileManagerTest, ShortAndInterruptedWritesAreCarriedOn) {
+TEST_F(NSFileManagerTest, WritingFlushesNothing) {
+    const int before = FailingSystemCalls::flushes();
+    ASSERT_TRUE(NSFileManager::writeToFile(old, path("file")));
+    EXPECT_EQ(FailingSystemCalls::flushes(), before);
+}
+
+TEST_F(NSFileManagerTest, ErrorsOfReadingAreToldApart) {
+    Data bytes;
+    ASSERT_TRUE(NSFileManager::writeToFile(old, path("file")));
+    EXPECT_EQ(NSFileManager::readFile(path("file"), bytes), 0);
+    EXPECT_EQ(NSFileManager::readFile(path("none"), bytes), ENOENT);
+    EXPECT_EQ(NSFileManager::readFile(path("file/below"), bytes), ENOTDIR);
+    EXPECT_EQ(NSFileManager::readFile(path(""), bytes), EINVAL);
+    FailingSystemCalls faults;
+    faults.failOpening(EMFILE);
+    EXPECT_EQ(NSFileManager::readFile(path("file"), bytes), EMFILE);
+}
+
+TEST_F(NSFileManagerTest, ShortAndInterruptedWritesContinue) {
     FailingSystemCalls faults;
     faults.writeInPieces(2);
     EXPECT_TRUE(NSFileManager::writeToFile(fresh, path("file")));
     EXPECT_EQ(NSFileManager::contentsAtPath(path("file")), fresh);
 }
 
-TEST_F(NSFileManagerTest, ShortAndInterruptedReadsAreCarriedOn) {
+TEST_F(NSFileManagerTest, ShortAndInterruptedReadsContinue) {
     ASSERT_TRUE(NSFileManager::writeToFile(fresh, path("file")));
     FailingSystemCalls faults;
     faults.readInPieces(1);
     EXPECT_EQ(NSFileManager::contentsAtPath(path("file")), fresh);
 }
 
-TEST_F(NSFileManagerTest, AFileThatCannotBeReadGivesNothing) {
+TEST_F(NSFileManagerTest, UnreadableFileHasNoContents) {
     ASSERT_TRUE(NSFileManager::writeToFile(fresh, path("file")));
     FailingSystemCalls faults;
     faults.failReads();
     EXPECT_EQ(NSFileManager::contentsAtPath(path("file")), std::nullopt);
 }
 
-TEST_F(NSFileManagerTest, ALinkIsReplacedAndWhatItPointsToStays) {
+TEST_F(NSFileManagerTest, LinkIsReplacedAndItsTargetStays) {
     ASSERT_TRUE(NSFileManager::writeToFile(old, path("target")));
     std::filesystem::create_symlink(path("target"), path("link"));
     EXPECT_TRUE(NSFileManager::writeToFile(fresh, path("link")));
@@ -119,7 +136,7 @@ TEST_F(NSFileManagerTest, ALinkIsReplacedAndWhatItPointsToStays) {
     EXPECT_FALSE(std::filesystem::is_symlink(path("link")));
 }
 
-TEST_F(NSFileManagerTest, AFileWithoutAFolderIsWrittenWhereTheProcessStands) {
+TEST_F(NSFileManagerTest, RelativePathsStartAtTheCurrentFolder) {
     const auto before = std::filesystem::current_path();
     std::filesystem::current_path(path(""));
     EXPECT_TRUE(NSFileManager::writeToFile(fresh, "bare"));
@@ -129,7 +146,7 @@ TEST_F(NSFileManagerTest, AFileWithoutAFolderIsWrittenWhereTheProcessStands) {
     EXPECT_EQ(NSFileManager::contentsAtPath(path("below/file")), fresh);
 }
 
-TEST_F(NSFileManagerTest, WhatCannotBeAFileIsRefused) {
+TEST_F(NSFileManagerTest, ImpossiblePathsAreRefused) {
     ASSERT_TRUE(NSFileManager::createDirectoryAtPath(path("folder/occupied")));
     ASSERT_TRUE(NSFileManager::writeToFile(old, path("file")));
     for (const auto& unfit : {std::string(), path("folder"), path("file/below"), path(std::string("a\0b", 3)),
@@ -140,20 +157,20 @@ TEST_F(NSFileManagerTest, WhatCannotBeAFileIsRefused) {
     EXPECT_EQ(NSFileManager::contentsAtPath(path("file")), old);
 }
 
-TEST_F(NSFileManagerTest, WhatIsNoRegularFileIsNotRead) {
+TEST_F(NSFileManagerTest, OnlyRegularFilesAreRead) {
     ASSERT_EQ(mkfifo(path("pipe").c_str(), 0600), 0);
     EXPECT_EQ(NSFileManager::contentsAtPath(path("pipe")), std::nullopt);
     EXPECT_EQ(NSFileManager::contentsAtPath("/dev/zero"), std::nullopt);
     EXPECT_EQ(NSFileManager::contentsAtPath(path("none")), std::nullopt);
 }
 
-TEST_F(NSFileManagerTest, AFileBeyondTheLimitIsNotRead) {
+TEST_F(NSFileManagerTest, FileBeyondTheLimitIsNotRead) {
     std::ofstream(path("long")).put('x');
     std::filesystem::resize_file(path("long"), 64U * 1024U * 1024U + 1U);
     EXPECT_EQ(NSFileManager::contentsAtPath(path("long")), std::nullopt);
 }
 
-TEST_F(NSFileManagerTest, AFolderIsMadeWithItsParentsOrFound) {
+TEST_F(NSFileManagerTest, FolderIsMadeWithItsParents) {
     EXPECT_TRUE(NSFileManager::createDirectoryAtPath(path("a/b/c")));
     EXPECT_TRUE(NSFileManager::createDirectoryAtPath(path("a/b/c")));
     ASSERT_TRUE(NSFileManager::writeToFile(old, path("file")));
@@ -162,7 +179,7 @@ TEST_F(NSFileManagerTest, AFolderIsMadeWithItsParentsOrFound) {
     EXPECT_FALSE(NSFileManager::createDirectoryAtPath(""));
 }
 
-TEST_F(NSFileManagerTest, AFileIsMovedOverAnother) {
+TEST_F(NSFileManagerTest, FileIsMovedOverAnother) {
     ASSERT_TRUE(NSFileManager::writeToFile(old, path("a")));
     ASSERT_TRUE(NSFileManager::writeToFile(fresh, path("b")));
     EXPECT_TRUE(NSFileManager::moveItemAtPath(path("b"), path("a")));
@@ -171,7 +188,7 @@ TEST_F(NSFileManagerTest, AFileIsMovedOverAnother) {
     EXPECT_FALSE(NSFileManager::moveItemAtPath(path("none"), path("a")));
 }
 
-TEST_F(NSFileManagerTest, TheCreationDateIsThatOfTheItem) {
+TEST_F(NSFileManagerTest, CreationDateIsThatOfTheItem) {
     const auto now = std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
     ASSERT_TRUE(NSFileManager::writeToFile(old, path("file")));
     const auto date = NSFileManager::creationDateOfItemAtPath(path("file"));
@@ -180,7 +197,7 @@ TEST_F(NSFileManagerTest, TheCreationDateIsThatOfTheItem) {
     EXPECT_EQ(NSFileManager::creationDateOfItemAtPath(path("none")), std::nullopt);
 }
 
-TEST_F(NSFileManagerTest, WritersAtOnceLeaveOneOfTheirFilesWhole) {
+TEST_F(NSFileManagerTest, ConcurrentWritersLeaveOneWholeFile) {
     std::vector<std::thread> writers;
     for (std::uint8_t i = 0; i < 4; ++i) {
         writers.emplace_back([this, i] {

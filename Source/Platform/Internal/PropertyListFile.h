@@ -83,6 +83,8 @@ public:
     /// again. A failure leaves the file as it was and is reported once for each cause (see StorageFaults).
     bool write(const Dictionary& contents);
     bool write(const Array& contents);
+    /// The same for a list that the owner has serialised.
+    bool writeBytes(const Data& propertyList);
 
     /// Removes the file; returns whether it is gone.
     bool remove();
@@ -92,6 +94,7 @@ public:
     bool isOwned();
 
 private:
+    struct Known;
     struct State;
     const std::unique_ptr<State> state_;
 };

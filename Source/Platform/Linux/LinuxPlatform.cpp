@@ -37,6 +37,7 @@ constexpr const char* kMonitoredRegionsFile = "/VLMonitoredRegions.plist";
 // Together below the two seconds that a shutdown may take.
 constexpr std::chrono::milliseconds kDrainTime{1600};
 constexpr std::chrono::milliseconds kEndTime{1900};
+constexpr std::chrono::milliseconds kShutdownTime{2000};
 // How long one queue is waited for before the main queue, which it may be waiting for, gets its turn again.
 constexpr std::chrono::milliseconds kTurn{20};
 
@@ -275,6 +276,7 @@ void LinuxPlatform::stop() {
     while (!state_->takeTurn(start + kDrainTime) && SteadyClock::now() < start + kDrainTime) {
     }
     state_->end(start + kEndTime);
+    stopStorage(start + kShutdownTime);
 }
 
 std::shared_ptr<Platform> makeDefaultPlatform() { return std::make_shared<LinuxPlatform>(); }

@@ -4,14 +4,24 @@
 #include <pwd.h>
 #include <unistd.h>
 
-#include <array>
+#include <cerrno>
+#include <cstddef>
 #include <cstdlib>
 #include <filesystem>
 #include <string_view>
 #include <system_error>
 #include <vector>
 
+#include "Platform/Internal/StorageFaults.h"
+
 namespace vorlane {
+
+namespace {
+
+/// No folder can be made in a device, whoever the user is.
+constexpr const char* kNoFolder = "/dev/null";
+
+}  // namespace
 
 std::optional<std::string> environmentVariable(const char* name) {
     const char* value = std::getenv(name);
@@ -22,7 +32,7 @@ std::optional<std::string> environmentVariable(const char* name) {
 std::string executablePath() {
     std::error_code error;
     std::string path = std::filesystem::read_symlink("/proc/self/exe", error).string();
-    // The kernel's mark on a program that was replaced or removed while it runs.
+    // The kernel's mark on a program that was replaced or removed while it was running.
     constexpr std::string_view kDeleted = " (deleted)";
     if (path.ends_with(kDeleted)) path.resize(path.size() - kDeleted.size());
     return path;
@@ -40,19 +50,39 @@ std::string executableName() {
 
 std::string homeFolder(const EnvironmentLookup& lookup) {
     if (const auto home = lookup("HOME")) return *home;
+    constexpr std::size_t kLongestEntry = std::size_t{1} << 20U;
     passwd entry{};
     passwd* found = nullptr;
-    std::array<char, 4096> buffer{};
-    if (getpwuid_r(getuid(), &entry, buffer.data(), buffer.size(), &found) != 0 || found == nullptr) return {};
-    return found->pw_dir == nullptr ? std::string() : std::string(found->pw_dir);
+    int error = ERANGE;
+    std::vector<char> buffer;
+    for (std::size_t size = 4096; error == ERANGE && size <= kLongestEntry; size *= 4) {
+        buffer.resize(size);
+        error = getpwuid_r(getuid(), &entry, buffer.data(), buffer.size(), &found);
+    }
+    return error != 0 || found == nullptr || found->pw_dir == nullptr ? std::string() : std::string(found->pw_dir);
 }
 
 std::string applicationDataFolder(const EnvironmentLookup& lookup, const std::string& home, const std::string& name) {
-    if (const auto data = lookup("XDG_DATA_HOME"); data && data->starts_with('/')) {
-        return (std::filesystem::path(*data) / name).string();
+    const auto within = [&name](const std::string& folder) { return (std::filesystem::path(folder) / name).string(); };
+    if (const auto state = lookup("STATE_DIRECTORY")) {
+        const auto first = state->substr(0, state->find(':'));
+        if (first.starts_with('/')) return within(first);
     }
-    if (!home.empty()) return (std::filesystem::path(home) / ".local/share" / name).string();
-    return fmt::format("/tmp/{}-{}", name, getuid());
+    if (const auto data = lookup("XDG_DATA_HOME"); data && data->starts_with('/')) return within(*data);
+    std::error_code error;
+    if (home.starts_with('/') && std::filesystem::is_directory(home, error)) return within(home + "/.local/share");
+    const auto missing =
+        home.empty() ? "the user has no home folder" : fmt::format("the home folder {} is missing", home);
+    if (const auto runtime = lookup("XDG_RUNTIME_DIR"); runtime && runtime->starts_with('/')) {
+        const auto folder = within(*runtime);
+        StorageFaults::shared().folderIsShortLived(folder, missing);
+        return folder;
+    }
+    const auto folder = within(kNoFolder);
+    StorageFaults::shared().folderIsMissing(
+        folder,
+        fmt::format("{}, and neither $STATE_DIRECTORY nor $XDG_DATA_HOME names a folder for {}", missing, name));
+    return folder;
 }
 
 bool isFolderName(const std::string& name) {

@@ -6,7 +6,10 @@
 #include <filesystem>
 #include <map>
 
+#include "Platform/Internal/StorageFaults.h"
+#include "Platform/Internal/StorageFolder.h"
 #include "Platform/Linux/Curl/CurlCertificates.h"
+#include "Tests/Support/TemporaryFolderTest.h"
 
 namespace vorlane {
 namespace {
@@ -19,40 +22,90 @@ EnvironmentLookup lookupIn(std::map<std::string, std::string> environment) {
     };
 }
 
-TEST(LinuxEnvironmentTest, AVariableThatIsUnsetIsNothing) {
+/// What was reported about folders meanwhile.
+class ReportedLines {
+public:
+    ReportedLines() {
+        StorageFaults::shared().setHandler(
+            [this](StorageFaults::Level /*level*/, const std::string& line) { text_ += line + "\n"; });
+    }
+    ~ReportedLines() {
+        StorageFaults::shared().setHandler([](auto, const auto&) {});
+    }
+    bool contain(const std::string& part) const { return text_.find(part) != std::string::npos; }
+    bool areEmpty() const { return text_.empty(); }
+
+private:
+    std::string text_;
+};
+
+/// A home folder that exists.
+class LinuxEnvironmentFolderTest : public TemporaryFolderTest {
+protected:
+    const std::string home = path("home");
+    ReportedLines reported;
+
+    LinuxEnvironmentFolderTest() { std::filesystem::create_directory(home); }
+};
+
+TEST(LinuxEnvironmentTest, UnsetVariableIsAbsent) {
     EXPECT_EQ(environmentVariable("VORLANE_NO_SUCH_VARIABLE"), std::nullopt);
     EXPECT_NE(environmentVariable("PATH"), std::nullopt);
 }
 
-TEST(LinuxEnvironmentTest, TheExecutableIsThisOne) {
+TEST(LinuxEnvironmentTest, ExecutableIsThisProgram) {
     EXPECT_EQ(executableName(), "vorlane_linux_tests");
     EXPECT_EQ(executablePath(), executableFolder() + "/vorlane_linux_tests");
     EXPECT_TRUE(std::filesystem::exists(executablePath()));
 }
 
-TEST(LinuxEnvironmentTest, DataGoesWhereTheXDGRulesSay) {
-    EXPECT_EQ(applicationDataFolder(lookupIn({}), "/home/me", "com.example.app"),
-              "/home/me/.local/share/com.example.app");
-    EXPECT_EQ(applicationDataFolder(lookupIn({{"XDG_DATA_HOME", "/data"}}), "/home/me", "com.example.app"),
+TEST_F(LinuxEnvironmentFolderTest, FolderFollowsTheXDGRules) {
+    EXPECT_EQ(applicationDataFolder(lookupIn({}), home, "com.example.app"), home + "/.local/share/com.example.app");
+    EXPECT_EQ(applicationDataFolder(lookupIn({{"XDG_DATA_HOME", "/data"}}), home, "com.example.app"),
               "/data/com.example.app");
     EXPECT_EQ(applicationDataFolder(lookupIn({{"XDG_DATA_HOME", "/data/"}}), "", "app"), "/data/app");
+    EXPECT_TRUE(reported.areEmpty());
 }
 
-TEST(LinuxEnvironmentTest, ARelativeDataFolderDoesNotCount) {
-    EXPECT_EQ(applicationDataFolder(lookupIn({{"XDG_DATA_HOME", "data"}}), "/home/me", "app"),
-              "/home/me/.local/share/app");
+TEST_F(LinuxEnvironmentFolderTest, RelativeFoldersDoNotCount) {
+    EXPECT_EQ(applicationDataFolder(lookupIn({{"XDG_DATA_HOME", "data"}, {"STATE_DIRECTORY", "state"}}), home, "app"),
+              home + "/.local/share/app");
 }
 
-TEST(LinuxEnvironmentTest, AUserWithoutAHomeGetsAFolderOfTheirOwn) {
-    EXPECT_EQ(applicationDataFolder(lookupIn({}), "", "app"), "/tmp/app-" + std::to_string(getuid()));
+TEST_F(LinuxEnvironmentFolderTest, StateFolderOfAServiceComesFirst) {
+    EXPECT_EQ(
+        applicationDataFolder(lookupIn({{"STATE_DIRECTORY", "/var/lib/a"}, {"XDG_DATA_HOME", "/data"}}), home, "app"),
+        "/var/lib/a/app");
+    EXPECT_EQ(applicationDataFolder(lookupIn({{"STATE_DIRECTORY", "/var/lib/a:/var/lib/b"}}), home, "app"),
+              "/var/lib/a/app");
 }
 
-TEST(LinuxEnvironmentTest, TheHomeIsThatOfTheVariableOrOfTheUserDatabase) {
+TEST_F(LinuxEnvironmentFolderTest, MissingHomeIsNotMade) {
+    const auto missing = path("nonexistent");
+    const auto folder = applicationDataFolder(lookupIn({}), missing, "app");
+    EXPECT_TRUE(reported.contain(missing)) << "names the path";
+    EXPECT_TRUE(reported.contain("the identity will not persist"));
+    EXPECT_EQ(StorageFolder::at(folder)->make(), StorageFolder::Access::refused);
+    EXPECT_FALSE(std::filesystem::exists(missing));
+}
+
+TEST_F(LinuxEnvironmentFolderTest, RuntimeFolderStandsInForAHome) {
+    EXPECT_EQ(applicationDataFolder(lookupIn({{"XDG_RUNTIME_DIR", "/run/user/7"}}), "", "app"), "/run/user/7/app");
+    EXPECT_TRUE(reported.contain("/run/user/7/app"));
+}
+
+TEST_F(LinuxEnvironmentFolderTest, UserWithoutAHomeStoresNothing) {
+    const auto folder = applicationDataFolder(lookupIn({}), "", "app");
+    EXPECT_EQ(StorageFolder::at(folder)->make(), StorageFolder::Access::refused);
+    EXPECT_TRUE(reported.contain("the user has no home folder"));
+}
+
+TEST(LinuxEnvironmentTest, HomeIsThatOfTheVariableOrTheUserDatabase) {
     EXPECT_EQ(homeFolder(lookupIn({{"HOME", "/home/me"}})), "/home/me");
     EXPECT_TRUE(homeFolder(lookupIn({})).starts_with('/'));
 }
 
-TEST(LinuxEnvironmentTest, AFolderNameLeadsNowhereElse) {
+TEST(LinuxEnvironmentTest, FolderNameIsOneName) {
     EXPECT_TRUE(isFolderName("com.example.app"));
     EXPECT_TRUE(isFolderName("..."));
     for (const std::string& name : {std::string(), std::string("."), std::string(".."), std::string("a/b"),
@@ -61,7 +114,7 @@ TEST(LinuxEnvironmentTest, AFolderNameLeadsNowhereElse) {
     }
 }
 
-TEST(LinuxEnvironmentTest, CertificatesAreWhereTheHostSaysOrTheEnvironmentOrTheDistribution) {
+TEST(LinuxEnvironmentTest, CertificatesAreThoseOfTheHostOrTheSystem) {
     const auto environment = lookupIn({{"SSL_CERT_FILE", "/env/file"}, {"SSL_CERT_DIR", "/env/folder"}});
     const auto given = CurlCertificates{"/host/file", ""}.located(environment);
     EXPECT_EQ(given.file, "/host/file");
