@@ -9,10 +9,10 @@
 #include "Categories/NSDictionary+VLLookup.h"
 #include "Categories/NSTimeZone+VLOffset.h"
 #include "Categories/NSUUID+VLString.h"
-#include "Platform/NSFileManager.h"
-#include "Platform/NSPropertyListSerialization.h"
+#include "Platform/Internal/StorageFaults.h"
 #include "Platform/Platform.h"
 #include "Platform/UIDevice.h"
+#include "Public/VLLog.h"
 
 namespace vorlane {
 
@@ -46,34 +46,53 @@ constexpr const char* kContainerName = "VL_CONTAINER_NAME_KEY";
 constexpr const char* kContainerVersion = "VL_CONTAINER_VERSION_KEY";
 constexpr const char* kContainerVlSdkVersion = "VL_CONTAINER_VL_SDK_VERSION_KEY";
 
-/// 32 characters: a UUID without its dashes, its beginning replaced by the mark of an id that the library made.
+/// Returns 32 characters: a UUID without its dashes, with the mark of a generated id in the place of its beginning.
 std::string generatedTrackingId() {
     auto identifier = vl_newUUIDString();
     std::erase(identifier, '-');
     return identifier.replace(0, std::string(kGeneratedIdMark).size(), kGeneratedIdMark);
 }
 
-/// The value without its nulls, which a property list cannot hold, so that memory and file agree. Nothing for null
-/// itself.
+/// Returns the value without its nulls, which a property list cannot hold, so that memory and file agree; `nullopt` for
+/// null itself.
 std::optional<Value> storable(std::optional<Value> value) {
     if (!value || value->is_null()) return std::nullopt;
     vl_removeNulls(*value);
     return value;
 }
 
+/// Equal, and of one kind: 1, 1.0 and true differ in a property list.
+bool isSame(const Value& value, const Value& other) {
+    const auto kind = [](const Value& number) {
+        return number.is_number_unsigned() ? Value::value_t::number_integer : number.type();
+    };
+    return kind(value) == kind(other) && !value.is_structured() && value == other;
+}
+
+VLLogLevel logLevelOf(StorageFaults::Level level) {
+    switch (level) {
+        case StorageFaults::Level::error:
+            return VLLogLevel::Error;
+        case StorageFaults::Level::warning:
+            return VLLogLevel::Warn;
+        default:
+            return VLLogLevel::Info;
+    }
+}
+
 }  // namespace
 
 VLSettings::VLSettings(std::shared_ptr<UIDevice> device)
-    : device_(std::move(device)), settingsFilePath_(Platform::current().documentsFolder() + "/" + kFileName) {
-    auto stored = NSPropertyListSerialization::dictionaryWithContentsOfFile(settingsFilePath_);
-    if (stored) {
-        settingsFileDictionary_ = std::move(*stored);
-        return;
+    : device_(std::move(device)), file_(Platform::current().documentsFolder() + "/" + kFileName) {
+    // The settings are the first of the library's files, and the first that may use the log.
+    StorageFaults::shared().setHandler(
+        [](StorageFaults::Level level, const std::string& line) { logMessage(logLevelOf(level), line); });
+    auto reading = file_.read();
+    if (reading.status == PropertyListFile::Status::contents) {
+        settingsFileDictionary_ = std::move(reading.contents.get_ref<Dictionary&>());
+    } else {
+        writeSettingsToFile();
     }
-    if (NSFileManager::fileExistsAtPath(settingsFilePath_)) {
-        NSFileManager::moveItemAtPath(settingsFilePath_, settingsFilePath_ + ".corrupt");
-    }
-    writeSettingsToFile();
 }
 
 std::optional<Value> VLSettings::getSettingsValueForKey(const std::string& key) const {
@@ -92,18 +111,46 @@ void VLSettings::setSettingsValue(std::optional<Value> value, const std::string&
     auto stored = storable(std::move(value));
     const bool isHeldByFile = !stored || !stored->is_discarded();
     const std::lock_guard lock(mutex_);
-    if (stored) {
-        settingsFileDictionary_[key] = std::move(*stored);
-    } else {
+    const auto entry = settingsFileDictionary_.find(key);
+    const bool isPresent = entry != settingsFileDictionary_.end();
+    if (isWritten_ && (stored ? isPresent && isSame(entry->second, *stored) : !isPresent)) return;
+    if (!stored) {
         settingsFileDictionary_.erase(key);
+    } else if (isPresent) {
+        entry->second = std::move(*stored);
+    } else {
+        settingsFileDictionary_.emplace(key, std::move(*stored));
     }
-    // What no property list holds is kept in memory alone, and the file stays as it was.
+    setKeys_.insert(key);
+    // What no property list can hold stays in memory, and the file as it was.
     if (isHeldByFile) writeSettingsToFile();
 }
 
-void VLSettings::writeSettingsToFile() const {
+void VLSettings::writeSettingsToFile() {
     const std::lock_guard lock(mutex_);
-    NSPropertyListSerialization::writeToFile(settingsFileDictionary_, settingsFilePath_);
+    isWritten_ = false;
+    if (PropertyListFile::Step::postpone(file_, [this] { writeSettingsToFile(); })) return;
+    if (auto stored = file_.readAgain()) adopt(std::move(stored->get_ref<Dictionary&>()));
+    isWritten_ = file_.write(settingsFileDictionary_);
+    if (!isWritten_) return;
+    setKeys_.clear();
+    generatedKeys_.clear();
+}
+
+/// The file could not be read at first: its values hold, except those that were set meanwhile. An identity that was
+/// generated for want of the stored one gives way to it.
+void VLSettings::adopt(Dictionary stored) {
+    for (const auto& key : setKeys_) {
+        if (auto entry = settingsFileDictionary_.extract(key)) {
+            stored.insert_or_assign(key, std::move(entry.mapped()));
+        } else {
+            stored.erase(key);
+        }
+    }
+    for (const auto& key : generatedKeys_) {
+        if (auto entry = settingsFileDictionary_.extract(key)) stored.insert(std::move(entry));
+    }
+    settingsFileDictionary_ = std::move(stored);
 }
 
 std::optional<std::string> VLSettings::storedString(const char* key) const {
@@ -125,19 +172,27 @@ void VLSettings::storeString(const std::optional<std::string>& value, const char
     setSettingsValue(value ? std::optional<Value>(*value) : std::nullopt, key);
 }
 
+/// Stores what was made because nothing was stored.
+void VLSettings::storeGenerated(const std::string& value, const char* key) {
+    const std::lock_guard lock(mutex_);
+    settingsFileDictionary_[key] = value;
+    generatedKeys_.insert(key);
+    writeSettingsToFile();
+}
+
 std::string VLSettings::lastMigrationVersion() const { return storedString(kLastMigrationVersion).value_or(""); }
 
 void VLSettings::setLastMigrationVersion(const std::optional<std::string>& version) {
     storeString(version, kLastMigrationVersion);
 }
 
-// The getters that make what is absent read and store in two steps; of two first reads at once the last store wins.
+// The getters of generated values read and store in two steps; of two first reads at once, the last store wins.
 
 std::string VLSettings::trackingId() {
     if (auto stored = storedString(kTrackingId)) return *stored;
     const auto generated = generatedTrackingId();
-    storeString(generated, kTrackingId);
-    return generated;
+    storeGenerated(generated, kTrackingId);
+    return storedString(kTrackingId).value_or(generated);
 }
 
 void VLSettings::setTrackingId(const std::optional<std::string>& trackingId) { storeString(trackingId, kTrackingId); }
@@ -155,8 +210,8 @@ void VLSettings::setAppKey(const std::optional<std::string>& appKey) { storeStri
 std::string VLSettings::deviceId() {
     if (auto stored = storedString(kDeviceId)) return *stored;
     const auto generated = vl_newUUIDString();
-    storeString(generated, kDeviceId);
-    return generated;
+    storeGenerated(generated, kDeviceId);
+    return storedString(kDeviceId).value_or(generated);
 }
 
 std::optional<std::string> VLSettings::phash() const { return storedString(kPhash); }
@@ -245,15 +300,15 @@ void VLSettings::setFetchGeoRegionTimestamp(double time) { setSettingsValue(Valu
 std::string VLSettings::appCleanInstallTime() {
     if (auto stored = storedString(kAppCleanInstallTime)) return *stored;
     const auto time = vl_unixTimestampInMilliseconds(Platform::current().documentsCreationDate());
-    storeString(time, kAppCleanInstallTime);
-    return time;
+    storeGenerated(time, kAppCleanInstallTime);
+    return storedString(kAppCleanInstallTime).value_or(time);
 }
 
 std::string VLSettings::libInstallTime() {
     if (auto stored = storedString(kLibInstallTime)) return *stored;
     const auto time = vl_unixTimestampInMilliseconds(Platform::current().clock().now());
-    storeString(time, kLibInstallTime);
-    return time;
+    storeGenerated(time, kLibInstallTime);
+    return storedString(kLibInstallTime).value_or(time);
 }
 
 std::optional<std::string> VLSettings::containerName() const { return storedString(kContainerName); }

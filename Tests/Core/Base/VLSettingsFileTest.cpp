@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <limits>
 #include <memory>
 #include <optional>
@@ -197,11 +199,10 @@ TEST_F(VLSettingsFileTest, TheKeysStandInTheFileAsText) {
     EXPECT_NE(text.find("<key>VLForceGeoConfigUpdate</key>\n\t<true/>"), std::string::npos) << text;
 }
 
-TEST_F(VLSettingsFileTest, AWriteThatFailsIsSilentAndTheNextOneMakesUpForIt) {
+TEST_F(VLSettingsFileTest, FailedWriteIsMadeUpForByTheNextChange) {
     using Fail = void (*)(FailingSystemCalls&);
     const Fail fails[] = {[](FailingSystemCalls& calls) { calls.failWritesFrom(0); },
                           [](FailingSystemCalls& calls) { calls.failWritesFrom(100); },
-                          [](FailingSystemCalls& calls) { calls.failFlushes(); },
                           [](FailingSystemCalls& calls) { calls.failRenames(); }};
     for (const auto fail : fails) {
         const auto settings = open();
@@ -220,7 +221,49 @@ TEST_F(VLSettingsFileTest, AWriteThatFailsIsSilentAndTheNextOneMakesUpForIt) {
         EXPECT_EQ(file(), (Dictionary{{"VLAppKey", "during"}, {"VLPhash", "during"}, {"VLSessionCount", 1}}));
         settings->setPhash(std::nullopt);
     }
-    EXPECT_TRUE(log().lines().empty());
+}
+
+TEST_F(VLSettingsFileTest, FailedWritesAreReportedOnceAndTheRecoveryToo) {
+    const auto settings = open();
+    {
+        FailingSystemCalls calls;
+        calls.failWritesFrom(0);
+        settings->setAppKey("a");
+        settings->setAppKey("b");
+    }
+    ASSERT_EQ(log().lines().size(), 1U);
+    EXPECT_EQ(log().lines()[0].level, VLLogLevel::Warn);
+    EXPECT_NE(log().lines()[0].message.find("VLLibSettings.plist"), std::string::npos);
+    settings->setAppKey("b");
+    ASSERT_EQ(log().lines().size(), 2U) << "the failed write is tried again, though nothing changes";
+    EXPECT_EQ(log().lines()[1].level, VLLogLevel::Info);
+    EXPECT_EQ(open()->appKey(), "b");
+}
+
+TEST_F(VLSettingsFileTest, UnchangedValueIsNotWrittenAgain) {
+    const auto settings = open();
+    settings->setAppKey("a");
+    settings->setSessionCount(1);
+    std::filesystem::remove(path());
+    settings->setAppKey("a");
+    settings->setSessionCount(1);
+    settings->setPhash(std::nullopt);
+    EXPECT_FALSE(NSFileManager::fileExistsAtPath(path()));
+    settings->setSettingsValue(Value(true), "VLSessionCount");
+    EXPECT_TRUE(NSFileManager::fileExistsAtPath(path())) << "a number and a boolean differ";
+}
+
+TEST_F(VLSettingsFileTest, OneStepWritesTheFileOnce) {
+    const auto settings = open();
+    const auto before = bytes();
+    {
+        const VLSettings::Step step;
+        settings->setSessionCount(1);
+        settings->setTotalSessionLength(5);
+        EXPECT_EQ(bytes(), before);
+        EXPECT_EQ(settings->sessionCount(), 1);
+    }
+    EXPECT_EQ(file(), (Dictionary{{"VLSessionCount", 1}, {"VLTotalSessionLength", 5}}));
 }
 
 TEST_F(VLSettingsFileTest, AFirstStartWithAFullDiskWorksInMemory) {
@@ -232,16 +275,36 @@ TEST_F(VLSettingsFileTest, AFirstStartWithAFullDiskWorksInMemory) {
     EXPECT_EQ(settings->trackingId(), settings->trackingId());
 }
 
-TEST_F(VLSettingsFileTest, AFileThatCannotBeReadIsKeptAside) {
-    open()->setAppKey("a");
-    const auto before = bytes();
+TEST_F(VLSettingsFileTest, UnreadableFileKeepsItsIdentity) {
+    std::string deviceId;
+    std::string trackingId;
+    {
+        const auto settings = open();
+        deviceId = settings->deviceId();
+        trackingId = settings->trackingId();
+        settings->setPhash("stored");
+        settings->setAppKey("stored");
+        settings->setContainerName("stored");
+    }
+    std::unique_ptr<VLSettings> settings;
     {
         FailingSystemCalls calls;
-        calls.failReads();
-        EXPECT_EQ(open()->dictionary(), Dictionary());
+        calls.failOpening(EMFILE);
+        settings = open();
+        EXPECT_NE(settings->deviceId(), deviceId) << "made for want of the stored one";
+        settings->setTrackingId("set meanwhile");
+        settings->setPhash(std::nullopt);
     }
-    EXPECT_EQ(file(), Dictionary());
-    EXPECT_EQ(NSFileManager::contentsAtPath(path() + ".corrupt"), before);
+    settings->setSessionCount(1);
+    const auto again = open();
+    for (const auto* seen : {settings.get(), again.get()}) {
+        EXPECT_EQ(seen->dictionary(), (Dictionary{{"VLDeviceId", deviceId},
+                                                  {"VLTrackingID", "set meanwhile"},
+                                                  {"VLAppKey", "stored"},
+                                                  {"VL_CONTAINER_NAME_KEY", "stored"},
+                                                  {"VLSessionCount", 1}}));
+    }
+    EXPECT_FALSE(NSFileManager::fileExistsAtPath(path() + ".corrupt"));
 }
 
 TEST_F(VLSettingsFileTest, AValueThatNoListHoldsStaysInMemoryAloneAndTheFileAsItWas) {
