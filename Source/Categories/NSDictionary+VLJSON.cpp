@@ -9,13 +9,13 @@
 #include <vector>
 
 #include "Core/Base/VLError.h"
+#include "Platform/Internal/DocumentLimits.h"
 #include "Public/VLLog.h"
 
 namespace vorlane {
 
 namespace {
 
-constexpr int kDeepestNesting = 512;
 constexpr const char* kTooDeepDescription = "(nested too deep)";
 
 template <class Visit>
@@ -43,7 +43,7 @@ bool visitAll(const Dictionary& dictionary, int levels, Visit visit) {
 
 template <class Container>
 bool isNestedTooDeep(const Container& container) {
-    return !visitAll(container, kDeepestNesting, [](const Value&) { return true; });
+    return !visitAll(container, DocumentLimits::kDeepestNesting, [](const Value&) { return true; });
 }
 
 bool isHeldByJSON(const Value& value) {
@@ -51,11 +51,14 @@ bool isHeldByJSON(const Value& value) {
     return !value.is_number_float() || std::isfinite(value.get<double>());
 }
 
-/// What the parser would not refuse by itself, or only after it has built a tree too deep to handle: nesting beyond the
-/// limit, and NUL bytes outside strings, which it takes for the end.
+/// Whether the parser may have the text. It would not refuse by itself, or only after it has built a tree that is too
+/// deep or too large: nesting and values beyond DocumentLimits, and NUL bytes outside strings, which it takes for the
+/// end.
 bool isParsable(std::string_view text) {
     int depth = 0;
     bool isInString = false;
+    // Each value is the first of the document or of its container, or follows a comma.
+    std::size_t valueCount = 1;
     for (std::size_t i = 0; i < text.size(); ++i) {
         const char character = text[i];
         if (isInString) {
@@ -64,12 +67,16 @@ bool isParsable(std::string_view text) {
         } else if (character == '"') {
             isInString = true;
         } else if (character == '{' || character == '[') {
-            if (++depth > kDeepestNesting) return false;
+            if (++depth > DocumentLimits::kDeepestNesting) return false;
+            ++valueCount;
         } else if (character == '}' || character == ']') {
             --depth;
+        } else if (character == ',') {
+            ++valueCount;
         } else if (character == '\0') {
             return false;
         }
+        if (valueCount > DocumentLimits::kMostValuesInJSON) return false;
     }
     return true;
 }
@@ -98,7 +105,7 @@ NSError unparsableError(const char* why) {
 }
 
 bool isValidJSONObject(const Dictionary& dictionary) {
-    const bool isValid = visitAll(dictionary, kDeepestNesting, isHeldByJSON);
+    const bool isValid = visitAll(dictionary, DocumentLimits::kDeepestNesting, isHeldByJSON);
     if (!isValid) logMessage(VLLogLevel::Error, "The dictionary is not a valid JSON object!");
     return isValid;
 }
@@ -132,7 +139,7 @@ std::optional<Dictionary> vl_dictionaryWithJSON(const std::optional<std::string>
         return std::nullopt;
     }
     if (!isParsable(*text)) {
-        error = unparsableError("It is nested too deep, or holds bytes that JSON does not have.");
+        error = unparsableError("It is nested too deep, holds too many values, or bytes that JSON does not have.");
         return std::nullopt;
     }
     auto parsed = Value::parse(*text, nullptr, false);
