@@ -6,6 +6,7 @@
 #include "Core/Base/VLSettings.h"
 #include "Network/VLURLBuilder.h"
 #include "Network/VLURLSession.h"
+#include "Platform/Internal/PropertyListFile.h"
 #include "Platform/NSPropertyListSerialization.h"
 #include "Platform/Platform.h"
 #include "Public/VLLog.h"
@@ -21,16 +22,19 @@ const Dictionary* sectionOf(const std::shared_ptr<const Dictionary>& config, con
     return config ? dictionaryForKey(*config, key) : nullptr;
 }
 
-/// The document as a later read of the cache gives it: without null, and without the few characters that the file
-/// cannot carry. A launch without a network then finds exactly what was in force.
-Dictionary asCached(Dictionary config) {
-    Value document(std::move(config));
-    vl_removeNulls(document);
-    auto readBack =
-        NSPropertyListSerialization::propertyListWithData(NSPropertyListSerialization::dataWithPropertyList(document));
-    if (readBack && readBack->is_object()) document = std::move(*readBack);
-    return std::move(document.get_ref<Dictionary&>());
-}
+/// A document as the cache stores it, and as a later read of the cache returns it: without null, and without the few
+/// characters that the file cannot hold. A launch without a network then finds exactly what was in force.
+struct CachedDocument {
+    explicit CachedDocument(Dictionary config) : root(std::move(config)) {
+        vl_removeNulls(root);
+        bytes = NSPropertyListSerialization::dataWithPropertyList(root);
+        auto readBack = NSPropertyListSerialization::propertyListWithData(bytes);
+        if (readBack && readBack->is_object()) root = std::move(*readBack);
+    }
+
+    Value root;
+    Data bytes;
+};
 
 }  // namespace
 
@@ -55,22 +59,22 @@ void VLConfigService::loadConfigWithCompletion(LoadHandler completionHandler) {
 }
 
 void VLConfigService::configFetched(Dictionary config, const LoadHandler& completionHandler) {
-    const auto inForce = std::make_shared<const Dictionary>(asCached(std::move(config)));
-    setConfigDictonary(inForce);
-    NSPropertyListSerialization::writeToFile(*inForce, getFilePath());
+    CachedDocument document(std::move(config));
+    setConfigDictonary(std::make_shared<const Dictionary>(std::move(document.root.get_ref<Dictionary&>())));
+    PropertyListFile(getFilePath()).writeBytes(document.bytes);
     logMessage(VLLogLevel::Info, "Successfully loaded config from remote server");
     if (completionHandler) completionHandler(LoadStatus::fetched);
 }
 
 void VLConfigService::loadCachedConfig(const LoadHandler& completionHandler) {
-    auto cached = NSPropertyListSerialization::dictionaryWithContentsOfFile(getFilePath());
-    if (!cached) {
+    auto cached = PropertyListFile(getFilePath()).read();
+    if (cached.status != PropertyListFile::Status::contents) {
         setConfigDictonary(nullptr);
         if (completionHandler) completionHandler(LoadStatus::unavailable);
         logMessage(VLLogLevel::Error, "Failed to fetch config from remote server and no config is cached locally.");
         return;
     }
-    const auto inForce = std::make_shared<const Dictionary>(std::move(*cached));
+    const auto inForce = std::make_shared<const Dictionary>(std::move(cached.contents.get_ref<Dictionary&>()));
     setConfigDictonary(inForce);
     if (completionHandler) completionHandler(LoadStatus::cached);
     logMessage(VLLogLevel::Info, "Couldn't fetch config from remote server, config loaded from local cache instead.");
