@@ -1,7 +1,8 @@
 #include "Beacons/VLBeaconRegionSessionsData.h"
 
+#include <utility>
+
 #include "Categories/NSDictionary+VLLookup.h"
-#include "Platform/NSPropertyListSerialization.h"
 #include "Platform/Platform.h"
 
 namespace vorlane {
@@ -13,9 +14,12 @@ constexpr const char* kSessionId = "REGION_SESSION_ID";
 
 }  // namespace
 
-VLBeaconRegionSessionsData::VLBeaconRegionSessionsData()
-    : filePath_(getFilePath()),
-      regionSessions_(NSPropertyListSerialization::dictionaryWithContentsOfFile(filePath_).value_or(Dictionary())) {}
+VLBeaconRegionSessionsData::VLBeaconRegionSessionsData() : file_(getFilePath()) {
+    auto reading = file_.read();
+    if (reading.status == PropertyListFile::Status::contents) {
+        regionSessions_ = std::move(reading.contents.get_ref<Dictionary&>());
+    }
+}
 
 std::optional<std::string> VLBeaconRegionSessionsData::idWithRegionId(const std::string& regionId) const {
     const std::lock_guard lock(mutex_);
@@ -39,6 +43,11 @@ std::string VLBeaconRegionSessionsData::getFilePath() {
     return Platform::current().documentsFolder() + "/" + kSessionsFileName;
 }
 
-void VLBeaconRegionSessionsData::write() const { NSPropertyListSerialization::writeToFile(regionSessions_, filePath_); }
+void VLBeaconRegionSessionsData::write() {
+    if (PropertyListFile::Step::postpone(file_, [this] { write(); })) return;
+    const std::lock_guard lock(mutex_);
+    if (auto stored = file_.readAgain()) regionSessions_.merge(stored->get_ref<Dictionary&>());
+    file_.write(regionSessions_);
+}
 
 }  // namespace vorlane

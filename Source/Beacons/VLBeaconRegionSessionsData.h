@@ -4,16 +4,18 @@
 #include <optional>
 #include <string>
 
+#include "Platform/Internal/PropertyListFile.h"
 #include "Public/VLValue.h"
 
 namespace vorlane {
 
 /// The identifiers of the open beacon sessions by region, kept in memory and in "VLBeaconRegionSessions.plist" in the
-/// documents folder, so that a session can be closed after a restart. Each writer rewrites the file whole; a failure is
-/// silent and what is in memory stays. Any thread.
+/// documents folder, so that a session can be closed after a restart. Each change replaces the file whole; after a
+/// failure it stays in memory, and the next change writes it. Any thread.
 class VLBeaconRegionSessionsData {
 public:
-    /// Reads the file; a missing or unreadable one means no open session. Writes nothing.
+    /// Reads the file; a missing or unreadable one means no open session. Writes nothing. What an unreadable file holds
+    /// joins the sessions that were opened meanwhile before the first write that succeeds.
     VLBeaconRegionSessionsData();
 
     /// `idWithRegionId:`
@@ -26,14 +28,12 @@ public:
     static std::string getFilePath();
 
 private:
-    void write() const;
-
-    // Fixed at construction.
-    const std::string filePath_;
+    void write();
 
     mutable std::recursive_mutex mutex_;
     // Guarded by mutex_.
     Dictionary regionSessions_;
+    PropertyListFile file_;
 };
 
 }  // namespace vorlane

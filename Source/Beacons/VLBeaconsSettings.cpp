@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "Categories/NSDictionary+VLLookup.h"
-#include "Platform/NSPropertyListSerialization.h"
 #include "Platform/Platform.h"
 
 namespace vorlane {
@@ -30,9 +29,11 @@ Dictionary& sectionOf(Dictionary& dictionary, const std::string& key) {
 
 }  // namespace
 
-VLBeaconsSettings::VLBeaconsSettings()
-    : filePath_(getFilePath()),
-      allSettings_(NSPropertyListSerialization::dictionaryWithContentsOfFile(filePath_).value_or(Dictionary())) {
+VLBeaconsSettings::VLBeaconsSettings() : file_(getFilePath()) {
+    auto reading = file_.read();
+    if (reading.status == PropertyListFile::Status::contents) {
+        allSettings_ = std::move(reading.contents.get_ref<Dictionary&>());
+    }
     sectionOf(allSettings_, kBeaconRules);
     sectionOf(allSettings_, kCoolDownTimes);
 }
@@ -132,9 +133,19 @@ void VLBeaconsSettings::setMessageDisplayCount(std::int64_t count) {
     storeInRule(messageCountRuleId_, kMessageDisplayCount, count);
 }
 
-void VLBeaconsSettings::writeSettingsFile() const {
+void VLBeaconsSettings::writeSettingsFile() {
+    if (PropertyListFile::Step::postpone(file_, [this] { writeSettingsFile(); })) return;
     const std::lock_guard lock(mutex_);
-    NSPropertyListSerialization::writeToFile(allSettings_, filePath_);
+    if (auto stored = file_.readAgain()) adopt(std::move(stored->get_ref<Dictionary&>()));
+    file_.write(allSettings_);
+}
+
+/// Adds what a file that could not be read at first holds, except for what was set meanwhile.
+void VLBeaconsSettings::adopt(Dictionary stored) {
+    for (const auto* key : {kBeaconRules, kCoolDownTimes}) {
+        sectionOf(allSettings_, key).merge(sectionOf(stored, key));
+    }
+    allSettings_.merge(stored);
 }
 
 Dictionary VLBeaconsSettings::allSettings() const {

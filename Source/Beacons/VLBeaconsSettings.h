@@ -6,6 +6,7 @@
 #include <string>
 
 #include "Platform/CLBeacon.h"
+#include "Platform/Internal/PropertyListFile.h"
 #include "Public/VLValue.h"
 
 namespace vorlane {
@@ -13,15 +14,17 @@ namespace vorlane {
 /// The beacon feature's persistent store: the last configuration received, when each beacon's cool-off began, and each
 /// rule's period and count of messages.
 ///
-/// Kept in memory and in "VLLibBeaconsSettings.plist" in the documents folder, which each setter of a stored value
-/// rewrites whole; a failure to write is silent and what is in memory stays. Several stores share the file, and one
-/// sees what another wrote only when it is made. Any thread; a stored value of the wrong kind reads as absent.
+/// It keeps its values in memory and in "VLLibBeaconsSettings.plist" in the documents folder, which each setter of a
+/// stored value replaces whole. After a failure the values stay in memory, and the next change writes them. Several
+/// stores share the file, and a store sees what another wrote only when it is made. Any thread; a stored value of the
+/// wrong kind reads as absent.
 ///
 /// The current beacon and the current rules are not stored: they choose which entry is read and written, and stay what
 /// they are until they are set again.
 class VLBeaconsSettings {
 public:
-    /// Reads the file; a missing or unreadable one gives an empty store. Writes nothing.
+    /// Reads the file; a missing or unreadable one yields an empty store. Writes nothing. What an unreadable file holds
+    /// joins what was set meanwhile before the first write that succeeds.
     VLBeaconsSettings();
 
     /// The beacon whose cool-off is read and written.
@@ -53,7 +56,7 @@ public:
     void setMessageDisplayCount(std::int64_t count);
 
     /// `writeSettingsFile`
-    void writeSettingsFile() const;
+    void writeSettingsFile();
     /// Everything that is stored.
     Dictionary allSettings() const;
     /// `getFilePath`
@@ -63,9 +66,7 @@ private:
     std::optional<std::string> coolOffKeyForBeacon() const;
     const Dictionary* storedRule(const std::optional<std::string>& ruleId) const;
     void storeInRule(const std::optional<std::string>& ruleId, const char* key, Value value);
-
-    // Fixed at construction.
-    const std::string filePath_;
+    void adopt(Dictionary stored);
 
     mutable std::recursive_mutex mutex_;
     // Guarded by mutex_.
@@ -73,6 +74,7 @@ private:
     std::optional<std::string> periodStartRuleId_;
     std::optional<std::string> messageCountRuleId_;
     Dictionary allSettings_;
+    PropertyListFile file_;
 };
 
 }  // namespace vorlane
