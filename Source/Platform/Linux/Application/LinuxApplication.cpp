@@ -4,6 +4,8 @@
 #include <utility>
 
 #include "Platform/DispatchQueue.h"
+#include "Platform/Internal/StorageFlusher.h"
+#include "Platform/Platform.h"
 
 namespace vorlane {
 
@@ -20,11 +22,22 @@ void LinuxApplication::didEnterBackground() {
     stayBegan_ = clock_->now();
     waitForNext();
     UIApplication::didEnterBackground();
+    keepRunningUntilStored();
     if (const auto queue = mainQueue_.lock()) {
         queue->postAfter(kBackgroundTime, [weakSelf = weak_from_this(), stay] {
             if (const auto self = weakSelf.lock()) self->backgroundTimeEnded(stay);
         });
     }
+}
+
+/// Holds a background task until the files that have changed so far are durable.
+void LinuxApplication::keepRunningUntilStored() {
+    auto& storage = Platform::current().storage();
+    if (storage.isIdle()) return;
+    const auto task = beginBackgroundTaskWithName("vorlane.storage", nullptr);
+    storage.flush([weakSelf = weak_from_this(), task] {
+        if (const auto self = weakSelf.lock()) self->endBackgroundTask(task);
+    });
 }
 
 void LinuxApplication::willEnterForeground() {

@@ -68,6 +68,7 @@ private:
         double end;
     };
 
+    void keepRunningUntilStored();
     void backgroundTimeEnded(std::uint64_t stay);
     void waitForNext();
     void waitEnded(const std::shared_ptr<const Wait>& wait);
