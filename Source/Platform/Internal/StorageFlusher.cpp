@@ -5,12 +5,12 @@
 #include <utility>
 
 #include "Platform/Internal/FlushedGeneration.h"
+#include "Platform/Internal/SerialDispatchQueue.h"
 #include "Platform/Internal/StorageFolder.h"
-#include "Platform/Linux/Loop/LinuxSerialQueue.h"
 
 namespace vorlane {
 
-StorageFlusher::StorageFlusher() : queue_(std::make_unique<LinuxSerialQueue>("vorlane.storage")) {}
+StorageFlusher::StorageFlusher() : queue_(std::make_unique<SerialDispatchQueue>("vorlane.storage")) {}
 
 StorageFlusher::~StorageFlusher() = default;
 

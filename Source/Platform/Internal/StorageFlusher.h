@@ -12,13 +12,13 @@
 
 namespace vorlane {
 
-class LinuxSerialQueue;
+class SerialDispatchQueue;
 
 /// Makes the files that the library replaced durable, on the serial queue "vorlane.storage": the only place where it
 /// waits for a disk. One for each platform. Any thread.
 ///
 /// Several changes share one flush. The thread starts with the first change and ends when there have been none for a
-/// while.
+/// while. A process that exits does not wait for it.
 class VORLANE_EXPORT StorageFlusher : public std::enable_shared_from_this<StorageFlusher> {
 public:
     /// The seconds from a change to the flush that makes it durable.
@@ -48,7 +48,7 @@ private:
     void flushChanged();
 
     // Fixed at construction.
-    const std::unique_ptr<LinuxSerialQueue> queue_;
+    const std::unique_ptr<SerialDispatchQueue> queue_;
 
     mutable std::mutex mutex_;
     // Guarded by mutex_.

@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "Platform/Linux/Application/ExitGate.h"
 #include "Platform/Linux/Application/LinuxApplication.h"
 #include "Platform/Linux/Application/QuietUserNotificationCenter.h"
 #include "Platform/Linux/Curl/CurlURLSession.h"
@@ -276,7 +277,8 @@ void LinuxPlatform::stop() {
     while (!state_->takeTurn(start + kDrainTime) && SteadyClock::now() < start + kDrainTime) {
     }
     state_->end(start + kEndTime);
-    stopStorage(start + kShutdownTime);
+    // A platform that the host keeps in a static object goes while the process exits, which waits for no flush.
+    if (!ExitGate::shared().isClosed()) stopStorage(start + kShutdownTime);
 }
 
 std::shared_ptr<Platform> makeDefaultPlatform() { return std::make_shared<LinuxPlatform>(); }
