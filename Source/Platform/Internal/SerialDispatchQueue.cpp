@@ -1,16 +1,16 @@
 #include "Platform/Internal/SerialDispatchQueue.h"
 
 #include <pthread.h>
-#include <signal.h>
 
 #include <algorithm>
 #include <condition_variable>
 #include <deque>
 #include <map>
 #include <mutex>
-#include <system_error>
 #include <thread>
 #include <utility>
+
+#include "Platform/Internal/QuietThread.h"
 
 namespace vorlane {
 
@@ -18,16 +18,16 @@ using SteadyClock = std::chrono::steady_clock;
 
 namespace {
 
-/// When a task is due; delays beyond what the clock can count are held to some thirty years.
+/// When a task is due. Delays beyond what the clock can count are clamped to some thirty years.
 SteadyClock::time_point dueAfter(TimeInterval delay) {
     constexpr TimeInterval kLongest = 1e9;
     return SteadyClock::now() +
            std::chrono::duration_cast<SteadyClock::duration>(std::chrono::duration<double>(std::min(delay, kLongest)));
 }
 
-/// Waits for a thread that has come to rest, outside every lock: what it let go of last, in thread-local objects of the
-/// host, may post to the queue once more.
-void letGo(std::thread ended) {
+/// Joins a thread that has come to rest. Outside every lock, because destructors of the host's thread-local objects may
+/// still post to the queue.
+void joinEnded(std::thread ended) {
     if (!ended.joinable()) return;
     if (ended.get_id() == std::this_thread::get_id()) return ended.detach();
     ended.join();
@@ -50,28 +50,18 @@ struct SerialDispatchQueue::State {
     bool isStopping = false;
     bool hasEnded = false;
     std::thread thread;
-    // Nobody's before the thread runs and after it has ended, because the system gives an ended thread's id out again.
+    // Empty before the thread runs and after it has ended: the system reuses the ids of ended threads.
     std::thread::id threadId;
 
     bool isIdle() const { return tasks.empty() && !isRunningTask && !isDue(); }
     bool isDue() const { return !delayed.empty() && delayed.begin()->first <= SteadyClock::now(); }
     bool hasThread() const { return thread.joinable() && !hasEnded; }
 
-    /// Signals are the host's to handle: the thread blocks them all, from its first instruction on. Gives the thread
-    /// before it, which came to rest.
+    /// Returns the thread that came to rest before. Out of threads, what is queued waits for a later post.
     std::thread startThread(std::shared_ptr<State> self) {
         std::thread ended = std::move(thread);
         hasEnded = false;
-        sigset_t all;
-        sigset_t previous;
-        sigfillset(&all);
-        pthread_sigmask(SIG_SETMASK, &all, &previous);
-        try {
-            thread = std::thread([self = std::move(self)] { self->run(); });
-        } catch (const std::system_error&) {
-            // Out of threads: what is queued waits until a later post can start one.
-        }
-        pthread_sigmask(SIG_SETMASK, &previous, nullptr);
+        thread = startQuietThread([self = std::move(self)] { self->run(); });
         return ended;
     }
 
@@ -85,7 +75,9 @@ struct SerialDispatchQueue::State {
     /// Returns whether the thread is still needed.
     bool waitForWork(std::unique_lock<std::mutex>& lock) const {
         if (!delayed.empty()) {
-            changed.wait_until(lock, delayed.begin()->first);
+            // A copy: the task may be dropped during the wait.
+            const auto due = delayed.begin()->first;
+            changed.wait_until(lock, due);
             return true;
         }
         return changed.wait_for(lock, longestRest, [this] { return isStopping || !tasks.empty() || !delayed.empty(); });
@@ -97,7 +89,7 @@ struct SerialDispatchQueue::State {
         isRunningTask = true;
         lock.unlock();
         task();
-        // What the task holds goes away on this queue, before the queue counts as idle.
+        // Its captures are destroyed on this queue, before the queue counts as idle.
         task = nullptr;
         lock.lock();
         isRunningTask = false;
@@ -143,7 +135,7 @@ void SerialDispatchQueue::postAfter(TimeInterval delay, std::function<void()> ta
         if (!state_->hasThread()) ended = state_->startThread(state_);
         state_->changed.notify_all();
     }
-    letGo(std::move(ended));
+    joinEnded(std::move(ended));
 }
 
 bool SerialDispatchQueue::isCurrent() const {
@@ -163,7 +155,7 @@ bool SerialDispatchQueue::waitUntilIdle(SteadyClock::time_point deadline) const 
 
 void SerialDispatchQueue::stop(SteadyClock::time_point deadline) {
     std::thread thread;
-    // Dropped outside the lock: destroying a task may run the code of whoever posted it.
+    // Destroyed outside the lock: a task's captures may be the host's.
     decltype(state_->tasks) droppedTasks;
     decltype(state_->delayed) droppedDelayed;
     {
@@ -171,7 +163,7 @@ void SerialDispatchQueue::stop(SteadyClock::time_point deadline) {
         state_->isStopping = true;
         state_->delayed.swap(droppedDelayed);
         state_->changed.notify_all();
-        // Its own thread cannot wait for itself, and of several callers only one gets the thread.
+        // The queue's own thread cannot wait for itself. Of several callers only one receives the thread.
         if (state_->threadId != std::this_thread::get_id()) {
             state_->changed.wait_until(lock, deadline, [this] { return !state_->hasThread(); });
         }

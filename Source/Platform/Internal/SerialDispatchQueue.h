@@ -9,8 +9,8 @@
 
 namespace vorlane {
 
-/// A serial queue on one named thread at a time, which starts with the first task. A thread that has had nothing to do
-/// for a while ends; the next task starts another.
+/// A serial queue on one named thread at a time, started by the first task. A thread that has been idle for
+/// `longestRest` ends; the next task starts another.
 class VORLANE_EXPORT SerialDispatchQueue : public DispatchQueue {
 public:
     static constexpr std::chrono::milliseconds kLongestRest = std::chrono::seconds(10);
@@ -20,19 +20,18 @@ public:
     ~SerialDispatchQueue() override;
 
     void post(std::function<void()> task) override;
-    /// The delay runs on the steady clock of the machine.
+    /// Measures the delay by the machine's steady clock.
     void postAfter(TimeInterval delay, std::function<void()> task) override;
     bool isCurrent() const override;
 
-    /// Whether no task is running or waiting (a delayed one that is not due does not count).
+    /// Whether no task is running or waiting. A delayed task counts once it is due.
     bool isIdle() const;
 
-    /// Waits until `isIdle()` or the deadline; returns whether it is idle. Not to be called from the queue itself.
+    /// Waits until `isIdle()` or the deadline and returns whether the queue is idle. Not to be called on the queue.
     bool waitUntilIdle(std::chrono::steady_clock::time_point deadline) const;
 
-    /// Runs what is queued until the deadline, drops the rest and delayed tasks, and joins the thread. Later posts are
-    /// dropped. A task that still runs at the deadline is left to end by itself on its detached thread; nothing runs
-    /// after it.
+    /// Runs queued tasks until the deadline, drops the others and all delayed tasks, and joins the thread. Later posts
+    /// are dropped. A task that still runs at the deadline ends on its detached thread, which runs no other task.
     void stop(std::chrono::steady_clock::time_point deadline);
 
 private:

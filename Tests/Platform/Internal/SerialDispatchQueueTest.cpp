@@ -37,14 +37,14 @@ TEST(SerialDispatchQueueTest, TasksRunInOrderOnOneNamedThread) {
     EXPECT_STREQ(name.data(), "a label longer ");
 }
 
-TEST(SerialDispatchQueueTest, ATaskMayPostAnother) {
+TEST(SerialDispatchQueueTest, TaskMayPostAnother) {
     SerialDispatchQueue queue("queue");
     std::promise<void> done;
     queue.post([&] { queue.post([&] { done.set_value(); }); });
     EXPECT_EQ(done.get_future().wait_until(inTime()), std::future_status::ready);
 }
 
-TEST(SerialDispatchQueueTest, OnlyItsOwnThreadIsTheQueue) {
+TEST(SerialDispatchQueueTest, OnlyItsThreadIsCurrent) {
     SerialDispatchQueue queue("queue");
     bool isInside = false;
     EXPECT_FALSE(queue.isCurrent());
@@ -54,7 +54,7 @@ TEST(SerialDispatchQueueTest, OnlyItsOwnThreadIsTheQueue) {
     EXPECT_FALSE(queue.isCurrent());
 }
 
-TEST(SerialDispatchQueueTest, DelayedTasksRunInOrderOfTheirTime) {
+TEST(SerialDispatchQueueTest, DelayedTasksRunInDueOrder) {
     SerialDispatchQueue queue("queue");
     std::vector<int> order;
     std::promise<void> done;
@@ -69,7 +69,7 @@ TEST(SerialDispatchQueueTest, DelayedTasksRunInOrderOfTheirTime) {
     EXPECT_EQ(order, (std::vector<int>{0, 1, 2}));
 }
 
-TEST(SerialDispatchQueueTest, AQueueIsIdleOnceItsTasksHaveRun) {
+TEST(SerialDispatchQueueTest, IsIdleOnceItsTasksHaveRun) {
     SerialDispatchQueue queue("queue");
     EXPECT_TRUE(queue.isIdle());
     std::promise<void> gate;
@@ -79,12 +79,12 @@ TEST(SerialDispatchQueueTest, AQueueIsIdleOnceItsTasksHaveRun) {
     EXPECT_FALSE(queue.waitUntilIdle(SteadyClock::now()));
     gate.set_value();
     EXPECT_TRUE(queue.waitUntilIdle(inTime()));
-    // One that is not due yet does not count.
+    // A delayed task counts once it is due.
     queue.postAfter(3600, [] {});
     EXPECT_TRUE(queue.isIdle());
 }
 
-TEST(SerialDispatchQueueTest, StoppingRunsWhatIsQueuedAndDropsWhatIsLate) {
+TEST(SerialDispatchQueueTest, StopRunsQueuedAndDropsDelayedTasks) {
     SerialDispatchQueue queue("queue");
     int runs = 0;
     for (int i = 0; i < 10; ++i) queue.post([&runs] { ++runs; });
@@ -96,13 +96,13 @@ TEST(SerialDispatchQueueTest, StoppingRunsWhatIsQueuedAndDropsWhatIsLate) {
     EXPECT_EQ(runs, 10);
 }
 
-TEST(SerialDispatchQueueTest, StoppingAQueueThatNeverRanIsFine) {
+TEST(SerialDispatchQueueTest, UnusedQueueStops) {
     SerialDispatchQueue queue("queue");
     queue.stop(inTime());
     queue.stop(inTime());
 }
 
-TEST(SerialDispatchQueueTest, ATaskBeyondTheDeadlineIsLeftAndNothingRunsAfterIt) {
+TEST(SerialDispatchQueueTest, TaskBeyondTheDeadlineIsTheLast) {
     const auto gate = std::make_shared<std::promise<void>>();
     const auto ended = std::make_shared<std::promise<void>>();
     const auto lateRuns = std::make_shared<std::atomic<int>>(0);
@@ -123,7 +123,7 @@ TEST(SerialDispatchQueueTest, ATaskBeyondTheDeadlineIsLeftAndNothingRunsAfterIt)
     EXPECT_EQ(*lateRuns, 0);
 }
 
-TEST(SerialDispatchQueueTest, AQueueMayLetGoOfItselfInItsLastTask) {
+TEST(SerialDispatchQueueTest, LastTaskMayDestroyTheQueue) {
     std::promise<void> done;
     auto queue = std::make_shared<SerialDispatchQueue>("queue");
     auto* const raw = queue.get();
@@ -137,7 +137,7 @@ TEST(SerialDispatchQueueTest, AQueueMayLetGoOfItselfInItsLastTask) {
     EXPECT_EQ(done.get_future().wait_until(inTime()), std::future_status::ready);
 }
 
-TEST(SerialDispatchQueueTest, DelaysThatNoClockCountsAreWaitedForWithoutEnd) {
+TEST(SerialDispatchQueueTest, HugeDelaysAreNeverDue) {
     SerialDispatchQueue queue("queue");
     int runs = 0;
     for (const double delay : {1e300, std::numeric_limits<double>::infinity(), 9.3e9}) {
@@ -150,7 +150,7 @@ TEST(SerialDispatchQueueTest, DelaysThatNoClockCountsAreWaitedForWithoutEnd) {
     EXPECT_EQ(runs, 4);
 }
 
-TEST(SerialDispatchQueueTest, AnEmptyTaskIsNone) {
+TEST(SerialDispatchQueueTest, EmptyTasksAreIgnored) {
     SerialDispatchQueue queue("queue");
     queue.post(nullptr);
     queue.postAfter(0.001, nullptr);
@@ -174,11 +174,11 @@ TEST(SerialDispatchQueueTest, SignalsAreLeftToTheHost) {
     }
 }
 
-TEST(SerialDispatchQueueTest, AThreadThatComesAfterTheQueueIsNotTakenForIt) {
+TEST(SerialDispatchQueueTest, ReusedThreadIdIsNotCurrent) {
     SerialDispatchQueue queue("queue");
     queue.post([] {});
     queue.stop(inTime());
-    // The system likes to give the ended thread's id to the next one.
+    // The system often reuses the id of an ended thread.
     for (int i = 0; i < 20; ++i) {
         bool isCurrent = true;
         std::thread([&] { isCurrent = queue.isCurrent(); }).join();
@@ -186,7 +186,7 @@ TEST(SerialDispatchQueueTest, AThreadThatComesAfterTheQueueIsNotTakenForIt) {
     }
 }
 
-TEST(SerialDispatchQueueTest, SeveralThreadsMayStopIt) {
+TEST(SerialDispatchQueueTest, SeveralThreadsMayStop) {
     for (int round = 0; round < 50; ++round) {
         SerialDispatchQueue queue("queue");
         std::atomic<int> runs = 0;
@@ -198,7 +198,7 @@ TEST(SerialDispatchQueueTest, SeveralThreadsMayStopIt) {
     }
 }
 
-TEST(SerialDispatchQueueTest, NothingRunsOnceStoppingHasReturned) {
+TEST(SerialDispatchQueueTest, NoTaskRunsAfterStop) {
     for (int round = 0; round < 50; ++round) {
         SerialDispatchQueue queue("queue");
         std::atomic<bool> isStopped = false;
@@ -218,7 +218,7 @@ TEST(SerialDispatchQueueTest, NothingRunsOnceStoppingHasReturned) {
     }
 }
 
-TEST(SerialDispatchQueueTest, ATaskMayStopItsQueueAndIsTheLastOne) {
+TEST(SerialDispatchQueueTest, TaskMayStopItsQueue) {
     SerialDispatchQueue queue("queue");
     int runs = 0;
     std::promise<void> gate;
@@ -233,7 +233,17 @@ TEST(SerialDispatchQueueTest, ATaskMayStopItsQueueAndIsTheLastOne) {
     EXPECT_EQ(runs, 1);
 }
 
-TEST(SerialDispatchQueueTest, WhatATaskHoldsIsGoneBeforeTheQueueIsIdle) {
+TEST(SerialDispatchQueueTest, StopsDuringTheWaitForADelayedTask) {
+    for (int round = 0; round < 50; ++round) {
+        SerialDispatchQueue queue("queue");
+        queue.postAfter(3600, [] { FAIL(); });
+        // The deadline has passed: the delayed task is destroyed while the thread still waits for it.
+        queue.stop(SteadyClock::now());
+        EXPECT_TRUE(queue.isIdle());
+    }
+}
+
+TEST(SerialDispatchQueueTest, TaskIsDestroyedBeforeTheQueueIsIdle) {
     SerialDispatchQueue queue("queue");
     auto held = std::make_shared<int>(1);
     const std::weak_ptr<int> seen = held;
@@ -242,7 +252,7 @@ TEST(SerialDispatchQueueTest, WhatATaskHoldsIsGoneBeforeTheQueueIsIdle) {
     EXPECT_TRUE(seen.expired());
 }
 
-TEST(SerialDispatchQueueTest, ADroppedTaskMayUseTheQueueWhileItIsDestroyed) {
+TEST(SerialDispatchQueueTest, DroppedTasksDestructorMayPost) {
     struct Asking {
         explicit Asking(SerialDispatchQueue& asked) : queue(asked) {}
         Asking(const Asking&) = delete;
@@ -272,7 +282,7 @@ TEST(SerialDispatchQueueTest, ManyThreadsMayPost) {
     EXPECT_EQ(runs, 1000);
 }
 
-/// Whether a thread of this process exists.
+/// Whether this process has the thread.
 bool isThere(pid_t thread) { return std::filesystem::exists("/proc/self/task/" + std::to_string(thread)); }
 
 void waitForTheEndOf(pid_t thread) {
@@ -280,7 +290,7 @@ void waitForTheEndOf(pid_t thread) {
     while (isThere(thread) && SteadyClock::now() < deadline) std::this_thread::yield();
 }
 
-TEST(SerialDispatchQueueTest, AThreadWithNothingToDoEndsAndTheNextTaskStartsAnother) {
+TEST(SerialDispatchQueueTest, IdleThreadEndsAndTheNextTaskStartsAnother) {
     SerialDispatchQueue queue("queue", std::chrono::milliseconds(1));
     for (int round = 0; round < 3; ++round) {
         std::atomic<pid_t> thread = 0;
@@ -293,7 +303,7 @@ TEST(SerialDispatchQueueTest, AThreadWithNothingToDoEndsAndTheNextTaskStartsAnot
     }
 }
 
-TEST(SerialDispatchQueueTest, AThreadStaysForADelayedTask) {
+TEST(SerialDispatchQueueTest, ThreadStaysForADelayedTask) {
     SerialDispatchQueue queue("queue", std::chrono::milliseconds(0));
     std::promise<void> ran;
     queue.postAfter(0.05, [&ran] { ran.set_value(); });
@@ -318,7 +328,7 @@ TEST(SerialDispatchQueueTest, NoTaskIsLostWhileThreadsComeAndGo) {
     EXPECT_EQ(runs, 600);
 }
 
-/// Calls `end` when the thread that it lives on ends.
+/// Calls `end` when its thread ends.
 struct ThreadEnd {
     ThreadEnd() = default;
     ThreadEnd(const ThreadEnd&) = delete;
@@ -334,7 +344,7 @@ void atTheEndOfThisThread(std::function<void()> end) {
     threadEnd.end = std::move(end);
 }
 
-TEST(SerialDispatchQueueTest, AThreadThatIsEndingHoldsUpNoOther) {
+TEST(SerialDispatchQueueTest, EndingThreadDelaysNoOther) {
     SerialDispatchQueue queue("queue", std::chrono::milliseconds(0));
     std::promise<void> ending;
     std::promise<void> ran;
@@ -351,14 +361,14 @@ TEST(SerialDispatchQueueTest, AThreadThatIsEndingHoldsUpNoOther) {
     EXPECT_EQ(ranLast.get_future().wait_until(inTime()), std::future_status::ready);
 }
 
-TEST(SerialDispatchQueueTest, AThreadMayPostWhileItIsEnding) {
+TEST(SerialDispatchQueueTest, EndingThreadMayPost) {
     SerialDispatchQueue queue("queue", std::chrono::milliseconds(0));
     std::promise<void> ran;
     queue.post([&] { atTheEndOfThisThread([&] { queue.post([&ran] { ran.set_value(); }); }); });
     EXPECT_EQ(ran.get_future().wait_until(inTime()), std::future_status::ready);
 }
 
-TEST(SerialDispatchQueueTest, AQueueWhoseThreadHasEndedStopsAtOnce) {
+TEST(SerialDispatchQueueTest, QueueWithoutAThreadStopsAtOnce) {
     SerialDispatchQueue queue("queue", std::chrono::milliseconds(0));
     std::atomic<pid_t> thread = 0;
     queue.post([&thread] { thread = gettid(); });
