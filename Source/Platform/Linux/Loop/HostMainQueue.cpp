@@ -9,7 +9,7 @@
 namespace vorlane {
 
 struct HostMainQueue::Door {
-    /// Runs the oldest of what waits; returns whether there was any.
+    /// Runs the oldest task; returns whether there was one.
     bool runNext() {
         std::unique_lock lock(mutex);
         if (tasks.empty()) return false;
@@ -63,7 +63,7 @@ std::size_t HostMainQueue::poll() {
 }
 
 void HostMainQueue::close() {
-    // Goes after the lock: what a task holds may be the host's.
+    // Destroyed after the lock is released: a task's captures may be the host's.
     decltype(door_->tasks) dropped;
     const std::lock_guard lock(door_->mutex);
     door_->isClosed = true;

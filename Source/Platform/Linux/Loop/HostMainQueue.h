@@ -10,9 +10,9 @@
 
 namespace vorlane {
 
-/// The host's own main queue, seen through a door that a shutdown closes. What is posted waits here, and the host's
-/// queue gets a ticket to run the next of it, so that a shutdown can run what the host's loop does not come to any
-/// more.
+/// The host's own main queue behind a door that a shutdown closes. Posted tasks wait here, and the host's queue
+/// receives one ticket for each, which runs the next task. So a shutdown can run the tasks that the host's loop no
+/// longer reaches.
 class HostMainQueue : public DispatchQueue {
 public:
     explicit HostMainQueue(std::shared_ptr<DispatchQueue> queue);
@@ -22,10 +22,11 @@ public:
     void postAfter(TimeInterval delay, std::function<void()> task) override;
     bool isCurrent() const override;
 
-    /// Runs what has been posted so far and gives how much that was. Main thread.
+    /// Runs the tasks posted so far and returns how many ran. Main thread.
     std::size_t poll();
 
-    /// From now on the library's tasks do nothing, those that wait in the host's queue included. Any thread.
+    /// Drops the waiting tasks and whatever is posted from now on; delayed tasks in the host's queue do nothing. Any
+    /// thread.
     void close();
 
 private:
@@ -33,9 +34,9 @@ private:
 
     // Fixed at construction.
     const std::shared_ptr<DispatchQueue> queue_;
-    // Shared with the tickets, which the host may keep for longer.
+    // Shared with the tickets, which may outlive the queue.
     const std::shared_ptr<Door> door_;
-    // The thread inside of `poll()`, which no host's queue knows of.
+    // The thread inside `poll()`, unknown to the host's queue.
     std::atomic<std::thread::id> pollingThread_;
 };
 

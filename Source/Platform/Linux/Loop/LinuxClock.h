@@ -4,7 +4,7 @@
 
 namespace vorlane {
 
-/// The system's clock.
+/// The system clock.
 class LinuxClock : public Clock {
 public:
     double now() const override;

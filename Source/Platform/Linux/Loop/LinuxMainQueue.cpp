@@ -25,7 +25,7 @@ namespace {
 using SteadyClock = std::chrono::steady_clock;
 
 SteadyClock::duration durationOf(TimeInterval seconds) {
-    // Some thirty years: beyond, the clock's own count would overflow.
+    // Some thirty years. A longer delay would overflow the clock.
     constexpr TimeInterval kLongest = 1e9;
     if (!(seconds > 0)) return SteadyClock::duration::zero();
     const std::chrono::duration<TimeInterval> length(std::min(seconds, kLongest));
@@ -45,7 +45,7 @@ struct LinuxMainQueue::Loop {
     std::atomic<bool> isClosed = false;
     // Tasks are numbered in the order of posting.
     std::atomic<std::uint64_t> newestNumber = 0;
-    // Touched by the running thread only.
+    // Running thread only.
     std::uint64_t lastRunNumber = 0;
     std::size_t runCount = 0;
 
@@ -55,8 +55,9 @@ struct LinuxMainQueue::Loop {
 };
 
 void LinuxMainQueue::Loop::execute(std::uint64_t number, std::function<void()> task) {
-    lastRunNumber = number;
+    // First: `close()` takes handlers out on a thread that is not the running one.
     if (isClosed) return;
+    lastRunNumber = number;
     if (ExitGate::shared().run(std::move(task))) ++runCount;
 }
 
@@ -89,7 +90,7 @@ void LinuxMainQueue::postAfter(TimeInterval delay, std::function<void()> task) t
         if (!error) loop->execute(number, std::move(task));
     });
 } catch (const std::system_error&) {
-    // A process that has no file descriptor left has no timers either.
+    // Without a free file descriptor there are no timers: the task is dropped.
 }
 
 bool LinuxMainQueue::isCurrent() const { return loop_->thread == std::this_thread::get_id(); }
@@ -105,6 +106,18 @@ void LinuxMainQueue::runFor(TimeInterval seconds) {
     while (!loop_->isStopRequested.exchange(false) && !loop_->isClosed) {
         if (loop_->context.run_one_until(deadline) == 0) return;
     }
+}
+
+bool LinuxMainQueue::runUntil(const std::function<bool()>& isDone, TimeInterval seconds) {
+    loop_->becomeCurrent();
+    const auto deadline = SteadyClock::now() + durationOf(seconds);
+    do {
+        if (loop_->isStopRequested.exchange(false) || loop_->isClosed) break;
+        if (loop_->context.poll_one() > 0) continue;
+        if (isDone()) return true;
+        loop_->context.run_one_until(deadline);
+    } while (SteadyClock::now() < deadline);
+    return isDone();
 }
 
 std::size_t LinuxMainQueue::poll() {
@@ -128,7 +141,7 @@ void LinuxMainQueue::close() {
         loop_->isClosed = true;
         for (auto& [number, timer] : loop_->timers) timer.cancel();
     }
-    // Every handler that is left comes out, and is dropped instead of run.
+    // Takes the remaining handlers out, which drop their tasks now.
     loop_->context.poll();
     asio::post(loop_->context, [] {});  // wakes a thread inside run()
 }

@@ -8,32 +8,34 @@
 
 namespace vorlane {
 
-/// The main queue as a loop that the host runs or polls. Making one starts nothing.
+/// The main queue as a loop that the host runs or polls. Construction starts no thread and opens no descriptor.
 class LinuxMainQueue : public DispatchQueue {
 public:
     LinuxMainQueue();
-    /// Drops what is queued.
+    /// Drops queued tasks.
     ~LinuxMainQueue() override;
 
     void post(std::function<void()> task) override;
-    /// The delay runs on the steady clock of the machine. One that is not a number counts as none.
+    /// Measures the delay by the machine's steady clock. A delay that is not a number counts as 0.
     void postAfter(TimeInterval delay, std::function<void()> task) override;
-    /// Whether the caller is on the thread that last ran or polled the queue; before the first time, the one that made
-    /// it.
+    /// Whether the calling thread is the one that last ran or polled the queue, or the one that made it if none has.
     bool isCurrent() const override;
 
-    /// Runs tasks until `stopRunning()` or `close()`. A stop that was asked for before ends it at once. One thread at a
-    /// time.
+    /// Runs tasks until `stopRunning()` or `close()`. An earlier stop that ended no run ends this one at once. One
+    /// thread at a time.
     void run();
-    /// As `run()`, for that many seconds at most.
+    /// Like `run()`, for at most `seconds`.
     void runFor(TimeInterval seconds);
-    /// Runs what is due without waiting and returns how many tasks ran. It ends after the first task that was posted
-    /// meanwhile, so a task that posts itself again does not hold it for ever.
+    /// Like `runFor()`, but ends as soon as no task is due and `isDone()` is true. Returns what `isDone()` returned
+    /// last. `isDone` is called again after each task, so whoever changes its answer posts one.
+    bool runUntil(const std::function<bool()>& isDone, TimeInterval seconds);
+    /// Runs the tasks that are due without waiting and returns how many ran. Ends after the first task that was posted
+    /// during the call, so a task that posts itself again does not keep it running.
     std::size_t poll();
     /// Any thread.
     void stopRunning();
 
-    /// Drops what is queued and whatever is posted from now on. Any thread that is not inside a task.
+    /// Drops what is queued and what is posted from now on. Any thread, but not from a task.
     void close();
 
 private:

@@ -8,7 +8,7 @@
 
 namespace vorlane {
 
-/// A serial queue on a thread of its own that starts no further task once the process exits.
+/// A serial queue on its own thread that starts no task once the process exits.
 class LinuxSerialQueue : public DispatchQueue {
 public:
     explicit LinuxSerialQueue(std::string label);
@@ -19,7 +19,7 @@ public:
 
     bool isIdle() const { return queue_.isIdle(); }
     bool waitUntilIdle(std::chrono::steady_clock::time_point deadline) const { return queue_.waitUntilIdle(deadline); }
-    /// Runs what is queued until the deadline and joins the thread; see `SerialDispatchQueue::stop()`.
+    /// Runs queued tasks until the deadline and joins the thread; see `SerialDispatchQueue::stop()`.
     void stop(std::chrono::steady_clock::time_point deadline) { queue_.stop(deadline); }
 
 private:

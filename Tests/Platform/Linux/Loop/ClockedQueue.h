@@ -12,7 +12,7 @@
 
 namespace vorlane {
 
-/// A clock that shows what a test sets.
+/// A clock that a test sets.
 class SetClock : public Clock {
 public:
     double now() const override { return time; }

@@ -3,7 +3,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
+#include <functional>
+#include <future>
 #include <limits>
 #include <memory>
 #include <thread>
@@ -24,7 +27,7 @@ protected:
     std::vector<int> ran;
 };
 
-TEST_F(LinuxMainQueueTest, TasksRunInTheOrderOfPosting) {
+TEST_F(LinuxMainQueueTest, TasksRunInPostingOrder) {
     for (int i = 1; i <= 4; ++i) queue.post(record(i));
     EXPECT_THAT(ran, ElementsAre());
     EXPECT_EQ(queue.poll(), 4U);
@@ -32,7 +35,7 @@ TEST_F(LinuxMainQueueTest, TasksRunInTheOrderOfPosting) {
     EXPECT_EQ(queue.poll(), 0U);
 }
 
-TEST_F(LinuxMainQueueTest, ATaskNeverRunsInsideThePost) {
+TEST_F(LinuxMainQueueTest, TasksNeverRunInsidePost) {
     queue.post([this] {
         queue.post(record(2));
         ran.push_back(1);
@@ -42,23 +45,23 @@ TEST_F(LinuxMainQueueTest, ATaskNeverRunsInsideThePost) {
     EXPECT_THAT(ran, ElementsAre(1, 2));
 }
 
-TEST_F(LinuxMainQueueTest, PollingDoesNotWaitForADelay) {
+TEST_F(LinuxMainQueueTest, PollDoesNotWaitForDelays) {
     queue.postAfter(60, record(1));
     EXPECT_EQ(queue.poll(), 0U);
 }
 
-TEST_F(LinuxMainQueueTest, ADelayThatIsNoneComesDueAtOnce) {
+TEST_F(LinuxMainQueueTest, DelaysUpTo0AreDueAtOnce) {
     for (const double delay : {0.0, -1.0, std::numeric_limits<double>::quiet_NaN()}) queue.postAfter(delay, record(1));
     EXPECT_EQ(queue.poll(), 3U);
 }
 
-TEST_F(LinuxMainQueueTest, ADelayBeyondAllMeasureNeverComesDue) {
+TEST_F(LinuxMainQueueTest, HugeDelaysAreNeverDue) {
     queue.postAfter(std::numeric_limits<double>::infinity(), record(1));
     queue.postAfter(1e300, record(2));
     EXPECT_EQ(queue.poll(), 0U);
 }
 
-TEST_F(LinuxMainQueueTest, DelayedTasksRunInTheOrderOfTheirTimes) {
+TEST_F(LinuxMainQueueTest, DelayedTasksRunInDueOrder) {
     queue.postAfter(0.02, [this] {
         ran.push_back(2);
         queue.stopRunning();
@@ -68,14 +71,14 @@ TEST_F(LinuxMainQueueTest, DelayedTasksRunInTheOrderOfTheirTimes) {
     EXPECT_THAT(ran, ElementsAre(1, 2));
 }
 
-TEST_F(LinuxMainQueueTest, ADelayIsWaitedFor) {
+TEST_F(LinuxMainQueueTest, RunWaitsForADelay) {
     const auto start = std::chrono::steady_clock::now();
     queue.postAfter(0.05, [this] { queue.stopRunning(); });
     queue.run();
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(50));
 }
 
-TEST_F(LinuxMainQueueTest, ATaskThatPostsItselfDoesNotHoldAPollForEver) {
+TEST_F(LinuxMainQueueTest, PollEndsAlthoughATaskReposts) {
     int count = 0;
     std::function<void()> again = [&] {
         ++count;
@@ -87,7 +90,7 @@ TEST_F(LinuxMainQueueTest, ATaskThatPostsItselfDoesNotHoldAPollForEver) {
     EXPECT_GT(queue.poll(), 0U);
 }
 
-TEST_F(LinuxMainQueueTest, RunningGoesOnUntilItIsStopped) {
+TEST_F(LinuxMainQueueTest, RunsUntilStopped) {
     std::thread poster([this] {
         for (int i = 1; i <= 3; ++i) queue.post(record(i));
         queue.post([this] { queue.stopRunning(); });
@@ -97,13 +100,13 @@ TEST_F(LinuxMainQueueTest, RunningGoesOnUntilItIsStopped) {
     EXPECT_THAT(ran, ElementsAre(1, 2, 3));
 }
 
-TEST_F(LinuxMainQueueTest, AStopFromAnotherThreadEndsAWaitingRun) {
+TEST_F(LinuxMainQueueTest, AnotherThreadStopsAWaitingRun) {
     std::thread stopper([this] { queue.stopRunning(); });
     queue.run();
     stopper.join();
 }
 
-TEST_F(LinuxMainQueueTest, AStopThatCameBeforeEndsTheNextRunOnly) {
+TEST_F(LinuxMainQueueTest, EarlyStopEndsTheNextRunOnly) {
     queue.stopRunning();
     queue.run();
     queue.post([this] { queue.stopRunning(); });
@@ -113,7 +116,7 @@ TEST_F(LinuxMainQueueTest, AStopThatCameBeforeEndsTheNextRunOnly) {
     EXPECT_EQ(queue.poll(), 1U);
 }
 
-TEST_F(LinuxMainQueueTest, RunningForAWhileEndsByItself) {
+TEST_F(LinuxMainQueueTest, RunForEndsAtItsTime) {
     queue.post(record(1));
     queue.runFor(0.01);
     EXPECT_THAT(ran, ElementsAre(1));
@@ -122,12 +125,12 @@ TEST_F(LinuxMainQueueTest, RunningForAWhileEndsByItself) {
     EXPECT_THAT(ran, ElementsAre(1));
 }
 
-TEST_F(LinuxMainQueueTest, RunningForAWhileIsEndedByAStop) {
+TEST_F(LinuxMainQueueTest, RunForIsStopped) {
     queue.post([this] { queue.stopRunning(); });
     queue.runFor(3600);
 }
 
-TEST_F(LinuxMainQueueTest, ItsThreadIsTheOneThatMadeItUntilAnotherRunsIt) {
+TEST_F(LinuxMainQueueTest, LastRunningThreadIsCurrent) {
     EXPECT_TRUE(queue.isCurrent());
     std::thread([this] {
         EXPECT_FALSE(queue.isCurrent());
@@ -139,7 +142,7 @@ TEST_F(LinuxMainQueueTest, ItsThreadIsTheOneThatMadeItUntilAnotherRunsIt) {
     EXPECT_TRUE(queue.isCurrent());
 }
 
-TEST_F(LinuxMainQueueTest, AfterTheCloseNothingRuns) {
+TEST_F(LinuxMainQueueTest, NoTaskRunsAfterClose) {
     auto held = std::make_shared<int>(1);
     const std::weak_ptr<int> observed = held;
     queue.post([held] { FAIL(); });
@@ -155,10 +158,44 @@ TEST_F(LinuxMainQueueTest, AfterTheCloseNothingRuns) {
     EXPECT_THAT(ran, ElementsAre());
 }
 
-TEST_F(LinuxMainQueueTest, ACloseEndsARunOnAnotherThread) {
+TEST_F(LinuxMainQueueTest, CloseEndsARunOnAnotherThread) {
     std::thread runner([this] { queue.run(); });
     queue.close();
     runner.join();
+}
+
+TEST_F(LinuxMainQueueTest, CloseRacesWithTheTasksOfARun) {
+    for (int round = 0; round < 20; ++round) {
+        LinuxMainQueue racing;
+        std::atomic<int> runs = 0;
+        std::promise<void> started;
+        racing.post([&started] { started.set_value(); });
+        for (int i = 0; i < 500; ++i) racing.post([&runs] { ++runs; });
+        std::thread runner([&racing] { racing.run(); });
+        started.get_future().wait();
+        racing.close();
+        runner.join();
+        const int runsAtClose = runs;
+        EXPECT_EQ(racing.poll(), 0U);
+        EXPECT_EQ(runs, runsAtClose);
+    }
+}
+
+TEST_F(LinuxMainQueueTest, RunsUntilACondition) {
+    bool isDone = false;
+    queue.post(record(1));
+    queue.postAfter(0.01, [&isDone] { isDone = true; });
+    queue.postAfter(60, record(2));
+    EXPECT_TRUE(queue.runUntil([&isDone] { return isDone; }, 60));
+    EXPECT_THAT(ran, ElementsAre(1));
+    EXPECT_FALSE(queue.runUntil([] { return false; }, 0.01));
+}
+
+TEST_F(LinuxMainQueueTest, RunUntilEndsAtItsDeadlineAlthoughTasksRepost) {
+    std::function<void()> repost = [&] { queue.post(repost); };
+    repost();
+    EXPECT_FALSE(queue.runUntil([] { return false; }, 0.01));
+    queue.close();
 }
 
 TEST_F(LinuxMainQueueTest, PostsFromManyThreadsAllRun) {
