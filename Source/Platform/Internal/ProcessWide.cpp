@@ -15,7 +15,7 @@ struct Resets {
     std::vector<Reset> resets;
 };
 
-/// Never destroyed, as what it resets never is.
+/// Never destroyed, like the objects that it resets.
 Resets& registeredResets() {
     static auto* const registered = new Resets;
     return *registered;

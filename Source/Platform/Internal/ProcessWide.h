@@ -5,25 +5,28 @@
 #include <memory>
 #include <mutex>
 
+#include "Platform/Internal/CallOutScope.h"
+
 namespace vorlane {
 
-/// Runs every reset that `ProcessWide` objects asked for, newest first, and forgets them. Called when a platform is
+/// Runs the resets that `ProcessWide` objects have registered, newest first, each once. Called when a platform is
 /// installed.
 void resetProcessWideObjects();
 void resetWhenPlatformChanges(void (*reset)(void* object), void* object);
 
 /// One T for the whole process: made on first use, exactly once, and never destroyed at process exit, so no order of
-/// static destruction can crash a host. Installing another platform drops it. To be a static with constant
-/// initialisation.
+/// static destruction can crash a host. Installing another platform destroys it. Declare it static and `constinit`.
 template <class T>
 class ProcessWide {
 public:
     constexpr ProcessWide() = default;
 
-    /// `make` gives the object (a `std::unique_ptr<T>`) the first time.
+    /// `make` returns the object as a `std::unique_ptr<T>` and is called under a lock, the first time only. A call into
+    /// the host that it leads to goes through `CallOutScope::callAfterwards()`, which runs it without the lock.
     template <class Make>
     T& get(Make make) {
         if (T* object = object_.load(std::memory_order_acquire)) return *object;
+        const CallOutScope scope;
         const std::lock_guard lock(mutex_);
         if (T* object = object_.load(std::memory_order_relaxed)) return *object;
         T* object = make().release();

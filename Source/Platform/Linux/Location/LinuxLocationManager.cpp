@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "Platform/DispatchQueue.h"
+#include "Platform/Internal/CallOutScope.h"
 #include "Platform/NSError.h"
 
 namespace vorlane {
@@ -37,8 +38,11 @@ void LinuxLocationManager::start() {
         beacons_.watch(region, state, parts_.clock->now());
     }
     if (!parts_.backEnd) return;
-    parts_.backEnd->setListener(weak_from_this());
-    post([](LinuxLocationManager& self) { self.updateNeeds(); });
+    // The manager is made inside of locks, and the back end is the host's.
+    CallOutScope::callAfterwards([backEnd = parts_.backEnd, weakSelf = weak_from_this()] {
+        backEnd->setListener(weakSelf);
+        if (const auto self = weakSelf.lock()) self->post([](LinuxLocationManager& manager) { manager.updateNeeds(); });
+    });
 }
 
 bool LinuxLocationManager::locationServicesEnabled() const {
