@@ -6,15 +6,15 @@
 
 namespace vorlane {
 
-/// Where the certificates are that servers are checked against.
+/// The certificates that servers are verified with.
 struct CurlCertificates {
     /// A PEM file; empty for none.
     std::string file;
-    /// A folder in OpenSSL's layout; empty for none.
+    /// A folder of certificates named by their hashes, as OpenSSL reads it; empty for none.
     std::string folder;
 
-    /// These places when there is one; else those that `SSL_CERT_FILE` and `SSL_CERT_DIR` name; else where the common
-    /// distributions keep theirs, one file or one folder. Both empty when nothing is found.
+    /// Returns these places if one is set, else those named by `SSL_CERT_FILE` and `SSL_CERT_DIR`, else the file or
+    /// folder of a common distribution. Both are empty if none exists.
     CurlCertificates located(const EnvironmentLookup& lookup) const;
 };
 

@@ -7,7 +7,7 @@
 
 namespace vorlane {
 
-/// The end of one task: its handler, and what it is to be called with.
+/// The end of one task: the handler and its arguments.
 struct CurlCompletion {
     NSURLSession::CompletionHandler handler;
     std::optional<Data> data;

@@ -7,9 +7,28 @@
 
 namespace vorlane {
 
+namespace {
+
+/// With an allowance for the task itself, its handler, and the containers that hold it.
+std::size_t bytesOf(const NSURLRequest& request) {
+    constexpr std::size_t kAllowance = 1024;
+    std::size_t count = kAllowance + request.URL.absoluteString().size();
+    for (const auto& [name, value] : request.allHTTPHeaderFields) count += name.size() + value.size();
+    return request.HTTPBody ? count + request.HTTPBody->size() : count;
+}
+
+}  // namespace
+
 CurlDataTask::CurlDataTask(std::shared_ptr<CurlMultiLoop> loop, NSURLRequest request,
                            NSURLSession::CompletionHandler handler)
-    : loop_(std::move(loop)), request_(std::move(request)), handler_(std::move(handler)) {}
+    : loop_(std::move(loop)),
+      request_(std::move(request)),
+      heldBytes_(bytesOf(request_)),
+      handler_(std::move(handler)) {
+    loop_->holdBytes(heldBytes_);
+}
+
+CurlDataTask::~CurlDataTask() { loop_->releaseBytes(heldBytes_); }
 
 void CurlDataTask::resume() {
     State expected = State::suspended;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -13,18 +14,25 @@ namespace vorlane {
 class CurlMultiLoop;
 class CurlTransfer;
 
-/// One request and the handler that waits for its end. Any thread, except where an operation says otherwise.
+/// One request and its handler. Any thread, except where an operation says otherwise.
 class CurlDataTask : public NSURLSessionDataTask, public std::enable_shared_from_this<CurlDataTask> {
 public:
     CurlDataTask(std::shared_ptr<CurlMultiLoop> loop, NSURLRequest request, NSURLSession::CompletionHandler handler);
 
+    ~CurlDataTask() override;
+
+    CurlDataTask(const CurlDataTask&) = delete;
+    CurlDataTask& operator=(const CurlDataTask&) = delete;
+
     void resume() override;
-    /// A task that was never resumed ends at once; its handler runs too.
+    /// A task that was never resumed ends too, and its handler runs.
     void cancel() override;
 
     const NSURLRequest& request() const { return request_; }
+    /// About how much memory the task takes, in bytes.
+    std::size_t heldBytes() const { return heldBytes_; }
 
-    /// Ends the task: gives its handler with the outcome the first time, nothing afterwards.
+    /// Ends the task. Returns its handler and the outcome the first time, `nullopt` afterwards.
     std::optional<CurlCompletion> end(std::optional<Data> data, std::shared_ptr<const NSURLResponse> response,
                                       std::optional<NSError> error);
     std::optional<CurlCompletion> endWithError(NSError error);
@@ -32,7 +40,7 @@ public:
     std::optional<CurlCompletion> endCancelled();
     bool hasEnded() const { return state_ == State::ended; }
 
-    /// The transfer that carries the task, if any. Network thread only.
+    /// The transfer that performs the task, or null. Network thread only.
     CurlTransfer* transfer() const { return transfer_; }
     void setTransfer(CurlTransfer* transfer) { transfer_ = transfer; }
 
@@ -42,7 +50,8 @@ private:
     // Fixed at construction.
     const std::shared_ptr<CurlMultiLoop> loop_;
     const NSURLRequest request_;
-    // Touched only by whoever moves the state to ended.
+    const std::size_t heldBytes_;
+    // Only for the caller that changes the state to ended.
     NSURLSession::CompletionHandler handler_;
     std::atomic<State> state_ = State::suspended;
     CurlTransfer* transfer_ = nullptr;

@@ -20,7 +20,7 @@ NSURLError certificateError(long verification) {
         case X509_V_ERR_DEPTH_ZERO_SELF_SIGNED_CERT:
         case X509_V_ERR_SELF_SIGNED_CERT_IN_CHAIN:
             return NSURLError::serverCertificateHasUnknownRoot;
-        // A certificate for another host leaves OpenSSL content; libcurl compares the names itself.
+        // OpenSSL accepts a certificate for another host: libcurl compares the names.
         default:
             return NSURLError::serverCertificateUntrusted;
     }

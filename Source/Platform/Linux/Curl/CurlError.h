@@ -9,31 +9,31 @@
 
 namespace vorlane {
 
-/// The user-info key of the text of the URL that failed.
+/// The user-info key of the failed URL, a string.
 inline constexpr const char* NSURLErrorFailingURLStringErrorKey = "NSErrorFailingURLStringKey";
 
-/// What libcurl tells about a transfer that failed.
+/// What libcurl reports about a failed transfer.
 struct CurlFailure {
     CURLcode code = CURLE_OK;
-    /// libcurl's own account; may be empty.
+    /// libcurl's description; may be empty.
     std::string text;
-    /// OpenSSL's verdict on the certificate chain (`X509_V_…`); 0 when it found nothing.
+    /// OpenSSL's result for the certificate chain (`X509_V_…`); 0 if it found no fault.
     long verification = 0;
-    /// The system's error number of a connection that could not be made; 0 when there is none.
+    /// The system's error number of a failed connection attempt, or 0.
     long systemError = 0;
-    /// Whether the answer was longer than the session takes.
+    /// Whether the response exceeded a limit of the session.
     bool isTooLong = false;
-    /// Whether something came back that does not begin like an HTTP answer.
+    /// Whether the response does not begin like HTTP.
     bool isGarbage = false;
 };
 
-/// An error in `NSURLErrorDomain` with a description and the URL that failed.
+/// Returns an error in `NSURLErrorDomain` with the description and the failed URL.
 NSError makeURLError(NSURLError code, const std::string& description, const NSURL& url);
 
-/// The code in `NSURLErrorDomain` that stands for the failure.
+/// Returns the code in `NSURLErrorDomain` for the failure.
 NSURLError urlErrorCode(const CurlFailure& failure);
 
-/// The failure as an error; its description is libcurl's text, or libcurl's name for the code when there is none.
+/// Returns the failure as an error. The description is `failure.text`, or libcurl's name of the code if that is empty.
 NSError makeURLError(const CurlFailure& failure, const NSURL& url);
 
 }  // namespace vorlane

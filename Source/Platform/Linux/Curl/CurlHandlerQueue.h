@@ -10,22 +10,22 @@
 
 namespace vorlane {
 
-/// Runs the handlers of one session one after another, on a thread that starts with the first. Any thread.
+/// Runs the handlers of one session one after another, on a thread started by the first. Any thread.
 class CurlHandlerQueue : public std::enable_shared_from_this<CurlHandlerQueue> {
 public:
     using TimePoint = std::chrono::steady_clock::time_point;
 
-    /// Has the handlers called later, in this order. Taken together, many cost little more than one.
+    /// Calls the handlers later, in this order. A batch costs little more than one completion.
     void deliver(std::vector<CurlCompletion> completions);
 
-    /// Whether a handler is calling.
+    /// Whether the calling code runs in a handler.
     bool isCurrent() const { return queue_.isCurrent(); }
     /// Whether no handler is running or waiting.
     bool isIdle() const { return queue_.isIdle(); }
-    /// Waits until `isIdle()` or the deadline; returns whether it holds. Not to be called from a handler.
+    /// Waits until `isIdle()` or the deadline and returns `isIdle()`. Not to be called from a handler.
     bool waitUntilIdle(TimePoint deadline) const { return queue_.waitUntilIdle(deadline); }
 
-    /// Runs what is waiting until the deadline; no handler starts afterwards.
+    /// Runs waiting handlers until the deadline. No handler starts afterwards.
     void stop(TimePoint deadline);
 
 private:

@@ -16,18 +16,18 @@ namespace {
 constexpr long kMostConnectionsOfHost = 6;
 constexpr long kMostConnectionsKept = 24;
 constexpr std::size_t kMostTransfersOfHost = kMostConnectionsOfHost;
-// Few enough that a server which takes only some requests on a connection needs no more of these.
+// Few enough for the connections of one host when the server limits the requests on each.
 constexpr std::size_t kMostTransfersOfMultiplexedHost = 36;
 constexpr std::size_t kMostTransfersKept = 8;
 constexpr std::chrono::milliseconds kLongestWait = std::chrono::minutes(10);
-// After that many requests, memory is returned to the system once that long nothing has happened.
+// After this many requests, memory is returned to the system at the first rest of this length.
 constexpr std::size_t kRush = 500;
 constexpr std::chrono::milliseconds kRest{200};
 
 }  // namespace
 
-CurlMulti::CurlMulti(std::chrono::milliseconds timeout, CurlCertificates certificates)
-    : timeout_(timeout), certificates_(std::move(certificates)), handle_(curl_multi_init()) {
+CurlMulti::CurlMulti(CurlSettings settings, const EventDescriptor& event, LookUp lookUp)
+    : settings_(std::move(settings)), lookUp_(std::move(lookUp)), event_(event), handle_(curl_multi_init()) {
     curl_multi_setopt(handle_.get(), CURLMOPT_MAX_HOST_CONNECTIONS, kMostConnectionsOfHost);
     curl_multi_setopt(handle_.get(), CURLMOPT_MAXCONNECTS, kMostConnectionsKept);
     curl_multi_setopt(handle_.get(), CURLMOPT_PIPELINING, CURLPIPE_MULTIPLEX);
@@ -85,24 +85,24 @@ void CurlMulti::step() {
 }
 
 void CurlMulti::wait() {
-    // Rounded up, or the last millisecond would be spent in a busy loop.
+    // Rounded up: rounded down, the last millisecond would be a busy loop.
     const auto left = nextCheck_ == TimePoint::max()
                           ? kLongestWait
                           : std::chrono::ceil<std::chrono::milliseconds>(nextCheck_ - std::chrono::steady_clock::now());
     const bool mayRest = rush_ >= kRush && hosts_.empty();
     const auto timeout = std::clamp(left, std::chrono::milliseconds(0), mayRest ? kRest : kLongestWait);
-    curl_multi_poll(handle_.get(), nullptr, 0, static_cast<int>(timeout.count()), nullptr);
+    curl_waitfd wakeUp{event_.descriptor(), CURL_WAIT_POLLIN, 0};
+    curl_multi_poll(handle_.get(), &wakeUp, 1, static_cast<int>(timeout.count()), nullptr);
+    if (wakeUp.revents != 0) event_.drain();
     const auto before = std::exchange(now_, std::chrono::steady_clock::now());
     if (mayRest && now_ - before >= kRest) returnMemory();
 }
 
 void CurlMulti::returnMemory() {
-    // What thousands of waiting requests took would otherwise stay with the process for good.
+    // Otherwise the process keeps the memory of thousands of waiting requests.
     malloc_trim(0);
     rush_ = 0;
 }
-
-void CurlMulti::wake() { curl_multi_wakeup(handle_.get()); }
 
 std::vector<CurlCompletion> CurlMulti::takeCompletions() { return std::exchange(completions_, {}); }
 
@@ -117,11 +117,29 @@ void CurlMulti::collectFinished() {
 }
 
 void CurlMulti::finished(CurlTransfer& transfer, CURLcode code) {
-    // Out of libcurl's hands first: a redirect sets the handle up anew.
+    // Removed first: a redirect changes the handle's options.
     curl_multi_remove_handle(handle_.get(), transfer.handle());
     end(transfer.finish(code));
     if (transfer.goesOn()) return hand(transfer);
+    if (transfer.wantedHost()) return lookUp_(transfer.wantedHost()->name);
     release(transfer);
+}
+
+void CurlMulti::useAddresses(const CurlResolver::Answer& answer) {
+    std::vector<CurlTransfer*> waiting;
+    for (const auto& transfer : active_) {
+        const auto& host = transfer->wantedHost();
+        if (host && host->name == answer.name) waiting.push_back(transfer.get());
+    }
+    for (CurlTransfer* const transfer : waiting) {
+        if (answer.addresses.empty()) {
+            end(transfer->failWithUnknownName());
+            release(*transfer);
+        } else {
+            transfer->useAddresses(answer.addresses);
+            hand(*transfer);
+        }
+    }
 }
 
 void CurlMulti::release(CurlTransfer& transfer) {
@@ -139,11 +157,11 @@ void CurlMulti::release(CurlTransfer& transfer) {
 
 std::size_t CurlMulti::mostTransfersOf(const Host& host) {
     if (host.line.isMultiplexed) return kMostTransfersOfMultiplexedHost;
-    // Over TLS the first one finds out whether there will be others beside it.
+    // Over TLS the first request finds out whether the connection is multiplexed.
     return host.line.isOpen || !host.isSecure ? kMostTransfersOfHost : 1;
 }
 
-/// Begins what the hosts have room for by now.
+/// Begins waiting tasks of the hosts that have room.
 void CurlMulti::beginWaiting() {
     std::vector<std::string> roomy;
     for (const auto& [origin, host] : hosts_) {
@@ -198,10 +216,10 @@ void CurlMulti::endTimedOut(CurlDataTask& task, const NSURL& url) {
     end(task.endWithError(makeURLError(NSURLError::timedOut, "The request timed out", url)));
 }
 
-void CurlMulti::expectProgress(TimePoint since) { nextCheck_ = std::min(nextCheck_, since + timeout_); }
+void CurlMulti::expectProgress(TimePoint since) { nextCheck_ = std::min(nextCheck_, since + settings_.timeout); }
 
 std::unique_ptr<CurlTransfer> CurlMulti::takeTransfer() {
-    if (idle_.empty()) return std::make_unique<CurlTransfer>(now_, certificates_, timeout_);
+    if (idle_.empty()) return std::make_unique<CurlTransfer>(now_, settings_);
     auto transfer = std::move(idle_.back());
     idle_.pop_back();
     return transfer;

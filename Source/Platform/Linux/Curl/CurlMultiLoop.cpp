@@ -3,12 +3,10 @@
 #include <curl/curl.h>
 #include <pthread.h>
 
-#include <algorithm>
-#include <csignal>
 #include <cstddef>
-#include <system_error>
 #include <utility>
 
+#include "Platform/Internal/QuietThread.h"
 #include "Platform/Linux/Curl/CurlDataTask.h"
 #include "Platform/Linux/Curl/CurlError.h"
 #include "Platform/Linux/Curl/CurlMulti.h"
@@ -20,65 +18,46 @@ namespace {
 
 constexpr std::chrono::seconds kLongestHalt{1};
 constexpr std::size_t kMostHeldBack = 16;
+constexpr const char* kNoThread = "The network thread could not be started";
+constexpr const char* kNoMemory = "Too many requests are waiting";
+constexpr const char* kNoDescriptor = "The network thread found no free file descriptor";
 
-std::chrono::milliseconds millisecondsOf(TimeInterval seconds) {
-    constexpr TimeInterval kUsual = 60;
-    constexpr TimeInterval kLongest = 24 * 60 * 60;
-    const TimeInterval length = seconds > 0 ? std::min(seconds, kLongest) : kUsual;
-    return std::max(std::chrono::milliseconds(static_cast<std::int64_t>(length * 1000)), std::chrono::milliseconds(1));
-}
-
-/// Once in the process, and never undone: other users of libcurl may outlive us.
+/// Once per process and never undone, because the host may use libcurl too.
 void initialiseCurl() {
     static std::once_flag once;
     std::call_once(once, [] { curl_global_init(CURL_GLOBAL_DEFAULT); });
 }
 
-/// Makes a thread that signals never interrupt: they are the host's to handle, and a peer's hang-up must not raise
-/// SIGPIPE.
-template <class Body>
-std::thread makeQuietThread(Body body) {
-    sigset_t all;
-    sigset_t previous;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &previous);
-    std::thread thread;
-    try {
-        thread = std::thread(std::move(body));
-    } catch (const std::system_error&) {
-        // Told by the thread that is none.
-    }
-    pthread_sigmask(SIG_SETMASK, &previous, nullptr);
-    return thread;
+void joinEnded(std::thread thread) {
+    if (thread.joinable()) thread.join();
 }
 
 }  // namespace
 
-CurlMultiLoop::CurlMultiLoop(TimeInterval timeout, CurlCertificates certificates, Delivery delivery)
-    : timeout_(millisecondsOf(timeout)), certificates_(std::move(certificates)), delivery_(std::move(delivery)) {}
+CurlMultiLoop::CurlMultiLoop(CurlSettings settings, Delivery delivery)
+    : settings_(std::move(settings)), delivery_(std::move(delivery)) {}
 
 CurlMultiLoop::~CurlMultiLoop() = default;
 
 void CurlMultiLoop::start(std::shared_ptr<CurlDataTask> task) {
+    // Without this task's own bytes: a single request may have any size.
+    if (heldBytes_ - task->heldBytes() > kMostHeldBytes) return fail(*task, kNoMemory);
     std::unique_lock lock(mutex_);
-    const bool hasThread = phase_ != Phase::unused || startThread();
-    if (phase_ == Phase::running) {
-        mail_.started.push_back(std::move(task));
-        return wake();
-    }
-    const bool isExiting = phase_ == Phase::halted;
-    lock.unlock();
-    if (isExiting) return;
-    if (hasThread) return deliver(task->endCancelled());
-    deliver(task->endWithError(
-        makeURLError(NSURLError::unknown, "The network thread could not be started", task->request().URL)));
+    std::thread ended = phase_ == Phase::unused ? startThread() : std::thread();
+    const Phase phase = phase_;
+    if (phase == Phase::running) mail_.started.push_back(std::move(task));
+    wake(std::move(lock));
+    joinEnded(std::move(ended));
+    // At exit, halted, the task stays as it is.
+    if (phase == Phase::stopped) deliver(task->endCancelled());
+    if (phase == Phase::unused) fail(*task, kNoThread);
 }
 
 void CurlMultiLoop::cancel(std::shared_ptr<CurlDataTask> task) {
-    const std::lock_guard lock(mutex_);
+    std::unique_lock lock(mutex_);
     if (phase_ != Phase::running) return;
     mail_.cancelled.push_back(std::move(task));
-    wake();
+    wake(std::move(lock));
 }
 
 void CurlMultiLoop::deliver(std::optional<CurlCompletion> completion) {
@@ -88,31 +67,47 @@ void CurlMultiLoop::deliver(std::optional<CurlCompletion> completion) {
     delivery_(std::move(completions));
 }
 
+void CurlMultiLoop::fail(CurlDataTask& task, const char* description) {
+    deliver(task.endWithError(makeURLError(NSURLError::unknown, description, task.request().URL)));
+}
+
 void CurlMultiLoop::stop(TimePoint deadline) { leave(std::unique_lock(mutex_), Phase::stopped, deadline); }
 
 void CurlMultiLoop::haltForExit() {
     leave(std::unique_lock(mutex_), Phase::halted, std::chrono::steady_clock::now() + kLongestHalt);
 }
 
-bool CurlMultiLoop::startThread() {
-    if (!ExitGate::shared().watch(shared_from_this())) {
-        phase_ = Phase::halted;
-        return true;
-    }
-    thread_ = makeQuietThread([self = shared_from_this()] { self->run(); });
-    if (!thread_.joinable()) return false;
-    hasThread_ = true;
-    phase_ = Phase::running;
-    return true;
+void CurlMultiLoop::nameLookedUp(const CurlResolver::Answer& answer) {
+    std::unique_lock lock(mutex_);
+    if (phase_ != Phase::running) return;
+    mail_.names.push_back(answer);
+    wake(std::move(lock));
 }
 
-void CurlMultiLoop::wake() {
-    if (std::exchange(isAsleep_, false)) multi_->wake();
+/// Leaves the phase as it is if the system has no thread left. Returns the thread before, which has ended.
+std::thread CurlMultiLoop::startThread() {
+    if (!isWatched_ && !ExitGate::shared().watch(shared_from_this())) {
+        phase_ = Phase::halted;
+        return {};
+    }
+    isWatched_ = true;
+    std::thread ended = std::exchange(thread_, startQuietThread([self = shared_from_this()] { self->run(); }));
+    hasThread_ = thread_.joinable();
+    if (hasThread_) phase_ = Phase::running;
+    return ended;
+}
+
+/// Wakes the network thread if it sleeps; a thread that is at work looks into the mail by itself. The signal comes
+/// after the lock, which the woken thread needs first.
+void CurlMultiLoop::wake(std::unique_lock<std::mutex> lock) {
+    const bool wasAsleep = std::exchange(isAsleep_, false);
+    lock.unlock();
+    if (wasAsleep) event_->signal();
 }
 
 void CurlMultiLoop::leave(std::unique_lock<std::mutex> lock, Phase phase, TimePoint deadline) {
     if (phase_ == Phase::unused || phase_ == Phase::running) phase_ = phase;
-    wake();
+    if (std::exchange(isAsleep_, false)) event_->signal();
     const bool hasEnded = threadEnded_.wait_until(lock, deadline, [this] { return !hasThread_; });
     std::thread thread = std::move(thread_);
     lock.unlock();
@@ -123,12 +118,40 @@ void CurlMultiLoop::leave(std::unique_lock<std::mutex> lock, Phase phase, TimePo
 void CurlMultiLoop::run() {
     pthread_setname_np(pthread_self(), "vorlane.network");
     initialiseCurl();
-    multi_ = std::make_unique<CurlMulti>(timeout_, certificates_.located(environmentVariable));
+    makeMulti() ? runMulti() : failForWantOfDescriptors();
+}
+
+bool CurlMultiLoop::makeMulti() {
+    CurlSettings settings = settings_;
+    settings.certificates = settings.certificates.located(environmentVariable);
+    event_ = std::make_unique<const EventDescriptor>();
+    auto multi = std::make_unique<CurlMulti>(
+        std::move(settings), *event_,
+        [weakSelf = weak_from_this()](const auto& name) { CurlResolver::shared().lookUp(name, weakSelf); });
+    // libcurl makes a multi handle without descriptors too, which cannot be woken then.
+    if (event_->isOpen() && multi->isUsable()) multi_ = std::move(multi);
+    return multi_ != nullptr;
+}
+
+/// Ends what has been started so far, and the thread. The next task starts another one.
+void CurlMultiLoop::failForWantOfDescriptors() {
+    Mail mail;
+    {
+        const std::lock_guard lock(mutex_);
+        if (phase_ != Phase::halted) std::swap(mail, mail_);
+        if (phase_ == Phase::running) phase_ = Phase::unused;
+        hasThread_ = false;
+        threadEnded_.notify_all();
+    }
+    for (const auto& task : mail.started) fail(*task, kNoDescriptor);
+}
+
+void CurlMultiLoop::runMulti() {
     Mail mail;
     while (takeMail(mail)) {
         open(mail);
         multi_->step();
-        // Waking the handlers' thread for each one would cost more than a small request does.
+        // Held back for a while: waking the handlers' thread costs more than a small request.
         if (!multi_->isBusy() || multi_->completionCount() >= kMostHeldBack) delivery_(multi_->takeCompletions());
         if (!multi_->isBusy() && maySleep()) multi_->wait();
     }
@@ -149,21 +172,23 @@ void CurlMultiLoop::run() {
 bool CurlMultiLoop::takeMail(Mail& mail) {
     const std::lock_guard lock(mutex_);
     isAsleep_ = false;
-    // At exit everything stays where it is, the host's handlers above all.
+    // At exit everything stays where it is, above all the host's handlers.
     if (phase_ != Phase::halted) std::swap(mail, mail_);
     return phase_ == Phase::running;
 }
 
 void CurlMultiLoop::open(Mail& mail) {
     for (auto& task : mail.started) multi_->add(std::move(task));
+    for (const auto& answer : mail.names) multi_->useAddresses(answer);
     for (const auto& task : mail.cancelled) multi_->cancel(*task);
     mail.started.clear();
+    mail.names.clear();
     mail.cancelled.clear();
 }
 
 bool CurlMultiLoop::maySleep() {
     const std::lock_guard lock(mutex_);
-    isAsleep_ = phase_ == Phase::running && mail_.started.empty() && mail_.cancelled.empty();
+    isAsleep_ = phase_ == Phase::running && mail_.isEmpty();
     return isAsleep_;
 }
 

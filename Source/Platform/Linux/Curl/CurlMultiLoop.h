@@ -1,7 +1,9 @@
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -11,37 +13,49 @@
 #include <vector>
 
 #include "Platform/Linux/Application/ExitGate.h"
-#include "Platform/Linux/Curl/CurlCertificates.h"
 #include "Platform/Linux/Curl/CurlCompletion.h"
-#include "Public/VLValue.h"
+#include "Platform/Linux/Curl/CurlResolver.h"
+#include "Platform/Linux/Curl/CurlSettings.h"
+#include "Platform/Linux/Curl/EventDescriptor.h"
 
 namespace vorlane {
 
 class CurlDataTask;
 class CurlMulti;
 
-/// The network thread of one session, which starts with the first task and takes all of them. Any thread.
-class CurlMultiLoop : public ExitGate::Worker, public std::enable_shared_from_this<CurlMultiLoop> {
+/// The network thread of one session, started by the first task. Any thread.
+class CurlMultiLoop : public ExitGate::Worker,
+                      public CurlResolver::Listener,
+                      public std::enable_shared_from_this<CurlMultiLoop> {
 public:
     using TimePoint = std::chrono::steady_clock::time_point;
-    /// Takes tasks that have ended, in order; called on any thread, with no lock held.
+    /// How many bytes the requests of unfinished tasks may hold. A task that is started beyond ends with an error, so
+    /// that a burst while the network is slow does not exhaust the memory.
+    static constexpr std::size_t kMostHeldBytes = std::size_t{64} << 20;
+
+    /// Receives tasks that have ended, in order. Called on any thread, with no lock held.
     using Delivery = std::function<void(std::vector<CurlCompletion>)>;
 
-    /// A request without progress for `timeout` seconds has timed out.
-    CurlMultiLoop(TimeInterval timeout, CurlCertificates certificates, Delivery delivery);
-    /// After `stop()`, or before the first task.
+    CurlMultiLoop(CurlSettings settings, Delivery delivery);
+    /// To be called after `stop()` or before the first task.
     ~CurlMultiLoop() override;
 
-    /// Takes up a task; after `stop()` it ends as cancelled.
+    /// Count the bytes that a task's request holds, from its construction to its destruction.
+    void holdBytes(std::size_t count) { heldBytes_ += count; }
+    void releaseBytes(std::size_t count) { heldBytes_ -= count; }
+
+    /// Performs a task. After `stop()` it ends as cancelled. A task ends with an error if the system has no thread or
+    /// descriptor left; a later one tries again.
     void start(std::shared_ptr<CurlDataTask> task);
-    /// Ends a task that was started, unless it has ended.
+    /// Ends a started task as cancelled, unless it has ended.
     void cancel(std::shared_ptr<CurlDataTask> task);
-    /// Hands over a task that ended without the network thread.
+    /// Delivers a task that ended without the network thread.
     void deliver(std::optional<CurlCompletion> completion);
 
-    /// Ends all tasks as cancelled and joins the thread. One that outlives the deadline is left to end by itself.
+    /// Ends all tasks as cancelled and joins the thread. At the deadline the thread is detached, and ends by itself.
     void stop(TimePoint deadline);
 
+    void nameLookedUp(const CurlResolver::Answer& answer) override;
     void haltForExit() override;
 
 private:
@@ -49,20 +63,27 @@ private:
     struct Mail {
         std::vector<std::shared_ptr<CurlDataTask>> started;
         std::vector<std::shared_ptr<CurlDataTask>> cancelled;
+        std::vector<CurlResolver::Answer> names;
+
+        bool isEmpty() const { return started.empty() && cancelled.empty() && names.empty(); }
     };
 
-    bool startThread();
-    void wake();
+    std::thread startThread();
+    void wake(std::unique_lock<std::mutex> lock);
     void leave(std::unique_lock<std::mutex> lock, Phase phase, TimePoint deadline);
     void run();
+    void fail(CurlDataTask& task, const char* description);
+    bool makeMulti();
+    void failForWantOfDescriptors();
+    void runMulti();
     bool takeMail(Mail& mail);
     void open(Mail& mail);
     bool maySleep();
 
     // Fixed at construction.
-    const std::chrono::milliseconds timeout_;
-    const CurlCertificates certificates_;
+    const CurlSettings settings_;
     const Delivery delivery_;
+    std::atomic<std::size_t> heldBytes_ = 0;
 
     std::mutex mutex_;
     std::condition_variable threadEnded_;
@@ -70,9 +91,12 @@ private:
     Phase phase_ = Phase::unused;
     Mail mail_;
     bool isAsleep_ = false;
+    bool isWatched_ = false;
     bool hasThread_ = false;
     std::thread thread_;
-    // The network thread's; others only wake it, under mutex_ and while it is asleep.
+    // Made by the network thread before it sleeps for the first time, and kept.
+    std::unique_ptr<const EventDescriptor> event_;
+    // Network thread only.
     std::unique_ptr<CurlMulti> multi_;
 };
 

@@ -5,12 +5,12 @@
 
 namespace vorlane {
 
-/// Where a URL leads: its scheme, host and port in lower case ("https://host:8443"), without name and password.
+/// The scheme, host and port of a URL in lower case ("https://host:8443"), without user name and password.
 std::string originOfURL(std::string_view url);
 
-/// Whether the URL or origin is one of https.
+/// Whether the scheme of the URL or origin is https.
 bool isSecureURL(std::string_view url);
-/// Whether the URL or origin is one of http or https.
+/// Whether the scheme of the URL or origin is http or https.
 bool isWebURL(std::string_view url);
 
 }  // namespace vorlane

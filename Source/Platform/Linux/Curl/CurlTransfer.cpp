@@ -10,6 +10,7 @@
 #include "Platform/Linux/Curl/CurlDataTask.h"
 #include "Platform/Linux/Curl/CurlError.h"
 #include "Platform/Linux/Curl/CurlOrigin.h"
+#include "Platform/Linux/Device/LinuxEnvironment.h"
 
 namespace vorlane {
 
@@ -17,8 +18,10 @@ namespace {
 
 constexpr const char* kUserAgent = "Vorlane/2.0.1";
 constexpr std::size_t kLongestHeader = std::size_t{256} << 10;
-// A body of this size goes out in one piece or two; the way of a longer one is watched.
+// A shorter body is sent in one or two pieces. The progress of a longer one is observed.
 constexpr std::size_t kLongBody = std::size_t{64} << 10;
+// A proxy and the server behind it. Whatever libcurl needs beyond, it looks up itself.
+constexpr int kMostLookUps = 2;
 
 bool isRedirect(long status) {
     return status == 301 || status == 302 || status == 303 || status == 307 || status == 308;
@@ -26,14 +29,13 @@ bool isRedirect(long status) {
 
 bool equalsIgnoringCase(const std::string& text, const char* other) { return curl_strequal(text.c_str(), other) != 0; }
 
-/// A line of a header ends with the line.
+/// Whether the string fits into one header line.
 bool isClean(const std::string& text) { return text.find_first_of(std::string("\r\n\0", 3)) == std::string::npos; }
 
 }  // namespace
 
-CurlTransfer::CurlTransfer(const TimePoint& now, const CurlCertificates& certificates,
-                           std::chrono::milliseconds timeout)
-    : now_(now), certificates_(certificates), timeout_(timeout), handle_(curl_easy_init()) {
+CurlTransfer::CurlTransfer(const TimePoint& now, const CurlSettings& settings)
+    : now_(now), settings_(settings), handle_(curl_easy_init()) {
     setUpForGood();
 }
 
@@ -58,6 +60,7 @@ void CurlTransfer::clear() {
     hasLeftOrigin_ = false;
     redirects_ = 0;
     goesOn_ = false;
+    wantedHost_.reset();
     body_ = {};
 }
 
@@ -70,20 +73,24 @@ void CurlTransfer::prepare() {
     isConnected_ = false;
     isTooLong_ = false;
     errorText_.front() = '\0';
+    needsName_ = false;
+    lookUps_ = 0;
+    if (addresses_) setAddresses(nullptr);
 
     setUpConnection();
     setUpMethod();
     setUpHeaders();
 }
 
-/// Sets what is the same for every request.
+/// Sets the options that are the same for every request.
 void CurlTransfer::setUpForGood() {
     CURL* const easy = handle();
     curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
     curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 0L);
-    curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(timeout_.count()));
+    curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(settings_.timeout.count()));
     curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
     curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L);
+    if (settings_.proxy) curl_easy_setopt(easy, CURLOPT_PROXY, settings_.proxy->c_str());
     curl_easy_setopt(easy, CURLOPT_USERAGENT, kUserAgent);
     curl_easy_setopt(easy, CURLOPT_ACCEPT_ENCODING, "");
     setUpVerification();
@@ -95,17 +102,20 @@ void CurlTransfer::setUpVerification() {
     curl_easy_setopt(easy, CURLOPT_SSL_VERIFYPEER, 1L);
     curl_easy_setopt(easy, CURLOPT_SSL_VERIFYHOST, 2L);
     curl_easy_setopt(easy, CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
-    // Loaded once for all handles of the multi handle; a folder beside the file would make libcurl load anew each time.
+    // Loaded once for all handles of the multi handle. With a folder beside the file libcurl would load them each time.
     curl_easy_setopt(easy, CURLOPT_CA_CACHE_TIMEOUT, -1L);
-    if (certificates_.file.empty() && certificates_.folder.empty()) return;
-    curl_easy_setopt(easy, CURLOPT_CAINFO, certificates_.file.empty() ? nullptr : certificates_.file.c_str());
-    curl_easy_setopt(easy, CURLOPT_CAPATH, certificates_.folder.empty() ? nullptr : certificates_.folder.c_str());
+    const auto& [file, folder] = settings_.certificates;
+    if (file.empty() && folder.empty()) return;
+    curl_easy_setopt(easy, CURLOPT_CAINFO, file.empty() ? nullptr : file.c_str());
+    curl_easy_setopt(easy, CURLOPT_CAPATH, folder.empty() ? nullptr : folder.c_str());
 }
 
 void CurlTransfer::setUpCallbacks() {
     CURL* const easy = handle();
     curl_easy_setopt(easy, CURLOPT_PRIVATE, this);
     curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, errorText_.data());
+    curl_easy_setopt(easy, CURLOPT_RESOLVER_START_FUNCTION, &CurlTransfer::nameNeeded);
+    curl_easy_setopt(easy, CURLOPT_RESOLVER_START_DATA, this);
     curl_easy_setopt(easy, CURLOPT_OPENSOCKETFUNCTION, &CurlTransfer::openSocket);
     curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &CurlTransfer::received);
     curl_easy_setopt(easy, CURLOPT_WRITEDATA, this);
@@ -119,14 +129,14 @@ void CurlTransfer::setUpCallbacks() {
 
 void CurlTransfer::setUpConnection() { curl_easy_setopt(handle(), CURLOPT_URL, url().absoluteString().c_str()); }
 
-/// Sets whatever an earlier request may have left otherwise.
+/// Sets every option that an earlier request may have changed.
 void CurlTransfer::setUpMethod() {
     CURL* const easy = handle();
     const bool isHead = method_ == "HEAD";
     const bool hasPostForm = hasBody_ || method_ == "POST" || method_ == "PUT" || method_ == "PATCH";
     curl_easy_setopt(easy, CURLOPT_HTTPGET, 1L);
     curl_easy_setopt(easy, CURLOPT_NOPROGRESS, 1L);
-    // Of the body that a HEAD only speaks of, nothing is to come.
+    // A response to HEAD has no body, whatever length it states.
     curl_easy_setopt(easy, CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(isHead ? 0 : kLongestAnswer));
     if (isHead) {
         curl_easy_setopt(easy, CURLOPT_NOBODY, 1L);
@@ -154,10 +164,10 @@ void CurlTransfer::setUpHeaders() {
     for (const auto& [name, value] : task_->request().allHTTPHeaderFields) {
         if (name.empty() || !isClean(name) || !isClean(value) || leavesOut(name)) continue;
         if (equalsIgnoringCase(name, "Content-Type")) hasContentType = true;
-        // Written so, a header without a value is sent instead of left out.
+        // The semicolon makes libcurl send a header without a value.
         addHeader(value.empty() ? fmt::format("{};", name) : fmt::format("{}: {}", name, value));
     }
-    // Neither a type that nobody named nor a wait for the server's leave.
+    // Without these lines libcurl adds a content type of its own, and waits for the server's consent to a long body.
     if (!hasContentType) addHeader("Content-Type:");
     addHeader("Expect:");
     curl_easy_setopt(handle(), CURLOPT_HTTPHEADER, headers_.get());
@@ -165,7 +175,7 @@ void CurlTransfer::setUpHeaders() {
 
 void CurlTransfer::addHeader(const std::string& line) {
     if (curl_slist* const longer = curl_slist_append(headers_.get(), line.c_str())) {
-        // The longer list took the old one over.
+        // The longer list owns the old one.
         static_cast<void>(headers_.release());
         headers_.reset(longer);
     }
@@ -181,6 +191,10 @@ bool CurlTransfer::leavesOut(const std::string& headerName) const {
 
 std::optional<CurlCompletion> CurlTransfer::finish(CURLcode code) {
     goesOn_ = false;
+    if (std::exchange(needsName_, false) && code != CURLE_OK) {
+        waitForName(code);
+        return std::nullopt;
+    }
     return code == CURLE_OK ? answered() : failed(code);
 }
 
@@ -228,12 +242,57 @@ std::optional<CurlCompletion> CurlTransfer::redirected(long status, const std::s
     return std::nullopt;
 }
 
+/// Finds out which name `nameNeeded()` kept libcurl from looking up.
+void CurlTransfer::waitForName(CURLcode code) {
+    ++lookUps_;
+    wantsProxy_ = code == CURLE_COULDNT_RESOLVE_PROXY;
+    wantedHost_ = wantsProxy_ ? CurlHost::ofProxy(proxy().value_or("")) : CurlHost::ofURL(url().absoluteString());
+    if (wantedHost_ && wantedHost_->needsLookUp()) return;
+    wantedHost_.reset();
+    lookUps_ = kMostLookUps;
+    goesOn_ = true;
+}
+
+void CurlTransfer::useAddresses(const std::vector<std::string>& addresses) {
+    setAddresses(curl_slist_append(nullptr, wantedHost_->entryWithAddresses(addresses).c_str()));
+    wantedHost_.reset();
+}
+
+std::optional<CurlCompletion> CurlTransfer::failWithUnknownName() {
+    CurlFailure failure;
+    failure.code = wantsProxy_ ? CURLE_COULDNT_RESOLVE_PROXY : CURLE_COULDNT_RESOLVE_HOST;
+    failure.text = fmt::format("Could not resolve {}: {}", wantsProxy_ ? "proxy" : "host", wantedHost_->name);
+    return task_->endWithError(makeURLError(failure, url()));
+}
+
+/// The proxy in effect, but for "no_proxy".
+std::optional<std::string> CurlTransfer::proxy() const {
+    if (settings_.proxy) return settings_.proxy->empty() ? std::nullopt : settings_.proxy;
+    return proxyFromEnvironment(url().absoluteString(), environmentVariable);
+}
+
+void CurlTransfer::setAddresses(curl_slist* entries) {
+    curl_easy_setopt(handle(), CURLOPT_RESOLVE, entries);
+    addresses_.reset(entries);
+}
+
 void CurlTransfer::becomeGET() {
     method_ = "GET";
     hasBody_ = false;
 }
 
-/// A connection that a program which the host starts does not inherit.
+/// libcurl is about to look up a name that is not in its cache. Its look-ups block or outlive the request, so it is
+/// made to fail, and the name is looked up by `CurlResolver`.
+int CurlTransfer::nameNeeded(void* /*resolver*/, void* /*reserved*/, void* self) {
+    auto& transfer = *static_cast<CurlTransfer*>(self);
+    if (transfer.lookUps_ >= kMostLookUps) return 0;
+    const auto host = CurlHost::ofURL(transfer.url().absoluteString());
+    if (host && !host->needsLookUp() && !transfer.proxy()) return 0;
+    transfer.needsName_ = true;
+    return 1;
+}
+
+/// Opens a socket that programs started by the host do not inherit.
 curl_socket_t CurlTransfer::openSocket(void* /*context*/, curlsocktype /*purpose*/, curl_sockaddr* address) {
     return ::socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
 }
@@ -253,7 +312,7 @@ std::size_t CurlTransfer::received(char* bytes, std::size_t size, std::size_t co
 std::size_t CurlTransfer::receivedHeader(char* bytes, std::size_t size, std::size_t count, void* self) {
     auto& transfer = *static_cast<CurlTransfer*>(self);
     const std::size_t length = size * count;
-    // Behind a redirect it is another host's.
+    // After a redirect the response may be another host's.
     if (!transfer.redirectedURL_ && std::string_view(bytes, length).starts_with("HTTP/2")) {
         transfer.line_->isMultiplexed = true;
     }

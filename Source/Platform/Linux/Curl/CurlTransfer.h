@@ -8,61 +8,69 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
-#include "Platform/Linux/Curl/CurlCertificates.h"
 #include "Platform/Linux/Curl/CurlCompletion.h"
+#include "Platform/Linux/Curl/CurlHost.h"
+#include "Platform/Linux/Curl/CurlSettings.h"
 #include "Platform/NSURLSession.h"
 
 namespace vorlane {
 
 class CurlDataTask;
 
-/// What is known of the way to a host.
+/// What is known about the connections to a host.
 struct CurlLine {
     /// A connection was made.
     bool isOpen = false;
-    /// It carries several requests side by side.
+    /// A connection carries several requests at a time.
     bool isMultiplexed = false;
 };
 
-/// An easy handle at work on one task after another, redirects included. Network thread only.
+/// An easy handle that performs one task after another, redirects included. Network thread only.
 class CurlTransfer {
 public:
     using TimePoint = std::chrono::steady_clock::time_point;
 
-    /// The longest answer that is taken, in bytes after decompression.
+    /// The longest accepted body of a response, in bytes after decompression.
     static constexpr std::size_t kLongestAnswer = std::size_t{32} << 20;
     static constexpr int kMostRedirects = 20;
 
-    /// `now` is the network thread's clock, which its owner moves on; `certificates` are used for https alone. A
-    /// transfer may spend `timeout` on reaching the server.
-    CurlTransfer(const TimePoint& now, const CurlCertificates& certificates, std::chrono::milliseconds timeout);
-    /// The handle must be out of libcurl's hands.
+    /// `now` is the network thread's clock, which the owner advances. Both references must outlive the transfer.
+    CurlTransfer(const TimePoint& now, const CurlSettings& settings);
+    /// The handle must not be in a multi handle.
     ~CurlTransfer();
 
     CurlTransfer(const CurlTransfer&) = delete;
     CurlTransfer& operator=(const CurlTransfer&) = delete;
 
-    /// Takes up the task, which has been waiting `since` then. `origin` is where it goes; what is learnt on the way is
-    /// noted in `line`, which must outlive the task's stay.
+    /// Takes a task that has waited since `since` and goes to `origin`. Records in `line` what it learns about the
+    /// connection; `line` must stay valid until `clear()`.
     void begin(std::shared_ptr<CurlDataTask> task, std::string origin, TimePoint since, CurlLine& line);
 
-    /// Reads the end of the transfer as libcurl tells it: gives the task's completion, unless the task has ended
-    /// otherwise or goes on.
+    /// Handles the end that libcurl reports. Returns the task's completion, or `nullopt` if the task has ended before,
+    /// goes on, or waits for a name.
     std::optional<CurlCompletion> finish(CURLcode code);
 
-    /// Whether `finish()` found a redirect and prepared the next request, to be handed to libcurl again.
+    /// Whether `finish()` prepared another request, which has to be added to the multi handle.
     bool goesOn() const { return goesOn_; }
 
-    /// Lets go of the task and of all that was received, ready for the next task.
+    /// The host whose name has to be looked up before the transfer can go on, if any.
+    const std::optional<CurlHost>& wantedHost() const { return wantedHost_; }
+    /// Has the transfer use these addresses of the wanted host; it has to be added to the multi handle then.
+    void useAddresses(const std::vector<std::string>& addresses);
+    /// Ends the task because the name of the wanted host is unknown.
+    std::optional<CurlCompletion> failWithUnknownName();
+
+    /// Releases the task and everything received.
     void clear();
 
     CURL* handle() const { return handle_.get(); }
     const std::shared_ptr<CurlDataTask>& task() const { return task_; }
     const std::string& origin() const { return origin_; }
-    /// When the transfer last made progress: was asked for, had its connection, sent or got bytes.
+    /// When the task was resumed, was connected, or last sent or received bytes.
     TimePoint lastProgress() const { return lastProgress_; }
-    /// The URL under way, after any redirects.
+    /// The current URL, after any redirects.
     const NSURL& url() const;
 
 private:
@@ -87,7 +95,11 @@ private:
     std::optional<CurlCompletion> failed(CURLcode code);
     std::optional<CurlCompletion> redirected(long status, const std::string& destination);
     void becomeGET();
+    void waitForName(CURLcode code);
+    std::optional<std::string> proxy() const;
+    void setAddresses(curl_slist* entries);
 
+    static int nameNeeded(void* resolver, void* reserved, void* self);
     static curl_socket_t openSocket(void* context, curlsocktype purpose, curl_sockaddr* address);
     static std::size_t received(char* bytes, std::size_t size, std::size_t count, void* self);
     static std::size_t receivedHeader(char* bytes, std::size_t size, std::size_t count, void* self);
@@ -96,17 +108,16 @@ private:
 
     // Fixed at construction.
     const TimePoint& now_;
-    const CurlCertificates& certificates_;
-    const std::chrono::milliseconds timeout_;
+    const CurlSettings& settings_;
     const std::unique_ptr<CURL, EasyCleanup> handle_;
 
-    // The task at hand.
+    // The current task.
     std::shared_ptr<CurlDataTask> task_;
     std::string origin_;
     TimePoint lastProgress_;
     CurlLine* line_ = nullptr;
 
-    // The request under way, which a redirect changes.
+    // The current request, which a redirect changes.
     std::optional<NSURL> redirectedURL_;
     std::string method_;
     bool hasBody_ = false;
@@ -115,7 +126,14 @@ private:
     bool goesOn_ = false;
     std::unique_ptr<curl_slist, ListCleanup> headers_;
 
-    // Its answer.
+    // Names on the way of the current request.
+    bool needsName_ = false;
+    bool wantsProxy_ = false;
+    int lookUps_ = 0;
+    std::optional<CurlHost> wantedHost_;
+    std::unique_ptr<curl_slist, ListCleanup> addresses_;
+
+    // Its response.
     Data body_;
     std::size_t headerLength_ = 0;
     curl_off_t sent_ = 0;

@@ -2,10 +2,10 @@
 
 #include <chrono>
 #include <memory>
-#include <vector>
+#include <optional>
+#include <string>
 
 #include "Platform/Linux/Curl/CurlCertificates.h"
-#include "Platform/Linux/Curl/CurlCompletion.h"
 #include "Platform/NSURLSession.h"
 
 namespace vorlane {
@@ -13,38 +13,41 @@ namespace vorlane {
 class CurlHandlerQueue;
 class CurlMultiLoop;
 
-/// A session over libcurl. All requests share one network thread, which starts with the first `resume()`; handlers run
-/// one after another on a queue of the session's own.
+/// A session over libcurl. All requests share one network thread, started by the first `resume()`. Handlers run one
+/// after another on the session's own queue.
 ///
-/// Connections are kept and reused, six at most per host; over TLS, HTTP/2 is used where offered. Redirects are
-/// followed, twenty at most, among http and https but never from https to http; a POST that is answered with 301, 302
-/// or 303 goes on as a GET without body. An answer may have 32 MiB after decompression. A request times out after
-/// `timeoutIntervalForRequest` seconds without a byte, counted from `resume()`, also while it waits for a connection.
-/// Certificates are always verified.
+/// Connections are reused, at most six per host. Over TLS, HTTP/2 is used where the server offers it. At most twenty
+/// redirects are followed, between http and https but never from https to http; a POST answered with 301, 302 or 303
+/// continues as a GET without a body. A response may have 32 MiB after decompression. A request times out after
+/// `timeoutIntervalForRequest` seconds without progress, counted from `resume()` and including the wait for a
+/// connection. Requests that have not ended may hold 64 MiB in all; a request resumed beyond that fails. Certificates
+/// are always verified. Names are looked up by `CurlResolver`.
 class CurlURLSession : public NSURLSession {
 public:
     using TimePoint = std::chrono::steady_clock::time_point;
 
-    explicit CurlURLSession(const NSURLSessionConfiguration& configuration, CurlCertificates certificates = {});
-    /// Cancels what is under way and lets the handlers run.
+    /// `proxy` is a URL, empty for none, or `nullopt` for the proxy that the environment names.
+    explicit CurlURLSession(const NSURLSessionConfiguration& configuration, CurlCertificates certificates = {},
+                            std::optional<std::string> proxy = std::nullopt);
+    /// Cancels all tasks and lets their handlers run.
     ~CurlURLSession() override;
 
     std::shared_ptr<NSURLSessionDataTask> dataTaskWithRequest(NSURLRequest request,
                                                               CompletionHandler completionHandler) override;
 
-    /// Cancels all tasks and ends the network thread, until the deadline. A task that is resumed later ends as
+    /// Cancels all tasks and ends the network thread, waiting until the deadline. A task that is resumed later ends as
     /// cancelled.
     void cancelAll(TimePoint deadline);
 
-    /// As `cancelAll()`, and lets the handlers run until the deadline. Not to be called from a handler.
+    /// Like `cancelAll()`, and lets the handlers run until the deadline. Not to be called from a handler.
     void stop(TimePoint deadline);
 
     /// Whether no handler is running or waiting.
     bool hasDelivered() const;
-    /// Waits until `hasDelivered()` or the deadline; returns whether it holds. Not to be called from a handler.
+    /// Waits until `hasDelivered()` or the deadline and returns `hasDelivered()`. Not to be called from a handler.
     bool waitUntilDelivered(TimePoint deadline) const;
 
-    /// After `stop()`: ends the handlers' queue too. No handler runs from now on.
+    /// Ends the handlers' queue, after `stop()`. No handler runs from then on.
     void close(TimePoint deadline);
 
 private:

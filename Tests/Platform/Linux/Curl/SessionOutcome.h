@@ -21,18 +21,18 @@ struct SessionOutcome {
     std::optional<NSError> error;
     std::thread::id thread;
 
-    /// The body as text; empty when there was none.
+    /// The body as a string; empty if there was none.
     std::string text() const { return data ? std::string(data->begin(), data->end()) : std::string(); }
-    /// -1 when there was no HTTP answer.
+    /// -1 if there was no HTTP response.
     std::int64_t status() const {
         const auto* const http = dynamic_cast<const NSHTTPURLResponse*>(response.get());
         return http == nullptr ? -1 : http->statusCode();
     }
-    /// The code of the error, if it is one of transport; 0 when there is none.
+    /// The code of the transport error; 0 if there was none.
     std::int64_t errorCode() const { return error && error->domain() == NSURLErrorDomain ? error->code() : 0; }
 };
 
-/// A request under way in a session.
+/// A request in a session.
 class PendingRequest {
 public:
     PendingRequest(NSURLSession& session, NSURLRequest request) {
@@ -46,8 +46,9 @@ public:
     NSURLSessionDataTask& task() { return *task_; }
     void resume() { task_->resume(); }
     void cancel() { task_->cancel(); }
-    /// Waits for the handler, which throws when it runs twice.
+    /// Waits for the handler, which throws if it runs twice.
     SessionOutcome outcome() { return outcome_.get(); }
+    bool endsWithin(std::chrono::seconds time) const { return outcome_.wait_for(time) == std::future_status::ready; }
     bool hasEnded() const { return outcome_.wait_for(std::chrono::seconds(0)) == std::future_status::ready; }
 
 private:
