@@ -9,9 +9,11 @@
 #include <utility>
 #include <vector>
 
+#include "Platform/Internal/CallOutScope.h"
 #include "Platform/Linux/Application/ExitGate.h"
 #include "Platform/Linux/Application/LinuxApplication.h"
 #include "Platform/Linux/Application/QuietUserNotificationCenter.h"
+#include "Platform/Linux/Curl/CurlResolver.h"
 #include "Platform/Linux/Curl/CurlURLSession.h"
 #include "Platform/Linux/Device/LinuxDevice.h"
 #include "Platform/Linux/Device/LinuxEnvironment.h"
@@ -35,14 +37,14 @@ using SteadyClock = std::chrono::steady_clock;
 constexpr const char* kScheduledNotificationsFile = "/VLScheduledNotifications.plist";
 constexpr const char* kMonitoredRegionsFile = "/VLMonitoredRegions.plist";
 
-// Together below the two seconds that a shutdown may take.
+// Measured from the start of a shutdown, which may take two seconds.
 constexpr std::chrono::milliseconds kDrainTime{1600};
 constexpr std::chrono::milliseconds kEndTime{1900};
 constexpr std::chrono::milliseconds kShutdownTime{2000};
-// How long one queue is waited for before the main queue, which it may be waiting for, gets its turn again.
+// The longest wait for one queue before the main queue, which it may wait for, runs again.
 constexpr std::chrono::milliseconds kTurn{20};
 
-/// Those that are still in use; the others are forgotten.
+/// Returns the objects that are still in use and removes the others.
 template <class T>
 std::vector<std::shared_ptr<T>> living(std::vector<std::weak_ptr<T>>& objects) {
     std::vector<std::shared_ptr<T>> result;
@@ -69,7 +71,7 @@ struct LinuxPlatform::State {
     // Fixed at construction.
     const Options options;
     const LinuxClock clock;
-    // One of these two.
+    // One of these two is null.
     const std::shared_ptr<LinuxMainQueue> ownQueue;
     const std::shared_ptr<HostMainQueue> hostQueue;
     const std::shared_ptr<NSNotificationCenter> notificationCenter = std::make_shared<NSNotificationCenter>();
@@ -145,7 +147,7 @@ std::vector<std::shared_ptr<LinuxSerialQueue>> LinuxPlatform::State::livingQueue
     return living(queues);
 }
 
-/// Lets every queue run for a while; returns whether all of them are idle.
+/// Lets every queue run for a short time; returns whether all of them are idle.
 bool LinuxPlatform::State::takeTurn(SteadyClock::time_point deadline) {
     const auto runningSessions = livingSessions();
     const auto runningQueues = livingQueues();
@@ -176,6 +178,14 @@ LinuxPlatform::~LinuxPlatform() { LinuxPlatform::stop(); }
 
 void LinuxPlatform::run() {
     if (state_->ownQueue) state_->ownQueue->run();
+}
+
+bool LinuxPlatform::runUntilIdle(TimeInterval timeout) {
+    const auto& application = state_->application;
+    const auto isIdle = [&application] { return application->backgroundTasks().empty(); };
+    if (!state_->ownQueue) return isIdle();
+    const LinuxApplication::EndOfTasksWatch watch(*application);
+    return state_->ownQueue->runUntil(isIdle, timeout);
 }
 
 void LinuxPlatform::runFor(TimeInterval seconds) {
@@ -214,7 +224,7 @@ std::optional<double> LinuxPlatform::documentsCreationDate() const {
 
 std::shared_ptr<NSURLSession> LinuxPlatform::makeURLSession(const NSURLSessionConfiguration& configuration) {
     const CurlCertificates certificates{state_->options.certificateFile, state_->options.certificateFolder};
-    auto session = std::make_shared<CurlURLSession>(configuration, certificates);
+    auto session = std::make_shared<CurlURLSession>(configuration, certificates, state_->options.proxy);
     const std::lock_guard lock(state_->mutex);
     if (state_->isStopping) session->cancelAll(SteadyClock::now());
     if (state_->hasEnded) session->close(SteadyClock::now());
@@ -241,6 +251,7 @@ std::shared_ptr<UNUserNotificationCenter> LinuxPlatform::userNotificationCenter(
 }
 
 std::shared_ptr<CLLocationManager> LinuxPlatform::locationManager() {
+    const CallOutScope scope;
     std::call_once(state_->locationManagerOnce, [this] {
         state_->locationManager =
             LinuxLocationManager::managerWith({.mainQueue = mainQueue(),
@@ -257,7 +268,7 @@ std::shared_ptr<OSLog> LinuxPlatform::makeOSLog(const std::string& subsystem, co
 
 void LinuxPlatform::NSLog(const std::string& line) {
     const std::string text = line + "\n";
-    // One call, so that the lines of several threads do not run into each other.
+    // One call per line, so that the lines of several threads do not mix.
     for (std::size_t written = 0; written < text.size();) {
         const ssize_t count = write(STDERR_FILENO, text.data() + written, text.size() - written);
         if (count < 0 && errno == EINTR) continue;
@@ -277,6 +288,7 @@ void LinuxPlatform::stop() {
     while (!state_->takeTurn(start + kDrainTime) && SteadyClock::now() < start + kDrainTime) {
     }
     state_->end(start + kEndTime);
+    CurlResolver::shared().waitUntilIdle(start + kEndTime);
     // A platform that the host keeps in a static object goes while the process exits, which waits for no flush.
     if (!ExitGate::shared().isClosed()) stopStorage(start + kShutdownTime);
 }

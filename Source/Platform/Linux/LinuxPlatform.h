@@ -18,99 +18,122 @@ class UILocalNotification;
 
 /// The default platform: a Linux process with libcurl, the XDG folders, the system journal and a main loop.
 ///
-/// Making one does nothing yet: threads, files and requests come with first use. A host that wants options makes its
-/// own and hands it to `Platform::install()` before its first use of `Vorlane`.
+/// Construction only stores the options; threads, files and connections are made on first use. A host that needs
+/// options constructs a platform and passes it to `Platform::install()` before its first use of `Vorlane`:
+///
+///     auto platform = std::make_shared<LinuxPlatform>(LinuxPlatform::Options{
+///         .infoDictionary = {{"CFBundleIdentifier", "com.example.app"}, {"CFBundleShortVersionString", "1.0"}}});
+///     Platform::install(platform);
 class VORLANE_EXPORT LinuxPlatform : public Platform {
 public:
-    /// What a host may settle; each field left as it is stands for a sensible default.
+    /// Every field has a default.
     struct Options {
-        /// The application's Info dictionary. Empty: the file "Info.plist" beside the executable, or an empty
-        /// dictionary.
-        Dictionary infoDictionary;
+        /// The application's Info dictionary. Empty: the property list "Info.plist" (XML or binary) in the folder of
+        /// the executable, if there is one. The library reads these keys:
+        ///
+        /// | Key | Value | Used for |
+        /// |---|---|---|
+        /// | `VL_App_Key` | string, 32 characters | the app key, if `VLSDKOptions` has none |
+        /// | `CFBundleIdentifier` | string | the name of the documents folder |
+        /// | `CFBundleName` | string | reported with each session |
+        /// | `CFBundleShortVersionString` | string, such as "1.0" | reported with each session |
+        /// | `CFBundleVersion` | string, such as "1" | reported with each session |
+        /// | `NSLocationAlwaysUsageDescription` | any | present: location is used in the background too |
+        /// | `UIBackgroundModes` | array of strings | containing "location": updates in the background |
+        Dictionary infoDictionary = {};
         /// The folder of the application's resource files. Empty: the folder of the executable.
-        std::string resourceFolder;
-        /// The folder of the library's files. Empty: a folder in `$XDG_DATA_HOME` (else `~/.local/share`), named like
-        /// the bundle identifier (else like the executable).
-        std::string documentsFolder;
-        /// The queue of the host's own main loop. Nothing: a loop that the host runs with `run()` or polls with
-        /// `poll()`.
-        std::shared_ptr<DispatchQueue> mainQueue;
-        /// The certificates that servers are checked against, as a PEM file and as a folder in OpenSSL's layout. Both
-        /// empty: what `SSL_CERT_FILE` and `SSL_CERT_DIR` name, else the places where the common distributions keep
-        /// them.
-        std::string certificateFile, certificateFolder;
-        /// Asks the host's push transport for a token. Main queue. May be empty.
-        std::function<void()> registerForRemoteNotifications;
-        /// Asks the host to wake itself for a background fetch no more often than that many seconds. Main queue. May be
-        /// empty.
-        std::function<void(TimeInterval)> setMinimumBackgroundFetchInterval;
-        /// Shows a local notification that is due: once each, also those that fell due while no process ran, and those
-        /// scheduled by an earlier process. When the user opens it, the host calls
-        /// `Vorlane::didReceiveLocalNotification()`. Main queue. Empty: nothing is shown.
-        std::function<void(const UILocalNotification&)> deliverLocalNotification;
-        /// Opens a URL; `UIApplicationOpenSettingsURLString` stands for the page where the user settles what this
-        /// application may do. Main queue. Empty: nothing is opened.
-        std::function<void(const NSURL&)> openURL;
-        /// Asks the user about notifications, and tells what is allowed. Nothing: a centre that is not determined,
-        /// where every request ends with an error.
-        std::shared_ptr<UNUserNotificationCenter> userNotificationCenter;
-        /// Where positions and the advertisements of beacons come from; the platform finds out by itself what happens
-        /// to the regions that the library watches. Nothing: no position, and location is not determined.
-        std::shared_ptr<LocationBackEnd> locationBackEnd;
+        std::string resourceFolder = {};
+        /// The folder of the library's files. Empty: a folder in `$XDG_DATA_HOME` (default `~/.local/share`) with the
+        /// name of the bundle identifier, or of the executable if there is none.
+        std::string documentsFolder = {};
+        /// The queue of the host's own main loop. Null: a loop that the host runs with `run()` or polls with `poll()`.
+        std::shared_ptr<DispatchQueue> mainQueue = nullptr;
+        /// The certificates that servers are verified with: a PEM file, a folder in OpenSSL's layout. Both empty: the
+        /// places named by `SSL_CERT_FILE` and `SSL_CERT_DIR`, else those of the common distributions.
+        std::string certificateFile = {}, certificateFolder = {};
+        /// The proxy for all requests, as a URL such as "http://proxy.example:3128" or "socks5h://127.0.0.1:1080".
+        /// Empty: no proxy. `nullopt`: the proxy that the environment names, as libcurl reads it ("http_proxy",
+        /// "https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY", except for the hosts of "no_proxy" or "NO_PROXY").
+        std::optional<std::string> proxy = std::nullopt;
+        /// Requests a token from the host's push transport. Main queue. May be empty.
+        std::function<void()> registerForRemoteNotifications = nullptr;
+        /// Asks the host to wake the application for a background fetch at most once per this many seconds. Main queue.
+        /// Empty: background refresh is reported as restricted.
+        std::function<void(TimeInterval)> setMinimumBackgroundFetchInterval = nullptr;
+        /// Displays a local notification that is due, once each. Includes notifications scheduled by an earlier
+        /// process, and those that became due while no process ran. When the user opens it, the host calls
+        /// `Vorlane::didReceiveLocalNotification()`. Main queue. Empty: no notification is displayed.
+        std::function<void(const UILocalNotification&)> deliverLocalNotification = nullptr;
+        /// Opens a URL. `UIApplicationOpenSettingsURLString` stands for the page with the application's permissions.
+        /// Main queue. Empty: no URL is opened.
+        std::function<void(const NSURL&)> openURL = nullptr;
+        /// Asks the user for permission to show notifications and reports the answer, for example
+        /// `AlwaysAllowedUserNotificationCenter`. Null: the permission is not determined, and requests fail.
+        std::shared_ptr<UNUserNotificationCenter> userNotificationCenter = nullptr;
+        /// The source of positions and beacon advertisements; the platform derives region events from them. Null: there
+        /// are no positions, and the permission is not determined.
+        std::shared_ptr<LocationBackEnd> locationBackEnd = nullptr;
     };
 
     LinuxPlatform();
     explicit LinuxPlatform(Options options);
-    /// Stops what still runs, as `Platform::shutdown()` does.
+    /// Stops the platform as `Platform::shutdown()` does.
     ~LinuxPlatform() override;
 
     LinuxPlatform(const LinuxPlatform&) = delete;
     LinuxPlatform& operator=(const LinuxPlatform&) = delete;
 
-    /// Runs the main queue on the calling thread, which becomes the main thread, until `stopRunning()`. A stop that was
-    /// asked for before ends it at once. One thread at a time. Returns at once when the host brought its own queue or
-    /// the platform is shut down.
+    // These operations do nothing if the host brought its own main queue, or after a shutdown. The thread that calls
+    // one becomes the main thread. One thread at a time.
+
+    /// Runs the main queue until `stopRunning()`. A stop that was requested while nothing ran ends the next run at
+    /// once.
     void run();
 
-    /// As `run()`, for that many seconds at most.
+    /// Like `run()`, for at most `seconds`.
     void runFor(TimeInterval seconds);
 
-    /// Runs the tasks of the main queue that are due on the calling thread, which becomes the main thread, and never
-    /// waits. What they post in turn may be left for the next call. Returns how many tasks ran; 0 means nothing is due.
+    /// Runs the main queue until no background task is open and no task of the queue is due, for at most `timeout`
+    /// seconds or until `stopRunning()`. Each request holds a background task until it is answered, so this is how a
+    /// program waits for its requests before it exits. Returns whether no background task is open.
+    bool runUntilIdle(TimeInterval timeout);
+
+    /// Runs the tasks of the main queue that are due, without waiting. Tasks that they post may be left for the next
+    /// call. Returns how many tasks ran; 0 means that none is due.
     std::size_t poll();
 
-    /// Ends `run()` and `runFor()` once the task under way is done. Any thread.
+    /// Ends the current run after the task that is running. Any thread.
     void stopRunning();
 
-    /// 12.0.
+    /// Returns 12.0.
     double systemVersion() const override;
 
-    /// The system's clock.
+    /// Returns the system's clock.
     const Clock& clock() const override;
 
     std::shared_ptr<DispatchQueue> mainQueue() override;
-    /// A queue on one thread of its own, which starts with the first task.
+    /// Makes a queue on its own thread, which the first task starts.
     std::shared_ptr<DispatchQueue> makeSerialQueue(const std::string& label) override;
 
     std::string documentsFolder() const override;
     std::optional<double> documentsCreationDate() const override;
 
-    /// A session over libcurl, on one thread that starts with its first request.
+    /// Makes a session over libcurl on its own thread, which the first request starts.
     std::shared_ptr<NSURLSession> makeURLSession(const NSURLSessionConfiguration& configuration) override;
-    /// The first call reads "VLScheduledNotifications.plist" in the documents folder: the local notifications that an
-    /// earlier process scheduled.
+    /// The first call reads the local notifications scheduled by an earlier process from
+    /// "VLScheduledNotifications.plist" in the documents folder.
     std::shared_ptr<UIApplication> application() override;
     std::shared_ptr<UIDevice> device() override;
     std::shared_ptr<NSNotificationCenter> notificationCenter() override;
     std::shared_ptr<NSBundle> mainBundle() override;
     std::shared_ptr<UNUserNotificationCenter> userNotificationCenter() override;
-    /// The first call reads "VLMonitoredRegions.plist" in the documents folder: the regions that an earlier process
-    /// watched.
+    /// The first call reads the regions monitored by an earlier process from "VLMonitoredRegions.plist" in the
+    /// documents folder.
     std::shared_ptr<CLLocationManager> locationManager() override;
 
-    /// A handle on the system journal.
+    /// Makes a handle on the system journal.
     std::shared_ptr<OSLog> makeOSLog(const std::string& subsystem, const std::string& category) override;
-    /// Writes the line to standard error, in one piece.
+    /// Writes the line to standard error in one piece.
     void NSLog(const std::string& line) override;
 
 protected:
@@ -121,7 +144,7 @@ private:
     const std::unique_ptr<State> state_;
 };
 
-/// The platform of a host that installed none: a `LinuxPlatform` without options.
+/// Makes the platform of a host that has installed none: a `LinuxPlatform` without options.
 std::shared_ptr<Platform> makeDefaultPlatform();
 
 }  // namespace vorlane

@@ -16,6 +16,8 @@
 #include <utility>
 #include <vector>
 
+#include "Platform/CLLocationManager.h"
+#include "Platform/LocationBackEnd.h"
 #include "Platform/NSBundle.h"
 #include "Platform/NSNotificationCenter.h"
 #include "Platform/OSLog.h"
@@ -26,6 +28,7 @@
 #include "Simulator/Support/ChildProcess.h"
 #include "Tests/Platform/Linux/Curl/LoopbackServer.h"
 #include "Tests/Platform/Linux/Curl/SessionOutcome.h"
+#include "Tests/Platform/Linux/ScopedEnvironment.h"
 #include "Tests/Support/TemporaryFolder.h"
 
 namespace vorlane {
@@ -49,7 +52,7 @@ protected:
         return platform;
     }
 
-    /// What the host program says of itself.
+    /// The output of the host program's "describe".
     std::string description(const std::string& program, const std::map<std::string, std::string>& environment) const {
         return support::ChildProcess({program, "describe"}, environment).readRest();
     }
@@ -58,7 +61,7 @@ protected:
     const std::filesystem::path folder = temporaryFolder.path();
 };
 
-TEST_F(LinuxPlatformTest, MakingOneStartsAndOpensNothing) {
+TEST_F(LinuxPlatformTest, ConstructionStartsNoThreadAndOpensNoFile) {
     const auto threads = entriesOf("/proc/self/task");
     const auto files = entriesOf("/proc/self/fd");
     const LinuxPlatform platform;
@@ -66,18 +69,18 @@ TEST_F(LinuxPlatformTest, MakingOneStartsAndOpensNothing) {
     EXPECT_EQ(entriesOf("/proc/self/fd"), files);
 }
 
-TEST_F(LinuxPlatformTest, ItIsOfTheLatestGeneration) { EXPECT_EQ(LinuxPlatform().systemVersion(), 12.0); }
+TEST_F(LinuxPlatformTest, HasTheLatestGeneration) { EXPECT_EQ(LinuxPlatform().systemVersion(), 12.0); }
 
-TEST_F(LinuxPlatformTest, ItsClockIsTheSystems) {
+TEST_F(LinuxPlatformTest, ClockIsTheSystems) {
     EXPECT_NEAR(LinuxPlatform().clock().now(), static_cast<double>(std::time(nullptr)), 2.0);
 }
 
-TEST_F(LinuxPlatformTest, WithoutAPlatformOfTheHostsOwnItIsTheOneInForce) {
+TEST_F(LinuxPlatformTest, IsTheDefaultPlatform) {
     Platform::install(nullptr);
     EXPECT_NE(dynamic_cast<LinuxPlatform*>(&Platform::current()), nullptr);
 }
 
-TEST_F(LinuxPlatformTest, EveryAccessorGivesTheSameObjectEachTime) {
+TEST_F(LinuxPlatformTest, AccessorsReturnTheSameObject) {
     LinuxPlatform platform;
     EXPECT_EQ(platform.mainQueue(), platform.mainQueue());
     EXPECT_EQ(platform.application(), platform.application());
@@ -89,7 +92,7 @@ TEST_F(LinuxPlatformTest, EveryAccessorGivesTheSameObjectEachTime) {
     EXPECT_NE(platform.makeOSLog("a", "b"), nullptr);
 }
 
-TEST_F(LinuxPlatformTest, TheApplicationTellsThePlatformsNotificationCentre) {
+TEST_F(LinuxPlatformTest, ApplicationPostsToTheNotificationCentre) {
     LinuxPlatform platform;
     int count = 0;
     platform.notificationCenter()->addObserver(UIApplicationDidBecomeActiveNotification,
@@ -98,7 +101,7 @@ TEST_F(LinuxPlatformTest, TheApplicationTellsThePlatformsNotificationCentre) {
     EXPECT_EQ(count, 1);
 }
 
-TEST_F(LinuxPlatformTest, TheHostsCallbacksServeTheApplication) {
+TEST_F(LinuxPlatformTest, ApplicationUsesTheHostsCallbacks) {
     LinuxPlatform::Options options;
     int registrations = 0;
     TimeInterval interval = 0;
@@ -111,7 +114,7 @@ TEST_F(LinuxPlatformTest, TheHostsCallbacksServeTheApplication) {
     EXPECT_EQ(interval, 900);
 }
 
-TEST_F(LinuxPlatformTest, TheBundleIsWhatTheHostSays) {
+TEST_F(LinuxPlatformTest, BundleHasTheHostsValues) {
     write("sound.txt", "x");
     LinuxPlatform::Options options;
     options.infoDictionary = {{"CFBundleIdentifier", "com.example.app"}};
@@ -121,7 +124,7 @@ TEST_F(LinuxPlatformTest, TheBundleIsWhatTheHostSays) {
     EXPECT_EQ(platform.mainBundle()->pathForResource("sound", "txt"), (folder / "sound.txt").string());
 }
 
-TEST_F(LinuxPlatformTest, TheDocumentsFolderIsTheHostsChoice) {
+TEST_F(LinuxPlatformTest, DocumentsFolderIsTheHostsChoice) {
     LinuxPlatform::Options options;
     options.documentsFolder = (folder / "documents").string();
     const LinuxPlatform platform(options);
@@ -132,14 +135,14 @@ TEST_F(LinuxPlatformTest, TheDocumentsFolderIsTheHostsChoice) {
     EXPECT_NEAR(*platform.documentsCreationDate(), static_cast<double>(std::time(nullptr)), 10.0);
 }
 
-TEST_F(LinuxPlatformTest, OtherwiseTheDocumentsFolderFollowsTheXDGRules) {
+TEST_F(LinuxPlatformTest, DefaultDocumentsFolderFollowsXDG) {
     EXPECT_EQ(description(VORLANE_HOST_PROGRAM, {{"XDG_DATA_HOME", "/data"}}),
               "none\n/data/vorlane_host_program\nmissing\n");
     EXPECT_EQ(description(VORLANE_HOST_PROGRAM, {{"XDG_DATA_HOME", ""}, {"HOME", "/home/me"}}),
               "none\n/home/me/.local/share/vorlane_host_program\nmissing\n");
 }
 
-TEST_F(LinuxPlatformTest, ThePropertyListBesideTheExecutableDescribesIt) {
+TEST_F(LinuxPlatformTest, ReadsInfoPlistBesideTheExecutable) {
     std::filesystem::copy_file(VORLANE_HOST_PROGRAM, folder / "host");
     write("sound.txt", "x");
     write("Info.plist", R"(<?xml version="1.0"?><plist version="1.0"><dict>
@@ -148,14 +151,14 @@ TEST_F(LinuxPlatformTest, ThePropertyListBesideTheExecutableDescribesIt) {
               "com.example.app\n/data/com.example.app\nfound\n");
 }
 
-TEST_F(LinuxPlatformTest, AnIdentifierThatLeadsElsewhereNamesNoFolder) {
+TEST_F(LinuxPlatformTest, IdentifierWithSlashesNamesNoFolder) {
     std::filesystem::copy_file(VORLANE_HOST_PROGRAM, folder / "host");
     write("Info.plist", R"(<?xml version="1.0"?><plist version="1.0"><dict>
                             <key>CFBundleIdentifier</key><string>../../etc</string></dict></plist>)");
     EXPECT_EQ(description(folder / "host", {{"XDG_DATA_HOME", "/data"}}), "../../etc\n/data/host\nmissing\n");
 }
 
-TEST_F(LinuxPlatformTest, ALineForTheConsoleGoesToStandardError) {
+TEST_F(LinuxPlatformTest, ConsoleIsStandardError) {
     LinuxPlatform platform;
     testing::internal::CaptureStderr();
     platform.NSLog("a line %s");
@@ -163,14 +166,14 @@ TEST_F(LinuxPlatformTest, ALineForTheConsoleGoesToStandardError) {
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "a line %s\n\n");
 }
 
-TEST_F(LinuxPlatformTest, ItsSessionsFetch) {
+TEST_F(LinuxPlatformTest, SessionsFetch) {
     const LoopbackServer server(
         LoopbackServer::answering([](const auto&) { return LoopbackServer::answer(200, "x"); }));
     LinuxPlatform platform;
     EXPECT_EQ(fetch(*platform.makeURLSession({}), requestOf(server.url())).text(), "x");
 }
 
-TEST_F(LinuxPlatformTest, TheHostRunsOrPollsTheMainQueue) {
+TEST_F(LinuxPlatformTest, HostRunsOrPollsTheMainQueue) {
     LinuxPlatform platform;
     int count = 0;
     platform.mainQueue()->post([&count] { ++count; });
@@ -185,7 +188,7 @@ TEST_F(LinuxPlatformTest, TheHostRunsOrPollsTheMainQueue) {
     EXPECT_EQ(count, 3);
 }
 
-TEST_F(LinuxPlatformTest, URLsGoToTheHostWhichHasNoWindowAtFirst) {
+TEST_F(LinuxPlatformTest, HostOpensURLs) {
     std::vector<std::string> opened;
     LinuxPlatform::Options options;
     options.documentsFolder = folder;
@@ -196,7 +199,7 @@ TEST_F(LinuxPlatformTest, URLsGoToTheHostWhichHasNoWindowAtFirst) {
     EXPECT_EQ(platform->application()->keyWindow(), nullptr);
 }
 
-TEST_F(LinuxPlatformTest, AShutdownCancelsRequestsAndRunsTheirHandlers) {
+TEST_F(LinuxPlatformTest, ShutdownCancelsRequestsAndRunsHandlers) {
     const LoopbackServer silent([](LoopbackServer::Connection& connection) { connection.staySilent(); });
     const auto platform = install();
     const auto session = platform->makeURLSession({});
@@ -210,7 +213,7 @@ TEST_F(LinuxPlatformTest, AShutdownCancelsRequestsAndRunsTheirHandlers) {
     }
 }
 
-TEST_F(LinuxPlatformTest, AShutdownRunsWhatIsQueuedAndWhatThatQueuesInTurn) {
+TEST_F(LinuxPlatformTest, ShutdownRunsQueuedTasksAndTheirTasks) {
     const auto platform = install();
     const auto queue = platform->makeSerialQueue("test");
     std::atomic<int> steps = 0;
@@ -222,7 +225,7 @@ TEST_F(LinuxPlatformTest, AShutdownRunsWhatIsQueuedAndWhatThatQueuesInTurn) {
     EXPECT_EQ(steps, 20);
 }
 
-TEST_F(LinuxPlatformTest, AfterAShutdownNothingRuns) {
+TEST_F(LinuxPlatformTest, NothingRunsAfterAShutdown) {
     const auto platform = install();
     const auto queue = platform->makeSerialQueue("test");
     const auto session = platform->makeURLSession({});
@@ -244,11 +247,11 @@ TEST_F(LinuxPlatformTest, AfterAShutdownNothingRuns) {
     EXPECT_FALSE(hasRun);
 }
 
-TEST_F(LinuxPlatformTest, AShutdownLeavesNoThread) {
+TEST_F(LinuxPlatformTest, ShutdownLeavesNoThread) {
     const LoopbackServer server(
         LoopbackServer::answering([](const auto&) { return LoopbackServer::answer(200, "x"); }));
     const auto platform = install();
-    // Both a sanitizer's threads and the server's are there before and after.
+    // Threads of a sanitizer and of the server exist before and after.
     const auto session = platform->makeURLSession({});
     EXPECT_EQ(fetch(*session, requestOf(server.url())).text(), "x");
     const auto queue = platform->makeSerialQueue("test");
@@ -257,11 +260,11 @@ TEST_F(LinuxPlatformTest, AShutdownLeavesNoThread) {
     started.get_future().get();
     const auto threads = entriesOf("/proc/self/task");
     Platform::shutdown();
-    // The kernel may take a moment to strike a joined thread off its list; one that was left would stay on it for ever.
+    // The kernel may list a joined thread for a moment. A leaked thread would stay listed.
     while (entriesOf("/proc/self/task") > threads - 3) std::this_thread::yield();
 }
 
-TEST_F(LinuxPlatformTest, AShutdownOfTheIdleIsQuick) {
+TEST_F(LinuxPlatformTest, IdleShutdownIsQuick) {
     const auto platform = install();
     const auto session = platform->makeURLSession({});
     const auto start = SteadyClock::now();
@@ -269,10 +272,10 @@ TEST_F(LinuxPlatformTest, AShutdownOfTheIdleIsQuick) {
     EXPECT_LT(SteadyClock::now() - start, std::chrono::milliseconds(500));
 }
 
-TEST_F(LinuxPlatformTest, AShutdownDoesNotWaitForEverForATaskThatDoesNotEnd) {
+TEST_F(LinuxPlatformTest, ShutdownGivesUpOnAnEndlessTask) {
     const auto platform = install();
     const auto queue = platform->makeSerialQueue("test");
-    // Outlives the test, as the task may.
+    // Like the task, they may outlive the test.
     const auto release = std::make_shared<std::promise<void>>();
     const auto ended = std::make_shared<std::promise<void>>();
     queue->post([released = std::make_shared<std::future<void>>(release->get_future()), ended] {
@@ -286,7 +289,98 @@ TEST_F(LinuxPlatformTest, AShutdownDoesNotWaitForEverForATaskThatDoesNotEnd) {
     ended->get_future().get();
 }
 
-/// A host's main loop of its own.
+TEST_F(LinuxPlatformTest, RunsUntilIdleWithoutBackgroundTasks) {
+    LinuxPlatform platform({.documentsFolder = folder});
+    int runs = 0;
+    platform.mainQueue()->post([&] { platform.mainQueue()->post([&runs] { ++runs; }); });
+    platform.mainQueue()->postAfter(60, [&runs] { runs += 100; });
+    EXPECT_TRUE(platform.runUntilIdle(60));
+    EXPECT_EQ(runs, 1);
+}
+
+TEST_F(LinuxPlatformTest, RunsUntilTheLastBackgroundTaskEnds) {
+    LinuxPlatform platform({.documentsFolder = folder});
+    const auto application = platform.application();
+    const auto first = application->beginBackgroundTaskWithName("first", nullptr);
+    const auto second = application->beginBackgroundTaskWithName("second", nullptr);
+    platform.mainQueue()->post([&] { application->endBackgroundTask(first); });
+    std::promise<void> begun;
+    std::thread other([&] {
+        begun.get_future().wait();
+        application->endBackgroundTask(second);
+    });
+    platform.mainQueue()->postAfter(0.01, [&begun] { begun.set_value(); });
+    EXPECT_TRUE(platform.runUntilIdle(60));
+    other.join();
+}
+
+TEST_F(LinuxPlatformTest, RunUntilIdleReportsOpenTasksAtItsEnd) {
+    LinuxPlatform platform({.documentsFolder = folder});
+    const auto task = platform.application()->beginBackgroundTaskWithName("task", nullptr);
+    EXPECT_FALSE(platform.runUntilIdle(0.01));
+    platform.stopRunning();
+    EXPECT_FALSE(platform.runUntilIdle(60));
+    platform.application()->endBackgroundTask(task);
+    EXPECT_TRUE(platform.runUntilIdle(0));
+}
+
+TEST_F(LinuxPlatformTest, ProxyOptionReplacesTheEnvironments) {
+    const LoopbackServer proxy(
+        LoopbackServer::answering([](const auto& request) { return LoopbackServer::answer(200, request.target); }));
+    const LoopbackServer server(
+        LoopbackServer::answering([](const auto&) { return LoopbackServer::answer(200, "direct"); }));
+    const auto fetchWith = [&server](std::optional<std::string> proxyOption) {
+        LinuxPlatform platform({.proxy = std::move(proxyOption)});
+        return fetch(*platform.makeURLSession({}), requestOf(server.url())).text();
+    };
+    EXPECT_EQ(fetchWith(std::nullopt), "direct");
+    EXPECT_EQ(fetchWith(proxy.url()), server.url());
+    const ScopedEnvironment environment("http_proxy", proxy.url());
+    EXPECT_EQ(fetchWith(std::nullopt), server.url());
+    EXPECT_EQ(fetchWith(""), "direct");
+    const ScopedEnvironment exception("no_proxy", "127.0.0.1");
+    EXPECT_EQ(fetchWith(std::nullopt), "direct");
+}
+
+/// Calls the library from its setter.
+class CallingBackEnd : public LocationBackEnd {
+public:
+    void setListener(std::weak_ptr<Listener> /*listener*/) override {
+        ++calls;
+        locationManager = Platform::current().locationManager();
+        appKey = Vorlane::appKey();
+        std::thread([] { Vorlane::trackingId(); }).join();
+    }
+    void setNeeds(const Needs& /*needs*/) override {}
+    bool locationServicesEnabled() const override { return true; }
+    bool hasPositions() const override { return true; }
+    bool hasAdvertisements() const override { return true; }
+    CLAuthorizationStatus authorizationStatus() const override { return CLAuthorizationStatus::NotDetermined; }
+    void requestAuthorization(CLAuthorizationStatus /*wanted*/) override {}
+
+    int calls = 0;
+    std::shared_ptr<CLLocationManager> locationManager;
+    std::optional<std::string> appKey;
+};
+
+TEST_F(LinuxPlatformTest, BackEndMayCallTheLibraryFromItsSetter) {
+    const auto backEnd = std::make_shared<CallingBackEnd>();
+    const auto platform = install({.documentsFolder = folder, .locationBackEnd = backEnd});
+    EXPECT_FALSE(Vorlane::trackingId().empty());
+    EXPECT_EQ(backEnd->calls, 1);
+    EXPECT_EQ(backEnd->locationManager, platform->locationManager());
+    Platform::shutdown();
+}
+
+TEST_F(LinuxPlatformTest, BackEndIsSetUpByThePlatformAlone) {
+    const auto backEnd = std::make_shared<CallingBackEnd>();
+    const auto platform = install({.documentsFolder = folder, .locationBackEnd = backEnd});
+    EXPECT_NE(platform->locationManager(), nullptr);
+    EXPECT_EQ(backEnd->calls, 1);
+    Platform::shutdown();
+}
+
+/// The main loop of a host.
 class HostLoop : public DispatchQueue {
 public:
     void post(std::function<void()> task) override { postAfter(0, std::move(task)); }
@@ -329,7 +423,7 @@ protected:
     std::vector<int> ran;
 };
 
-TEST_F(HostLoopTest, AHostMayBringItsOwnMainQueue) {
+TEST_F(HostLoopTest, HostMayBringItsMainQueue) {
     platform->mainQueue()->post([&] {
         EXPECT_TRUE(platform->mainQueue()->isCurrent());
         ran.push_back(1);
@@ -344,7 +438,7 @@ TEST_F(HostLoopTest, AHostMayBringItsOwnMainQueue) {
     EXPECT_THAT(ran, testing::ElementsAre(1, 2));
 }
 
-TEST_F(HostLoopTest, TasksKeepTheirOrderInTheHostsQueue) {
+TEST_F(HostLoopTest, TasksKeepTheirOrder) {
     platform->mainQueue()->post([&] {
         ran.push_back(1);
         platform->mainQueue()->post([this] { ran.push_back(4); });
@@ -357,7 +451,7 @@ TEST_F(HostLoopTest, TasksKeepTheirOrderInTheHostsQueue) {
     EXPECT_THAT(ran, testing::ElementsAre(1, 2, 3, 4));
 }
 
-TEST_F(HostLoopTest, AShutdownRunsWhatWaitsInTheHostsQueueAndNothingRunsAfterIt) {
+TEST_F(HostLoopTest, ShutdownRunsWaitingTasksAndNoneLater) {
     platform->mainQueue()->post([&] {
         EXPECT_TRUE(platform->mainQueue()->isCurrent());
         ran.push_back(1);
@@ -372,7 +466,7 @@ TEST_F(HostLoopTest, AShutdownRunsWhatWaitsInTheHostsQueueAndNothingRunsAfterIt)
     EXPECT_THAT(ran, testing::ElementsAre(1, 2));
 }
 
-TEST_F(HostLoopTest, AShutdownRunsTheHandlersThatTheHostsLoopDoesNotComeToAnyMore) {
+TEST_F(HostLoopTest, ShutdownRunsHandlersTheHostDoesNotReach) {
     const LoopbackServer silent([](LoopbackServer::Connection& connection) { connection.staySilent(); });
     Vorlane::setURLs(VLURLsProduction::URLsWithOrigin(*NSURL::URLWithString(silent.url())));
     int calls = 0;
@@ -388,7 +482,7 @@ TEST_F(HostLoopTest, AShutdownRunsTheHandlersThatTheHostsLoopDoesNotComeToAnyMor
     EXPECT_EQ(calls, 1);
 }
 
-/// Counts lines, and writes one of its own after the first.
+/// Counts lines and logs one after the first.
 class TalkativeLogger : public VLLogger {
 public:
     void logMessage(const std::string&, const std::optional<Value>&, VLLogLevel level) override {
@@ -397,7 +491,7 @@ public:
     std::atomic<int> lines = 0;
 };
 
-TEST_F(LinuxPlatformTest, AnotherOneMayBeInstalledWhileItIsAtWork) {
+TEST_F(LinuxPlatformTest, MayBeReplacedWhileBusy) {
     const LoopbackServer silent([](LoopbackServer::Connection& connection) { connection.staySilent(); });
     LinuxPlatform::Options options;
     options.documentsFolder = folder;

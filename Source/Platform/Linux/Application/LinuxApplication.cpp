@@ -56,6 +56,11 @@ void LinuxApplication::backgroundTimeEnded(std::uint64_t stay) {
     expireBackgroundTasks();
 }
 
+void LinuxApplication::backgroundTaskDidEnd(UIBackgroundTaskIdentifier /*identifier*/, const std::string& /*name*/) {
+    const auto queue = endOfTasksWatches_ > 0 ? mainQueue_.lock() : nullptr;
+    if (queue) queue->post([] {});
+}
+
 bool LinuxApplication::openURL(const NSURL& url) {
     if (callbacks_.openURL) callbacks_.openURL(url);
     return callbacks_.openURL != nullptr;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -36,6 +37,20 @@ public:
     /// slept or its clock was set, a notification is late by no more than that.
     static constexpr TimeInterval kLongestWait = 60;
 
+    /// While one exists, the main queue wakes at the end of each background task.
+    class EndOfTasksWatch {
+    public:
+        explicit EndOfTasksWatch(LinuxApplication& application) : watches_(application.endOfTasksWatches_) {
+            ++watches_;
+        }
+        ~EndOfTasksWatch() { --watches_; }
+        EndOfTasksWatch(const EndOfTasksWatch&) = delete;
+        EndOfTasksWatch& operator=(const EndOfTasksWatch&) = delete;
+
+    private:
+        std::atomic<int>& watches_;
+    };
+
     /// `mainQueue` measures the background time and the time to the next notification.
     LinuxApplication(std::shared_ptr<NSNotificationCenter> notificationCenter, std::weak_ptr<DispatchQueue> mainQueue,
                      Callbacks callbacks, std::shared_ptr<const Clock> clock = std::make_shared<LinuxClock>());
@@ -60,6 +75,7 @@ public:
     UIBackgroundRefreshStatus backgroundRefreshStatus() const override;
 
 protected:
+    void backgroundTaskDidEnd(UIBackgroundTaskIdentifier identifier, const std::string& name) override;
     void didScheduleLocalNotification(const ScheduledLocalNotification& entry) override;
     void didCancelLocalNotifications(const std::vector<ScheduledLocalNotification>& entries) override;
 
@@ -78,6 +94,7 @@ private:
     const std::weak_ptr<DispatchQueue> mainQueue_;
     const Callbacks callbacks_;
     const std::shared_ptr<const Clock> clock_;
+    std::atomic<int> endOfTasksWatches_ = 0;
     // Main queue only. Counts the stays in the background: the end of the background time concerns its own stay only.
     std::uint64_t stay_ = 0;
     // When the newest stay began.
