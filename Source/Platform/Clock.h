@@ -4,12 +4,12 @@
 
 namespace vorlane {
 
-/// Tells the time. Any thread.
+/// The time of day. Any thread.
 class VORLANE_EXPORT Clock {
 public:
     virtual ~Clock();
 
-    /// Seconds since 1970. May jump, also backwards.
+    /// Returns seconds since 1970. May jump in either direction.
     virtual double now() const = 0;
 };
 

@@ -13,14 +13,14 @@ namespace vorlane {
 
 class DispatchQueue;
 
-/// Counts pieces of work that are under way, and tells when none is left. Any thread.
+/// Counts units of work and posts a task when none is left. Any thread.
 class VORLANE_EXPORT DispatchGroup {
 public:
     void enter();
-    /// Once for each `enter()`.
+    /// To be called once for each `enter()`.
     void leave();
 
-    /// Posts `task` to `queue` when the group empties; at once when it is empty now.
+    /// Posts `task` to `queue` when the group becomes empty; at once if it is empty.
     void notify(std::shared_ptr<DispatchQueue> queue, std::function<void()> task);
 
 private:

@@ -8,17 +8,17 @@
 
 namespace vorlane {
 
-/// Lets a thread wait until another one has done something. Made by `Platform::makeSemaphore()`, so that nobody waits
-/// past a shutdown. Any thread.
+/// Lets a thread wait for a signal of another one. Made by `Platform::makeSemaphore()`, so that no wait outlasts a
+/// shutdown. Any thread.
 class VORLANE_EXPORT DispatchSemaphore {
 public:
-    /// Lets one wait through, now or later.
+    /// Ends one current or future wait.
     void signal();
 
-    /// Blocks until it is let through; false when the wait was abandoned. Not to be called on the main queue.
+    /// Blocks until a signal; returns false if the semaphore was abandoned instead. Not to be called on the main queue.
     bool wait();
 
-    /// Ends every wait, and those to come: the platform stops.
+    /// Ends every current and future wait, because the platform stops.
     void abandon();
 
 private:

@@ -11,7 +11,7 @@ namespace vorlane {
 struct NSOperationQueue::State : std::enable_shared_from_this<State> {
     explicit State(std::shared_ptr<DispatchQueue> queue) : underlyingQueue(std::move(queue)) {}
 
-    /// Has the underlying queue start one operation, whichever is then the first.
+    /// Makes the underlying queue start the operation that is then the first.
     void postStart() {
         underlyingQueue->post([weakSelf = weak_from_this()] {
             const auto self = weakSelf.lock();
@@ -59,7 +59,7 @@ void NSOperationQueue::setSuspended(bool isSuspended) {
         if (std::exchange(state_->isSuspended, isSuspended) == isSuspended || isSuspended) return;
         waiting = state_->operations.size();
     }
-    // Starts that were posted before the suspension may still be there; one too many finds nothing.
+    // Starts posted before the suspension may still be queued; a surplus start finds no operation.
     for (std::size_t i = 0; i < waiting; ++i) state_->postStart();
 }
 

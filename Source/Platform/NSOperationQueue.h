@@ -10,24 +10,24 @@ namespace vorlane {
 
 class DispatchQueue;
 
-/// Runs operations one after another, in the order of adding, and can be suspended. Any thread.
+/// Runs operations one after another, in the order in which they were added, and can be suspended. Any thread.
 class VORLANE_EXPORT NSOperationQueue {
 public:
-    /// A queue of at most one concurrent operation, not suspended, whose operations run on `underlyingQueue`.
+    /// Makes a queue that is not suspended and runs one operation at a time on `underlyingQueue`.
     explicit NSOperationQueue(std::shared_ptr<DispatchQueue> underlyingQueue);
     ~NSOperationQueue();
     NSOperationQueue(const NSOperationQueue&) = delete;
     NSOperationQueue& operator=(const NSOperationQueue&) = delete;
 
-    /// `addOperationWithBlock:` runs `block` later, never inside this call, and not while the queue is suspended. What
-    /// still waits when the queue goes away is dropped.
+    /// `addOperationWithBlock:` runs `block` after this call has returned and while the queue is not suspended.
+    /// Destroying the queue drops the operations that have not started.
     void addOperationWithBlock(std::function<void()> block);
 
-    /// `setSuspended:` keeps operations from starting; one that runs already goes on.
+    /// `setSuspended:` keeps further operations from starting. A running operation continues.
     void setSuspended(bool isSuspended);
     bool isSuspended() const;
 
-    /// How many operations have not started yet.
+    /// The number of operations that have not started.
     std::size_t operationCount() const;
 
 private:

@@ -7,7 +7,7 @@ namespace vorlane {
 NSTimer::NSTimer(std::function<void()> block) : block_(std::move(block)) {}
 
 void NSTimer::invalidate() {
-    // What the work holds is let go of outside the lock.
+    // The block is destroyed after the lock is released.
     std::function<void()> block;
     std::function<void()> handler;
     {

@@ -7,20 +7,20 @@
 
 namespace vorlane {
 
-/// A piece of work that runs once, at a later time, unless it is called off before. Made by `Platform`, which keeps it
-/// until then; nobody else needs to. Any thread.
+/// A block that runs once at a later time, unless the timer is invalidated first. Made by `Platform`, which keeps it
+/// until then. Any thread.
 class VORLANE_EXPORT NSTimer {
 public:
     explicit NSTimer(std::function<void()> block);
 
-    /// Calls the work off; afterwards nothing happens any more.
+    /// Ends the timer without running its block.
     void invalidate();
-    /// Neither has it fired nor been called off.
+    /// Whether the timer has neither fired nor been invalidated.
     bool isValid() const;
 
-    /// Runs the work now and ends the timer; nothing for one that is not valid.
+    /// Runs the block now and ends the timer. Has no effect on a timer that is not valid.
     void fire();
-    /// For the platform: what to do when the timer is called off, to forget it at once.
+    /// For the platform: `handler` runs when the timer is invalidated.
     void setInvalidationHandler(std::function<void()> handler);
 
 private:

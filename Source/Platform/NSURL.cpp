@@ -15,7 +15,7 @@ namespace {
 
 using CurlURL = std::unique_ptr<CURLU, decltype(&curl_url_cleanup)>;
 
-/// The pieces of a URL as they stand in its text (RFC 3986, appendix B).
+/// The components of a URL, as written (RFC 3986, appendix B).
 struct Pieces {
     std::string_view scheme;
     std::optional<std::string_view> authority;
@@ -52,7 +52,7 @@ bool isScheme(std::string_view text) {
     });
 }
 
-/// Bytes that stand in no URL: controls, blanks, and what RFC 3986 leaves out on purpose.
+/// Bytes that no URL contains: controls, blanks, and the delimiters that RFC 3986 excludes.
 bool hasForbiddenByte(std::string_view text) {
     constexpr std::string_view kExcluded = "\"<>\\^`{|}";
     return std::any_of(text.begin(), text.end(), [&](char character) {
@@ -72,13 +72,13 @@ std::string_view withoutUserInfo(std::string_view authority) {
     return at == std::string_view::npos ? authority : authority.substr(at + 1);
 }
 
-/// Where the port's colon stands in a host and port; an IPv6 address keeps its own colons in brackets.
+/// Finds the port's colon. The colons of an IPv6 address are in brackets.
 std::size_t portColon(std::string_view hostAndPort) {
     const auto bracket = hostAndPort.rfind(']');
     return hostAndPort.find(':', bracket == std::string_view::npos ? 0 : bracket);
 }
 
-/// The digits behind the colon; nothing when there are none, or when they are no port.
+/// The number after the colon; `nullopt` if it is missing or not a valid port.
 std::optional<std::int64_t> portOf(std::string_view hostAndPort) {
     const auto colon = portColon(hostAndPort);
     if (colon == std::string_view::npos) return std::nullopt;
@@ -89,8 +89,8 @@ std::optional<std::int64_t> portOf(std::string_view hostAndPort) {
     return port;
 }
 
-/// Whether a host and port are such for any scheme (RFC 3986, 3.2): hosts of a scheme that is not the network's may
-/// hold what no host name can, as in "app://item=5".
+/// Whether the string is a valid host and port for any scheme (RFC 3986, 3.2). Outside http, a host may contain
+/// characters that no host name can, as in "app://item=5".
 bool isHostAndPort(std::string_view hostAndPort) {
     const auto colon = portColon(hostAndPort);
     const auto host = hostAndPort.substr(0, colon);

@@ -9,26 +9,26 @@
 
 namespace vorlane {
 
-/// An absolute URL. An immutable value; equal when the texts are equal.
+/// An absolute URL. An immutable value; URLs are equal if their strings are.
 class VORLANE_EXPORT NSURL {
 public:
-    /// `URLWithString:` reads an absolute URL of any scheme; nothing when the text is not one.
+    /// `URLWithString:` parses an absolute URL of any scheme. Returns `nullopt` if the string is not a valid one.
     static std::optional<NSURL> URLWithString(const std::string& text);
 
-    /// The URL as text, as it was given.
+    /// The string that the URL was made from.
     const std::string& absoluteString() const { return absoluteString_; }
 
-    /// As written, not lower-cased.
+    /// The scheme in its original case.
     std::string scheme() const;
-    /// Nothing for a URL without an authority part. Case is kept.
+    /// The host in its original case; `nullopt` for a URL without an authority part.
     std::optional<std::string> host() const;
     std::optional<std::int64_t> port() const;
-    /// Percent-encoded, as it stands in the URL.
+    /// The path, still percent-encoded.
     std::string path() const;
-    /// Percent-encoded, without the "?"; nothing when there is no "?".
+    /// The query without its "?", still percent-encoded; `nullopt` if there is no "?".
     std::optional<std::string> query() const;
 
-    /// The URL itself.
+    /// Returns the URL's string.
     std::string description() const { return absoluteString_; }
 
     bool operator==(const NSURL&) const = default;

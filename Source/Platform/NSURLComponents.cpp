@@ -15,7 +15,7 @@ using AllowedBytes = std::array<bool, 256>;
 
 constexpr std::string_view kPathCharacters =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~!$&'()*+,;=:@/";
-// RFC 3986's query characters without those that have a meaning of their own between names and values.
+// RFC 3986's query characters without those that separate names and values.
 constexpr std::string_view kQueryCharacters =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~!$'()*,;:@/?";
 
@@ -42,7 +42,7 @@ std::string encoded(std::string_view text, const AllowedBytes& allowed) {
     return result;
 }
 
-/// The path as a reference that cannot be read as a scheme or an authority (RFC 3986, 4.2 and 5.3).
+/// Returns the path as a reference that cannot be read as a scheme or an authority (RFC 3986, 4.2 and 5.3).
 std::string safeReference(const std::string& path) {
     if (path.starts_with("//")) return "/." + path;
     if (path.starts_with('/') || path.empty()) return path;
@@ -73,7 +73,7 @@ NSURL NSURLComponents::URLRelativeToURL(const NSURL& base) const {
     std::string reference = safeReference(encodedPath_);
     if (encodedQuery_) reference += "?" + *encodedQuery_;
     if (reference.empty()) return base;
-    // A fragment is no part of what a reference is resolved against; libcurl would take slashes in it for the path's.
+    // A base has no fragment. libcurl would read slashes in it as the path's.
     const auto baseText = base.absoluteString().substr(0, base.absoluteString().find('#'));
     const CurlURL url(curl_url(), &curl_url_cleanup);
     constexpr unsigned kFlags = CURLU_NON_SUPPORT_SCHEME;

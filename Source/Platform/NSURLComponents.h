@@ -9,7 +9,7 @@
 
 namespace vorlane {
 
-/// One name and value of a query.
+/// A name and a value in a query.
 struct NSURLQueryItem {
     std::string name;
     std::string value;
@@ -18,16 +18,17 @@ struct NSURLQueryItem {
 /// A relative reference under construction: a path and a query, resolved against a base URL.
 class VORLANE_EXPORT NSURLComponents {
 public:
-    /// `setPath:` takes the path unencoded. RFC 3986's path characters ("/", "*", "(" …) stay as they are, every other
-    /// byte is percent-encoded, "%" included.
+    /// `setPath:` sets a path that is not encoded. Path characters of RFC 3986 ("/", "*", "(" …) are kept; every other
+    /// byte, "%" included, is percent-encoded.
     void setPath(const std::string& path);
 
-    /// `setQueryItems:` takes names and values unencoded. RFC 3986's query characters stay, except "&", "=", "+", "#"
-    /// and "%"; these and every other byte are percent-encoded. No items means no query at all.
+    /// `setQueryItems:` sets names and values that are not encoded. Query characters of RFC 3986 except "&", "=", "+",
+    /// "#" and "%" are kept; every other byte is percent-encoded. Without items there is no query.
     void setQueryItems(const std::vector<NSURLQueryItem>& items);
 
     /// `URLRelativeToURL:` resolves this reference by RFC 3986: a path with a leading "/" replaces the base's path, any
-    /// other replaces its last segment; dot segments are removed. The path is never taken for a scheme or an authority.
+    /// other path replaces its last segment, and dot segments are removed. The path is never read as a scheme or an
+    /// authority.
     NSURL URLRelativeToURL(const NSURL& base) const;
 
 private:

@@ -7,10 +7,10 @@
 
 namespace vorlane {
 
-/// The kinds of line that the system's log knows.
+/// The types of line in the system's log.
 enum class OSLogType : std::uint8_t { defaultType = 0, info = 1, debug = 2, error = 16 };
 
-/// A handle on the system's log, for one subsystem and category. Never fails visibly.
+/// A handle on the system's log for one subsystem and category. Failures are silent.
 class VORLANE_EXPORT OSLog {
 public:
     virtual ~OSLog();

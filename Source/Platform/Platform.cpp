@@ -17,7 +17,7 @@ namespace vorlane {
 
 namespace {
 
-/// The platform in force. Never destroyed, so that a late thread or a host's static object may still use it.
+/// The current platform. Never destroyed: a late thread or a static object of the host may still use it.
 struct PlatformHolder {
     std::mutex mutex;
     // Guarded by mutex.
@@ -49,14 +49,14 @@ Platform::~Platform() = default;
 
 void Platform::install(std::shared_ptr<Platform> platform) {
     if (platform && platform.get() == currentPlatform) return;
-    // What the one before has at work uses the objects that are dropped next.
+    // First: the previous platform's tasks use the objects that are reset next.
     shutdown();
     resetProcessWideObjects();
     auto& holder = platformHolder();
     const std::lock_guard lock(holder.mutex);
     currentPlatform = platform.get();
     holder.isStopped = false;
-    // What was there before is let go of outside the lock.
+    // Destroys the previous platform after the lock is released.
     holder.owner.swap(platform);
 }
 

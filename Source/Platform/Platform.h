@@ -25,29 +25,30 @@ class UIDevice;
 class UNUserNotificationCenter;
 struct NSURLSessionConfiguration;
 
-/// Everything that the library needs of the device, with an accessor for each object. Any thread.
+/// What the library needs of the device, with an accessor for each object. Any thread.
 ///
-/// Every accessor gives the same object each time; the ones named `make…` give a new one.
+/// An accessor returns the same object each time; an operation named `make…` returns a new one.
 class VORLANE_EXPORT Platform {
 public:
     virtual ~Platform();
 
-    /// Puts a platform of the host's own in place, before the first use of `Vorlane`. Installing another one later
-    /// shuts the library down, as `shutdown()` does and where that may be called, and starts it afresh: its shared
-    /// objects are dropped and made again on next use. The one in force already stays as it is. Null: the Linux
-    /// platform, once one is asked for.
+    /// Installs the host's own platform; to be called before the first use of `Vorlane`. Installing another platform
+    /// later shuts the library down, under the conditions of `shutdown()`: the library's shared objects are destroyed,
+    /// and made again on next use. Reinstalling the current platform has no effect. Null: the Linux platform is made on
+    /// next use.
     static void install(std::shared_ptr<Platform> platform);
 
-    /// The installed platform; the Linux platform is made when there is none. Lives until another one is installed,
-    /// never destroyed at process exit.
+    /// Returns the installed platform, or makes the Linux platform if there is none. The platform lives until another
+    /// one is installed; it is never destroyed at process exit.
     static Platform& current();
 
-    /// Stops the library's machinery: cancels requests (their handlers run), runs what is queued, joins every thread,
-    /// and returns within 2 seconds. Nothing of the library runs afterwards. To be called on the main thread, outside
-    /// any handler; does nothing when no platform was ever used.
+    /// Stops the library: cancels requests (their handlers run), runs queued tasks, joins the threads, and returns
+    /// within 2 seconds. No code of the library runs afterwards, except a task or a name's look-up that is still
+    /// running after these 2 seconds, which ends by itself. To be called on the main thread, not in a handler. Has no
+    /// effect if no platform has been used.
     static void shutdown();
 
-    /// The platform generation: below 10, 10 to 11, 12 and later differ in how notifications work.
+    /// The platform generation: the ranges below 10, 10 to 11, and from 12 differ in their notification interfaces.
     virtual double systemVersion() const = 0;
 
     virtual const Clock& clock() const = 0;
@@ -56,17 +57,16 @@ public:
     virtual std::shared_ptr<DispatchQueue> mainQueue() = 0;
     virtual std::shared_ptr<DispatchQueue> makeSerialQueue(const std::string& label) = 0;
 
-    /// A semaphore for a wait on a serial queue; `shutdown()` abandons the wait.
+    /// Makes a semaphore for a wait on a serial queue. `shutdown()` abandons the wait.
     std::shared_ptr<DispatchSemaphore> makeSemaphore();
 
-    /// `scheduledTimerWithTimeInterval:repeats:block:` runs `block` once on the main queue, after that many seconds of
-    /// the platform's clock, unless the timer is invalidated before.
+    /// `scheduledTimerWithTimeInterval:repeats:block:` runs `block` once on the main queue after `seconds` of the
+    /// platform's clock, unless the timer is invalidated first.
     virtual std::shared_ptr<NSTimer> scheduledTimer(TimeInterval seconds, std::function<void()> block);
 
-    /// The folder that holds the library's files; it may not exist yet.
+    /// The folder of the library's files, which may not exist yet.
     virtual std::string documentsFolder() const = 0;
-    /// When the application was installed, in seconds since 1970: the date that folder was made. Nothing when it cannot
-    /// be told.
+    /// The time of installation in seconds since 1970: when the documents folder was made. `nullopt` if unknown.
     virtual std::optional<double> documentsCreationDate() const = 0;
 
     /// Makes the files of the library durable, off the main thread.
@@ -77,11 +77,11 @@ public:
     virtual std::shared_ptr<UIDevice> device() = 0;
     virtual std::shared_ptr<NSNotificationCenter> notificationCenter() = 0;
     virtual std::shared_ptr<NSBundle> mainBundle() = 0;
-    /// Asked for on platforms from 10 on.
+    /// Used only if `systemVersion()` is 10 or later.
     virtual std::shared_ptr<UNUserNotificationCenter> userNotificationCenter() = 0;
     virtual std::shared_ptr<CLLocationManager> locationManager() = 0;
 
-    /// A handle on the system's log.
+    /// Makes a handle on the system's log.
     virtual std::shared_ptr<OSLog> makeOSLog(const std::string& subsystem, const std::string& category) = 0;
     /// Writes one line to the console.
     virtual void NSLog(const std::string& line) = 0;
@@ -89,10 +89,11 @@ public:
 protected:
     Platform();
 
-    /// What `shutdown()` does to this platform. Called once, when no wait keeps a queue any more.
+    /// The platform's part of `shutdown()`. Called once, after all waits have been abandoned.
     virtual void stop() = 0;
 
-    /// Ends every wait of `makeSemaphore()`'s semaphores, and those to come. `shutdown()` does so before `stop()`.
+    /// Ends every current and future wait on the semaphores of `makeSemaphore()`. `shutdown()` calls it before
+    /// `stop()`.
     void abandonWaits();
 
     /// Flushes the files that have changed and joins the storage thread, within 2 seconds of `shutdown()`. The last
@@ -107,7 +108,7 @@ private:
 
 /// Posts `task` to the main queue.
 VORLANE_EXPORT void onMainQueue(std::function<void()> task);
-/// In a debug build, ends a process that comes here outside the main queue.
+/// In a debug build, aborts the process if the caller is not on the main queue.
 VORLANE_EXPORT void assertMainQueue();
 
 }  // namespace vorlane

@@ -36,7 +36,7 @@ std::shared_ptr<Outcome> waitOnQueue(Platform& platform, const std::shared_ptr<D
     return outcome;
 }
 
-/// A wait that nobody ends is no hindrance to a shutdown.
+/// A wait without a signal does not delay a shutdown.
 void expectAbandonedAtShutdown(std::shared_ptr<Platform> platform) {
     Platform::install(platform);
     const auto queue = platform->makeSerialQueue("waiting");
@@ -50,7 +50,7 @@ void expectAbandonedAtShutdown(std::shared_ptr<Platform> platform) {
     Platform::install(nullptr);
 }
 
-TEST(DispatchSemaphoreTest, ASignalLetsOneWaitThrough) {
+TEST(DispatchSemaphoreTest, SignalEndsOneWait) {
     SimulatedPhone phone;
     const auto semaphore = phone.makeSemaphore();
     semaphore->signal();
@@ -59,7 +59,7 @@ TEST(DispatchSemaphoreTest, ASignalLetsOneWaitThrough) {
     EXPECT_TRUE(semaphore->wait());
 }
 
-TEST(DispatchSemaphoreTest, AWaitBlocksUntilTheSignal) {
+TEST(DispatchSemaphoreTest, WaitBlocksUntilTheSignal) {
     DispatchSemaphore semaphore;
     std::atomic<bool> hasSignalled = false;
     std::thread other([&] {
@@ -71,7 +71,7 @@ TEST(DispatchSemaphoreTest, AWaitBlocksUntilTheSignal) {
     other.join();
 }
 
-TEST(DispatchSemaphoreTest, AnAbandonedWaitEndsUnlessASignalWasThere) {
+TEST(DispatchSemaphoreTest, AbandonEndsWaitsWithoutASignal) {
     DispatchSemaphore semaphore;
     semaphore.signal();
     semaphore.abandon();
@@ -79,15 +79,15 @@ TEST(DispatchSemaphoreTest, AnAbandonedWaitEndsUnlessASignalWasThere) {
     EXPECT_FALSE(semaphore.wait());
 }
 
-TEST(DispatchSemaphoreTest, AShutdownOfTheSimulatedPhoneAbandonsWaits) {
+TEST(DispatchSemaphoreTest, SimulatedPhonesShutdownAbandonsWaits) {
     expectAbandonedAtShutdown(std::make_shared<SimulatedPhone>());
 }
 
-TEST(DispatchSemaphoreTest, AShutdownOfTheLinuxPlatformAbandonsWaits) {
+TEST(DispatchSemaphoreTest, LinuxPlatformsShutdownAbandonsWaits) {
     expectAbandonedAtShutdown(std::make_shared<LinuxPlatform>());
 }
 
-TEST(DispatchSemaphoreTest, AShutdownAbandonsWaitsForAHostsMainQueueThatDoesNotRun) {
+TEST(DispatchSemaphoreTest, ShutdownAbandonsWaitsForAnIdleHostQueue) {
     class HeldQueue : public DispatchQueue {
     public:
         void post(std::function<void()> /*task*/) override {}
@@ -98,7 +98,7 @@ TEST(DispatchSemaphoreTest, AShutdownAbandonsWaitsForAHostsMainQueueThatDoesNotR
     expectAbandonedAtShutdown(std::make_shared<LinuxPlatform>(options));
 }
 
-TEST(DispatchSemaphoreTest, APlatformThatGoesAwayWithoutAShutdownAbandonsWaits) {
+TEST(DispatchSemaphoreTest, DestroyedPlatformAbandonsWaits) {
     for (const bool isSimulated : {true, false}) {
         std::shared_ptr<Platform> platform;
         if (isSimulated) {
@@ -113,13 +113,13 @@ TEST(DispatchSemaphoreTest, APlatformThatGoesAwayWithoutAShutdownAbandonsWaits) 
     }
 }
 
-TEST(DispatchSemaphoreTest, APhoneWhoseQueueWaitsForEverIsNotSettled) {
+TEST(DispatchSemaphoreTest, EndlessWaitPreventsSettling) {
     auto phone = std::make_unique<SimulatedPhone>();
     const auto queue = phone->makeSerialQueue("waiting");
     const auto outcome = waitOnQueue(*phone, queue);
     EXPECT_FALSE(phone->settle(0.02));
     EXPECT_FALSE(outcome->hasEnded);
-    // While the queue is there, so that its thread is joined.
+    // While the queue exists, so that its thread is joined.
     phone.reset();
 }
 

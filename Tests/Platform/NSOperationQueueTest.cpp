@@ -30,7 +30,7 @@ protected:
         return ran->numbers();
     }
 
-    /// What ran, in order.
+    /// The operations that ran, in order.
     class Numbers {
     public:
         void add(int number) {
@@ -53,20 +53,20 @@ protected:
     std::unique_ptr<NSOperationQueue> queue = std::make_unique<NSOperationQueue>(underlying);
 };
 
-TEST_F(NSOperationQueueTest, OperationsRunInTheOrderOfAdding) {
+TEST_F(NSOperationQueueTest, OperationsRunInOrder) {
     for (int i = 0; i < 5; ++i) add(i);
     EXPECT_THAT(ranSoFar(), ElementsAre(0, 1, 2, 3, 4));
     EXPECT_EQ(queue->operationCount(), 0U);
 }
 
-TEST_F(NSOperationQueueTest, TheyRunOnTheUnderlyingQueue) {
+TEST_F(NSOperationQueueTest, OperationsRunOnTheUnderlyingQueue) {
     std::atomic<bool> isThere = false;
     queue->addOperationWithBlock([this, &isThere] { isThere = underlying->isCurrent(); });
     phone().settle();
     EXPECT_TRUE(isThere);
 }
 
-TEST_F(NSOperationQueueTest, ASuspendedQueueKeepsItsOperationsAndCountsAsIdle) {
+TEST_F(NSOperationQueueTest, SuspendedQueueKeepsOperationsAndIsIdle) {
     queue->setSuspended(true);
     add(1);
     add(2);
@@ -78,7 +78,7 @@ TEST_F(NSOperationQueueTest, ASuspendedQueueKeepsItsOperationsAndCountsAsIdle) {
     EXPECT_THAT(ranSoFar(), ElementsAre(1, 2));
 }
 
-TEST_F(NSOperationQueueTest, SuspendingLetsTheRunningOperationEndAndKeepsTheNext) {
+TEST_F(NSOperationQueueTest, SuspendingKeepsTheNextOperation) {
     queue->addOperationWithBlock([this] {
         queue->setSuspended(true);
         ran->add(1);
@@ -89,7 +89,7 @@ TEST_F(NSOperationQueueTest, SuspendingLetsTheRunningOperationEndAndKeepsTheNext
     EXPECT_THAT(ranSoFar(), ElementsAre(1, 2));
 }
 
-TEST_F(NSOperationQueueTest, OpeningTwiceOrOftenRunsEachOperationOnce) {
+TEST_F(NSOperationQueueTest, RepeatedResumesRunEachOperationOnce) {
     queue->setSuspended(true);
     add(1);
     for (int i = 0; i < 3; ++i) {
@@ -102,7 +102,7 @@ TEST_F(NSOperationQueueTest, OpeningTwiceOrOftenRunsEachOperationOnce) {
     EXPECT_THAT(ranSoFar(), ElementsAre(1, 2));
 }
 
-TEST_F(NSOperationQueueTest, AnOperationMayAddAnother) {
+TEST_F(NSOperationQueueTest, OperationMayAddAnother) {
     queue->addOperationWithBlock([this] {
         ran->add(1);
         add(2);
@@ -110,13 +110,13 @@ TEST_F(NSOperationQueueTest, AnOperationMayAddAnother) {
     EXPECT_THAT(ranSoFar(), ElementsAre(1, 2));
 }
 
-TEST_F(NSOperationQueueTest, AnEmptyOperationIsNone) {
+TEST_F(NSOperationQueueTest, EmptyOperationsAreIgnored) {
     queue->setSuspended(true);
     queue->addOperationWithBlock(nullptr);
     EXPECT_EQ(queue->operationCount(), 0U);
 }
 
-TEST_F(NSOperationQueueTest, AQueueThatGoesAwayDropsWhatWaits) {
+TEST_F(NSOperationQueueTest, DestroyedQueueDropsWaitingOperations) {
     const auto held = std::make_shared<int>(0);
     queue->setSuspended(true);
     queue->addOperationWithBlock([held, ran = ran] { ran->add(*held); });
@@ -126,7 +126,7 @@ TEST_F(NSOperationQueueTest, AQueueThatGoesAwayDropsWhatWaits) {
     EXPECT_THAT(ranSoFar(), IsEmpty());
 }
 
-TEST_F(NSOperationQueueTest, ManyThreadsMayAddAndSwitch) {
+TEST_F(NSOperationQueueTest, ManyThreadsMayAddAndSuspend) {
     std::vector<std::thread> threads;
     for (int thread = 0; thread < 4; ++thread) {
         threads.emplace_back([this] {
@@ -141,7 +141,7 @@ TEST_F(NSOperationQueueTest, ManyThreadsMayAddAndSwitch) {
     EXPECT_EQ(ranSoFar().size(), 400U);
 }
 
-TEST_F(NSOperationQueueTest, AnOperationMayWaitForTheMainQueueWhileThePhoneSettles) {
+TEST_F(NSOperationQueueTest, OperationMayWaitForTheMainQueue) {
     const auto semaphore = phone().makeSemaphore();
     queue->addOperationWithBlock([semaphore, ran = ran] {
         onMainQueue([semaphore] { semaphore->signal(); });

@@ -11,7 +11,7 @@ namespace {
 
 class NSTimerTest : public SimulatedPhoneTest {};
 
-TEST_F(NSTimerTest, ATimerFiresOnceAfterItsTimeThoughNobodyKeepsIt) {
+TEST_F(NSTimerTest, FiresOnceWithoutAnOwner) {
     int fired = 0;
     phone().scheduledTimer(5, [&] { ++fired; });
     EXPECT_EQ(phone().timers(), std::vector<double>{5});
@@ -22,7 +22,7 @@ TEST_F(NSTimerTest, ATimerFiresOnceAfterItsTimeThoughNobodyKeepsIt) {
     EXPECT_TRUE(phone().timers().empty());
 }
 
-TEST_F(NSTimerTest, ATimerThatWasCalledOffDoesNotFireAndIsNotListed) {
+TEST_F(NSTimerTest, InvalidatedTimerDoesNotFire) {
     int fired = 0;
     const auto timer = phone().scheduledTimer(5, [&] { ++fired; });
     EXPECT_TRUE(timer->isValid());
@@ -34,14 +34,14 @@ TEST_F(NSTimerTest, ATimerThatWasCalledOffDoesNotFireAndIsNotListed) {
     EXPECT_EQ(fired, 0);
 }
 
-TEST_F(NSTimerTest, ATimerThatHasFiredIsNotValid) {
+TEST_F(NSTimerTest, FiredTimerIsNotValid) {
     const auto timer = phone().scheduledTimer(5, [] {});
     phone().advance(5);
     EXPECT_FALSE(timer->isValid());
     timer->invalidate();
 }
 
-TEST_F(NSTimerTest, ThePlatformsOwnTimerCanBeCalledOffToo) {
+TEST_F(NSTimerTest, PlatformTimerCanBeInvalidated) {
     int fired = 0;
     phone().Platform::scheduledTimer(5, [&] { ++fired; });
     phone().Platform::scheduledTimer(6, [&] { ++fired; })->invalidate();
@@ -49,7 +49,7 @@ TEST_F(NSTimerTest, ThePlatformsOwnTimerCanBeCalledOffToo) {
     EXPECT_EQ(fired, 1);
 }
 
-TEST_F(NSTimerTest, ATimerMayCallItselfOff) {
+TEST_F(NSTimerTest, TimerMayInvalidateItself) {
     std::shared_ptr<NSTimer> timer;
     int fired = 0;
     timer = phone().scheduledTimer(1, [&] {
@@ -69,14 +69,14 @@ protected:
     }
 };
 
-TEST_F(DispatchGroupTest, AnEmptyGroupNotifiesSoonButNotAtOnce) {
+TEST_F(DispatchGroupTest, EmptyGroupPostsItsNotification) {
     notify();
     EXPECT_EQ(notices, 0);
     phone().runMainQueue();
     EXPECT_EQ(notices, 1);
 }
 
-TEST_F(DispatchGroupTest, AGroupNotifiesOnceWhenTheLastHasLeft) {
+TEST_F(DispatchGroupTest, NotifiesOnceAfterTheLastLeave) {
     group.enter();
     group.enter();
     notify();

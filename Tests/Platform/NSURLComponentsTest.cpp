@@ -14,7 +14,7 @@ std::string resolved(const std::string& path, const std::string& base = "https:/
     return components.URLRelativeToURL(NSURL::URLWithString(base).value()).absoluteString();
 }
 
-TEST(NSURLComponentsTest, APathIsResolvedAgainstItsBase) {
+TEST(NSURLComponentsTest, ResolvesAPathAgainstItsBase) {
     EXPECT_EQ(resolved("api/x"), "https://h/api/x");
     EXPECT_EQ(resolved("api/x", "https://h/"), "https://h/api/x");
     EXPECT_EQ(resolved("api/x", "https://h/v1"), "https://h/api/x");
@@ -24,7 +24,7 @@ TEST(NSURLComponentsTest, APathIsResolvedAgainstItsBase) {
     EXPECT_EQ(resolved("", "https://h/v1?q#f"), "https://h/v1?q#f");
 }
 
-TEST(NSURLComponentsTest, OnlyThePathOfTheBaseIsResolvedAgainst) {
+TEST(NSURLComponentsTest, IgnoresTheBasesQueryAndFragment) {
     EXPECT_EQ(resolved("b", "https://h/v1/x?q=c/d#e/f"), "https://h/v1/b");
     EXPECT_EQ(resolved("b", "https://h/v1/x#e/f"), "https://h/v1/b");
     EXPECT_EQ(resolved("b", "https://h?q=c/d"), "https://h/b");
@@ -34,7 +34,7 @@ TEST(NSURLComponentsTest, OnlyThePathOfTheBaseIsResolvedAgainst) {
     EXPECT_EQ(resolved("b", "https://h/%7Ea%2F/"), "https://h/%7Ea%2F/b");
 }
 
-TEST(NSURLComponentsTest, AQueryAloneKeepsThePathOfTheBase) {
+TEST(NSURLComponentsTest, QueryAloneKeepsTheBasesPath) {
     EXPECT_EQ(resolved("", "https://h/v1/x?old#f", {{"a", "b"}}), "https://h/v1/x?a=b");
 }
 
@@ -47,14 +47,14 @@ TEST(NSURLComponentsTest, ItemsMayBeSetAgain) {
     EXPECT_EQ(components.URLRelativeToURL(NSURL::URLWithString("https://h").value()).absoluteString(), "https://h/b");
 }
 
-TEST(NSURLComponentsTest, PathCharactersStayAndAllOthersAreEncoded) {
+TEST(NSURLComponentsTest, EncodesAllButPathCharacters) {
     EXPECT_EQ(resolved("a-._~!$&'()*+,;=:@/b"), "https://h/a-._~!$&'()*+,;=:@/b");
     EXPECT_EQ(resolved("a b?c#d%e[f]\"<>"), "https://h/a%20b%3Fc%23d%25e%5Bf%5D%22%3C%3E");
     EXPECT_EQ(resolved("\u00e9\xff"), "https://h/%C3%A9%FF");
     EXPECT_EQ(resolved(std::string("a\0b", 3)), "https://h/a%00b");
 }
 
-TEST(NSURLComponentsTest, APathIsNeverTakenForASchemeOrAnAuthority) {
+TEST(NSURLComponentsTest, PathIsNoSchemeAndNoAuthority) {
     EXPECT_EQ(resolved("a:b/c"), "https://h/a:b/c");
     EXPECT_EQ(resolved("http://evil/c"), "https://h/http://evil/c");
     EXPECT_EQ(resolved("//evil/c"), "https://h//evil/c");
@@ -73,7 +73,7 @@ TEST(NSURLComponentsTest, DotSegmentsAreRemoved) {
     EXPECT_EQ(resolved("a/.."), "https://h/");
 }
 
-TEST(NSURLComponentsTest, QueryItemsComeInOrderAndEncoded) {
+TEST(NSURLComponentsTest, QueryItemsAreEncodedInOrder) {
     EXPECT_EQ(resolved("p", "https://h", {{"b", "2"}, {"a", "1"}}), "https://h/p?b=2&a=1");
     EXPECT_EQ(resolved("p", "https://h", {{"a&=+#%", "x&y=z+1#%2B"}}),
               "https://h/p?a%26%3D%2B%23%25=x%26y%3Dz%2B1%23%252B");

@@ -8,7 +8,7 @@ namespace {
 
 NSURL url(const std::string& text) { return NSURL::URLWithString(text).value(); }
 
-TEST(NSURLTest, AnAbsoluteURLKeepsItsText) {
+TEST(NSURLTest, AbsoluteURLKeepsItsString) {
     for (const auto* text :
          {"https://h", "HTTPS://Host.Example:8443/a%20b/./c?x=1&y#f", "http://user:pw@h/", "vorlane://notification-yes",
           "VORLANE://Notification-Yes/path?q", "mailto:a@b", "http://[::1]:80/", "file:///etc", "x-a+b.c://h"}) {
@@ -19,7 +19,7 @@ TEST(NSURLTest, AnAbsoluteURLKeepsItsText) {
     }
 }
 
-TEST(NSURLTest, WhatIsNoAbsoluteURLIsNothing) {
+TEST(NSURLTest, InvalidURLsAreNullopt) {
     for (const auto& text :
          {std::string(), std::string("h"), std::string("/path"), std::string("//h/"), std::string("://h"),
           std::string("1a://h"), std::string("http://h h/"), std::string("http://h:99999/"), std::string("http://h:x/"),
@@ -29,7 +29,7 @@ TEST(NSURLTest, WhatIsNoAbsoluteURLIsNothing) {
     }
 }
 
-TEST(NSURLTest, DeepLinksMayHoldWhatNoHostNameCan) {
+TEST(NSURLTest, DeepLinksMayHoldUnusualHosts) {
     EXPECT_EQ(url("app://item=5&x").host(), "item=5&x");
     EXPECT_EQ(url("app://a,b;c!/d").host(), "a,b;c!");
     EXPECT_EQ(url("app://user@place:80/").host(), "place");
@@ -45,7 +45,7 @@ TEST(NSURLTest, DeepLinksMayHoldWhatNoHostNameCan) {
     }
 }
 
-TEST(NSURLTest, ThePiecesAreThoseOfTheText) {
+TEST(NSURLTest, ComponentsAreAsWritten) {
     const auto full = url("HTTPS://user@Host.Example:8443/a%20b/c?x=1#f");
     EXPECT_EQ(full.scheme(), "HTTPS");
     EXPECT_EQ(full.host(), "Host.Example");
@@ -64,13 +64,13 @@ TEST(NSURLTest, ThePiecesAreThoseOfTheText) {
     EXPECT_EQ(url("vorlane://Location-Yes?x").host(), "Location-Yes");
 }
 
-TEST(NSURLTest, AURLWithoutAnAuthorityHasNoHost) {
+TEST(NSURLTest, URLWithoutAnAuthorityHasNoHost) {
     EXPECT_EQ(url("mailto:a@b").host(), std::nullopt);
     EXPECT_EQ(url("vorlane:notification-yes").host(), std::nullopt);
     EXPECT_EQ(url("mailto:a@b").path(), "a@b");
 }
 
-TEST(NSURLTest, URLsAreEqualWhenTheirTextsAre) {
+TEST(NSURLTest, URLsWithEqualStringsAreEqual) {
     EXPECT_EQ(url("https://h/a"), url("https://h/a"));
     EXPECT_NE(url("https://h/a"), url("https://H/a"));
 }

@@ -27,21 +27,21 @@ protected:
     ~PlatformTest() override { Platform::install(nullptr); }
 };
 
-TEST_F(PlatformTest, AnInstalledPlatformIsTheCurrentOne) {
+TEST_F(PlatformTest, InstalledPlatformIsCurrent) {
     const auto phone = std::make_shared<SimulatedPhone>();
     Platform::install(phone);
     EXPECT_EQ(&Platform::current(), phone.get());
     Platform::shutdown();
 }
 
-TEST_F(PlatformTest, WithoutOneTheLinuxPlatformIsMade) {
+TEST_F(PlatformTest, LinuxPlatformIsTheDefault) {
     EXPECT_TRUE(dynamic_cast<LinuxPlatform*>(&Platform::current()));
     EXPECT_EQ(&Platform::current(), &Platform::current());
     EXPECT_EQ(Platform::current().systemVersion(), 12.0);
     Platform::shutdown();
 }
 
-TEST_F(PlatformTest, ShuttingDownWithoutAPlatformOrTwiceIsFine) {
+TEST_F(PlatformTest, ShutdownNeedsNoPlatformAndMayRepeat) {
     Platform::shutdown();
     Platform::install(std::make_shared<SimulatedPhone>());
     Platform::shutdown();
@@ -56,12 +56,12 @@ protected:
     void stop() override {
         ++stops;
         SimulatedPhone::stop();
-        // What runs while the platform stops may still ask for it.
+        // Tasks that run while the platform stops may still use it.
         EXPECT_EQ(&Platform::current(), this);
     }
 };
 
-TEST_F(PlatformTest, TheNextPlatformStopsTheOneBefore) {
+TEST_F(PlatformTest, InstallingStopsThePreviousPlatform) {
     const auto phone = std::make_shared<StopCounter>();
     Platform::install(phone);
     Platform::install(std::make_shared<SimulatedPhone>());
@@ -69,7 +69,7 @@ TEST_F(PlatformTest, TheNextPlatformStopsTheOneBefore) {
     Platform::shutdown();
 }
 
-TEST_F(PlatformTest, InstallingTheOneInForceLeavesItAtWork) {
+TEST_F(PlatformTest, ReinstallingHasNoEffect) {
     const auto phone = std::make_shared<StopCounter>();
     Platform::install(phone);
     const auto* object = &counted.get();
@@ -103,7 +103,7 @@ TEST_F(PlatformTest, ManyThreadsMakeOneDefaultPlatform) {
     Platform::shutdown();
 }
 
-TEST_F(PlatformTest, AnInstalledPlatformIsLetGoOfWithTheNext) {
+TEST_F(PlatformTest, InstallingReleasesThePreviousPlatform) {
     auto phone = std::make_shared<SimulatedPhone>();
     const std::weak_ptr<Platform> seen = phone;
     Platform::install(std::move(phone));
@@ -112,7 +112,7 @@ TEST_F(PlatformTest, AnInstalledPlatformIsLetGoOfWithTheNext) {
     EXPECT_TRUE(seen.expired());
 }
 
-TEST_F(PlatformTest, ProcessWideObjectsGoNewestFirst) {
+TEST_F(PlatformTest, ProcessWideObjectsAreResetNewestFirst) {
     static std::vector<int> gone;
     gone.clear();
     struct Noting {
@@ -131,7 +131,7 @@ TEST_F(PlatformTest, ProcessWideObjectsGoNewestFirst) {
     EXPECT_EQ(gone.size(), 2U);
 }
 
-TEST_F(PlatformTest, TheMainQueueIsThatOfThePlatform) {
+TEST_F(PlatformTest, MainQueueIsThePlatforms) {
     const auto phone = std::make_shared<SimulatedPhone>();
     Platform::install(phone);
     bool hasRun = false;
@@ -142,7 +142,7 @@ TEST_F(PlatformTest, TheMainQueueIsThatOfThePlatform) {
     Platform::shutdown();
 }
 
-TEST_F(PlatformTest, AProcessWideObjectIsMadeOnceAndDroppedWithThePlatform) {
+TEST_F(PlatformTest, ProcessWideObjectIsMadeOncePerPlatform) {
     Platform::install(nullptr);
     const int made = Counted::made;
     const int gone = Counted::gone;

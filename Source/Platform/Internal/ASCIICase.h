@@ -5,13 +5,13 @@
 
 namespace vorlane {
 
-// Case of ASCII letters alone, without the locale's help: an application may have changed that.
+// Case of ASCII letters only. The C library's functions follow the locale, which the host may have set.
 
 char inLowercase(char letter);
 char inCapitals(char letter);
 std::string lowercased(std::string text);
 std::string capitalised(std::string text);
-/// Whether both texts are equal when the case is left aside.
+/// Whether both strings are equal but for the case of ASCII letters.
 bool isEqualIgnoringCase(std::string_view text, std::string_view other);
 
 }  // namespace vorlane

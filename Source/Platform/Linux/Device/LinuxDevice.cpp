@@ -22,7 +22,7 @@ utsname kernel() {
     return names;
 }
 
-/// The field of os-release; empty when there is none.
+/// The field of os-release, or an empty string.
 std::string releaseField(const std::string& name) {
     for (const char* path : {"/etc/os-release", "/usr/lib/os-release"}) {
         const auto text = NSFileManager::contentsAtPath(path);
@@ -53,7 +53,7 @@ std::string LinuxDevice::machine() const { return kernel().machine; }
 std::vector<std::string> LinuxDevice::preferredLanguages() const { return preferredLanguageTags(lookup_); }
 
 NSTimeZone LinuxDevice::localTimeZone() const {
-    // Reads TZ again; localtime_r() alone need not.
+    // Reads TZ again, which localtime_r() need not do.
     tzset();
     const std::time_t now = std::time(nullptr);
     std::tm local{};

@@ -8,14 +8,14 @@
 
 namespace vorlane {
 
-/// The machine and its user's preferences, read anew with each question.
+/// The machine and its user's preferences, read again by each call.
 class LinuxDevice : public UIDevice {
 public:
     explicit LinuxDevice(EnvironmentLookup lookup = environmentVariable);
 
-    /// The distribution's name by os-release ("Debian GNU/Linux"); the kernel's name where there is none.
+    /// The distribution's name in os-release ("Debian GNU/Linux"), or else the kernel's name.
     std::string systemName() const override;
-    /// The distribution's version by os-release ("12"); the kernel's release where there is none.
+    /// The distribution's version in os-release ("12"), or else the kernel's release.
     std::string systemVersion() const override;
     std::string machine() const override;
     std::vector<std::string> preferredLanguages() const override;

@@ -9,13 +9,13 @@ namespace vorlane {
 
 namespace {
 
-// Of ASCII, whatever locale the application has set.
+// ASCII only, whatever locale the application has set.
 bool isLetter(char c) { return inLowercase(c) >= 'a' && inLowercase(c) <= 'z'; }
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 bool isPlainLocale(std::string_view name) { return name == "C" || name == "POSIX"; }
 
-/// `text` up to the first of `ends`; the rest, from there on, stays in `text`.
+/// Removes and returns the part of `text` before the first of the characters in `ends`.
 std::string takeUntil(std::string_view& text, std::string_view ends) {
     const auto end = std::min(text.find_first_of(ends), text.size());
     std::string taken(text.substr(0, end));
@@ -32,7 +32,7 @@ bool isRegion(const std::string& text) {
            (text.size() == 3 && std::ranges::all_of(text, isDigit));
 }
 
-/// The script that a locale's modifier asks for; empty for another modifier ("euro").
+/// The script of a locale's modifier; empty if the modifier is no script ("euro").
 std::string scriptOfModifier(const std::string& modifier) {
     if (modifier == "latin") return "Latn";
     if (modifier == "cyrillic") return "Cyrl";
@@ -45,7 +45,7 @@ bool isZoneName(std::string_view text) {
         return isLetter(c) || isDigit(c) || c == '_' || c == '-' || c == '+' || c == '/';
     };
     if (text.empty() || !isLetter(text.front()) || !std::ranges::all_of(text, belongs)) return false;
-    // Without a folder, digits and signs make a rule of it.
+    // Without a slash, digits or signs mean a rule.
     return text.find('/') != std::string_view::npos || std::ranges::all_of(text, isLetter);
 }
 

@@ -1,6 +1,6 @@
 #include "Platform/Linux/Device/LinuxOSLog.h"
 
-// The place in this file would be the same for every line.
+// Every line would have the same location in this file.
 #define SD_JOURNAL_SUPPRESS_LOCATION
 #include <fmt/format.h>
 #include <sys/uio.h>

@@ -7,15 +7,15 @@
 
 namespace vorlane {
 
-/// A handle on the system journal. Without a journal its lines vanish.
+/// A handle on the system journal. Without a journal, lines are dropped.
 class LinuxOSLog : public OSLog {
 public:
-    /// `identifier` names the program, as in the journal's SYSLOG_IDENTIFIER.
+    /// `identifier` is the program's name in the journal, SYSLOG_IDENTIFIER.
     LinuxOSLog(std::string identifier, std::string subsystem, std::string category);
 
     void log(OSLogType type, const std::string& text) override;
 
-    /// One journal entry as "NAME=value" fields.
+    /// The fields of a journal entry, as "NAME=value".
     std::vector<std::string> fields(OSLogType type, const std::string& text) const;
 
 private:

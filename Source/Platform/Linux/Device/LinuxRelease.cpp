@@ -12,7 +12,7 @@ bool isFieldName(const std::string& name) {
     return !name.empty() && std::ranges::all_of(name, [](unsigned char c) { return std::isalnum(c) != 0 || c == '_'; });
 }
 
-/// What a shell makes of one word.
+/// Removes a word's quotes as a shell does.
 std::string unquoted(const std::string& word) {
     std::string text;
     char quote = '\0';

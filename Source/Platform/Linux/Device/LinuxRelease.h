@@ -5,8 +5,8 @@
 
 namespace vorlane {
 
-/// The fields of an os-release file, which is written as shell assignments: quotes and backslashes are resolved,
-/// comments and lines of any other form are left out, a later assignment wins.
+/// The fields of an os-release file, which consists of shell assignments. Quotes and backslashes are resolved, comments
+/// and other lines are ignored, and the last assignment of a name counts.
 std::map<std::string, std::string> fieldsOfRelease(const std::string& text);
 
 }  // namespace vorlane

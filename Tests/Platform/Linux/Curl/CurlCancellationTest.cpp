@@ -25,7 +25,7 @@ protected:
     LoopbackServer server{LoopbackServer::answering([](const auto&) { return LoopbackServer::answer(200, "answer"); })};
 };
 
-TEST_F(CurlCancellationTest, ARequestUnderWayEndsAsCancelled) {
+TEST_F(CurlCancellationTest, CancelsARunningRequest) {
     PendingRequest request(session, requestOf(silent.url()));
     request.resume();
     silent.waitForConnections(1);
@@ -35,14 +35,14 @@ TEST_F(CurlCancellationTest, ARequestUnderWayEndsAsCancelled) {
     EXPECT_EQ(outcome.error->userInfo().at("NSErrorFailingURLStringKey"), silent.url());
 }
 
-TEST_F(CurlCancellationTest, ARequestThatHasJustBeenResumedEndsAsCancelled) {
+TEST_F(CurlCancellationTest, CancelsAResumedRequest) {
     PendingRequest request(session, requestOf(silent.url()));
     request.resume();
     request.cancel();
     EXPECT_EQ(request.outcome().errorCode(), kCancelled);
 }
 
-TEST_F(CurlCancellationTest, ARequestThatWasNeverResumedEndsAsCancelledAndIsNotSent) {
+TEST_F(CurlCancellationTest, CancelledSuspendedRequestIsNotSent) {
     PendingRequest request(session, requestOf(server.url()));
     request.cancel();
     EXPECT_EQ(request.outcome().errorCode(), kCancelled);
@@ -51,7 +51,7 @@ TEST_F(CurlCancellationTest, ARequestThatWasNeverResumedEndsAsCancelledAndIsNotS
     EXPECT_EQ(server.connectionCount(), 0);
 }
 
-TEST_F(CurlCancellationTest, ARequestThatWaitsForAConnectionEndsAsCancelled) {
+TEST_F(CurlCancellationTest, CancelsARequestThatWaitsForAConnection) {
     std::vector<PendingRequest> requests;
     for (int i = 0; i < 50; ++i) requests.emplace_back(session, requestOf(silent.url())).resume();
     silent.waitForConnections(6);
@@ -59,7 +59,7 @@ TEST_F(CurlCancellationTest, ARequestThatWaitsForAConnectionEndsAsCancelled) {
     EXPECT_EQ(requests.back().outcome().errorCode(), kCancelled);
 }
 
-TEST_F(CurlCancellationTest, ACancelledRequestMakesRoomForTheNext) {
+TEST_F(CurlCancellationTest, CancelledRequestsFreeTheirConnections) {
     std::atomic<bool> isSilent = true;
     const LoopbackServer moody([&isSilent](Connection& connection) {
         while (connection.readRequest()) {
@@ -77,7 +77,7 @@ TEST_F(CurlCancellationTest, ACancelledRequestMakesRoomForTheNext) {
     EXPECT_EQ(next.outcome().status(), 200);
 }
 
-TEST_F(CurlCancellationTest, AfterItsEndACancelDoesNothing) {
+TEST_F(CurlCancellationTest, CancelAfterTheEndHasNoEffect) {
     PendingRequest request(session, requestOf(server.url()));
     request.resume();
     EXPECT_EQ(request.outcome().text(), "answer");
@@ -85,7 +85,7 @@ TEST_F(CurlCancellationTest, AfterItsEndACancelDoesNothing) {
     EXPECT_EQ(fetch(session, requestOf(server.url())).text(), "answer");
 }
 
-TEST_F(CurlCancellationTest, CancellingFromManyPlacesEndsARequestOnce) {
+TEST_F(CurlCancellationTest, ConcurrentCancelsEndARequestOnce) {
     for (int round = 0; round < 50; ++round) {
         std::atomic<int> ends = 0;
         const auto task = session.dataTaskWithRequest(requestOf(server.url()), [&ends](auto, auto, auto) { ++ends; });
@@ -99,7 +99,7 @@ TEST_F(CurlCancellationTest, CancellingFromManyPlacesEndsARequestOnce) {
     }
 }
 
-TEST_F(CurlCancellationTest, AStopCancelsWhatIsUnderWayAndWaitsForTheHandlers) {
+TEST_F(CurlCancellationTest, StopCancelsRequestsAndWaitsForHandlers) {
     std::atomic<int> cancelled = 0;
     for (int i = 0; i < 100; ++i) {
         session
@@ -117,12 +117,12 @@ TEST_F(CurlCancellationTest, AStopCancelsWhatIsUnderWayAndWaitsForTheHandlers) {
     EXPECT_EQ(cancelled, 100);
 }
 
-TEST_F(CurlCancellationTest, AStopWithNothingUnderWayEndsAtOnce) {
+TEST_F(CurlCancellationTest, StopWithoutRequestsReturnsAtOnce) {
     session.stop(in(std::chrono::milliseconds(0)));
     EXPECT_TRUE(session.hasDelivered());
 }
 
-TEST_F(CurlCancellationTest, ARequestAfterTheStopEndsAsCancelled) {
+TEST_F(CurlCancellationTest, RequestAfterStopIsCancelled) {
     EXPECT_EQ(fetch(session, requestOf(server.url())).text(), "answer");
     PendingRequest early(session, requestOf(server.url()));
     session.stop(in(std::chrono::seconds(2)));
@@ -131,13 +131,13 @@ TEST_F(CurlCancellationTest, ARequestAfterTheStopEndsAsCancelled) {
     EXPECT_EQ(fetch(session, requestOf(server.url())).errorCode(), kCancelled);
 }
 
-TEST_F(CurlCancellationTest, ASecondStopDoesNothing) {
+TEST_F(CurlCancellationTest, SecondStopHasNoEffect) {
     session.stop(in(std::chrono::seconds(2)));
     session.stop(in(std::chrono::seconds(2)));
     EXPECT_EQ(fetch(session, requestOf(server.url())).errorCode(), kCancelled);
 }
 
-TEST_F(CurlCancellationTest, AfterTheCloseNoHandlerRuns) {
+TEST_F(CurlCancellationTest, NoHandlerRunsAfterClose) {
     std::atomic<bool> hasRun = false;
     const auto task =
         session.dataTaskWithRequest(requestOf(server.url()), [&hasRun](auto, auto, auto) { hasRun = true; });
@@ -147,7 +147,7 @@ TEST_F(CurlCancellationTest, AfterTheCloseNoHandlerRuns) {
     EXPECT_FALSE(hasRun);
 }
 
-TEST_F(CurlCancellationTest, ASessionThatIsLetGoOfCancelsItsRequests) {
+TEST_F(CurlCancellationTest, DestroyedSessionCancelsItsRequests) {
     auto brief = std::make_unique<CurlURLSession>(NSURLSessionConfiguration{10});
     PendingRequest request(*brief, requestOf(silent.url()));
     request.resume();
@@ -157,7 +157,7 @@ TEST_F(CurlCancellationTest, ASessionThatIsLetGoOfCancelsItsRequests) {
     EXPECT_EQ(request.outcome().errorCode(), kCancelled);
 }
 
-TEST_F(CurlCancellationTest, ASessionMayBeLetGoOfInsideAHandler) {
+TEST_F(CurlCancellationTest, HandlerMayDestroyTheSession) {
     auto brief = std::make_shared<CurlURLSession>(NSURLSessionConfiguration{10});
     std::promise<void> done;
     CurlURLSession& running = *brief;
@@ -171,7 +171,7 @@ TEST_F(CurlCancellationTest, ASessionMayBeLetGoOfInsideAHandler) {
     done.get_future().get();
 }
 
-TEST_F(CurlCancellationTest, WhatAHandlerHoldsIsLetGoOfAfterItsCall) {
+TEST_F(CurlCancellationTest, HandlerIsDestroyedAfterItsCall) {
     auto held = std::make_shared<int>(1);
     const std::weak_ptr<int> observed = held;
     std::promise<void> called;

@@ -16,7 +16,7 @@ NSURLError codeOf(CURLcode code, long verification = 0, long systemError = 0) {
     return urlErrorCode(failure);
 }
 
-TEST(CurlErrorTest, EveryKindOfFailureHasItsCode) {
+TEST(CurlErrorTest, EachFailureHasItsCode) {
     EXPECT_EQ(codeOf(CURLE_OPERATION_TIMEDOUT), NSURLError::timedOut);
     EXPECT_EQ(codeOf(CURLE_URL_MALFORMAT), NSURLError::badURL);
     EXPECT_EQ(codeOf(CURLE_UNSUPPORTED_PROTOCOL), NSURLError::unsupportedURL);
@@ -39,14 +39,14 @@ TEST(CurlErrorTest, EveryKindOfFailureHasItsCode) {
     EXPECT_EQ(codeOf(CURLE_OUT_OF_MEMORY), NSURLError::unknown);
 }
 
-TEST(CurlErrorTest, AConnectionThatCannotBeMadeTellsAnUnreachableNetworkApart) {
+TEST(CurlErrorTest, UnreachableNetworkMeansOffline) {
     EXPECT_EQ(codeOf(CURLE_COULDNT_CONNECT, 0, ECONNREFUSED), NSURLError::cannotConnectToHost);
     EXPECT_EQ(codeOf(CURLE_COULDNT_CONNECT, 0, EHOSTUNREACH), NSURLError::cannotConnectToHost);
     EXPECT_EQ(codeOf(CURLE_COULDNT_CONNECT, 0, ENETUNREACH), NSURLError::notConnectedToInternet);
     EXPECT_EQ(codeOf(CURLE_COULDNT_CONNECT, 0, ENETDOWN), NSURLError::notConnectedToInternet);
 }
 
-TEST(CurlErrorTest, ACertificateIsToldByWhatIsWrongWithIt) {
+TEST(CurlErrorTest, EachCertificateFaultHasItsCode) {
     EXPECT_EQ(codeOf(CURLE_PEER_FAILED_VERIFICATION, X509_V_ERR_CERT_HAS_EXPIRED),
               NSURLError::serverCertificateHasBadDate);
     EXPECT_EQ(codeOf(CURLE_PEER_FAILED_VERIFICATION, X509_V_ERR_CERT_NOT_YET_VALID),
@@ -57,7 +57,7 @@ TEST(CurlErrorTest, ACertificateIsToldByWhatIsWrongWithIt) {
     EXPECT_EQ(codeOf(CURLE_PEER_FAILED_VERIFICATION), NSURLError::serverCertificateUntrusted);
 }
 
-TEST(CurlErrorTest, WithoutATextTheErrorHasTheNameOfItsCode) {
+TEST(CurlErrorTest, EmptyDescriptionBecomesTheCodesName) {
     CurlFailure failure;
     failure.code = CURLE_RECV_ERROR;
     const auto url = *NSURL::URLWithString("https://host/path");

@@ -18,7 +18,7 @@ constexpr std::size_t kMebibyte = std::size_t{1} << 20;
 
 std::int64_t codeOf(NSURLError code) { return static_cast<std::int64_t>(code); }
 
-/// That many zeros, compressed by gzip.
+/// `count` zeros, compressed by gzip.
 std::string packedZeros(std::size_t count) {
     const std::string command = "head -c " + std::to_string(count) + " /dev/zero | gzip -9";
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> pipe(popen(command.c_str(), "r"), &pclose);
@@ -29,10 +29,10 @@ std::string packedZeros(std::size_t count) {
     return packed;
 }
 
-/// What a server may do to a session.
+/// Faults of a server.
 class CurlFaultTest : public testing::Test {
 protected:
-    /// What becomes of a GET whose connection is treated so after the request.
+    /// The outcome of a GET whose connection the script continues after the request.
     SessionOutcome outcomeOf(const LoopbackServer::Script& treatment) {
         const LoopbackServer server([&treatment](Connection& connection) {
             if (connection.readRequest()) treatment(connection);
@@ -48,7 +48,7 @@ protected:
     CurlURLSession hastySession{NSURLSessionConfiguration{0.2}};
 };
 
-TEST_F(CurlFaultTest, ARefusedConnectionCannotBeMade) {
+TEST_F(CurlFaultTest, RefusedConnectionFails) {
     std::string url;
     {
         const LoopbackServer server([](Connection&) {});
@@ -62,26 +62,26 @@ TEST_F(CurlFaultTest, ARefusedConnectionCannotBeMade) {
     EXPECT_THAT(outcome.error->localizedDescription(), testing::HasSubstr("127.0.0.1"));
 }
 
-TEST_F(CurlFaultTest, AHostThatNobodyKnowsIsNotFound) {
+TEST_F(CurlFaultTest, UnknownHostIsNotFound) {
     EXPECT_EQ(fetch(session, requestOf("http://nobody..knows/")).errorCode(), codeOf(NSURLError::cannotFindHost));
 }
 
-TEST_F(CurlFaultTest, OnlyTheWebIsSpoken) {
+TEST_F(CurlFaultTest, OtherSchemesAreUnsupported) {
     const auto outcome = fetch(session, requestOf("ftp://127.0.0.1/"));
     EXPECT_EQ(outcome.errorCode(), codeOf(NSURLError::unsupportedURL));
     EXPECT_EQ(fetch(session, requestOf("file:///etc/passwd")).errorCode(), codeOf(NSURLError::unsupportedURL));
 }
 
-TEST_F(CurlFaultTest, AResetBeforeTheAnswerIsALostConnection) {
+TEST_F(CurlFaultTest, ResetBeforeTheResponseLosesTheConnection) {
     const auto outcome = outcomeOf([](Connection& connection) { connection.reset(); });
     EXPECT_EQ(outcome.errorCode(), codeOf(NSURLError::networkConnectionLost));
 }
 
-TEST_F(CurlFaultTest, AnEndBeforeTheAnswerIsALostConnection) {
+TEST_F(CurlFaultTest, EndBeforeTheResponseLosesTheConnection) {
     EXPECT_EQ(outcomeOf(std::string()).errorCode(), codeOf(NSURLError::networkConnectionLost));
 }
 
-TEST_F(CurlFaultTest, AResetWithinTheBodyIsALostConnection) {
+TEST_F(CurlFaultTest, ResetInTheBodyLosesTheConnection) {
     const auto outcome = outcomeOf([](Connection& connection) {
         connection.write("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nhalf");
         connection.reset();
@@ -90,20 +90,20 @@ TEST_F(CurlFaultTest, AResetWithinTheBodyIsALostConnection) {
     EXPECT_EQ(outcome.data, std::nullopt);
 }
 
-TEST_F(CurlFaultTest, ABodyShorterThanAnnouncedIsALostConnection) {
+TEST_F(CurlFaultTest, ShortBodyLosesTheConnection) {
     EXPECT_EQ(outcomeOf("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nhalf").errorCode(),
               codeOf(NSURLError::networkConnectionLost));
     EXPECT_EQ(outcomeOf("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n64\r\nhalf").errorCode(),
               codeOf(NSURLError::networkConnectionLost));
 }
 
-TEST_F(CurlFaultTest, AnAnswerThatIsNoHTTPIsABadOne) {
+TEST_F(CurlFaultTest, ResponseThatIsNotHTTPIsBad) {
     EXPECT_EQ(outcomeOf("220 mail.example ESMTP ready\r\n").errorCode(), codeOf(NSURLError::badServerResponse));
     EXPECT_EQ(outcomeOf(std::string(100, '\0')).errorCode(), codeOf(NSURLError::badServerResponse));
     EXPECT_EQ(outcomeOf("HTTP/9.7 200 OK\r\n\r\n").errorCode(), codeOf(NSURLError::badServerResponse));
 }
 
-TEST_F(CurlFaultTest, AServerThatNeverAnswersTimesOut) {
+TEST_F(CurlFaultTest, SilentServerTimesOut) {
     const LoopbackServer server([](Connection& connection) { connection.staySilent(); });
     const auto start = std::chrono::steady_clock::now();
     const auto outcome = fetch(hastySession, requestOf(server.url()));
@@ -113,7 +113,7 @@ TEST_F(CurlFaultTest, AServerThatNeverAnswersTimesOut) {
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(200));
 }
 
-TEST_F(CurlFaultTest, AnAnswerThatStopsHalfwayTimesOut) {
+TEST_F(CurlFaultTest, StalledResponseTimesOut) {
     const LoopbackServer server([](Connection& connection) {
         connection.readRequest();
         connection.write("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nhalf");
@@ -122,20 +122,20 @@ TEST_F(CurlFaultTest, AnAnswerThatStopsHalfwayTimesOut) {
     EXPECT_EQ(fetch(hastySession, requestOf(server.url())).errorCode(), codeOf(NSURLError::timedOut));
 }
 
-TEST_F(CurlFaultTest, AServerThatNeverFinishesItsHandshakeTimesOut) {
+TEST_F(CurlFaultTest, StalledHandshakeTimesOut) {
     const LoopbackServer server([](Connection& connection) { connection.staySilent(); });
     const std::string url = "https" + server.url().substr(4);
     EXPECT_EQ(fetch(hastySession, requestOf(url)).errorCode(), codeOf(NSURLError::timedOut));
 }
 
-TEST_F(CurlFaultTest, RequestsThatWaitForAConnectionTimeOutToo) {
+TEST_F(CurlFaultTest, RequestsWaitingForAConnectionTimeOut) {
     const LoopbackServer server([](Connection& connection) { connection.staySilent(); });
     std::vector<PendingRequest> requests;
     for (int i = 0; i < 100; ++i) requests.emplace_back(hastySession, requestOf(server.url())).resume();
     for (auto& request : requests) EXPECT_EQ(request.outcome().errorCode(), codeOf(NSURLError::timedOut));
 }
 
-TEST_F(CurlFaultTest, AnAnswerThatTricklesInDoesNotTimeOut) {
+TEST_F(CurlFaultTest, SlowResponseDoesNotTimeOut) {
     const LoopbackServer server([](Connection& connection) {
         connection.readRequest();
         connection.write("HTTP/1.1 200 OK\r\nContent-Length: 8\r\n\r\n");
@@ -147,7 +147,7 @@ TEST_F(CurlFaultTest, AnAnswerThatTricklesInDoesNotTimeOut) {
     EXPECT_EQ(fetch(hastySession, requestOf(server.url())).text(), "xxxxxxxx");
 }
 
-TEST_F(CurlFaultTest, ABodyThatIsTakenSlowlyDoesNotTimeOut) {
+TEST_F(CurlFaultTest, SlowUploadDoesNotTimeOut) {
     const LoopbackServer server([](Connection& connection) {
         for (int i = 0; i < 8; ++i) {
             connection.pause(50);
@@ -160,7 +160,7 @@ TEST_F(CurlFaultTest, ABodyThatIsTakenSlowlyDoesNotTimeOut) {
     EXPECT_EQ(fetch(hastySession, requestOf(server.url(), "POST", body)).text(), "taken");
 }
 
-TEST_F(CurlFaultTest, AnAnswerOfThirtyTwoMebibytesIsTaken) {
+TEST_F(CurlFaultTest, AcceptsAResponseOf32MiB) {
     const auto outcome = outcomeOf([](Connection& connection) {
         connection.write(LoopbackServer::answer(200, std::string(32 * kMebibyte, 'x')));
     });
@@ -168,12 +168,12 @@ TEST_F(CurlFaultTest, AnAnswerOfThirtyTwoMebibytesIsTaken) {
     EXPECT_EQ(outcome.data.value_or(Data()).size(), 32 * kMebibyte);
 }
 
-TEST_F(CurlFaultTest, AnAnswerThatAnnouncesMoreIsRefused) {
+TEST_F(CurlFaultTest, RefusesAnAnnouncedLengthAboveTheLimit) {
     const auto outcome = outcomeOf("HTTP/1.1 200 OK\r\nContent-Length: 41943040\r\n\r\n");
     EXPECT_EQ(outcome.errorCode(), codeOf(NSURLError::dataLengthExceedsMaximum));
 }
 
-TEST_F(CurlFaultTest, AnAnswerThatTurnsOutLongerIsBrokenOff) {
+TEST_F(CurlFaultTest, AbortsAResponseAboveTheLimit) {
     const auto outcome = outcomeOf([](Connection& connection) {
         connection.write("HTTP/1.1 200 OK\r\n\r\n");
         const std::string piece(kMebibyte, 'x');
@@ -184,14 +184,14 @@ TEST_F(CurlFaultTest, AnAnswerThatTurnsOutLongerIsBrokenOff) {
     EXPECT_EQ(outcome.data, std::nullopt);
 }
 
-TEST_F(CurlFaultTest, AnAnswerThatUnpacksToMoreIsBrokenOff) {
+TEST_F(CurlFaultTest, AbortsACompressedResponseAboveTheLimit) {
     const std::string packed = packedZeros(40 * kMebibyte);
     ASSERT_LT(packed.size(), kMebibyte);
     const auto outcome = outcomeOf(LoopbackServer::answer(200, packed, "Content-Encoding: gzip\r\n"));
     EXPECT_EQ(outcome.errorCode(), codeOf(NSURLError::dataLengthExceedsMaximum));
 }
 
-TEST_F(CurlFaultTest, HeadersWithoutEndAreBrokenOff) {
+TEST_F(CurlFaultTest, AbortsEndlessHeaders) {
     const auto outcome = outcomeOf([](Connection& connection) {
         connection.write("HTTP/1.1 200 OK\r\n");
         const std::string line = "X-Filler: " + std::string(1000, 'x') + "\r\n";
@@ -201,14 +201,14 @@ TEST_F(CurlFaultTest, HeadersWithoutEndAreBrokenOff) {
     EXPECT_EQ(outcome.errorCode(), codeOf(NSURLError::dataLengthExceedsMaximum));
 }
 
-TEST_F(CurlFaultTest, AnAnswerThatDoesNotUnpackIsNotDecoded) {
+TEST_F(CurlFaultTest, UndecodableResponseFails) {
     EXPECT_EQ(outcomeOf(LoopbackServer::answer(200, "this is not gzip", "Content-Encoding: gzip\r\n")).errorCode(),
               codeOf(NSURLError::cannotDecodeContentData));
     EXPECT_EQ(outcomeOf(LoopbackServer::answer(200, "text", "Content-Encoding: unheard-of\r\n")).errorCode(),
               codeOf(NSURLError::cannotDecodeContentData));
 }
 
-TEST_F(CurlFaultTest, AFailedRequestLeavesTheSessionUsable) {
+TEST_F(CurlFaultTest, SessionIsUsableAfterAFailure) {
     EXPECT_NE(outcomeOf(std::string()).errorCode(), 0);
     EXPECT_EQ(outcomeOf(LoopbackServer::answer(200, "fine")).text(), "fine");
 }

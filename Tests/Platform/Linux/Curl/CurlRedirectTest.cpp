@@ -25,7 +25,7 @@ std::string described(const Request& request) {
 
 class CurlRedirectTest : public testing::Test {
 protected:
-    /// Sends the request to a path that answers with `status` and leads to another, which tells what it was asked.
+    /// Sends the request to a path that redirects with `status`; the target echoes the request it receives.
     std::string askedAfter(int status, const std::string& method) {
         const LoopbackServer server(LoopbackServer::answering([status](const Request& request) {
             return request.target == "/old" ? redirectTo(status, "/new")
@@ -39,21 +39,21 @@ protected:
     CurlURLSession session{NSURLSessionConfiguration{10}};
 };
 
-TEST_F(CurlRedirectTest, AGetIsRepeatedAtTheNewPlace) {
+TEST_F(CurlRedirectTest, FollowsARedirectedGET) {
     for (const int status : {301, 302, 303, 307, 308}) EXPECT_EQ(askedAfter(status, "GET"), "GET /new  -");
 }
 
-TEST_F(CurlRedirectTest, APostBecomesAGetWithoutBodyOrKeepsItsBodyByTheStatus) {
+TEST_F(CurlRedirectTest, StatusDecidesWhetherAPOSTBecomesAGET) {
     for (const int status : {301, 302, 303}) EXPECT_EQ(askedAfter(status, "POST"), "GET /new  -");
     for (const int status : {307, 308}) EXPECT_EQ(askedAfter(status, "POST"), "POST /new body text/x-test");
 }
 
-TEST_F(CurlRedirectTest, AnotherMethodIsKeptUnlessTheAnswerIsElsewhere) {
+TEST_F(CurlRedirectTest, OtherMethodsChangeFor303Only) {
     for (const int status : {301, 302, 307, 308}) EXPECT_EQ(askedAfter(status, "PUT"), "PUT /new body text/x-test");
     EXPECT_EQ(askedAfter(303, "PUT"), "GET /new  -");
 }
 
-TEST_F(CurlRedirectTest, OtherStatusesOfThatFamilyAreAnswers) {
+TEST_F(CurlRedirectTest, Other3xxStatusesAreResponses) {
     const LoopbackServer server(LoopbackServer::answering(
         [](const Request& request) { return redirectTo(std::stoi(request.target.substr(1)), "/new"); }));
     for (const int status : {300, 305, 306}) {
@@ -63,7 +63,7 @@ TEST_F(CurlRedirectTest, OtherStatusesOfThatFamilyAreAnswers) {
     }
 }
 
-TEST_F(CurlRedirectTest, ARedirectToNowhereIsAnAnswer) {
+TEST_F(CurlRedirectTest, RedirectWithoutALocationIsAResponse) {
     const LoopbackServer server(
         LoopbackServer::answering([](const Request&) { return LoopbackServer::answer(302, "lost"); }));
     const auto outcome = fetch(session, requestOf(server.url()));
@@ -71,7 +71,7 @@ TEST_F(CurlRedirectTest, ARedirectToNowhereIsAnAnswer) {
     EXPECT_EQ(outcome.text(), "lost");
 }
 
-TEST_F(CurlRedirectTest, ForARequestThatFollowsNoneTheRedirectIsTheAnswer) {
+TEST_F(CurlRedirectTest, RequestMayDeclineRedirects) {
     std::atomic<int> requests = 0;
     const LoopbackServer server(LoopbackServer::answering([&requests](const Request&) {
         ++requests;
@@ -86,7 +86,7 @@ TEST_F(CurlRedirectTest, ForARequestThatFollowsNoneTheRedirectIsTheAnswer) {
     EXPECT_EQ(requests, 1);
 }
 
-TEST_F(CurlRedirectTest, TheAnswerNamesTheURLThatGaveIt) {
+TEST_F(CurlRedirectTest, ResponseHasTheFinalURL) {
     const LoopbackServer server(LoopbackServer::answering([](const Request& request) {
         return request.target == "/a/old" ? redirectTo(302, "../b/new?x=1") : LoopbackServer::answer(200);
     }));
@@ -107,15 +107,15 @@ protected:
     })};
 };
 
-TEST_F(CurlRedirectChainTest, TwentyRedirectsAreFollowed) { EXPECT_EQ(fetchRedirected(20).text(), "arrived"); }
+TEST_F(CurlRedirectChainTest, Follows20Redirects) { EXPECT_EQ(fetchRedirected(20).text(), "arrived"); }
 
-TEST_F(CurlRedirectChainTest, TheTwentyFirstIsTooMany) {
+TEST_F(CurlRedirectChainTest, Refuses21Redirects) {
     const auto outcome = fetchRedirected(21);
     EXPECT_EQ(outcome.errorCode(), static_cast<std::int64_t>(NSURLError::httpTooManyRedirects));
     EXPECT_EQ(outcome.error->userInfo().at("NSErrorFailingURLStringKey"), server.url("/1"));
 }
 
-TEST_F(CurlRedirectChainTest, EachRequestHasItsOwnTwenty) {
+TEST_F(CurlRedirectChainTest, RedirectsAreCountedPerRequest) {
     for (int i = 0; i < 3; ++i) EXPECT_EQ(fetchRedirected(15).text(), "arrived");
 }
 
@@ -138,29 +138,29 @@ protected:
     });
 };
 
-TEST_F(CurlRedirectAwayTest, FromHttpToHttpsIsFollowed) {
+TEST_F(CurlRedirectAwayTest, FollowsHTTPToHTTPS) {
     const LoopbackServer target(tellsHeaders, context.get());
     EXPECT_EQ(fetchRedirectedTo(target.url()).status(), 200);
 }
 
-TEST_F(CurlRedirectAwayTest, FromHttpsToHttpsIsFollowed) {
+TEST_F(CurlRedirectAwayTest, FollowsHTTPSToHTTPS) {
     const LoopbackServer target(tellsHeaders, context.get());
     EXPECT_EQ(fetchRedirectedTo(target.url(), true).status(), 200);
 }
 
-TEST_F(CurlRedirectAwayTest, FromHttpsToHttpIsRefused) {
+TEST_F(CurlRedirectAwayTest, RefusesHTTPSToHTTP) {
     const LoopbackServer target(tellsHeaders);
     EXPECT_EQ(fetchRedirectedTo(target.url(), true).errorCode(), static_cast<std::int64_t>(NSURLError::unsupportedURL));
     EXPECT_EQ(target.connectionCount(), 0);
 }
 
-TEST_F(CurlRedirectAwayTest, OutOfTheWebIsRefused) {
+TEST_F(CurlRedirectAwayTest, RefusesOtherSchemes) {
     for (const char* const place : {"ftp://127.0.0.1/", "file:///etc/passwd", "myapp://open"}) {
         EXPECT_EQ(fetchRedirectedTo(place).errorCode(), static_cast<std::int64_t>(NSURLError::unsupportedURL)) << place;
     }
 }
 
-TEST_F(CurlRedirectAwayTest, CredentialsDoNotTravelToAnotherHost) {
+TEST_F(CurlRedirectAwayTest, CredentialsStayWithTheirHost) {
     const LoopbackServer target(tellsHeaders);
     EXPECT_EQ(fetchRedirectedTo(target.url()).text(), "0 1");
 }

@@ -28,30 +28,30 @@ protected:
         LoopbackServer::answering([](const LoopbackServer::Request&) { return LoopbackServer::answer(200, "safe"); });
 };
 
-TEST_F(CurlSecurityTest, AGoodCertificateIsTrusted) { EXPECT_EQ(outcomeWith({}).text(), "safe"); }
+TEST_F(CurlSecurityTest, TrustsAValidCertificate) { EXPECT_EQ(outcomeWith({}).text(), "safe"); }
 
-TEST_F(CurlSecurityTest, AnExpiredCertificateIsTold) {
+TEST_F(CurlSecurityTest, ReportsAnExpiredCertificate) {
     EXPECT_EQ(errorWith({.notBefore = -2 * kDay, .notAfter = -kDay}),
               static_cast<std::int64_t>(NSURLError::serverCertificateHasBadDate));
 }
 
-TEST_F(CurlSecurityTest, ACertificateOfTheFutureIsTold) {
+TEST_F(CurlSecurityTest, ReportsACertificateNotYetValid) {
     EXPECT_EQ(errorWith({.notBefore = kDay, .notAfter = 2 * kDay}),
               static_cast<std::int64_t>(NSURLError::serverCertificateNotYetValid));
 }
 
-TEST_F(CurlSecurityTest, ACertificateForAnotherHostIsNotTrusted) {
+TEST_F(CurlSecurityTest, RefusesACertificateForAnotherHost) {
     const auto outcome = outcomeWith({.address = "127.0.0.2"});
     EXPECT_EQ(outcome.errorCode(), static_cast<std::int64_t>(NSURLError::serverCertificateUntrusted));
     EXPECT_THAT(outcome.error->localizedDescription(), testing::HasSubstr("127.0.0.1"));
 }
 
-TEST_F(CurlSecurityTest, ACertificateThatSignedItselfIsNotTrusted) {
+TEST_F(CurlSecurityTest, RefusesASelfSignedCertificate) {
     EXPECT_EQ(errorWith({.isSignedByAuthority = false}),
               static_cast<std::int64_t>(NSURLError::serverCertificateHasUnknownRoot));
 }
 
-TEST_F(CurlSecurityTest, ACertificateByAnUnknownAuthorityIsNotTrusted) {
+TEST_F(CurlSecurityTest, RefusesAnUnknownAuthority) {
     const TestCertificates others;
     const auto context = others.serverContext();
     const LoopbackServer server(answers, context.get());
@@ -59,7 +59,7 @@ TEST_F(CurlSecurityTest, ACertificateByAnUnknownAuthorityIsNotTrusted) {
               static_cast<std::int64_t>(NSURLError::serverCertificateHasUnknownRoot));
 }
 
-TEST_F(CurlSecurityTest, TheSystemsAuthoritiesDoNotKnowTheTestsOwn) {
+TEST_F(CurlSecurityTest, SystemAuthoritiesExcludeTheTestAuthority) {
     CurlURLSession plainSession{NSURLSessionConfiguration{10}};
     const auto context = certificates.serverContext();
     const LoopbackServer server(answers, context.get());
@@ -67,7 +67,7 @@ TEST_F(CurlSecurityTest, TheSystemsAuthoritiesDoNotKnowTheTestsOwn) {
               static_cast<std::int64_t>(NSURLError::serverCertificateHasUnknownRoot));
 }
 
-TEST_F(CurlSecurityTest, AMissingCertificateFileIsNoLeaveToTrustAnybody) {
+TEST_F(CurlSecurityTest, MissingCertificateFileTrustsNobody) {
     CurlURLSession blindSession{NSURLSessionConfiguration{10}, {"/nowhere/authorities.pem", {}}};
     const auto context = certificates.serverContext();
     const LoopbackServer server(answers, context.get());
@@ -75,7 +75,7 @@ TEST_F(CurlSecurityTest, AMissingCertificateFileIsNoLeaveToTrustAnybody) {
               static_cast<std::int64_t>(NSURLError::secureConnectionFailed));
 }
 
-TEST_F(CurlSecurityTest, APlainServerDoesNotPassForASecureOne) {
+TEST_F(CurlSecurityTest, PlainServerFailsTheHandshake) {
     const LoopbackServer server([](LoopbackServer::Connection& connection) {
         connection.readBytes(1);
         connection.write("HTTP/1.1 200 OK\r\n\r\n");
@@ -84,7 +84,7 @@ TEST_F(CurlSecurityTest, APlainServerDoesNotPassForASecureOne) {
               static_cast<std::int64_t>(NSURLError::secureConnectionFailed));
 }
 
-TEST_F(CurlSecurityTest, AServerThatOnlySpeaksAnOldVersionIsRefused) {
+TEST_F(CurlSecurityTest, RefusesOldTLSVersions) {
     const auto context = certificates.serverContext();
     SSL_CTX_set_security_level(context.get(), 0);
     SSL_CTX_set_min_proto_version(context.get(), TLS1_VERSION);
@@ -94,14 +94,14 @@ TEST_F(CurlSecurityTest, AServerThatOnlySpeaksAnOldVersionIsRefused) {
               static_cast<std::int64_t>(NSURLError::secureConnectionFailed));
 }
 
-TEST_F(CurlSecurityTest, SecureConnectionsAreReusedToo) {
+TEST_F(CurlSecurityTest, ReusesTLSConnections) {
     const auto context = certificates.serverContext();
     const LoopbackServer server(answers, context.get());
     for (int i = 0; i < 10; ++i) EXPECT_EQ(fetch(session, requestOf(server.url())).text(), "safe");
     EXPECT_EQ(server.connectionCount(), 1);
 }
 
-TEST_F(CurlSecurityTest, RequestsShareOneConnectionWhereHTTP2IsOffered) {
+TEST_F(CurlSecurityTest, HTTP2RequestsShareOneConnection) {
     const auto context = certificates.serverContext();
     offerHTTP2(context.get());
     const LoopbackServer server(http2Script("multiplexed"), context.get());
@@ -111,7 +111,7 @@ TEST_F(CurlSecurityTest, RequestsShareOneConnectionWhereHTTP2IsOffered) {
     EXPECT_EQ(server.connectionCount(), 1);
 }
 
-TEST_F(CurlSecurityTest, WhereOnlyHTTP1IsOfferedSixConnectionsAreUsed) {
+TEST_F(CurlSecurityTest, HTTP1OverTLSUses6Connections) {
     const auto context = certificates.serverContext();
     const LoopbackServer server(answers, context.get());
     std::vector<PendingRequest> requests;

@@ -32,7 +32,7 @@ protected:
         return fetch(session, requestOf(server.url(path)));
     }
 
-    /// Sends the request and gives it back as the server saw it.
+    /// Sends the request and returns it as the server received it.
     Request seenByServer(NSURLRequest request) {
         Request seen;
         const LoopbackServer server(LoopbackServer::answering([&seen](const Request& received) {
@@ -47,7 +47,7 @@ protected:
     CurlURLSession session{NSURLSessionConfiguration{10}};
 };
 
-TEST_F(CurlURLSessionTest, AnAnswerComesWithItsStatusItsURLAndItsBody) {
+TEST_F(CurlURLSessionTest, ResponseHasStatusURLAndBody) {
     const LoopbackServer server(LoopbackServer::answering(echoed));
     const auto outcome = get(server, "/path?q=1");
     EXPECT_EQ(outcome.errorCode(), 0);
@@ -56,7 +56,7 @@ TEST_F(CurlURLSessionTest, AnAnswerComesWithItsStatusItsURLAndItsBody) {
     EXPECT_EQ(outcome.response->URL().absoluteString(), server.url("/path?q=1"));
 }
 
-TEST_F(CurlURLSessionTest, AProgramThatTheHostStartsInheritsNoConnection) {
+TEST_F(CurlURLSessionTest, ChildProgramsInheritNoConnection) {
     const LoopbackServer server(LoopbackServer::answering(echoed));
     get(server);
     int connections = 0;
@@ -72,7 +72,7 @@ TEST_F(CurlURLSessionTest, AProgramThatTheHostStartsInheritsNoConnection) {
     EXPECT_EQ(connections, 1);
 }
 
-TEST_F(CurlURLSessionTest, AnAnswerWithoutBytesHasNoData) {
+TEST_F(CurlURLSessionTest, EmptyBodyIsNullopt) {
     const LoopbackServer server([](Connection& connection) {
         while (connection.readRequest()) connection.write("HTTP/1.1 204 No Content\r\n\r\n");
     });
@@ -82,7 +82,7 @@ TEST_F(CurlURLSessionTest, AnAnswerWithoutBytesHasNoData) {
     EXPECT_EQ(outcome.error, std::nullopt);
 }
 
-TEST_F(CurlURLSessionTest, AnErrorStatusIsAnAnswerWithABody) {
+TEST_F(CurlURLSessionTest, ErrorStatusIsAResponse) {
     const LoopbackServer server(LoopbackServer::answering(
         [](const Request& request) { return LoopbackServer::answer(std::stoi(request.target.substr(1)), "sorry"); }));
     for (const int status : {400, 401, 404, 500, 503, 304 + 100}) {
@@ -93,7 +93,7 @@ TEST_F(CurlURLSessionTest, AnErrorStatusIsAnAnswerWithABody) {
     }
 }
 
-TEST_F(CurlURLSessionTest, BytesOfAnyValueComeThroughBothWays) {
+TEST_F(CurlURLSessionTest, BodiesMayHoldAnyByte) {
     std::string bytes;
     for (int i = 0; i < 1024; ++i) bytes += static_cast<char>(i % 256);
     const LoopbackServer server(
@@ -101,7 +101,7 @@ TEST_F(CurlURLSessionTest, BytesOfAnyValueComeThroughBothWays) {
     EXPECT_EQ(fetch(session, requestOf(server.url(), "POST", bytes)).text(), bytes);
 }
 
-TEST_F(CurlURLSessionTest, AGetSendsNothingThatNobodyAskedFor) {
+TEST_F(CurlURLSessionTest, GETSendsNoExtraHeaders) {
     const Request seen = seenByServer(requestOf("http://x/path"));
     EXPECT_EQ(seen.method, "GET");
     EXPECT_EQ(seen.target, "/path");
@@ -112,8 +112,8 @@ TEST_F(CurlURLSessionTest, AGetSendsNothingThatNobodyAskedFor) {
     EXPECT_THAT(seen.headers.at("accept-encoding"), testing::HasSubstr("gzip"));
 }
 
-TEST_F(CurlURLSessionTest, APostSendsItsBodyWithoutATypeThatNobodyNamedOrAWait) {
-    // Long enough for libcurl to ask for the server's leave first, were it not told otherwise.
+TEST_F(CurlURLSessionTest, POSTAddsNoContentTypeAndNoExpect) {
+    // For a body of this length libcurl sends "Expect" by default.
     const std::string body(2 << 20, 'x');
     const Request seen = seenByServer(requestOf("http://x/", "POST", body));
     EXPECT_EQ(seen.method, "POST");
@@ -122,7 +122,7 @@ TEST_F(CurlURLSessionTest, APostSendsItsBodyWithoutATypeThatNobodyNamedOrAWait) 
                                           Key("user-agent")));
 }
 
-TEST_F(CurlURLSessionTest, HeadersAreSentAsGiven) {
+TEST_F(CurlURLSessionTest, SendsTheGivenHeaders) {
     auto request = requestOf("http://x/", "POST", "{}");
     request.allHTTPHeaderFields = {{"Content-Type", "application/json"}, {"X-Empty", ""}, {"X-Text", "a b"}};
     const Request seen = seenByServer(request);
@@ -132,7 +132,7 @@ TEST_F(CurlURLSessionTest, HeadersAreSentAsGiven) {
     EXPECT_EQ(seen.headers.at("content-length"), "2");
 }
 
-TEST_F(CurlURLSessionTest, AHeaderThatWouldSmuggleInAnotherIsLeftOut) {
+TEST_F(CurlURLSessionTest, OmitsHeadersWithLineBreaks) {
     auto request = requestOf("http://x/");
     request.allHTTPHeaderFields = {{"X-Good", "1"}, {"X-Bad", "1\r\nX-Smuggled: 1"}, {"X-Worse\r\nX-Smuggled", "1"}};
     const Request seen = seenByServer(request);
@@ -141,7 +141,7 @@ TEST_F(CurlURLSessionTest, AHeaderThatWouldSmuggleInAnotherIsLeftOut) {
     EXPECT_EQ(seen.headers.count("x-smuggled"), 0U);
 }
 
-TEST_F(CurlURLSessionTest, EveryMethodIsSentByItsName) {
+TEST_F(CurlURLSessionTest, SendsEveryMethod) {
     EXPECT_EQ(seenByServer(requestOf("http://x/", "DELETE")).method, "DELETE");
     EXPECT_EQ(seenByServer(requestOf("http://x/", "OPTIONS")).method, "OPTIONS");
     EXPECT_EQ(seenByServer(requestOf("http://x/", "HEAD")).method, "HEAD");
@@ -150,7 +150,7 @@ TEST_F(CurlURLSessionTest, EveryMethodIsSentByItsName) {
     EXPECT_EQ(put.body, "body");
 }
 
-TEST_F(CurlURLSessionTest, APostWithoutABodySaysThatItHasNone) {
+TEST_F(CurlURLSessionTest, POSTWithoutABodyHasLength0) {
     EXPECT_EQ(seenByServer(requestOf("http://x/", "POST")).headers.at("content-length"), "0");
     EXPECT_EQ(seenByServer(requestOf("http://x/", "POST", "")).headers.at("content-length"), "0");
     EXPECT_EQ(seenByServer(requestOf("http://x/", "PUT")).headers.at("content-length"), "0");
@@ -162,7 +162,7 @@ TEST_F(CurlURLSessionTest, ConnectionsAreReused) {
     EXPECT_EQ(server.connectionCount(), 1);
 }
 
-TEST_F(CurlURLSessionTest, AHostIsGivenSixConnectionsAtMost) {
+TEST_F(CurlURLSessionTest, UsesAtMost6ConnectionsPerHost) {
     const LoopbackServer server(LoopbackServer::answering(echoed));
     std::vector<PendingRequest> requests;
     for (int i = 0; i < 300; ++i)
@@ -174,7 +174,7 @@ TEST_F(CurlURLSessionTest, AHostIsGivenSixConnectionsAtMost) {
     EXPECT_LE(server.connectionCount(), 6);
 }
 
-TEST_F(CurlURLSessionTest, ASilentHostDoesNotHoldUpAnother) {
+TEST_F(CurlURLSessionTest, SilentHostDoesNotDelayOthers) {
     const LoopbackServer silent([](Connection& connection) { connection.staySilent(); });
     const LoopbackServer server(LoopbackServer::answering(echoed));
     std::vector<PendingRequest> requests;
@@ -182,14 +182,14 @@ TEST_F(CurlURLSessionTest, ASilentHostDoesNotHoldUpAnother) {
     EXPECT_EQ(get(server).status(), 200);
 }
 
-TEST_F(CurlURLSessionTest, AConnectionThatTheServerClosedMeanwhileIsNoError) {
+TEST_F(CurlURLSessionTest, ReconnectsAfterTheServerCloses) {
     const LoopbackServer server([](Connection& connection) {
         if (connection.readRequest()) connection.write(LoopbackServer::answer(200));
     });
     for (int i = 0; i < 10; ++i) EXPECT_EQ(fetch(session, requestOf(server.url(), "POST", "x")).status(), 200);
 }
 
-TEST_F(CurlURLSessionTest, HandlersRunOneAfterAnotherOnOneThreadOfTheirOwn) {
+TEST_F(CurlURLSessionTest, HandlersRunOnOneThread) {
     const LoopbackServer server(LoopbackServer::answering(echoed));
     std::atomic<int> running = 0;
     std::atomic<bool> haveOverlapped = false;
@@ -213,13 +213,13 @@ TEST_F(CurlURLSessionTest, HandlersRunOneAfterAnotherOnOneThreadOfTheirOwn) {
     EXPECT_EQ(threads.count(std::this_thread::get_id()), 0U);
 }
 
-TEST_F(CurlURLSessionTest, AnEmptyHandlerIsFine) {
+TEST_F(CurlURLSessionTest, HandlerMayBeEmpty) {
     const LoopbackServer server(LoopbackServer::answering(echoed));
     session.dataTaskWithRequest(requestOf(server.url()), nullptr)->resume();
     EXPECT_EQ(get(server).status(), 200);
 }
 
-TEST_F(CurlURLSessionTest, ASecondResumeDoesNothing) {
+TEST_F(CurlURLSessionTest, SecondResumeHasNoEffect) {
     std::atomic<int> count = 0;
     const LoopbackServer server(LoopbackServer::answering([&count](const Request& request) {
         if (request.target == "/counted") ++count;
@@ -234,7 +234,7 @@ TEST_F(CurlURLSessionTest, ASecondResumeDoesNothing) {
     EXPECT_EQ(count, 1);
 }
 
-TEST_F(CurlURLSessionTest, AHandlerMayStartTheNextRequest) {
+TEST_F(CurlURLSessionTest, HandlerMayStartARequest) {
     const LoopbackServer server(LoopbackServer::answering(echoed));
     std::promise<SessionOutcome> last;
     std::function<void(int)> start = [&](int left) {
@@ -250,8 +250,8 @@ TEST_F(CurlURLSessionTest, AHandlerMayStartTheNextRequest) {
     EXPECT_EQ(last.get_future().get().status(), 200);
 }
 
-TEST_F(CurlURLSessionTest, ACompressedAnswerIsUnpacked) {
-    // "unpacked" by gzip.
+TEST_F(CurlURLSessionTest, DecompressesResponses) {
+    // "unpacked", compressed by gzip.
     constexpr unsigned char kPacked[] = {0x1f, 0x8b, 0x08, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x03,
                                          0x2b, 0xcd, 0x2b, 0x48, 0x4c, 0xce, 0x4e, 0x4d, 0x01, 0x00,
                                          0x96, 0x62, 0x2f, 0xca, 0x08, 0x00, 0x00, 0x00};
@@ -263,7 +263,7 @@ TEST_F(CurlURLSessionTest, ACompressedAnswerIsUnpacked) {
     EXPECT_EQ(outcome.text(), "unpacked");
 }
 
-TEST_F(CurlURLSessionTest, AChunkedAnswerIsPutTogether) {
+TEST_F(CurlURLSessionTest, JoinsChunkedResponses) {
     const LoopbackServer server(LoopbackServer::answering([](const Request&) {
         return "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n3\r\nabc\r\n2\r\nde\r\n0\r\n\r\n";
     }));

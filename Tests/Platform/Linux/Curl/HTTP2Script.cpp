@@ -19,7 +19,7 @@ constexpr const char* kStatus200 = "\x88";
 struct Frame {
     std::uint8_t type = 0;
     std::uint8_t flags = 0;
-    /// Big-endian, as it travels.
+    /// Big-endian.
     std::string stream;
     std::string payload;
 };

@@ -6,10 +6,10 @@
 
 namespace vorlane {
 
-/// Has a TLS server agree to HTTP/2.
+/// Makes a TLS server accept HTTP/2.
 void offerHTTP2(SSL_CTX* context);
 
-/// Speaks as much HTTP/2 as it takes to answer every request of a connection with status 200 and that body.
+/// Answers every request of a connection with status 200 and the body, over HTTP/2.
 LoopbackServer::Script http2Script(std::string body);
 
 }  // namespace vorlane

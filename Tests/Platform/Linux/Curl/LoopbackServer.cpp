@@ -43,7 +43,7 @@ int portOf(int listener) {
     return ntohs(address.sin_port);
 }
 
-/// A peer that hangs up while OpenSSL writes must not end the test program.
+/// A peer that closes while OpenSSL writes must not end the test program by SIGPIPE.
 void blockSIGPIPE() {
     sigset_t signals;
     sigemptyset(&signals);

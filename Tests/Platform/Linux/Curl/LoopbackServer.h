@@ -15,34 +15,33 @@
 
 namespace vorlane {
 
-/// A server of sockets on 127.0.0.1 that does to each connection what a script says, faults included. Its end closes
-/// everything.
+/// A server on 127.0.0.1 that runs a script for each connection, faults included. Its destruction closes all sockets.
 class LoopbackServer {
 public:
     struct Request {
         std::string method;
         std::string target;
-        /// By names in lower case.
+        /// By name in lower case.
         std::map<std::string, std::string> headers;
         std::string body;
     };
 
-    /// One connection, on a thread of its own.
+    /// One connection, on its own thread.
     class Connection {
     public:
         Connection(int socket, SSL* ssl, int number) : socket_(socket), ssl_(ssl), number_(number) {}
 
-        /// The next request; nothing once the peer has hung up.
+        /// Reads the next request; `nullopt` if the peer has closed the connection.
         std::optional<Request> readRequest();
-        /// Exactly that many bytes; nothing when the peer hangs up before.
+        /// Reads exactly `count` bytes; `nullopt` if the peer closes the connection first.
         std::optional<std::string> readBytes(std::size_t count);
-        /// Returns whether the peer took them.
+        /// Returns whether all bytes were sent.
         bool write(std::string_view bytes);
-        /// Hangs up rudely: the peer sees a reset instead of an end.
+        /// Closes the connection with a reset.
         void reset();
-        /// Says nothing more until the peer hangs up or the server ends.
+        /// Sends nothing until the peer closes the connection or the server is destroyed.
         void staySilent();
-        /// Says nothing for that long, or until the peer hangs up.
+        /// Sends nothing for this time, or until the peer closes the connection.
         void pause(int milliseconds);
 
         /// Counted from 1.
@@ -60,7 +59,7 @@ public:
 
     using Script = std::function<void(Connection&)>;
 
-    /// `context` makes it a TLS server; it must outlive the server.
+    /// With a `context`, which must outlive the server, it is a TLS server.
     explicit LoopbackServer(Script script, SSL_CTX* context = nullptr);
     ~LoopbackServer();
 
@@ -69,17 +68,17 @@ public:
 
     /// Answers every request of every connection.
     static Script answering(std::function<std::string(const Request&)> answer);
-    /// An HTTP/1.1 answer. `headers` are whole lines.
+    /// An HTTP/1.1 response. `headers` are complete lines.
     static std::string answer(int status, std::string_view body = {}, std::string_view headers = {});
 
     int port() const { return port_; }
     std::string url(std::string_view path = "/") const;
 
-    /// How many connections were ever made.
+    /// The number of connections made so far.
     int connectionCount() const;
-    /// How many were open at the same time at most.
+    /// The largest number of connections that were open at a time.
     int mostConnections() const;
-    /// Waits until that many were made.
+    /// Waits until `count` connections have been made.
     void waitForConnections(int count) const;
 
 private:

@@ -32,7 +32,7 @@ std::uint32_t randomNumber() {
     return number;
 }
 
-/// No two authorities may have one name, or the one would be asked about the other's certificates.
+/// Authorities need different names: OpenSSL finds a certificate's authority by name.
 std::string nameOf(const TestCertificates::Subject& subject) {
     return subject.address.empty() ? "Test authority " + std::to_string(randomNumber()) : "Test server";
 }

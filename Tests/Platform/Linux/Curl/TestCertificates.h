@@ -7,18 +7,17 @@
 
 namespace vorlane {
 
-/// Certificates made for one test: an authority of its own, and servers with certificates by it or without its
-/// blessing.
+/// Certificates made for one test: an authority, and server certificates that it has signed or not.
 class TestCertificates {
 public:
-    /// What a server's certificate says.
+    /// The content of a server's certificate.
     struct Subject {
-        /// An IP address that it is for.
+        /// The IP address it is issued for.
         std::string address = "127.0.0.1";
-        /// When it is good, in seconds from now.
+        /// Its validity, in seconds from now.
         long notBefore = -3600;
         long notAfter = 3600;
-        /// Whether the authority has signed it; else it has signed itself.
+        /// Signed by the authority, or else by itself.
         bool isSignedByAuthority = true;
     };
     using Context = std::unique_ptr<SSL_CTX, decltype(&SSL_CTX_free)>;
@@ -30,10 +29,10 @@ public:
     TestCertificates(const TestCertificates&) = delete;
     TestCertificates& operator=(const TestCertificates&) = delete;
 
-    /// What a TLS server needs to show such a certificate.
+    /// Makes the context of a TLS server with such a certificate.
     Context serverContext(const Subject& subject) const;
     Context serverContext() const { return serverContext(Subject()); }
-    /// The PEM file of the authority's certificate.
+    /// The path of the authority's certificate, a PEM file.
     const std::string& authorityFile() const { return authorityFile_; }
 
 private:

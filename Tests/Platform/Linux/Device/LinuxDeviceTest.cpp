@@ -9,26 +9,26 @@
 namespace vorlane {
 namespace {
 
-TEST(LinuxDeviceTest, TheSystemHasANameAndAVersion) {
+TEST(LinuxDeviceTest, SystemHasNameAndVersion) {
     const LinuxDevice device;
     EXPECT_FALSE(device.systemName().empty());
     EXPECT_FALSE(device.systemVersion().empty());
 }
 
-TEST(LinuxDeviceTest, TheModelIsTheMachineOfTheKernel) {
+TEST(LinuxDeviceTest, MachineIsTheKernels) {
     utsname kernel{};
     ASSERT_EQ(uname(&kernel), 0);
     EXPECT_EQ(LinuxDevice().machine(), kernel.machine);
 }
 
-TEST(LinuxDeviceTest, TheLanguagesAreThoseOfTheEnvironment) {
+TEST(LinuxDeviceTest, LanguagesComeFromTheEnvironment) {
     const LinuxDevice device([](const char* name) -> std::optional<std::string> {
         return name == std::string("LANG") ? std::optional<std::string>("de_AT.UTF-8") : std::nullopt;
     });
     EXPECT_THAT(device.preferredLanguages(), testing::ElementsAre("de-AT"));
 }
 
-TEST(LinuxDeviceTest, TheTimeZoneIsTheOneInForce) {
+TEST(LinuxDeviceTest, TimeZoneIsTheCurrentOne) {
     const std::time_t now = std::time(nullptr);
     std::tm local{};
     localtime_r(&now, &local);

@@ -14,14 +14,14 @@ namespace {
 
 using testing::ElementsAre;
 
-TEST(LinuxOSLogTest, AnEntrySaysWhatFromWhereAndHowGrave) {
+TEST(LinuxOSLogTest, EntryHasMessageSourceAndPriority) {
     const LinuxOSLog log("program", "vorlane.sdk", "VL");
     EXPECT_THAT(log.fields(OSLogType::error, "text"),
                 ElementsAre("MESSAGE=text", "PRIORITY=3", "SYSLOG_IDENTIFIER=program", "VORLANE_SUBSYSTEM=vorlane.sdk",
                             "VORLANE_CATEGORY=VL"));
 }
 
-TEST(LinuxOSLogTest, EachKindOfLineHasItsPriority) {
+TEST(LinuxOSLogTest, EachTypeHasItsPriority) {
     const LinuxOSLog log("program", "vorlane.sdk", "VL");
     EXPECT_EQ(log.fields(OSLogType::defaultType, "text")[1], "PRIORITY=4");
     EXPECT_EQ(log.fields(OSLogType::info, "text")[1], "PRIORITY=6");
@@ -29,7 +29,7 @@ TEST(LinuxOSLogTest, EachKindOfLineHasItsPriority) {
     EXPECT_EQ(log.fields(static_cast<OSLogType>(99), "text")[1], "PRIORITY=4");
 }
 
-TEST(LinuxOSLogTest, ALineMayHoldAnything) {
+TEST(LinuxOSLogTest, LinesMayHoldAnyBytes) {
     const LinuxOSLog log("program", "vorlane.sdk", "VL");
     const std::string text("two\nlines = \0 %s \xff", 19);
     EXPECT_EQ(log.fields(OSLogType::info, text)[0], "MESSAGE=" + text);
@@ -55,8 +55,8 @@ bool canRunJournal() {
     return support::ChildProcess({"unshare", "-m", "sh", "-c", "mount -t tmpfs tmpfs /run"}).wait() == 0;
 }
 
-// Where no journal can be started, the host's lines must vanish without a trace instead.
-TEST(LinuxOSLogTest, TheJournalTakesTheLines) {
+// Without a journal, the host's lines must be dropped silently instead.
+TEST(LinuxOSLogTest, JournalReceivesTheLines) {
     if (!canRunJournal()) {
         EXPECT_EQ(support::ChildProcess({VORLANE_HOST_PROGRAM, "journal", "text"}).wait(), 0);
         return;

@@ -7,7 +7,7 @@ namespace {
 
 using Fields = std::map<std::string, std::string>;
 
-TEST(LinuxReleaseTest, FieldsAreReadAsAShellWould) {
+TEST(LinuxReleaseTest, ParsesFieldsLikeAShell) {
     EXPECT_EQ(fieldsOfRelease("NAME=\"Debian GNU/Linux\"\nVERSION_ID='12'\nID=debian\n"),
               (Fields{{"NAME", "Debian GNU/Linux"}, {"VERSION_ID", "12"}, {"ID", "debian"}}));
     EXPECT_EQ(fieldsOfRelease("NAME=\"a \\\"b\\\" \\$c\""), (Fields{{"NAME", "a \"b\" $c"}}));
@@ -16,19 +16,17 @@ TEST(LinuxReleaseTest, FieldsAreReadAsAShellWould) {
     EXPECT_EQ(fieldsOfRelease("NAME=it\"'\"s"), (Fields{{"NAME", "it's"}}));
 }
 
-TEST(LinuxReleaseTest, WhatIsNoFieldIsLeftOut) {
+TEST(LinuxReleaseTest, IgnoresOtherLines) {
     EXPECT_EQ(fieldsOfRelease("# NAME=x\n\nnonsense\n=x\nA B=x\n  ID=debian \r\n"), (Fields{{"ID", "debian"}}));
     EXPECT_EQ(fieldsOfRelease(""), Fields());
     EXPECT_EQ(fieldsOfRelease(std::string("\0\xff=\n", 4)), Fields());
 }
 
-TEST(LinuxReleaseTest, AnUnfinishedQuoteEndsWithItsLine) {
+TEST(LinuxReleaseTest, OpenQuoteEndsWithItsLine) {
     EXPECT_EQ(fieldsOfRelease("NAME=\"half\nID=x\\"), (Fields{{"NAME", "half"}, {"ID", "x\\"}}));
 }
 
-TEST(LinuxReleaseTest, TheLastAssignmentCounts) {
-    EXPECT_EQ(fieldsOfRelease("ID=one\nID=two"), (Fields{{"ID", "two"}}));
-}
+TEST(LinuxReleaseTest, LastAssignmentCounts) { EXPECT_EQ(fieldsOfRelease("ID=one\nID=two"), (Fields{{"ID", "two"}})); }
 
 }  // namespace
 }  // namespace vorlane

@@ -1,13 +1,12 @@
-// A host application in small, for what a test cannot do to its own process.
+// A small host application, for tests that need a process of their own.
 //
 // describe: prints its bundle identifier, its documents folder and whether it finds its resource "sound.txt".
 //
 // journal TEXT: writes TEXT to the system journal, once at each level.
 //
 // leave WAY URL COUNT: starts COUNT requests and leaves without a shutdown: by return, exit, thread, queue, handler,
-// busy, fork or throw. It ends with status 66 if a callback of the host runs while the host's statics are being
-// destroyed, and with status 67 if leaving takes as long as waiting would. But for "handler" and "busy" it waits,
-// before it leaves, for a line on standard input.
+// busy, fork or throw. The status is 66 if a callback of the host runs while the host's statics are being destroyed,
+// and 67 if leaving takes too long. Except for "handler" and "busy", it waits for a line on standard input first.
 
 #include <sys/wait.h>
 #include <unistd.h>
@@ -38,14 +37,14 @@ constexpr int kLeftTooLate = 67;
 
 std::atomic<bool> hasHostEnded = false;
 
-/// Stands for the host's statics: whoever comes after its end comes too late.
+/// Represents the host's statics: a use after its destruction is a failure.
 struct HostState {
     HostState() = default;
     HostState(const HostState&) = delete;
     HostState& operator=(const HostState&) = delete;
     ~HostState() {
         hasHostEnded = true;
-        // Time enough for a callback that was not held back.
+        // Time for a callback that was not held back.
         for (int i = 0; i < 2000; ++i) std::this_thread::yield();
     }
     void use() const {
@@ -55,13 +54,13 @@ struct HostState {
 
 const HostState earlyState;
 
-/// Made on first use, thus after the library started and destroyed before whatever was made until then.
+/// Made on first use: after the library has started, and destroyed before all that was made earlier.
 const HostState& lateState() {
     static const HostState state;
     return state;
 }
 
-/// What a handler holds on to, which must not be destroyed too late either.
+/// A handler's capture, which must not be destroyed too late either.
 struct Captured {
     Captured() = default;
     Captured(const Captured&) = delete;
@@ -94,7 +93,7 @@ public:
     }
 
 private:
-    /// The child has no thread that could answer, so it must not wait for one.
+    /// The child has no threads, so it must not wait for one.
     static void leaveInAChild() {
         const auto start = SteadyClock::now();
         const pid_t child = fork();
@@ -104,7 +103,7 @@ private:
         if (status != 0 || SteadyClock::now() - start > std::chrono::milliseconds(900)) _exit(kLeftTooLate);
     }
 
-    /// The task that threw runs no more, so that nobody must wait for its end.
+    /// The task that threw has ended, so the gate must not wait for it.
     void leaveAfterAnException() const {
         platform_->mainQueue()->post([] { throw std::runtime_error("thrown by the host"); });
         try {
@@ -154,7 +153,7 @@ int writeToJournal(const std::string& text) {
 }
 
 int leave(const std::string& way, const std::string& url, int count) {
-    // Never destroyed: many a host keeps what it uses for ever.
+    // Never destroyed, as in many hosts.
     static Host* const host = new Host(way, url);
     for (int i = 0; i < count; ++i) host->request();
     if (way == "busy") {
