@@ -10,25 +10,21 @@
 #include "Public/VLFileLogger.h"
 #include "Public/VLLog.h"
 #include "Tests/Support/SimulatedPhoneTest.h"
+#include "Tests/Support/TemporaryFolder.h"
 
 namespace vorlane {
 namespace {
 
 class ReadySinksTest : public SimulatedPhoneTest {
 protected:
-    ReadySinksTest() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "vorlane-sinks-XXXXXX").string();
-        folder = mkdtemp(pattern.data());
-    }
-    ~ReadySinksTest() override { std::filesystem::remove_all(folder); }
-
     static std::string contentOf(const std::filesystem::path& path) {
         std::ostringstream text;
         text << std::ifstream(path).rdbuf();
         return text.str();
     }
 
-    std::filesystem::path folder;
+    const TemporaryFolder temporaryFolder;
+    const std::filesystem::path folder = temporaryFolder.path();
 };
 
 TEST_F(ReadySinksTest, ConsoleLineHasTimeLevelAndPayload) {

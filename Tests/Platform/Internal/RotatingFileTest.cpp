@@ -9,7 +9,7 @@
 #include <sstream>
 
 #include "Tests/Platform/FailingSystemCalls.h"
-#include "Tests/Platform/TemporaryFolderTest.h"
+#include "Tests/Support/TemporaryFolderTest.h"
 
 namespace vorlane {
 namespace {
