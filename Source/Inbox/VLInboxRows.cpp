@@ -1,8 +1,9 @@
 #include "Inbox/VLInboxRows.h"
 
 #include <algorithm>
-#include <unordered_set>
 #include <utility>
+
+#include "Inbox/VLInboxIds.h"
 
 namespace vorlane {
 
@@ -10,7 +11,7 @@ namespace {
 
 bool isListedBefore(const VLInboxMessage& left, const VLInboxMessage& right) {
     if (left.created() != right.created()) return left.created() > right.created();
-    // Ids are compared as the database holds them, signed.
+    // The database compares ids with a sign.
     return static_cast<std::int64_t>(left.messageId()) > static_cast<std::int64_t>(right.messageId());
 }
 
@@ -19,7 +20,7 @@ bool isListedBefore(const VLInboxMessage& left, const VLInboxMessage& right) {
 VLInboxRows visibleRows(const VLInboxRows& rows, double now) {
     VLInboxRows visible;
     visible.reserve(rows.size());
-    std::unordered_set<std::uint64_t> taken;
+    VLInboxIds taken;
     taken.reserve(rows.size());
     for (const auto& row : rows) {
         if (row->end() > now && taken.insert(row->messageId()).second) visible.push_back(row);
@@ -28,7 +29,7 @@ VLInboxRows visibleRows(const VLInboxRows& rows, double now) {
 }
 
 std::size_t unreadCount(const VLInboxRows& rows, double now) {
-    std::unordered_set<std::uint64_t> unread;
+    VLInboxIds unread;
     for (const auto& row : rows) {
         if (row->end() > now && row->read() == 0) unread.insert(row->messageId());
     }
@@ -43,8 +44,8 @@ void VLInboxKeptRows::end() {
 
 std::shared_ptr<const VLInboxRows> VLInboxKeptRows::rows(const std::string& trackingId,
                                                          const std::optional<Stamp>& now) const {
-    const bool isStanding = rows_ && stamp_ && trackingId == trackingId_ && now == stamp_;
-    return isStanding ? rows_ : nullptr;
+    const bool isCurrent = rows_ && stamp_ && trackingId == trackingId_ && now == stamp_;
+    return isCurrent ? rows_ : nullptr;
 }
 
 void VLInboxKeptRows::keep(const std::string& trackingId, std::shared_ptr<const VLInboxRows> rows,

@@ -11,21 +11,21 @@
 
 namespace vorlane {
 
-/// The messages in the rows of one user, expired ones included, in the order of the list: newest first, then the higher
-/// id.
+/// The messages in the rows of one user, expired ones included, in the order of the list: newest first, then by
+/// descending id.
 using VLInboxRows = std::vector<std::shared_ptr<VLInboxMessage>>;
 
-/// The messages that have not expired, each id once.
+/// Returns the messages that have not expired, each id once.
 VLInboxRows visibleRows(const VLInboxRows& rows, double now);
-/// How many different messages are unread and have not expired.
+/// Returns the number of different messages that are unread and have not expired.
 std::size_t unreadCount(const VLInboxRows& rows, double now);
 
 /// The rows of one user, kept in memory while an update inserts one message after another and shows the whole list
-/// after each. They stand only as long as nobody else has written to the file: the file's own change counter tells.
-/// The store's alone, on its queue.
+/// after each. They are valid until somebody else writes to the file, which its change counter shows. Used by the store
+/// alone, on its queue.
 class VLInboxKeptRows {
 public:
-    /// From now on rows are kept, until as many calls of `end()`.
+    /// Rows are kept until every `begin()` has been matched by an `end()`.
     void begin() { ++users_; }
     void end();
 
@@ -33,12 +33,12 @@ public:
 
     using Stamp = VLInboxConnection::Stamp;
 
-    /// What was kept for that user; null when there is nothing, or the file has changed since.
+    /// Returns the rows kept for that user; null if there are none, or if the file has changed since.
     std::shared_ptr<const VLInboxRows> rows(const std::string& trackingId, const std::optional<Stamp>& now) const;
-    /// Keeps rows that were read after the file had that state.
+    /// Keeps rows that were read while the file had that state.
     void keep(const std::string& trackingId, std::shared_ptr<const VLInboxRows> rows,
               const std::optional<Stamp>& stamp);
-    /// Adds a row, when its insertion was the only change from the one state to the other.
+    /// Adds a row whose insertion was the only change between the two states. Otherwise has no effect.
     void add(const std::string& trackingId, std::shared_ptr<VLInboxMessage> row, const std::optional<Stamp>& before,
              const std::optional<Stamp>& after);
 

@@ -4,9 +4,9 @@
 
 #include <algorithm>
 #include <unordered_map>
-#include <unordered_set>
 #include <utility>
 
+#include "Inbox/VLInboxIds.h"
 #include "Inbox/VLInboxServer.h"
 #include "Platform/DispatchGroup.h"
 #include "Platform/DispatchQueue.h"
@@ -16,22 +16,19 @@ namespace vorlane {
 
 namespace {
 
-/// Messages that are asked for, or wait to be inserted. Enough to keep the network busy, and little enough for a list
-/// of any length.
+/// Limits the messages that are requested or wait to be inserted: enough to keep the network busy, and little memory
+/// for a list of any length.
 constexpr std::size_t kMostRequests = 64;
-/// Whole lists that the host has not seen yet. While its main thread is busy, no more are made.
+/// Limits the lists that wait for the host's main thread.
 constexpr std::size_t kMostListsOnTheirWay = 16;
 
-using Ids = std::unordered_set<std::uint64_t>;
-
-Ids idsOf(const std::vector<VLInboxEntry>& entries) {
-    Ids ids;
+VLInboxIds idsOf(const std::vector<VLInboxEntry>& entries) {
+    VLInboxIds ids;
     ids.reserve(entries.size());
     for (const auto& entry : entries) ids.insert(entry.notificationId);
     return ids;
 }
 
-/// One line for each id: what became of it.
 void logOutcome(bool isDone, const char* done, const char* failed, std::uint64_t notificationId) {
     logMessage(isDone ? VLLogLevel::Debug : VLLogLevel::Error,
                fmt::format(fmt::runtime(isDone ? done : failed), notificationId));
@@ -50,7 +47,7 @@ VLInboxUpdate::VLInboxUpdate(Collaborators collaborators, std::string trackingId
 void VLInboxUpdate::run(std::function<void()> completion) {
     auto local = collaborators_.store->local(trackingId_);
     if (!local) {
-        // Without knowing what is here already, fetching would store messages twice.
+        // Fetching without knowing the stored ids would store messages twice.
         show();
         return completion();
     }
@@ -60,10 +57,10 @@ void VLInboxUpdate::run(std::function<void()> completion) {
     fetch(local->entries, std::move(completion));
 }
 
-/// A message that was deleted here is deleted there once more, and not fetched again.
+/// A message that was deleted on this device is deleted at the service once more, and not fetched again.
 void VLInboxUpdate::dropTrashed(const std::vector<std::uint64_t>& trash) {
     const auto listed = idsOf(entries_);
-    Ids dropped;
+    VLInboxIds dropped;
     for (const auto notificationId : trash) {
         if (!listed.contains(notificationId)) continue;
         dropped.insert(notificationId);
@@ -76,7 +73,7 @@ void VLInboxUpdate::removeUnlisted(std::vector<VLInboxEntry>& local) {
     const auto listed = idsOf(entries_);
     const auto isListed = [&listed](const VLInboxEntry& entry) { return listed.contains(entry.notificationId); };
     std::vector<std::uint64_t> unlisted;
-    Ids seen;
+    VLInboxIds seen;
     for (const auto& entry : local) {
         if (!isListed(entry) && seen.insert(entry.notificationId).second) unlisted.push_back(entry.notificationId);
     }
@@ -88,9 +85,9 @@ void VLInboxUpdate::removeUnlisted(std::vector<VLInboxEntry>& local) {
     }
 }
 
-/// What was read here counts; else the service's flag does.
+/// A message that was read on this device stays read; otherwise the service's flag counts.
 void VLInboxUpdate::updateReadFlags(const std::vector<VLInboxEntry>& local) {
-    std::unordered_map<std::uint64_t, std::int64_t> flags;
+    std::unordered_map<std::uint64_t, std::int64_t, VLInboxIdHash> flags;
     for (const auto& entry : local) flags.emplace(entry.notificationId, entry.read);
     std::vector<VLInboxEntry> changed;
     for (const auto& entry : entries_) {
@@ -112,7 +109,7 @@ void VLInboxUpdate::updateReadFlags(const std::vector<VLInboxEntry>& local) {
 void VLInboxUpdate::fetch(const std::vector<VLInboxEntry>& local, std::function<void()> completion) {
     auto known = idsOf(local);
     for (const auto& entry : entries_) {
-        // Listed twice is still one message.
+        // A list may contain an id twice.
         if (!known.insert(entry.notificationId).second) continue;
         group_->enter();
         wanted_.push_back(entry.notificationId);

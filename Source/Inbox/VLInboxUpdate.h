@@ -19,27 +19,26 @@ class DispatchGroup;
 class DispatchQueue;
 class VLInboxServer;
 
-/// Brings the messages of one user in step with what the service lists: removes, marks and fetches them one by one.
-/// Made for one synchronisation by the inbox service; runs on its background queue.
+/// Brings the stored messages of one user in step with the service's list: removes, marks and fetches them one by one.
+/// The inbox service creates one for each synchronisation. Runs on the service's background queue.
 class VLInboxUpdate : public std::enable_shared_from_this<VLInboxUpdate> {
 public:
-    /// What all updates share.
     struct Collaborators {
         std::shared_ptr<VLInboxStore> store;
         std::shared_ptr<VLInboxServer> server;
         std::shared_ptr<DispatchQueue> backgroundQueue;
     };
 
-    /// Reads the list and hands it to the host; `shown` runs once the host has seen it, on any queue.
+    /// Reads the list and passes it to the host. `shown` runs after the host's handler, on any queue.
     using ShowList = std::function<void(std::function<void()> shown)>;
 
-    /// `showList` is called on the background queue after each message that was inserted; once in the end when none
-    /// was.
+    /// `showList` is called on the background queue after each inserted message, or once at the end if none was
+    /// inserted.
     VLInboxUpdate(Collaborators collaborators, std::string trackingId, std::vector<VLInboxEntry> entries,
                   ShowList showList);
 
-    /// `updateRecords:trackingId:messageListBlock:syncFinishGroup:`; `completion` runs on the background queue when all
-    /// is done.
+    /// `updateRecords:trackingId:messageListBlock:syncFinishGroup:` runs the update; `completion` runs on the
+    /// background queue when it has ended.
     void run(std::function<void()> completion);
 
 private:
@@ -53,7 +52,7 @@ private:
     void insertNotification(std::uint64_t notificationId, const std::optional<Dictionary>& data);
     void show();
 
-    /// A message that has come, or has failed to.
+    /// An answered request; `nullopt` for one that failed.
     struct Arrival {
         std::uint64_t notificationId;
         std::optional<Dictionary> data;
