@@ -7,45 +7,53 @@
 #include <array>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace vorlane {
 
 namespace {
 
-/// How long a statement waits for another program that holds the file.
+/// The time for which a statement waits for a lock of another program.
 constexpr int kBusyTimeoutMilliseconds = 250;
 
 // The header of a database file.
-constexpr std::size_t kHeaderLength = 28;
+constexpr std::size_t kHeaderLength = 60;
 constexpr std::string_view kMagic{"SQLite format 3\0", 16};
 constexpr std::size_t kWriteVersion = 18;
 constexpr std::size_t kReadVersion = 19;
 constexpr std::size_t kChangeCounter = 24;
-/// In the other journal modes the counter does not tell of every change.
+constexpr std::size_t kSchemaFormat = 44;
+constexpr std::size_t kTextEncoding = 56;
+/// In the other journal modes the counter does not count every transaction.
 constexpr std::uint8_t kRollbackJournal = 1;
 
 using Header = std::array<std::uint8_t, kHeaderLength>;
 
-bool isCountingHeader(const Header& header) {
+bool hasMagic(const Header& header) {
     return std::equal(kMagic.begin(), kMagic.end(), header.begin(),
-                      [](char left, std::uint8_t right) { return static_cast<std::uint8_t>(left) == right; }) &&
-           header[kWriteVersion] == kRollbackJournal && header[kReadVersion] == kRollbackJournal;
+                      [](char left, std::uint8_t right) { return static_cast<std::uint8_t>(left) == right; });
 }
 
-std::uint32_t changeCounter(const Header& header) {
-    std::uint32_t counter = 0;
-    for (std::size_t i = 0; i < sizeof counter; ++i) counter = counter << 8U | header[kChangeCounter + i];
-    return counter;
+bool isCountingHeader(const Header& header) {
+    return hasMagic(header) && header[kWriteVersion] == kRollbackJournal && header[kReadVersion] == kRollbackJournal;
 }
 
-/// Read through SQLite's own file: closing another descriptor of it would drop the locks that this process holds.
-bool readHeader(sqlite3* database, Header& header) {
+std::uint32_t numberAt(const Header& header, std::size_t place) {
+    std::uint32_t number = 0;
+    for (std::size_t i = 0; i < sizeof number; ++i) number = number << 8U | header[place + i];
+    return number;
+}
+
+/// SQLite's own file: closing another descriptor of it would drop the locks that this process holds.
+sqlite3_file* fileOf(sqlite3* database) {
     sqlite3_file* file = nullptr;
-    if (sqlite3_file_control(database, "main", SQLITE_FCNTL_FILE_POINTER, static_cast<void*>(&file)) != SQLITE_OK) {
-        return false;
-    }
-    return file && file->pMethods &&
-           file->pMethods->xRead(file, header.data(), static_cast<int>(header.size()), 0) == SQLITE_OK;
+    const int result = sqlite3_file_control(database, "main", SQLITE_FCNTL_FILE_POINTER, static_cast<void*>(&file));
+    return result == SQLITE_OK && file && file->pMethods ? file : nullptr;
+}
+
+bool readHeader(sqlite3* database, Header& header) {
+    auto* const file = fileOf(database);
+    return file && file->pMethods->xRead(file, header.data(), static_cast<int>(header.size()), 0) == SQLITE_OK;
 }
 
 }  // namespace
@@ -56,7 +64,7 @@ VLInboxConnection::VLInboxConnection(const std::string& path) {
 }
 
 VLInboxConnection::~VLInboxConnection() {
-    // Unlike close(), this cannot fail: what is still in use goes with its last statement.
+    // Unlike close(), this cannot fail: SQLite keeps the connection until its last statement is finalized.
     sqlite3_close_v2(database_);
 }
 
@@ -98,7 +106,30 @@ std::optional<VLInboxConnection::Stamp> VLInboxConnection::stamp() const {
     struct stat status {};
     if (!isOpen() || !readHeader(database_, header) || !isCountingHeader(header)) return std::nullopt;
     if (::stat(sqlite3_db_filename(database_, "main"), &status) != 0) return std::nullopt;
-    return Stamp{status.st_ino, changeCounter(header)};
+    return Stamp{status.st_ino, numberAt(header, kChangeCounter)};
+}
+
+bool VLInboxConnection::isReadable() const {
+    constexpr sqlite3_int64 kBlock = 65'536;
+    auto* const file = isOpen() ? fileOf(database_) : nullptr;
+    sqlite3_int64 size = 0;
+    if (!file || file->pMethods->xFileSize(file, &size) != SQLITE_OK) return false;
+    std::vector<std::uint8_t> block(kBlock);
+    for (sqlite3_int64 place = 0; place < size; place += kBlock) {
+        const auto length = static_cast<int>(std::min(kBlock, size - place));
+        if (file->pMethods->xRead(file, block.data(), length, place) != SQLITE_OK) return false;
+    }
+    return true;
+}
+
+bool VLInboxConnection::hasUnknownFormat() const {
+    constexpr std::uint32_t kLastFileVersion = 2;
+    constexpr std::uint32_t kLastSchemaFormat = 4;
+    constexpr std::uint32_t kUTF8 = 1;
+    Header header{};
+    if (!isOpen() || !readHeader(database_, header) || !hasMagic(header)) return false;
+    return header[kWriteVersion] > kLastFileVersion || header[kReadVersion] > kLastFileVersion ||
+           numberAt(header, kSchemaFormat) > kLastSchemaFormat || numberAt(header, kTextEncoding) > kUTF8;
 }
 
 int VLInboxConnection::noted(int result) {

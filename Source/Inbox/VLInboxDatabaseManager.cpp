@@ -1,16 +1,18 @@
 #include "Inbox/VLInboxDatabaseManager.h"
 
-#include <fcntl.h>
 #include <fmt/format.h>
 #include <sqlite3.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <filesystem>
 #include <mutex>
+#include <optional>
 #include <system_error>
 #include <utility>
 
+#include "Inbox/VLInboxDatabaseCheck.h"
+#include "Inbox/VLInboxDatabaseFile.h"
+#include "Inbox/VLInboxDatabaseSalvage.h"
+#include "Inbox/VLInboxSchema.h"
 #include "Inbox/VLInboxStatement.h"
 #include "Platform/Internal/ProcessWide.h"
 #include "Platform/NSFileManager.h"
@@ -22,20 +24,11 @@ namespace vorlane {
 namespace {
 
 constexpr std::uint32_t kCurrentVersion = 2;
-constexpr mode_t kFileMode = 0600;
 
-constexpr const char* kCreateInbox =
-    "CREATE TABLE IF NOT EXISTS RICH_INBOX(ID INTEGER PRIMARY KEY AUTOINCREMENT,     TRACKING_ID TEXT, "
-    "NOTIF_ID INTEGER, SUBJECT TEXT, CONTENT TEXT, LABEL TEXT, URL TEXT, PHASH TEXT, READ INTEGER,     "
-    "CREATED INTEGER, END INTEGER, CARD_URL TEXT, BACKGROUND_COLOR TEXT, FOREGROUND_COLOR TEXT, CARD_IMAGE BLOB, "
-    "METADATA TEXT)";
-constexpr const char* kCreateTrash =
-    "CREATE TABLE IF NOT EXISTS RICH_TRASH(NOTIF_ID INTEGER PRIMARY KEY, TRACKING_ID TEXT)";
-
-/// The paths of the process, each worked out and logged once.
+/// The paths of the process, each determined and logged once.
 struct Paths {
     std::mutex mutex;
-    // Guarded by mutex; empty until asked for.
+    // Guarded by mutex; empty before the first call.
     std::string documents;
     std::string v1;
     std::string v2Plus;
@@ -55,54 +48,43 @@ std::string pathOnce(std::string Paths::*member, const char* logFormat, const st
     return path;
 }
 
-/// SQLite would make the file readable for everybody; one that is there already is made private, too. That one is not
-/// opened, because closing it again would drop the locks that this process holds on it.
-void makePrivateFile(const std::string& path) {
-    const int file = ::open(path.c_str(), O_CREAT | O_EXCL | O_RDONLY | O_CLOEXEC, kFileMode);
-    if (file >= 0) {
-        ::close(file);
-    } else {
-        ::chmod(path.c_str(), kFileMode);
-    }
-}
-
-/// Empty on success, else what went wrong.
-std::string removeFile(const std::string& path) {
-    std::error_code error;
-    std::filesystem::remove(path, error);
-    return error ? error.message() : std::string();
-}
+VLInboxDatabaseFile liveFile() { return VLInboxDatabaseFile(VLInboxDatabaseManager::databaseV2PlusPath()); }
 
 void logPrepareFailure(const VLInboxConnection& connection) {
     logMessage(VLLogLevel::Error, fmt::format("Could not prepare statement: {}", connection.errorMessage()));
-}
-
-VLInboxConnection openLiveDatabase() {
-    const auto path = VLInboxDatabaseManager::databaseV2PlusPath();
-    makePrivateFile(path);
-    VLInboxConnection connection(path);
-    if (!connection.isOpen()) {
-        logMessage(VLLogLevel::Error,
-                   fmt::format("Inbox fatal error - can't open/create database: {}", connection.errorMessage()));
-    }
-    return connection;
 }
 
 }  // namespace
 
 void VLInboxDatabaseManager::performSchemaUpgradeDowngrade() const {
     NSFileManager::createDirectoryAtPath(documentDirectoryPath());
-    auto connection = openLiveDatabase();
-    if (!connection.isOpen()) return;
-    const auto version = getSchemaVersion(connection);
-    connection = bringToCurrent(std::move(connection), version);
-    if (connection.isCorrupt()) {
-        connection.close();
-        replaceCorruptDatabase();
-    }
-    connection.close();
+    const auto outcome = bringLiveDatabaseToCurrent();
+    if (outcome == Outcome::CannotOpen) return;
+    if (outcome == Outcome::Suspicious && repairDatabase()) bringLiveDatabaseToCurrent();
     deleteV1DatabaseFile();
     logMessage(VLLogLevel::Debug, "Inbox upgrade/downgrade operations complete.");
+}
+
+VLInboxDatabaseManager::Outcome VLInboxDatabaseManager::bringLiveDatabaseToCurrent() const {
+    const auto file = liveFile();
+    file.prepare();
+    VLInboxConnection connection(file.path());
+    if (!connection.isOpen()) {
+        logMessage(VLLogLevel::Error,
+                   fmt::format("Inbox fatal error - can't open/create database: {}", connection.errorMessage()));
+        return Outcome::CannotOpen;
+    }
+    const auto version = getSchemaVersion(connection);
+    connection = bringToCurrent(std::move(connection), version);
+    const bool isSuspicious = VLInboxDatabaseCheck::isSuspicious(connection) || connection.isCorrupt();
+    return isSuspicious ? Outcome::Suspicious : Outcome::Done;
+}
+
+VLInboxConnection VLInboxDatabaseManager::openDatabase() const {
+    const auto file = liveFile();
+    if (!file.exists()) performSchemaUpgradeDowngrade();
+    file.prepare();
+    return VLInboxConnection(file.path());
 }
 
 VLInboxConnection VLInboxDatabaseManager::bringToCurrent(VLInboxConnection connection, std::uint32_t version) const {
@@ -116,7 +98,7 @@ VLInboxConnection VLInboxDatabaseManager::bringToCurrent(VLInboxConnection conne
     if (version == 1) {
         logMessage(VLLogLevel::Debug, fmt::format("Upgrading Inbox DB schema to version {}", kCurrentVersion));
     } else {
-        // Names the current version rather than the one found, and upgrades all the same; meant so.
+        // Intended: names the current version instead of the one found, and upgrades nevertheless.
         logMessage(VLLogLevel::Warn,
                    fmt::format("Found unknown Inbox DB schema version {}. Nothing to do", kCurrentVersion));
     }
@@ -148,11 +130,11 @@ void VLInboxDatabaseManager::setSchemaVersion(VLInboxConnection& connection, std
 }
 
 void VLInboxDatabaseManager::createTablesForV2(VLInboxConnection& connection) const {
-    const auto inboxError = connection.execute(kCreateInbox);
+    const auto inboxError = connection.execute(kInboxTable.statement);
     if (!inboxError.empty()) {
         logMessage(VLLogLevel::Error, fmt::format("Failed to create RICH_INBOX table: {}", inboxError));
     }
-    const auto trashError = connection.execute(kCreateTrash);
+    const auto trashError = connection.execute(kTrashTable.statement);
     if (!trashError.empty()) {
         logMessage(VLLogLevel::Error, fmt::format("Failed to create RICH_TRASH table: {}", trashError));
     }
@@ -174,57 +156,77 @@ VLInboxConnection VLInboxDatabaseManager::recreateSchemaToCurrent(VLInboxConnect
 }
 
 VLInboxConnection VLInboxDatabaseManager::recreateDatabaseFile(VLInboxConnection connection) const {
-    const auto path = databaseV2PlusPath();
+    const auto file = liveFile();
     if (connection.close() != SQLITE_OK) {
         logMessage(VLLogLevel::Error,
                    fmt::format("Failed to close DB connection prior to schema upgrade: {}", connection.errorMessage()));
         return connection;
     }
-    if (const auto error = removeFile(path); !error.empty()) {
+    if (const auto error = file.remove(); !error.empty()) {
         logMessage(VLLogLevel::Error, fmt::format("Failed to delete old DB file for schema upgrade: {}", error));
         return connection;
     }
-    makePrivateFile(path);
-    VLInboxConnection fresh(path);
+    file.prepare();
+    VLInboxConnection fresh(file.path());
     if (!fresh.isOpen()) {
         logMessage(VLLogLevel::Error,
-                   fmt::format("Failed to create new DB file at path {} : {}", path, fresh.errorMessage()));
+                   fmt::format("Failed to create new DB file at path {} : {}", file.path(), fresh.errorMessage()));
         return connection;
     }
-    logMessage(VLLogLevel::Debug, fmt::format("Successfully recreated DB file at path {}", path));
+    logMessage(VLLogLevel::Debug, fmt::format("Successfully recreated DB file at path {}", file.path()));
     return fresh;
 }
 
 void VLInboxDatabaseManager::deleteV1DatabaseFile() const {
     const auto path = databaseV1Path();
     if (!NSFileManager::fileExistsAtPath(path)) return;
-    if (removeFile(path).empty()) {
+    std::error_code error;
+    if (std::filesystem::remove(path, error)) {
         logMessage(VLLogLevel::Debug, "Deleted legacy v1 database");
     } else {
         logMessage(VLLogLevel::Error, fmt::format("Failed to delete v1 database at path: {}", path));
     }
 }
 
-void VLInboxDatabaseManager::replaceCorruptDatabase() const {
-    moveDatabaseAside();
-    auto connection = openLiveDatabase();
-    if (!connection.isOpen()) return;
-    const auto version = getSchemaVersion(connection);
-    bringToCurrent(std::move(connection), version);
+bool VLInboxDatabaseManager::repairDatabase() const {
+    switch (VLInboxDatabaseCheck::check(databaseV2PlusPath())) {
+        case VLInboxDatabaseCheck::Result::Sound:
+            logMessage(VLLogLevel::Warn, "Inbox: the database was suspected of damage, but a check found it sound");
+            return true;
+        case VLInboxDatabaseCheck::Result::Damaged:
+            return replaceDamagedDatabase();
+        case VLInboxDatabaseCheck::Result::Unknown:
+            break;
+    }
+    logMessage(VLLogLevel::Error, "Inbox: the database was suspected of damage, but cannot be checked; it is kept");
+    return false;
 }
 
-void VLInboxDatabaseManager::moveDatabaseAside() const {
-    const auto path = databaseV2PlusPath();
-    const auto destination = path + ".corrupt";
-    // A journal left beside a fresh file would be played into it.
-    for (const char* companion : {"-journal", "-wal", "-shm"}) {
-        if (!NSFileManager::moveItemAtPath(path + companion, destination + companion)) removeFile(path + companion);
+bool VLInboxDatabaseManager::replaceDamagedDatabase() const {
+    const auto file = liveFile();
+    const VLInboxDatabaseFile replacement(file.path() + ".new");
+    std::optional<std::string> copy;
+    if (rebuild(replacement.path())) copy = file.replaceWith(replacement.path());
+    if (copy) {
+        logMessage(VLLogLevel::Error, fmt::format("Inbox: moved the damaged database to {}", *copy));
+    } else {
+        logMessage(VLLogLevel::Error, fmt::format("Inbox: unable to replace the damaged database {}", file.path()));
+        replacement.remove();
     }
-    if (NSFileManager::moveItemAtPath(path, destination)) {
-        return logMessage(VLLogLevel::Error, fmt::format("Inbox: moved the damaged database to {}", destination));
-    }
-    logMessage(VLLogLevel::Error, fmt::format("Inbox: unable to move the damaged database to {}", destination));
-    removeFile(path);
+    return copy.has_value();
+}
+
+bool VLInboxDatabaseManager::rebuild(const std::string& path) const {
+    const VLInboxDatabaseFile file(path);
+    file.remove();
+    file.prepare();
+    VLInboxConnection connection(path);
+    if (!connection.isOpen()) return false;
+    upgradeSchemaFromV1ToV2(connection);
+    if (getSchemaVersion(connection) != kCurrentVersion) return false;
+    const auto count = VLInboxDatabaseSalvage(databaseV2PlusPath()).copyRowsTo(connection);
+    if (count) logMessage(VLLogLevel::Info, fmt::format("Inbox: copied {} rows of the damaged database", *count));
+    return count && connection.close() == SQLITE_OK;
 }
 
 std::string VLInboxDatabaseManager::databaseV1Path() {

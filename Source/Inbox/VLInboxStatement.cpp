@@ -10,7 +10,7 @@ namespace vorlane {
 
 namespace {
 
-/// The whole numbers that both a double and 64 bits hold exactly.
+/// Returns whether a double and a 64-bit integer both hold the number exactly.
 bool isWholeNumber(double value) {
     constexpr double kLimit = 9007199254740992.0;
     return std::abs(value) <= kLimit && std::trunc(value) == value;
@@ -65,12 +65,12 @@ VLInboxStatement& VLInboxStatement::bind(const Data& data) {
     return *this;
 }
 
-int VLInboxStatement::step() { return connection_.noted(sqlite3_step(statement_)); }
-
-void VLInboxStatement::reset() {
-    sqlite3_reset(statement_);
-    parameters_ = 0;
+VLInboxStatement& VLInboxStatement::bindColumn(const VLInboxStatement& row, int column) {
+    sqlite3_bind_value(statement_, nextParameter(), sqlite3_column_value(row.statement_, column));
+    return *this;
 }
+
+int VLInboxStatement::step() { return connection_.noted(sqlite3_step(statement_)); }
 
 std::int64_t VLInboxStatement::integer(int column) const { return sqlite3_column_int64(statement_, column); }
 

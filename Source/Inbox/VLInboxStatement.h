@@ -12,10 +12,10 @@ namespace vorlane {
 
 class VLInboxConnection;
 
-/// One prepared statement; finalised when the object goes, before its connection.
+/// One prepared statement; finalized with the object, which must not outlive its connection.
 class VLInboxStatement {
 public:
-    /// A failure shows in `isPrepared()`; the connection tells why.
+    /// A failure shows in `isPrepared()`; the connection has the reason.
     VLInboxStatement(VLInboxConnection& connection, const char* sql);
     ~VLInboxStatement();
     VLInboxStatement(const VLInboxStatement&) = delete;
@@ -23,10 +23,10 @@ public:
 
     bool isPrepared() const { return statement_ != nullptr; }
 
-    /// Each binds the next parameter; nothing binds NULL. Texts and data must stay as they are until the next `reset()`
-    /// or the end of the statement.
+    /// Each call binds the next parameter; `nullopt` binds NULL. Strings and data must stay unchanged until the
+    /// statement is destroyed.
     VLInboxStatement& bind(std::int64_t value);
-    /// An id above the signed range is stored as the negative number of the same bits.
+    /// An id above the signed range is stored as the negative number with the same bits.
     VLInboxStatement& bindId(std::uint64_t value);
     VLInboxStatement& bind(const std::string& text);
     VLInboxStatement& bind(const std::optional<std::string>& text);
@@ -34,13 +34,13 @@ public:
     /// A whole number is stored as an integer.
     VLInboxStatement& bind(const std::optional<double>& value);
     VLInboxStatement& bind(const Data& data);
+    /// Copies a column of another statement's current row, with its type.
+    VLInboxStatement& bindColumn(const VLInboxStatement& row, int column);
 
-    /// SQLite's primary result code: SQLITE_ROW, SQLITE_DONE, or what failed.
+    /// Returns SQLite's primary result code: SQLITE_ROW, SQLITE_DONE or an error.
     int step();
-    /// Makes it ready for other parameters.
-    void reset();
 
-    // The columns of the row, from 0 on, read as SQLite converts them. NULL is 0, or nothing.
+    // The columns of the current row, counted from 0, converted as SQLite does. NULL is 0 or `nullopt`.
     std::int64_t integer(int column) const;
     std::uint64_t id(int column) const { return static_cast<std::uint64_t>(integer(column)); }
     double number(int column) const;

@@ -1,13 +1,11 @@
 #include "Inbox/VLInboxStore.h"
 
 #include <fmt/format.h>
-#include <sqlite3.h>
 
-#include <unordered_set>
 #include <utility>
 
-#include "Core/Base/VLError.h"
-#include "Inbox/VLInboxStatement.h"
+#include "Inbox/VLInboxIds.h"
+#include "Inbox/VLInboxOperation.h"
 #include "Public/VLLog.h"
 
 namespace vorlane {
@@ -37,115 +35,41 @@ constexpr const char* kUpdateImage = "UPDATE RICH_INBOX SET CARD_IMAGE = ? WHERE
 /// The columns of the two long statements.
 struct MessageColumn {
     enum : int {
-        rowId,
-        subject,
-        content,
-        label,
-        url,
-        notificationId,
-        phash,
-        read,
-        created,
-        end,
-        cardUrl,
-        backgroundColor,
-        foregroundColor,
-        metadata
+        RowId,
+        Subject,
+        Content,
+        Label,
+        URL,
+        NotificationId,
+        Phash,
+        Read,
+        Created,
+        End,
+        CardURL,
+        BackgroundColor,
+        ForegroundColor,
+        Metadata
     };
 };
 
 VLInboxRecord recordFromRow(const VLInboxStatement& row) {
     using Column = MessageColumn;
-    return {.notificationId = row.id(Column::notificationId),
-            .subject = row.text(Column::subject),
-            .content = row.text(Column::content),
-            .label = row.text(Column::label),
-            .url = row.text(Column::url),
-            .phash = row.text(Column::phash),
-            .read = row.integer(Column::read),
-            .created = row.number(Column::created),
-            .end = row.number(Column::end),
-            .cardUrl = row.text(Column::cardUrl),
-            .backgroundColor = row.text(Column::backgroundColor),
-            .foregroundColor = row.text(Column::foregroundColor),
-            .metadata = row.text(Column::metadata)};
+    return {.notificationId = row.id(Column::NotificationId),
+            .subject = row.text(Column::Subject),
+            .content = row.text(Column::Content),
+            .label = row.text(Column::Label),
+            .url = row.text(Column::URL),
+            .phash = row.text(Column::Phash),
+            .read = row.integer(Column::Read),
+            .created = row.number(Column::Created),
+            .end = row.number(Column::End),
+            .cardUrl = row.text(Column::CardURL),
+            .backgroundColor = row.text(Column::BackgroundColor),
+            .foregroundColor = row.text(Column::ForegroundColor),
+            .metadata = row.text(Column::Metadata)};
 }
 
 }  // namespace
-
-/// One operation's connection. Its end closes it, and replaces the file when it was found to be damaged.
-class VLInboxStore::Operation {
-public:
-    explicit Operation(VLInboxStore& store)
-        : store_(store), connection_(VLInboxDatabaseManager::databaseV2PlusPath()) {}
-
-    ~Operation() {
-        connection_.close();
-        if (connection_.isCorrupt()) store_.databaseManager_->replaceCorruptDatabase();
-    }
-
-    Operation(const Operation&) = delete;
-    Operation& operator=(const Operation&) = delete;
-
-    VLInboxConnection& connection() { return connection_; }
-
-    /// Runs a statement that gives rows; returns whether all of them were seen.
-    template <class Row>
-    bool select(const char* sql, const std::string& trackingId, Row row) {
-        VLInboxStatement statement(connection_, sql);
-        return readAll(statement.bind(trackingId), row);
-    }
-
-    template <class Row>
-    bool readAll(VLInboxStatement& statement, Row row) {
-        if (!statement.isPrepared()) return fail();
-        int result = SQLITE_ROW;
-        while ((result = statement.step()) == SQLITE_ROW) row(statement);
-        return result == SQLITE_DONE || failStep(result);
-    }
-
-    /// Runs a statement that gives none, its parameters bound by `bind`.
-    template <class Bind>
-    bool change(const char* sql, Bind bind) {
-        VLInboxStatement statement(connection_, sql);
-        if (!statement.isPrepared()) return fail();
-        bind(statement);
-        const int result = statement.step();
-        return result == SQLITE_DONE || failStep(result);
-    }
-
-    /// Runs `changes` as one transaction: all of them, or none when one says that it failed.
-    template <class Changes>
-    bool inTransaction(Changes changes) {
-        if (!connection_.execute("BEGIN IMMEDIATE").empty()) return fail();
-        if (changes() && (connection_.execute("COMMIT").empty() || fail())) return true;
-        connection_.execute("ROLLBACK");
-        return false;
-    }
-
-    /// What went wrong last; nothing when nothing did.
-    const std::optional<NSError>& error() const { return error_; }
-
-private:
-    bool fail() {
-        logMessage(VLLogLevel::Error, fmt::format("sqlite3_errmsg - {}", connection_.errorMessage()));
-        return fail("sqlite3_errcode", connection_.errorCode());
-    }
-
-    bool failStep(int result) {
-        logMessage(VLLogLevel::Error, fmt::format("sqlite3_errcode - {}", result));
-        return fail("sqlite3_step result", result);
-    }
-
-    bool fail(const char* key, int result) {
-        error_ = VLError::errorWithDomain(VLErrorDomainInbox, 0, connection_.errorMessage(), {{key, result}});
-        return false;
-    }
-
-    VLInboxStore& store_;
-    VLInboxConnection connection_;
-    std::optional<NSError> error_;
-};
 
 VLInboxStore::VLInboxStore(std::shared_ptr<const VLInboxDatabaseManager> databaseManager,
                            std::weak_ptr<VLInboxService> service)
@@ -155,38 +79,50 @@ std::shared_ptr<VLInboxMessage> VLInboxStore::message(VLInboxRecord record) cons
     return std::make_shared<VLInboxMessage>(std::move(record).messageContent(), service_);
 }
 
+template <class Work>
+std::invoke_result_t<Work, VLInboxOperation&> VLInboxStore::perform(Work work) {
+    std::optional<VLInboxOperation> operation(std::in_place, databaseManager_->openDatabase());
+    auto result = work(*operation);
+    if (!operation->connection().isCorrupt()) return result;
+    operation.reset();
+    if (!databaseManager_->repairDatabase()) return result;
+    return work(operation.emplace(databaseManager_->openDatabase()));
+}
+
 std::optional<std::vector<VLInboxEntry>> VLInboxStore::stateEntries(const std::string& trackingId) {
-    Operation operation(*this);
-    std::vector<VLInboxEntry> entries;
-    const bool isRead = operation.select(kSelectState, trackingId, [&entries](const VLInboxStatement& row) {
-        entries.push_back({row.id(MessageColumn::notificationId), row.integer(MessageColumn::read)});
+    return perform([&trackingId](VLInboxOperation& operation) {
+        std::vector<VLInboxEntry> entries;
+        const bool isRead = operation.select(kSelectState, trackingId, [&entries](const VLInboxStatement& row) {
+            entries.push_back({row.id(MessageColumn::NotificationId), row.integer(MessageColumn::Read)});
+        });
+        return isRead ? std::optional(std::move(entries)) : std::nullopt;
     });
-    return isRead ? std::optional(std::move(entries)) : std::nullopt;
 }
 
 std::optional<VLInboxStore::Local> VLInboxStore::local(const std::string& trackingId) {
-    Operation operation(*this);
-    Local local;
-    const bool isRead = operation.select(kSelectLocal, trackingId, [&local](const VLInboxStatement& row) {
-        local.entries.push_back({row.id(0), row.integer(1)});
-    }) && operation.select(kSelectTrash, trackingId, [&local](const VLInboxStatement& row) {
-        local.trash.push_back(row.id(0));
+    return perform([&trackingId](VLInboxOperation& operation) {
+        Local local;
+        const bool isRead = operation.select(kSelectLocal, trackingId, [&local](const VLInboxStatement& row) {
+            local.entries.push_back({row.id(0), row.integer(1)});
+        }) && operation.select(kSelectTrash, trackingId, [&local](const VLInboxStatement& row) {
+            local.trash.push_back(row.id(0));
+        });
+        return isRead ? std::optional(std::move(local)) : std::nullopt;
     });
-    return isRead ? std::optional(std::move(local)) : std::nullopt;
 }
 
 std::optional<std::size_t> VLInboxStore::unreadCount(const std::string& trackingId, double now) {
-    Operation operation(*this);
-    return unreadCount(operation, trackingId, now);
+    return perform([&](VLInboxOperation& operation) { return unreadCount(operation, trackingId, now); });
 }
 
 VLInboxStore::List VLInboxStore::list(const std::string& trackingId, double now) {
-    Operation operation(*this);
-    auto listed = rows(operation, trackingId);
-    return {std::move(listed), unreadCount(operation, trackingId, now)};
+    return perform([&](VLInboxOperation& operation) {
+        auto listed = rows(operation, trackingId);
+        return List{std::move(listed), unreadCount(operation, trackingId, now)};
+    });
 }
 
-std::shared_ptr<const VLInboxRows> VLInboxStore::rows(Operation& operation, const std::string& trackingId) {
+std::shared_ptr<const VLInboxRows> VLInboxStore::rows(VLInboxOperation& operation, const std::string& trackingId) {
     const auto stamp = keptRows_.isKeeping() ? operation.connection().stamp() : std::nullopt;
     if (auto kept = keptRows_.rows(trackingId, stamp)) return kept;
     auto rows = std::make_shared<VLInboxRows>();
@@ -198,13 +134,14 @@ std::shared_ptr<const VLInboxRows> VLInboxStore::rows(Operation& operation, cons
     return rows;
 }
 
-std::optional<std::size_t> VLInboxStore::unreadCount(Operation& operation, const std::string& trackingId, double now) {
+std::optional<std::size_t> VLInboxStore::unreadCount(VLInboxOperation& operation, const std::string& trackingId,
+                                                     double now) {
     if (keptRows_.isKeeping()) {
         if (const auto kept = keptRows_.rows(trackingId, operation.connection().stamp())) {
             return vorlane::unreadCount(*kept, now);
         }
     }
-    std::unordered_set<std::uint64_t> unread;
+    VLInboxIds unread;
     const bool isRead = operation.select(kSelectUnread, trackingId, [&unread, now](const VLInboxStatement& row) {
         if (row.integer(0) == 0 && row.number(1) > now) unread.insert(row.id(2));
     });
@@ -212,98 +149,107 @@ std::optional<std::size_t> VLInboxStore::unreadCount(Operation& operation, const
 }
 
 std::optional<Data> VLInboxStore::cardImage(std::uint64_t notificationId, const std::string& trackingId) {
-    Operation operation(*this);
-    std::optional<Data> image;
-    VLInboxStatement statement(operation.connection(), kSelectImage);
-    operation.readAll(statement.bindId(notificationId).bind(trackingId), [&image](const VLInboxStatement& row) {
-        // Of a message that is there twice, one row may have it and the other not.
-        if (!image) image = row.data(0);
+    return perform([&](VLInboxOperation& operation) {
+        std::optional<Data> image;
+        VLInboxStatement statement(operation.connection(), kSelectImage);
+        operation.readAll(statement.bindId(notificationId).bind(trackingId), [&image](const VLInboxStatement& row) {
+            // A message can have two rows, only one of them with the image.
+            if (!image) image = row.data(0);
+        });
+        return image;
     });
-    return image;
 }
 
-bool VLInboxStore::insert(VLInboxRecord record, const std::string& trackingId) {
-    Operation operation(*this);
-    const auto before = keptRows_.isKeeping() ? operation.connection().stamp() : std::nullopt;
-    const bool isInserted = operation.change(kInsert, [&record, &trackingId](VLInboxStatement& statement) {
-        statement.bind(record.subject).bind(record.content).bind(record.label).bind(record.url);
-        statement.bindId(record.notificationId).bind(record.phash).bind(record.read).bind(record.created);
-        statement.bind(record.end).bind(record.cardUrl).bind(record.backgroundColor).bind(record.foregroundColor);
-        statement.bind(record.metadata).bind(trackingId);
+bool VLInboxStore::insert(const VLInboxRecord& record, const std::string& trackingId) {
+    return perform([&](VLInboxOperation& operation) {
+        const auto before = keptRows_.isKeeping() ? operation.connection().stamp() : std::nullopt;
+        const bool isInserted = operation.change(kInsert, [&record, &trackingId](VLInboxStatement& statement) {
+            statement.bind(record.subject).bind(record.content).bind(record.label).bind(record.url);
+            statement.bindId(record.notificationId).bind(record.phash).bind(record.read).bind(record.created);
+            statement.bind(record.end).bind(record.cardUrl).bind(record.backgroundColor).bind(record.foregroundColor);
+            statement.bind(record.metadata).bind(trackingId);
+        });
+        // SQLite orders NULL before any date; in the kept rows it is 0.
+        if (isInserted && before && record.created.value_or(0) > 0) {
+            keptRows_.add(trackingId, message(record), before, operation.connection().stamp());
+        }
+        return isInserted;
     });
-    // SQLite has no date before any other; the kept rows have 0 for it.
-    if (isInserted && before && record.created.value_or(0) > 0) {
-        keptRows_.add(trackingId, message(std::move(record)), before, operation.connection().stamp());
-    }
-    return isInserted;
+}
+
+template <class Element, class Change>
+std::vector<bool> VLInboxStore::changeEach(const std::vector<Element>& elements, Change change) {
+    if (elements.empty()) return {};
+    return perform([&](VLInboxOperation& operation) {
+        std::vector<bool> changed;
+        // One transaction, so that the file is flushed once for all of them.
+        const bool isCommitted = operation.inTransaction([&] {
+            for (const auto& element : elements) changed.push_back(change(operation, element));
+            return true;
+        });
+        if (!isCommitted) changed.assign(elements.size(), false);
+        return changed;
+    });
 }
 
 std::vector<bool> VLInboxStore::removeRows(const std::vector<std::uint64_t>& notificationIds,
                                            const std::string& trackingId) {
-    std::vector<bool> removed;
-    if (notificationIds.empty()) return removed;
-    Operation operation(*this);
-    // Flushed to the disk once for all of them.
-    const bool isCommitted = operation.inTransaction([&] {
-        for (const auto notificationId : notificationIds) {
-            removed.push_back(operation.change(
-                kDelete, [&](VLInboxStatement& statement) { statement.bindId(notificationId).bind(trackingId); }));
-        }
-        return true;
+    return changeEach(notificationIds, [&trackingId](VLInboxOperation& operation, std::uint64_t notificationId) {
+        return operation.change(
+            kDelete, [&](VLInboxStatement& statement) { statement.bindId(notificationId).bind(trackingId); });
     });
-    if (!isCommitted) removed.assign(notificationIds.size(), false);
-    return removed;
 }
 
 std::vector<bool> VLInboxStore::setReadFlags(const std::vector<VLInboxEntry>& entries, const std::string& trackingId) {
-    std::vector<bool> isSet;
-    if (entries.empty()) return isSet;
-    Operation operation(*this);
-    const bool isCommitted = operation.inTransaction([&] {
-        for (const auto& entry : entries) {
-            isSet.push_back(operation.change(kUpdateRead, [&](VLInboxStatement& statement) {
-                statement.bind(entry.read).bindId(entry.notificationId).bind(trackingId);
-            }));
-        }
-        return true;
+    return changeEach(entries, [&trackingId](VLInboxOperation& operation, const VLInboxEntry& entry) {
+        return operation.change(kUpdateRead, [&](VLInboxStatement& statement) {
+            statement.bind(entry.read).bindId(entry.notificationId).bind(trackingId);
+        });
     });
-    if (!isCommitted) isSet.assign(entries.size(), false);
-    return isSet;
 }
 
 std::optional<NSError> VLInboxStore::setCardImage(const Data& image, std::uint64_t notificationId,
                                                   const std::string& trackingId) {
-    Operation operation(*this);
-    operation.change(kUpdateImage, [&](VLInboxStatement& statement) {
-        statement.bind(image).bindId(notificationId).bind(trackingId);
+    return perform([&](VLInboxOperation& operation) {
+        operation.change(kUpdateImage, [&](VLInboxStatement& statement) {
+            statement.bind(image).bindId(notificationId).bind(trackingId);
+        });
+        return operation.error();
     });
-    return operation.error();
 }
 
 VLInboxStore::ReadResult VLInboxStore::markRead(std::uint64_t notificationId, const std::string& trackingId) {
-    Operation operation(*this);
-    bool wasRead = false;
-    {
-        VLInboxStatement statement(operation.connection(), kSelectRead);
-        operation.readAll(statement.bindId(notificationId).bind(trackingId),
-                          [&wasRead](const VLInboxStatement& row) { wasRead = wasRead || row.integer(0) != 0; });
-    }
-    if (wasRead) return {true, std::nullopt};
-    const bool isSet = operation.change(kUpdateRead, [&](VLInboxStatement& statement) {
-        statement.bind(std::int64_t{1}).bindId(notificationId).bind(trackingId);
+    auto result = perform([&](VLInboxOperation& operation) {
+        const bool wasRead = isRead(operation, notificationId, trackingId);
+        if (!wasRead) {
+            operation.change(kUpdateRead, [&](VLInboxStatement& statement) {
+                statement.bind(std::int64_t{1}).bindId(notificationId).bind(trackingId);
+            });
+        }
+        return ReadResult{wasRead, wasRead ? std::nullopt : operation.error()};
     });
-    if (!isSet) {
+    if (result.error) {
         logMessage(VLLogLevel::Error,
                    fmt::format("Inbox: encountered error when updating message {} in local DB", notificationId));
     }
-    return {false, operation.error()};
+    return result;
+}
+
+bool VLInboxStore::isRead(VLInboxOperation& operation, std::uint64_t notificationId, const std::string& trackingId) {
+    bool isRead = false;
+    VLInboxStatement statement(operation.connection(), kSelectRead);
+    operation.readAll(statement.bindId(notificationId).bind(trackingId),
+                      [&isRead](const VLInboxStatement& row) { isRead = isRead || row.integer(0) != 0; });
+    return isRead;
 }
 
 std::optional<NSError> VLInboxStore::moveToTrash(std::uint64_t notificationId, const std::string& trackingId) {
-    Operation operation(*this);
-    const auto bind = [&](VLInboxStatement& statement) { statement.bindId(notificationId).bind(trackingId); };
-    operation.inTransaction([&] { return operation.change(kDelete, bind) && operation.change(kInsertTrash, bind); });
-    return operation.error();
+    return perform([&](VLInboxOperation& operation) {
+        const auto bind = [&](VLInboxStatement& statement) { statement.bindId(notificationId).bind(trackingId); };
+        operation.inTransaction(
+            [&] { return operation.change(kDelete, bind) && operation.change(kInsertTrash, bind); });
+        return operation.error();
+    });
 }
 
 }  // namespace vorlane

@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "Inbox/VLInboxDatabaseManager.h"
@@ -15,44 +16,46 @@
 
 namespace vorlane {
 
+class VLInboxOperation;
 class VLInboxService;
 
-/// The messages in the inbox database. Each operation opens the file, does its work and closes it again; every one
-/// concerns the messages of one user alone.
+/// The messages in the inbox database. Each operation opens the file, does its work and closes the file; each concerns
+/// the messages of one user.
 ///
 /// Failures are logged. An error is `VLErrorDomainInbox` code 0 with SQLite's result as "sqlite3_errcode" or
-/// "sqlite3_step result" in its user information. A file that turns out to be damaged is replaced by an empty one.
-/// The inbox service's background queue only.
+/// "sqlite3_step result" in its user information. An operation that finds the file damaged has the database checked,
+/// and repaired where that is needed, and runs once more. The inbox service's background queue only.
 class VLInboxStore {
 public:
-    /// The messages that it reads are made for `service`.
+    /// Messages are created for `service`.
     VLInboxStore(std::shared_ptr<const VLInboxDatabaseManager> databaseManager, std::weak_ptr<VLInboxService> service);
 
-    // What is there. Nothing, or null, when it cannot be read.
+    // Reading. The result is `nullopt` or null if the database cannot be read.
 
-    /// Every row by descending id, as the state hash is made of them.
+    /// Returns every row by descending id, as the state hash needs them.
     std::optional<std::vector<VLInboxEntry>> stateEntries(const std::string& trackingId);
     struct Local {
         std::vector<VLInboxEntry> entries;
         std::vector<std::uint64_t> trash;
     };
-    /// What an update compares with: the rows in no order, and the ids of the messages that were deleted here.
+    /// Returns what an update compares with: the rows in no particular order, and the ids of the messages deleted on
+    /// this device.
     std::optional<Local> local(const std::string& trackingId);
     std::optional<std::size_t> unreadCount(const std::string& trackingId, double now);
     struct List {
         std::shared_ptr<const VLInboxRows> rows;
         std::optional<std::size_t> unreadCount;
     };
-    /// Both over one connection.
+    /// Reads both over one connection.
     List list(const std::string& trackingId, double now);
     std::optional<Data> cardImage(std::uint64_t notificationId, const std::string& trackingId);
 
-    // Changes. Each is there after a crash, or it is not.
+    // Changes. Each is one transaction, flushed to the disk when the operation returns.
 
-    bool insert(VLInboxRecord record, const std::string& trackingId);
-    /// Whether each was removed.
+    bool insert(const VLInboxRecord& record, const std::string& trackingId);
+    /// Returns for each id whether the row was removed.
     std::vector<bool> removeRows(const std::vector<std::uint64_t>& notificationIds, const std::string& trackingId);
-    /// Whether each was set.
+    /// Returns for each entry whether the flag was set.
     std::vector<bool> setReadFlags(const std::vector<VLInboxEntry>& entries, const std::string& trackingId);
     std::optional<NSError> setCardImage(const Data& image, std::uint64_t notificationId, const std::string& trackingId);
 
@@ -60,20 +63,25 @@ public:
         bool wasRead = false;
         std::optional<NSError> error;
     };
-    /// Marks a message as read, unless it was.
+    /// Marks a message as read, unless it is already.
     ReadResult markRead(std::uint64_t notificationId, const std::string& trackingId);
-    /// Removes the message and remembers in the trash that it was; both or neither.
+    /// Removes the message and adds its id to the trash.
     std::optional<NSError> moveToTrash(std::uint64_t notificationId, const std::string& trackingId);
 
-    /// Between the two, reading the rows after an insertion costs next to nothing. May be nested.
+    /// Between the two calls, reading the rows after an insertion needs no query. Calls may be nested.
     void beginKeepingRows() { keptRows_.begin(); }
     void endKeepingRows() { keptRows_.end(); }
 
 private:
-    class Operation;
+    /// Runs `work` with an operation; once more if SQLite reported damage.
+    template <class Work>
+    std::invoke_result_t<Work, VLInboxOperation&> perform(Work work);
+    template <class Element, class Change>
+    std::vector<bool> changeEach(const std::vector<Element>& elements, Change change);
 
-    std::shared_ptr<const VLInboxRows> rows(Operation& operation, const std::string& trackingId);
-    std::optional<std::size_t> unreadCount(Operation& operation, const std::string& trackingId, double now);
+    std::shared_ptr<const VLInboxRows> rows(VLInboxOperation& operation, const std::string& trackingId);
+    std::optional<std::size_t> unreadCount(VLInboxOperation& operation, const std::string& trackingId, double now);
+    static bool isRead(VLInboxOperation& operation, std::uint64_t notificationId, const std::string& trackingId);
     std::shared_ptr<VLInboxMessage> message(VLInboxRecord record) const;
 
     // Fixed at construction.

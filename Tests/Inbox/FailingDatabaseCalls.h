@@ -2,47 +2,68 @@
 
 #include <fcntl.h>
 #include <sqlite3.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
-#include <cstdarg>
-#include <string_view>
-
-#include <unistd.h>
+#include <limits>
 
 namespace vorlane {
 
-/// Lets SQLite's system calls fail, as a full disk or a read-only file system does. Goes back to normal with the
-/// object. One at a time.
+/// Makes SQLite's system calls fail, as a full disk, a read-only file system or a bad disk does. The destructor
+/// restores them. One object at a time.
 class FailingDatabaseCalls {
 public:
     FailingDatabaseCalls() {
         replace("pwrite", reinterpret_cast<sqlite3_syscall_ptr>(&writeAt));
         replace("pwrite64", reinterpret_cast<sqlite3_syscall_ptr>(&writeAt));
+        replace("pread", reinterpret_cast<sqlite3_syscall_ptr>(&readAt));
+        replace("pread64", reinterpret_cast<sqlite3_syscall_ptr>(&readAt));
         replace("open", reinterpret_cast<sqlite3_syscall_ptr>(&openFile));
     }
     ~FailingDatabaseCalls() {
-        isFull() = false;
-        isReadOnly() = false;
-        for (const char* name : {"pwrite", "pwrite64", "open"}) replace(name, nullptr);
+        state() = State();
+        for (const char* name : {"pwrite", "pwrite64", "pread", "pread64", "open"}) replace(name, nullptr);
     }
     FailingDatabaseCalls(const FailingDatabaseCalls&) = delete;
     FailingDatabaseCalls& operator=(const FailingDatabaseCalls&) = delete;
 
-    /// Every write says that there is no space left.
-    void fillDisk() { isFull() = true; }
-    void freeDisk() { isFull() = false; }
+    /// Every write fails with ENOSPC.
+    void fillDisk() { state().isFull = true; }
+    void freeDisk() { state().isFull = false; }
     /// Files can be opened for reading only.
-    void makeReadOnly() { isReadOnly() = true; }
+    void makeReadOnly() { state().isReadOnly = true; }
+
+    /// The read with this number from now on, counted from 1, fails once with EIO.
+    void failRead(long number) { state().readsUntilFailure = number; }
+    /// Returns whether that read has happened.
+    bool hasFailedRead() const { return state().readsUntilFailure <= 0; }
+    /// Every read that includes this byte of a file fails with EIO.
+    void failReadsAt(off_t place) { state().badPlace = place; }
+    void healReads() {
+        state().readsUntilFailure = std::numeric_limits<long>::max();
+        state().badPlace = -1;
+    }
 
 private:
-    static std::atomic<bool>& isFull() {
-        static std::atomic<bool> flag = false;
-        return flag;
-    }
-    static std::atomic<bool>& isReadOnly() {
-        static std::atomic<bool> flag = false;
-        return flag;
+    struct State {
+        std::atomic<bool> isFull = false;
+        std::atomic<bool> isReadOnly = false;
+        std::atomic<long> readsUntilFailure = std::numeric_limits<long>::max();
+        std::atomic<off_t> badPlace = -1;
+
+        State& operator=(const State& other) {
+            isFull = other.isFull.load();
+            isReadOnly = other.isReadOnly.load();
+            readsUntilFailure = other.readsUntilFailure.load();
+            badPlace = other.badPlace.load();
+            return *this;
+        }
+    };
+
+    static State& state() {
+        static State state;
+        return state;
     }
 
     static void replace(const char* name, sqlite3_syscall_ptr call) {
@@ -51,14 +72,22 @@ private:
     }
 
     static ssize_t writeAt(int file, const void* bytes, size_t count, off_t place) {
-        if (!isFull()) return ::pwrite(file, bytes, count, place);
+        if (!state().isFull) return ::pwrite(file, bytes, count, place);
         errno = ENOSPC;
+        return -1;
+    }
+
+    static ssize_t readAt(int file, void* bytes, size_t count, off_t place) {
+        const off_t bad = state().badPlace;
+        const bool isBad = bad >= place && bad < place + static_cast<off_t>(count);
+        if (--state().readsUntilFailure != 0 && !isBad) return ::pread(file, bytes, count, place);
+        errno = EIO;
         return -1;
     }
 
     static int openFile(const char* path, int flags, int mode) {
         const bool isWriting = (flags & O_ACCMODE) != O_RDONLY || (flags & O_CREAT) != 0;
-        if (!isReadOnly() || !isWriting) return ::open(path, flags, mode);
+        if (!state().isReadOnly || !isWriting) return ::open(path, flags, mode);
         errno = EROFS;
         return -1;
     }

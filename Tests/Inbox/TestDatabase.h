@@ -8,7 +8,7 @@
 
 namespace vorlane {
 
-/// A connection of the test's own to a database file.
+/// A test's own connection to a database file.
 class TestDatabase {
 public:
     using Row = std::vector<std::string>;
@@ -27,7 +27,7 @@ public:
         sqlite3_free(message);
     }
 
-    /// Every row that the statement gives, each column as text; NULL reads "NULL".
+    /// Returns every row of the statement, each column as a string; NULL is "NULL".
     std::vector<Row> rows(const std::string& sql) {
         std::vector<Row> rows;
         sqlite3_stmt* statement = nullptr;

@@ -33,7 +33,7 @@ protected:
         return {std::istreambuf_iterator<char>(stream), {}};
     }
 
-    /// A file of that version with one message in it.
+    /// Creates a file of that version with one message in it.
     void prepare(std::int32_t version) const {
         TestDatabase database(path());
         database.execute(kInboxTable);
@@ -69,7 +69,7 @@ protected:
     const VLInboxDatabaseManager manager{};
 };
 
-TEST_F(VLInboxDatabaseManagerTest, TheFirstRunMakesTheTablesByteForByte) {
+TEST_F(VLInboxDatabaseManagerTest, TheFirstRunCreatesTheTablesByteForByte) {
     manager.performSchemaUpgradeDowngrade();
     TestDatabase database(path());
     EXPECT_EQ(database.rows("SELECT sql FROM sqlite_master WHERE name NOT LIKE 'sqlite_%' ORDER BY name"),
@@ -87,13 +87,13 @@ TEST_F(VLInboxDatabaseManagerTest, TheFirstRunMakesTheTablesByteForByte) {
     for (const auto& line : log().lines()) EXPECT_EQ(line.level, VLLogLevel::Debug) << line.message;
 }
 
-TEST_F(VLInboxDatabaseManagerTest, TheDocumentsFolderIsMadeWhenMissing) {
+TEST_F(VLInboxDatabaseManagerTest, AMissingDocumentsFolderIsCreated) {
     std::filesystem::remove_all(phone().documentsFolder());
     manager.performSchemaUpgradeDowngrade();
     expectCurrent("0");
 }
 
-TEST_F(VLInboxDatabaseManagerTest, TheFileIsForItsOwnerAlone) {
+TEST_F(VLInboxDatabaseManagerTest, TheFileHasMode0600) {
     struct stat status {};
     manager.performSchemaUpgradeDowngrade();
     ASSERT_EQ(stat(path().c_str(), &status), 0);
@@ -104,7 +104,7 @@ TEST_F(VLInboxDatabaseManagerTest, TheFileIsForItsOwnerAlone) {
     EXPECT_EQ(status.st_mode & 0777U, 0600U);
 }
 
-TEST_F(VLInboxDatabaseManagerTest, ACurrentFileIsLeftAsItIs) {
+TEST_F(VLInboxDatabaseManagerTest, ACurrentFileIsNotChanged) {
     prepare(2);
     const auto before = contents(path());
     manager.performSchemaUpgradeDowngrade();
@@ -133,7 +133,7 @@ TEST_F(VLInboxDatabaseManagerTest, AFileOfTheHighestVersionIsRebuilt) { expectRe
 /// Versions are compared without a sign.
 TEST_F(VLInboxDatabaseManagerTest, AFileOfANegativeVersionIsRebuilt) { expectRebuilt(-1); }
 
-TEST_F(VLInboxDatabaseManagerTest, AnUnknownVersionIsNamedWronglyAndUpgradedAllTheSame) {
+TEST_F(VLInboxDatabaseManagerTest, AnUnknownVersionIsUpgradedWithTheDesignedWarning) {
     VLInboxConnection connection(path());
     connection = manager.bringToCurrent(std::move(connection), 0);
     EXPECT_TRUE(connection.isOpen());
@@ -149,7 +149,7 @@ TEST_F(VLInboxDatabaseManagerTest, TheFileOfOldVersionsIsDeleted) {
     EXPECT_EQ(logged("Inbox version 1 database path: " + oldPath()), 1);
 }
 
-TEST_F(VLInboxDatabaseManagerTest, AnOldFileThatCannotBeDeletedIsReportedAndLeft) {
+TEST_F(VLInboxDatabaseManagerTest, AnOldFileThatCannotBeDeletedIsLogged) {
     std::filesystem::create_directory(oldPath());
     write(oldPath() + "/file", "in the way");
     manager.performSchemaUpgradeDowngrade();
@@ -159,7 +159,7 @@ TEST_F(VLInboxDatabaseManagerTest, AnOldFileThatCannotBeDeletedIsReportedAndLeft
     expectCurrent("0");
 }
 
-TEST_F(VLInboxDatabaseManagerTest, AnOldFileThatSomebodyHasLockedIsDeleted) {
+TEST_F(VLInboxDatabaseManagerTest, ALockedOldFileIsDeleted) {
     TestDatabase old(oldPath());
     old.execute("BEGIN EXCLUSIVE");
     manager.performSchemaUpgradeDowngrade();
@@ -176,7 +176,7 @@ TEST_F(VLInboxDatabaseManagerTest, AFileThatCannotBeOpenedEndsTheWork) {
     EXPECT_EQ(logged("Inbox upgrade/downgrade operations complete."), 0);
 }
 
-TEST_F(VLInboxDatabaseManagerTest, AFileThatIsNoDatabaseIsMovedAsideAndAFreshOneMade) {
+TEST_F(VLInboxDatabaseManagerTest, AFileThatIsNoDatabaseIsMovedAside) {
     const std::string garbage(5000, 'x');
     write(path(), garbage);
     write(path() + "-journal", "what belongs to it");
@@ -199,7 +199,7 @@ TEST_F(VLInboxDatabaseManagerTest, AnEmptyFileIsANewDatabase) {
     EXPECT_FALSE(std::filesystem::exists(path() + ".corrupt"));
 }
 
-TEST_F(VLInboxDatabaseManagerTest, ALockedFileIsReportedAndLeft) {
+TEST_F(VLInboxDatabaseManagerTest, ALockedFileIsKeptAndLogged) {
     prepare(1);
     TestDatabase other(path());
     other.execute("BEGIN IMMEDIATE");
@@ -213,7 +213,7 @@ TEST_F(VLInboxDatabaseManagerTest, ALockedFileIsReportedAndLeft) {
     expectCurrent("1");
 }
 
-TEST_F(VLInboxDatabaseManagerTest, AStatementThatCannotBePreparedIsReported) {
+TEST_F(VLInboxDatabaseManagerTest, AStatementThatCannotBePreparedIsLogged) {
     VLInboxConnection connection(path());
     ASSERT_EQ(connection.close(), SQLITE_OK);
     EXPECT_EQ(manager.getSchemaVersion(connection), 1U);
@@ -247,7 +247,7 @@ TEST_F(VLInboxDatabaseManagerTest, AFileThatCannotBeDeletedLeavesNoConnection) {
     EXPECT_EQ(log().linesContaining("Could not prepare statement: ").size(), 1U);
 }
 
-TEST_F(VLInboxDatabaseManagerTest, AFileThatCannotBeMadeAgainLeavesNoConnection) {
+TEST_F(VLInboxDatabaseManagerTest, AFileThatCannotBeCreatedLeavesNoConnection) {
     VLInboxConnection connection(path());
     std::filesystem::remove_all(phone().documentsFolder());
     connection = manager.recreateDatabaseFile(std::move(connection));
@@ -268,16 +268,17 @@ TEST_F(VLInboxDatabaseManagerTest, EachPathIsLoggedOnce) {
     EXPECT_EQ(logged("Inbox version 2 database path: " + path()), 1);
 }
 
-TEST_F(VLInboxDatabaseManagerTest, ADamagedFileThatCannotBeMovedAsideIsReplacedAllTheSame) {
+TEST_F(VLInboxDatabaseManagerTest, ATakenNameOfACopyIsFreed) {
     std::filesystem::create_directory(path() + ".corrupt");
     write(path(), std::string(5000, 'x'));
     manager.performSchemaUpgradeDowngrade();
     expectCurrent("0");
-    EXPECT_EQ(logged("Inbox: unable to move the damaged database to " + path() + ".corrupt", VLLogLevel::Error), 1);
-    EXPECT_EQ(logged("Inbox: moved the damaged database to " + path() + ".corrupt", VLLogLevel::Error), 0);
+    EXPECT_TRUE(std::filesystem::is_directory(path() + ".corrupt.1"));
+    EXPECT_EQ(contents(path() + ".corrupt"), std::string(5000, 'x'));
+    EXPECT_EQ(logged("Inbox: moved the damaged database to " + path() + ".corrupt", VLLogLevel::Error), 1);
 }
 
-TEST_F(VLInboxDatabaseManagerTest, BesideACurrentFileTheOldOneIsDeletedToo) {
+TEST_F(VLInboxDatabaseManagerTest, TheOldFileIsDeletedBesideACurrentOne) {
     prepare(2);
     const auto before = contents(path());
     write(oldPath(), "anything");

@@ -38,7 +38,7 @@ protected:
     FailingDatabaseCalls failing;
 };
 
-TEST_F(VLInboxServiceFailureTest, OpeningInALockedDatabaseFailsButIsTold) {
+TEST_F(VLInboxServiceFailureTest, OpeningInALockedDatabaseReportsAnError) {
     store(7);
     answerWithoutMessages();
     TestDatabase other(databasePath());
@@ -108,7 +108,7 @@ TEST_F(VLInboxServiceFailureTest, AFullDiskLosesNothing) {
     EXPECT_EQ(value("PRAGMA integrity_check"), "ok");
 }
 
-TEST_F(VLInboxServiceFailureTest, ASynchronisationOnAFullDiskIsMadeUpForLater) {
+TEST_F(VLInboxServiceFailureTest, ASyncOnAFullDiskIsCompletedLater) {
     store(1, 0);
     store(2, 0);
     listAtServer({entry(2, 1), entry(3)});
@@ -136,7 +136,7 @@ TEST_F(VLInboxServiceFailureTest, AReadOnlyFileSystemStillShowsTheList) {
     expectError("sqlite3_step result", SQLITE_READONLY);
 }
 
-TEST_F(VLInboxServiceFailureTest, ASynchronisationThatCannotReadTheDatabaseAsksForNothing) {
+TEST_F(VLInboxServiceFailureTest, ASyncThatCannotReadTheDatabaseSendsNoRequest) {
     store(1);
     listAtServer({entry(1), entry(2)});
     TestDatabase other(databasePath());
@@ -149,7 +149,7 @@ TEST_F(VLInboxServiceFailureTest, ASynchronisationThatCannotReadTheDatabaseAsksF
     EXPECT_THAT(listAfter(1).ids(), ElementsAre(1));
 }
 
-/// Not knowing what is here already, it would store everything once more.
+/// Without the stored ids it would store every message once more.
 TEST_F(VLInboxServiceFailureTest, AnUpdateThatCannotReadTheDatabaseFetchesNothing) {
     store(1);
     service->getInboxMessagesWithCompletionHandler(listHandler());
@@ -164,7 +164,7 @@ TEST_F(VLInboxServiceFailureTest, AnUpdateThatCannotReadTheDatabaseFetchesNothin
     EXPECT_THAT(listAfter(30 - 1).ids(), ElementsAre(1));
 }
 
-TEST_F(VLInboxServiceFailureTest, ADatabaseThatTurnsOutToBeDamagedIsReplaced) {
+TEST_F(VLInboxServiceFailureTest, AFileThatBecomesNoDatabaseIsReplaced) {
     store(1);
     listAtServer({entry(1)});
     answerMessage(1);
@@ -176,7 +176,7 @@ TEST_F(VLInboxServiceFailureTest, ADatabaseThatTurnsOutToBeDamagedIsReplaced) {
     EXPECT_EQ(value("PRAGMA user_version"), "2");
 }
 
-// What no honest service answers.
+// Hostile answers.
 
 TEST_F(VLInboxServiceFailureTest, HostileStateAnswersChangeNothing) {
     store(1);
@@ -207,7 +207,7 @@ TEST_F(VLInboxServiceFailureTest, HostileMessageAnswersCountAsNoData) {
     }
 }
 
-TEST_F(VLInboxServiceFailureTest, ElementsWithoutAUsableIdArePassedOver) {
+TEST_F(VLInboxServiceFailureTest, EntriesWithoutAUsableIdAreIgnored) {
     session().alwaysAnswer(
         kState, 200,
         R"({"synchronisation_complete":true,"notification":[null,1,"2",[3],{},{"id":null},{"id":-1},{"id":1.5},)"
@@ -222,7 +222,7 @@ TEST_F(VLInboxServiceFailureTest, ElementsWithoutAUsableIdArePassedOver) {
                                    "/K/T/rich/mailbox/messages/21", "/K/T/rich/mailbox/messages/18446744073709551615"));
 }
 
-TEST_F(VLInboxServiceFailureTest, ReadFlagsOfOddKindsAreReadAsNumbersOrAs0) {
+TEST_F(VLInboxServiceFailureTest, ReadFlagsOfOtherTypesAreNumbersOr0) {
     for (std::uint64_t id = 1; id <= 6; ++id) store(id, 0);
     session().alwaysAnswer(
         kState, 200,
@@ -233,7 +233,7 @@ TEST_F(VLInboxServiceFailureTest, ReadFlagsOfOddKindsAreReadAsNumbersOrAs0) {
     EXPECT_EQ(value("SELECT count(*) FROM RICH_INBOX"), "6");
 }
 
-TEST_F(VLInboxServiceFailureTest, FieldsOfTheWrongKindAreNULL) {
+TEST_F(VLInboxServiceFailureTest, FieldsOfTheWrongTypeAreNULL) {
     listAtServer({entry(1)});
     session().alwaysAnswer(kMessages, 200,
                            R"({"id":"x","sline":1,"content":{},"blbl":[],"burl":false,"phash":null,"read":[],)"
@@ -245,7 +245,7 @@ TEST_F(VLInboxServiceFailureTest, FieldsOfTheWrongKindAreNULL) {
         (Rows{{"1", "NULL", "NULL", "NULL", "NULL", "NULL", "NULL", "NULL", "NULL", "NULL", "NULL", "NULL", "NULL"}}));
 }
 
-TEST_F(VLInboxServiceFailureTest, NumbersThatArriveAsTextAreNumbers) {
+TEST_F(VLInboxServiceFailureTest, NumbersMayArriveAsStrings) {
     listAtServer({entry(1)});
     session().alwaysAnswer(kMessages, 200, R"({"read":"1","created":"1600000000.5","end":"1800000000"})");
     const auto shown = list();
@@ -256,7 +256,7 @@ TEST_F(VLInboxServiceFailureTest, NumbersThatArriveAsTextAreNumbers) {
     EXPECT_EQ(shown.messages[0]->end(), 1'800'000'000.0);
 }
 
-TEST_F(VLInboxServiceFailureTest, TextThatIsNoNumberIsNULL) {
+TEST_F(VLInboxServiceFailureTest, AStringThatIsNoNumberIsNULL) {
     listAtServer({entry(1)});
     for (const auto* text : {"", " 1", "1 ", "nan", "inf", "1e999", "0x10", "one", "1,5"}) {
         execute("DELETE FROM RICH_INBOX");
@@ -266,13 +266,13 @@ TEST_F(VLInboxServiceFailureTest, TextThatIsNoNumberIsNULL) {
     }
 }
 
-TEST_F(VLInboxServiceFailureTest, TheIdThatWasAskedForCounts) {
+TEST_F(VLInboxServiceFailureTest, TheRequestedIdIsStored) {
     listAtServer({entry(1)});
     session().alwaysAnswer(kMessages, 200, R"({"id":99,"end":1800000000})");
     EXPECT_THAT(list().ids(), ElementsAre(1));
 }
 
-TEST_F(VLInboxServiceFailureTest, TextIsStoredAsItIsWhateverItSays) {
+TEST_F(VLInboxServiceFailureTest, StringsAreStoredUnchanged) {
     listAtServer({entry(1)});
     session().alwaysAnswer(kMessages, 200,
                            R"({"sline":"'); DROP TABLE RICH_INBOX; --","content":"100% of \u0000 it","end":1800000000,)"
@@ -284,7 +284,7 @@ TEST_F(VLInboxServiceFailureTest, TextIsStoredAsItIsWhateverItSays) {
     EXPECT_EQ(value("SELECT count(*) FROM RICH_INBOX"), "1");
 }
 
-TEST_F(VLInboxServiceFailureTest, AReadFlagMayBeWrittenWithAFraction) {
+TEST_F(VLInboxServiceFailureTest, AReadFlagMayHaveAFraction) {
     listAtServer({entry(1, 1)});
     session().alwaysAnswer(kMessages, 200, R"({"read":"1.0","end":1800000000})");
     list();
