@@ -73,11 +73,15 @@ public:
     /// downloads it (over https, or from the service itself) and keeps it there. The handler may be empty; it runs
     /// once, on the main queue.
     void loadImageWithCompletion(ImageHandler completionHandler);
-    /// `loadExternalImage:` does so past the database.
+    /// `loadExternalImage:` does so past the database. A load of either kind that is under way serves both callers.
     void loadExternalImage(ImageHandler completionHandler);
 
 private:
-    void setLoadedImage(std::shared_ptr<const VLImage> image);
+    struct ImageLoad;
+
+    std::shared_ptr<ImageLoad> startLoad(ImageHandler completionHandler);
+    void downloadImage(const std::shared_ptr<ImageLoad>& load);
+    void endLoad(ImageLoad& load, const std::shared_ptr<const VLImage>& image);
 
     // Fixed at construction.
     const Content content_;
@@ -86,6 +90,7 @@ private:
     mutable std::mutex mutex_;
     // Guarded by mutex_.
     std::shared_ptr<const VLImage> loadedImage_;
+    std::weak_ptr<ImageLoad> imageLoad_;
 };
 
 }  // namespace vorlane

@@ -16,7 +16,7 @@ protected:
     static constexpr const char* kImageURL = "https://images.example/card.png";
     static constexpr const char* kImagePath = "images.example/card.png";
 
-    /// A message that is in the database, too.
+    /// Returns a message that is also in the database.
     std::shared_ptr<VLInboxMessage> messageWithImage(const std::optional<std::string>& url = kImageURL) {
         store(7);
         VLInboxMessage::Content content;
@@ -33,7 +33,7 @@ protected:
         };
     }
 
-    /// Asks for the image, which the network answers so.
+    /// Loads the image and answers its download.
     void load(VLInboxMessage& message, std::int64_t status, const std::optional<Data>& bytes) {
         message.loadImageWithCompletion(imageHandler());
         phone().settle();
@@ -63,7 +63,7 @@ protected:
 
 // Colours.
 
-TEST_F(VLInboxMessageTest, AMessageStartsOutWhiteAndBlack) {
+TEST_F(VLInboxMessageTest, ANewMessageIsBlackOnWhite) {
     const VLInboxMessage message;
     EXPECT_EQ(message.cardBackgroundColor(), "#FFFFFF");
     EXPECT_EQ(message.cardForegroundColor(), "#000000");
@@ -76,12 +76,12 @@ TEST_F(VLInboxMessageTest, SixHexadecimalDigitsAreAColor) {
     EXPECT_EQ(colors("#12AB9f", "#abcdef"), Colors("#12AB9f", "#abcdef"));
 }
 
-/// The range of the digits runs over these characters, too.
-TEST_F(VLInboxMessageTest, WhatLiesBetweenDigitsAndLettersIsAColorToo) {
+/// The range "0" to "F" includes these characters.
+TEST_F(VLInboxMessageTest, CharactersBetweenDigitsAndLettersFormAColor) {
     EXPECT_EQ(colors("#::::::", "#;<=>?@"), Colors("#::::::", "#;<=>?@"));
 }
 
-TEST_F(VLInboxMessageTest, AnythingElseLeavesTheDefault) {
+TEST_F(VLInboxMessageTest, AnyOtherStringLeavesTheDefaultColor) {
     for (const auto* text : {"", "#", "#12AB9", "12AB9F", "#12AB9FF", "#12AB9G", "#12AB9/", "#12AB9`", " #12AB9F",
                              "#12AB9F\n", "x#12AB9F", "red"}) {
         EXPECT_EQ(colors(text, text), Colors("#FFFFFF", "#000000")) << text;
@@ -101,7 +101,7 @@ TEST_F(VLInboxMessageTest, AMessageWithoutAnImageHasNone) {
     EXPECT_THAT(session().requests(), IsEmpty());
 }
 
-TEST_F(VLInboxMessageTest, TextThatIsNoURLIsNoImage) {
+TEST_F(VLInboxMessageTest, AStringThatIsNoURLIsNoImage) {
     for (const auto* text : {"", "card.png", "no url"}) {
         calls = 0;
         const auto message = messageWithImage(text);
@@ -112,7 +112,7 @@ TEST_F(VLInboxMessageTest, TextThatIsNoURLIsNoImage) {
     EXPECT_EQ(log().count("Skipping image download as card has no image", VLLogLevel::Debug), 3);
 }
 
-TEST_F(VLInboxMessageTest, TheImageIsDownloadedOnceAndKept) {
+TEST_F(VLInboxMessageTest, TheImageIsDownloadedOnceAndStored) {
     const auto bytes = testPNG(5, 4);
     const auto message = messageWithImage();
     load(*message, 200, bytes);
@@ -127,7 +127,7 @@ TEST_F(VLInboxMessageTest, TheImageIsDownloadedOnceAndKept) {
     EXPECT_EQ(session().lastRequest().request.HTTPMethod, "GET");
     EXPECT_EQ(session().lastRequest().request.URL.absoluteString(), kImageURL);
 
-    // A second time neither the database, which would make another image, nor the network is asked.
+    // The second load uses neither the network nor the database, which would create another image.
     const auto first = std::exchange(image, nullptr);
     message->loadImageWithCompletion(imageHandler());
     EXPECT_EQ(calls, 1);
@@ -140,7 +140,52 @@ TEST_F(VLInboxMessageTest, TheImageIsDownloadedOnceAndKept) {
     EXPECT_EQ(session().requests().size(), 1U);
 }
 
-TEST_F(VLInboxMessageTest, AnotherObjectOfTheMessageTakesTheImageFromTheDatabase) {
+TEST_F(VLInboxMessageTest, ASecondLoadJoinsTheFirst) {
+    const auto message = messageWithImage();
+    std::vector<std::shared_ptr<const VLImage>> images;
+    const auto handler = [&](std::shared_ptr<const VLImage> loaded) { images.push_back(std::move(loaded)); };
+    message->loadImageWithCompletion(handler);
+    message->loadImageWithCompletion(handler);
+    phone().settle();
+    message->loadImageWithCompletion(nullptr);
+    message->loadExternalImage(handler);
+    phone().settle();
+    EXPECT_EQ(session().requests(kImagePath).size(), 1U);
+    EXPECT_THAT(images, IsEmpty());
+    session().answerData(kImagePath, 200, testPNG(5, 4));
+    phone().settle();
+    ASSERT_EQ(images.size(), 3U);
+    EXPECT_TRUE(images[0]);
+    EXPECT_EQ(images[1], images[0]);
+    EXPECT_EQ(images[2], images[0]);
+    EXPECT_EQ(session().requests(kImagePath).size(), 1U);
+}
+
+TEST_F(VLInboxMessageTest, AFailedLoadFailsForAllThatJoinedIt) {
+    const auto message = messageWithImage();
+    message->loadImageWithCompletion(imageHandler());
+    message->loadImageWithCompletion(imageHandler());
+    phone().settle();
+    session().fail(kImagePath);
+    phone().settle();
+    EXPECT_EQ(calls, 2);
+    EXPECT_EQ(image, nullptr);
+    EXPECT_THAT(session().requests(kImagePath), testing::SizeIs(1));
+}
+
+TEST_F(VLInboxMessageTest, AHandlerMayLoadTheImageAgain) {
+    const auto message = messageWithImage();
+    message->loadImageWithCompletion([&](const auto&) { message->loadImageWithCompletion(imageHandler()); });
+    phone().settle();
+    session().fail(kImagePath);
+    phone().settle();
+    session().answerData(kImagePath, 200, testPNG(5, 4));
+    phone().settle();
+    EXPECT_EQ(calls, 1);
+    EXPECT_TRUE(image);
+}
+
+TEST_F(VLInboxMessageTest, AnotherMessageObjectReadsTheStoredImage) {
     load(*messageWithImage(), 200, testJPEG(5, 4));
     const auto another = messageWithImage();
     another->loadImageWithCompletion(imageHandler());
@@ -152,7 +197,7 @@ TEST_F(VLInboxMessageTest, AnotherObjectOfTheMessageTakesTheImageFromTheDatabase
     EXPECT_EQ(session().requests().size(), 1U);
 }
 
-TEST_F(VLInboxMessageTest, AStoredImageThatIsNoneIsDownloadedAgain) {
+TEST_F(VLInboxMessageTest, AStoredBlobThatIsNoImageIsDownloadedAgain) {
     const auto message = messageWithImage();
     execute("UPDATE RICH_INBOX SET CARD_IMAGE = x'0102'");
     load(*message, 200, testWebP(5, 4));
@@ -161,7 +206,7 @@ TEST_F(VLInboxMessageTest, AStoredImageThatIsNoneIsDownloadedAgain) {
     EXPECT_NE(value("SELECT length(CARD_IMAGE) FROM RICH_INBOX"), "2");
 }
 
-TEST_F(VLInboxMessageTest, BytesThatAreNoImageAreNotKept) {
+TEST_F(VLInboxMessageTest, BytesThatAreNoImageAreNotStored) {
     const auto message = messageWithImage();
     load(*message, 200, Data{1, 2, 3});
     expectNoImage(*message);
@@ -194,7 +239,7 @@ TEST_F(VLInboxMessageTest, AnAnswerThatIsNotHTTPIsNoImage) {
               1);
 }
 
-TEST_F(VLInboxMessageTest, AFailedDownloadMayBeTriedAgain) {
+TEST_F(VLInboxMessageTest, AFailedDownloadIsTriedAgainNextTime) {
     const auto message = messageWithImage();
     message->loadImageWithCompletion(imageHandler());
     phone().settle();
@@ -221,7 +266,7 @@ TEST_F(VLInboxMessageTest, OnlyHTTPSIsFetched) {
               1);
 }
 
-TEST_F(VLInboxMessageTest, TheServicesOwnOriginIsFetchedOverPlainHTTPToo) {
+TEST_F(VLInboxMessageTest, TheServicesOriginMayUsePlainHTTP) {
     urlBuilder = std::make_shared<VLURLBuilder>(
         VLURLsProduction::URLsWithOrigin(*NSURL::URLWithString("http://127.0.0.1:8780")), settings);
     restartService();
@@ -237,7 +282,7 @@ TEST_F(VLInboxMessageTest, TheServicesOwnOriginIsFetchedOverPlainHTTPToo) {
     EXPECT_EQ(session().requests().size(), 1U);
 }
 
-TEST_F(VLInboxMessageTest, AMessageOfTheHostsOwnHasNoImage) {
+TEST_F(VLInboxMessageTest, AMessageCreatedByTheHostHasNoImage) {
     VLInboxMessage::Content content;
     content.cardImage = kImageURL;
     const auto message = std::make_shared<VLInboxMessage>(std::move(content), std::weak_ptr<VLInboxService>());
@@ -249,7 +294,7 @@ TEST_F(VLInboxMessageTest, AMessageOfTheHostsOwnHasNoImage) {
     EXPECT_THAT(session().requests(), IsEmpty());
 }
 
-TEST_F(VLInboxMessageTest, NobodyNeedsToWaitForTheImage) {
+TEST_F(VLInboxMessageTest, TheImageHandlerMayBeEmpty) {
     const auto message = messageWithImage();
     message->loadImageWithCompletion(nullptr);
     phone().settle();
@@ -260,7 +305,7 @@ TEST_F(VLInboxMessageTest, NobodyNeedsToWaitForTheImage) {
     phone().settle();
 }
 
-TEST_F(VLInboxMessageTest, SavingAnImageTellsWhatWentWrong) {
+TEST_F(VLInboxMessageTest, SavingAnImageReportsTheError) {
     std::vector<std::optional<NSError>> errors;
     const auto handler = [&](std::optional<NSError> error) { errors.push_back(std::move(error)); };
     store(7);
@@ -275,7 +320,7 @@ TEST_F(VLInboxMessageTest, SavingAnImageTellsWhatWentWrong) {
     EXPECT_EQ(errors[1]->userInfo().at("sqlite3_errcode"), Value(SQLITE_ERROR));
 }
 
-TEST_F(VLInboxMessageTest, AMessageOfTheHostsOwnWithoutAnImageSaysSo) {
+TEST_F(VLInboxMessageTest, AMessageWithoutAnImageURLLogsTheSkip) {
     std::make_shared<VLInboxMessage>()->loadImageWithCompletion(imageHandler());
     phone().settle();
     EXPECT_EQ(calls, 1);
@@ -293,7 +338,7 @@ TEST_F(VLInboxMessageTest, AFailedDownloadIsLogged) {
     EXPECT_EQ(lines[0].level, VLLogLevel::Warn);
 }
 
-TEST_F(VLInboxMessageTest, AnImageIsThatOfOneUser) {
+TEST_F(VLInboxMessageTest, AnImageBelongsToOneUser) {
     store(7);
     store(7, 0, 100, kLater, "U");
     service->saveImage(testPNG(5, 4), 7, "U", nullptr);
