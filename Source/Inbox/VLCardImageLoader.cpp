@@ -29,11 +29,13 @@ auto originOf(const NSURL& url) {
     return std::tuple(lowercased(url.scheme()), lowercased(url.host().value_or("")), portOf(url));
 }
 
-bool isAllowed(const NSURL& url, const NSURL& service) { return isSecure(url) || originOf(url) == originOf(service); }
+bool isAllowed(const NSURL& url, const std::optional<NSURL>& service) {
+    return isSecure(url) || (service && originOf(url) == originOf(*service));
+}
 
-/// Why the answer holds no image; empty when it may hold one.
+/// Returns why the answer cannot hold an image, or "" if it can.
 std::string fault(const std::optional<Data>& data, const NSURLResponse* response, const std::optional<NSError>& error,
-                  const NSURL& service) {
+                  const std::optional<NSURL>& service) {
     constexpr std::int64_t kFirstSuccess = 200;
     constexpr std::int64_t kLastSuccess = 299;
     if (error) return error->description();
@@ -55,14 +57,14 @@ void logFault(const NSURL& url, const std::string& why) {
 VLCardImageLoader::VLCardImageLoader(std::shared_ptr<NSURLSession> session, std::shared_ptr<DispatchQueue> queue)
     : session_(std::move(session)), queue_(std::move(queue)) {}
 
-void VLCardImageLoader::load(const NSURL& imageURL, const NSURL& service, Handler handler) const {
+void VLCardImageLoader::load(const NSURL& imageURL, const std::optional<NSURL>& service, Handler handler) const {
     if (!isAllowed(imageURL, service)) {
         logFault(imageURL, "neither https nor the service's own");
         queue_->post([handler = std::move(handler)] { handler(nullptr); });
         return;
     }
     const auto task = session_->dataTaskWithRequest(
-        // Away from the service's own origin, only https may be fetched.
+        // A redirect from plain http may lead away from the service's origin.
         {.URL = imageURL, .followsRedirects = isSecure(imageURL)},
         [queue = queue_, imageURL, service, handler = std::move(handler)](
             std::optional<Data> data, const std::shared_ptr<const NSURLResponse>& response,

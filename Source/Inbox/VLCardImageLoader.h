@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 #include "Platform/NSURL.h"
 
@@ -11,18 +12,18 @@ class DispatchQueue;
 class NSURLSession;
 class VLImage;
 
-/// Downloads card images: over https from anywhere, and from the service's own origin over whatever that speaks. Any
-/// thread.
+/// Downloads card images: over https from any host, and from the service's own origin over its own scheme. Any thread.
 class VLCardImageLoader {
 public:
-    /// Null when there is no image to be had.
+    /// Receives null if the image could not be loaded.
     using Handler = std::function<void(std::shared_ptr<const VLImage> image)>;
 
-    /// Images are decoded, and handlers called, on `queue`.
+    /// Images are checked on `queue`, which also runs the handlers.
     VLCardImageLoader(std::shared_ptr<NSURLSession> session, std::shared_ptr<DispatchQueue> queue);
 
-    /// The handler runs once. What fails is logged. `service` is any URL of the service.
-    void load(const NSURL& imageURL, const NSURL& service, Handler handler) const;
+    /// The handler runs once. Failures are logged. `service` is any URL of the service; without one only https is
+    /// allowed.
+    void load(const NSURL& imageURL, const std::optional<NSURL>& service, Handler handler) const;
 
 private:
     // Fixed at construction.

@@ -13,7 +13,7 @@ namespace vorlane {
 
 namespace {
 
-/// The count starts from 0, so this makes 22 requests.
+/// The count starts at 0, so at most 22 requests are made.
 constexpr int kLastSyncCount = 21;
 
 bool isComplete(const Dictionary& answer) {
@@ -21,16 +21,25 @@ bool isComplete(const Dictionary& answer) {
     return complete && complete->is_boolean() && complete->get<bool>();
 }
 
+void logMarkedAsRead(std::uint64_t notificationId, bool isMarked, std::int64_t statusCode) {
+    if (isMarked) {
+        return logMessage(VLLogLevel::Debug, fmt::format("Inbox: message {} marked as read remotely", notificationId));
+    }
+    logMessage(VLLogLevel::Error, fmt::format("Inbox: message {} could not be marked as read remotely, HTTP error {}",
+                                              notificationId, statusCode));
+}
+
 }  // namespace
 
-VLInboxServer::VLInboxServer(std::shared_ptr<VLURLBuilder> urlBuilder, std::shared_ptr<VLURLSession> urlSession)
+VLInboxServer::VLInboxServer(std::weak_ptr<VLURLBuilder> urlBuilder, std::shared_ptr<VLURLSession> urlSession)
     : urlBuilder_(std::move(urlBuilder)), urlSession_(std::move(urlSession)) {}
 
 void VLInboxServer::syncWithHash(const std::optional<std::string>& hash, const std::string& trackingId, int syncCount,
                                  SyncHandler completion) {
-    if (!hash) return completion(std::nullopt);
+    const auto urlBuilder = urlBuilder_.lock();
+    if (!hash || !urlBuilder) return completion(std::nullopt);
     urlSession_->GETJSON(
-        urlBuilder_->inboxStateURLWithTrackingId(trackingId, *hash),
+        urlBuilder->inboxStateURLWithTrackingId(trackingId, *hash),
         [self = shared_from_this(), trackingId, syncCount, completion = std::move(completion)](
             std::optional<Dictionary> answer, std::int64_t /*statusCode*/, const std::optional<NSError>& error) {
             if (error || !answer) return completion(std::nullopt);
@@ -49,35 +58,32 @@ void VLInboxServer::stateArrived(const Dictionary& answer, const std::string& tr
 
 void VLInboxServer::requestMessageDataForNotification(std::uint64_t notificationId, const std::string& trackingId,
                                                       MessageHandler completionHandler) {
+    const auto url = messageURL(notificationId, trackingId);
+    if (!url) return completionHandler(std::nullopt);
     urlSession_->GETJSON(
-        messageURL(notificationId, trackingId),
-        [handler = std::move(completionHandler)](std::optional<Dictionary> message, std::int64_t /*statusCode*/,
-                                                 const std::optional<NSError>& error) {
+        *url, [handler = std::move(completionHandler)](std::optional<Dictionary> message, std::int64_t /*statusCode*/,
+                                                       const std::optional<NSError>& error) {
             handler(error ? std::nullopt : std::move(message));
         });
 }
 
 void VLInboxServer::updateServerRecordForNotificationId(std::uint64_t notificationId, const std::string& trackingId) {
+    const auto url = messageURL(notificationId, trackingId);
+    if (!url) return logMarkedAsRead(notificationId, false, -1);
     urlSession_->PUT(
-        messageURL(notificationId, trackingId), {{"read", true}},
+        *url, {{"read", true}},
         [notificationId](const std::optional<std::string>& /*text*/, std::int64_t statusCode,
-                         const std::optional<NSError>& error) {
-            if (error) {
-                logMessage(VLLogLevel::Error,
-                           fmt::format("Inbox: message {} could not be marked as read remotely, HTTP error {}",
-                                       notificationId, statusCode));
-            } else {
-                logMessage(VLLogLevel::Debug, fmt::format("Inbox: message {} marked as read remotely", notificationId));
-            }
-        });
+                         const std::optional<NSError>& error) { logMarkedAsRead(notificationId, !error, statusCode); });
 }
 
 void VLInboxServer::deleteServerRecordForNotificationId(std::uint64_t notificationId, const std::string& trackingId) {
-    urlSession_->PUT(messageURL(notificationId, trackingId), {{"deleted", true}}, nullptr);
+    if (const auto url = messageURL(notificationId, trackingId)) urlSession_->PUT(*url, {{"deleted", true}}, nullptr);
 }
 
-NSURL VLInboxServer::messageURL(std::uint64_t notificationId, const std::string& trackingId) const {
-    return urlBuilder_->inboxMessageURLWithNotificationId(notificationId, trackingId);
+std::optional<NSURL> VLInboxServer::messageURL(std::uint64_t notificationId, const std::string& trackingId) const {
+    const auto urlBuilder = urlBuilder_.lock();
+    if (!urlBuilder) return std::nullopt;
+    return urlBuilder->inboxMessageURLWithNotificationId(notificationId, trackingId);
 }
 
 }  // namespace vorlane

@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <cmath>
 #include <utility>
 
 #include "Categories/NSDictionary+VLJSON.h"
@@ -14,25 +13,21 @@
 #include "Inbox/VLInboxDatabaseManager.h"
 #include "Inbox/VLInboxServer.h"
 #include "Inbox/VLInboxStore.h"
+#include "Inbox/VLInboxSyncInterval.h"
 #include "Inbox/VLInboxSyncQueue.h"
 #include "Inbox/VLInboxUpdate.h"
 #include "Platform/DispatchGroup.h"
 #include "Platform/Platform.h"
-#include "Public/VLConstants.h"
 #include "Public/VLLog.h"
-#include "Tracking/VLConfigService.h"
 #include "Tracking/VLEventService.h"
 
 namespace vorlane {
 
 namespace {
 
-constexpr const char* kSyncTimeLimitKey = "sync_time_limit_s";
-constexpr std::int64_t kDefaultSyncTimeLimit = 30;
-
 double now() { return Platform::current().clock().now(); }
 
-/// For a host that gives no message.
+/// The host passed a null message.
 void completeWithoutMessage(const VLInboxService::MessageHandler& completion) {
     completeOnMainQueue(completion, std::shared_ptr<VLInboxMessage>(),
                         std::optional(VLError::errorWithDomain(VLErrorDomainInbox, 0, "There is no message")));
@@ -53,7 +48,8 @@ VLInboxService::VLInboxService(Collaborators collaborators)
           std::make_shared<VLInboxSyncQueue>(Platform::current().makeSerialQueue("vorlane.InboxServiceSync"))),
       databaseManager_(std::make_shared<VLInboxDatabaseManager>()),
       server_(std::make_shared<VLInboxServer>(collaborators_.urlBuilder, collaborators_.urlSession)),
-      imageLoader_(std::make_shared<VLCardImageLoader>(collaborators_.imageSession, backgroundQueue_)) {}
+      imageLoader_(std::make_shared<VLCardImageLoader>(collaborators_.imageSession, backgroundQueue_)),
+      syncInterval_(std::make_shared<VLInboxSyncInterval>(collaborators_.configService)) {}
 
 VLInboxService::~VLInboxService() = default;
 
@@ -74,11 +70,11 @@ void VLInboxService::getInboxMessagesWithCompletionHandler(ListHandler completio
         [self = shared_from_this(), handler = std::move(completionHandler)] { return self->listOrSync(handler); });
 }
 
-/// Runs on the sync queue; gives what is to be waited for.
+/// Runs on the sync queue. Returns the group to wait for, or null.
 std::shared_ptr<DispatchGroup> VLInboxService::listOrSync(const ListHandler& completionHandler) {
     logMessage(VLLogLevel::Debug, "Inbox: enter sync queue");
     const auto user = trackingId();
-    if (isReturningLocalDatabaseResult(user)) {
+    if (syncInterval_->isReturningLocalDatabaseResult(user)) {
         logMessage(VLLogLevel::Debug, "Inbox: loading message from database only");
         onBackgroundQueue([user, completionHandler](VLInboxService& self) {
             self.runMessageListBlockCallback(user, completionHandler, nullptr);
@@ -89,28 +85,13 @@ std::shared_ptr<DispatchGroup> VLInboxService::listOrSync(const ListHandler& com
     auto group = std::make_shared<DispatchGroup>();
     group->enter();
     syncMessages(user, [self = shared_from_this(), user, completionHandler, group](Entries entries) {
-        self->syncEnded(user);
+        self->syncInterval_->syncEnded(user);
         self->onBackgroundQueue(
             [user, completionHandler, group, entries = std::move(entries)](VLInboxService& service) mutable {
                 service.updateRecords(std::move(entries), user, completionHandler, group);
             });
     });
     return group;
-}
-
-bool VLInboxService::isReturningLocalDatabaseResult(const std::string& trackingId) {
-    double passed = 0;
-    {
-        const std::lock_guard lock(mutex_);
-        if (!lastSync_ || lastSyncTrackingId_ != trackingId) return false;
-        passed = now() - *lastSync_;
-    }
-    const auto limit =
-        collaborators_.configService->integerForService(VLCONFIGSERVICEINBOX, kSyncTimeLimitKey, kDefaultSyncTimeLimit);
-    logMessage(VLLogLevel::Debug, fmt::format("Inbox: last sync occured {} seconds ago, limit set to {}",
-                                              static_cast<std::int64_t>(passed), limit));
-    // After the clock was set back nobody knows how long ago it was.
-    return passed >= 0 && passed < static_cast<double>(limit);
 }
 
 void VLInboxService::syncMessages(const std::string& trackingId, std::function<void(Entries entries)> completion) {
@@ -131,12 +112,6 @@ void VLInboxService::getStateHash(const std::string& trackingId,
         elements.emplace_back(Dictionary{{"id", entry.notificationId}, {"read", entry.read}});
     }
     completion(vl_asJSON({{"notification", std::move(elements)}}));
-}
-
-void VLInboxService::syncEnded(const std::string& trackingId) {
-    const std::lock_guard lock(mutex_);
-    lastSync_ = now();
-    lastSyncTrackingId_ = trackingId;
 }
 
 void VLInboxService::updateRecords(Entries entries, const std::string& trackingId, const ListHandler& messageListBlock,
@@ -165,7 +140,7 @@ void VLInboxService::runMessageListBlockCallback(const std::string& trackingId, 
         [queue = backgroundQueue_, list = std::move(list), messageListBlock, shown = std::move(shown)]() mutable {
             messageListBlock(list->messages, list->unreadCount);
             if (shown) shown();
-            // Letting go of a long list takes longer than showing it.
+            // Off the main queue, because destroying a long list is slow.
             queue->post([list = std::move(list)] {});
         });
 }
@@ -198,7 +173,7 @@ void VLInboxService::openInboxMessage(const std::shared_ptr<VLInboxMessage>& mes
 void VLInboxService::opened(const std::shared_ptr<VLInboxMessage>& message, const std::string& trackingId,
                             const std::optional<std::string>& sourcePage, const MessageHandler& completion) {
     auto result = store_->markRead(message->messageId(), trackingId);
-    // Before the event, which tells it as one of its common fields.
+    // Before the event, which sends the phash as one of its common fields.
     if (message->phash()) collaborators_.settings->setPhash(message->phash());
     const auto page = vl_description(sourcePage);
     if (result.wasRead) {

@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -25,26 +24,27 @@ class VLEventService;
 class VLInboxDatabaseManager;
 class VLInboxServer;
 class VLInboxStore;
+class VLInboxSyncInterval;
 class VLInboxSyncQueue;
 class VLSettings;
 class VLURLBuilder;
 class VLURLSession;
 struct VLInboxEntry;
 
-/// The rich inbox: keeps the local database in step with the service's mailbox of the current user, and serves the
+/// The rich inbox: keeps the local database in step with the current user's mailbox at the service, and serves the
 /// host's calls. Called by the facade and by messages; any thread.
 ///
 /// All database work runs on the serial queue "vorlane.InboxService", the schema check first. Handlers may be empty and
-/// run once, on the main queue, except where an operation says otherwise. An operation concerns the user that was the
-/// current one when it was called; a list request, when its turn came.
+/// run once, on the main queue, except where an operation says otherwise. An operation concerns the user who is current
+/// when it is called; a list request, the user who is current when it starts.
 class VLInboxService : public std::enable_shared_from_this<VLInboxService> {
 public:
-    /// What the service works with. Card images are loaded by `imageSession`.
+    /// Card images are loaded by `imageSession`. Once the URL builder is gone, no request is made.
     struct Collaborators {
         std::shared_ptr<VLSettings> settings;
         std::shared_ptr<VLEventService> eventService;
         std::shared_ptr<VLConfigService> configService;
-        std::shared_ptr<VLURLBuilder> urlBuilder;
+        std::weak_ptr<VLURLBuilder> urlBuilder;
         std::shared_ptr<VLURLSession> urlSession;
         std::shared_ptr<NSURLSession> imageSession;
     };
@@ -59,19 +59,22 @@ public:
     static std::shared_ptr<VLInboxService> serviceWith(Collaborators collaborators);
     ~VLInboxService();
 
-    /// `getInboxMessagesWithCompletionHandler:` gives the list and how many of it are unread: from the database alone
-    /// when the last synchronisation for this user was less than the configured time ago, else after another one. Then
-    /// the handler runs once for each message that was fetched, with the whole list so far, and at least once.
+    /// `getInboxMessagesWithCompletionHandler:` passes the list and the unread count to the handler. They come from the
+    /// database alone if the last synchronisation for this user is recent (see VLInboxSyncInterval), and otherwise
+    /// after another synchronisation. The handler then runs for each fetched message with the whole list so far, and at
+    /// least once.
     void getInboxMessagesWithCompletionHandler(ListHandler completionHandler);
 
     /// `openInboxMessage:completion:`
     void openInboxMessage(const std::shared_ptr<VLInboxMessage>& message, MessageHandler completion);
-    /// `openInboxMessage:sourcePage:completion:` marks the message as read, here and with the service, and sends the
-    /// event "Read"; "Re-Read" alone when it was read before. Errors: `VLErrorDomainInbox` code 0.
+    /// `openInboxMessage:sourcePage:completion:` marks the message as read on this device and at the service, and sends
+    /// the event "Read". If the message was read before, it only sends the event "Re-Read". Errors:
+    /// `VLErrorDomainInbox` code 0.
     void openInboxMessage(const std::shared_ptr<VLInboxMessage>& message, const std::optional<std::string>& sourcePage,
                           MessageHandler completion);
-    /// `deleteInboxMessage:completion:` deletes the message here and with the service, also when that still lists it at
-    /// a later synchronisation, and sends the event "Delete". Errors: `VLErrorDomainInbox` code 0.
+    /// `deleteInboxMessage:completion:` deletes the message on this device and at the service, and sends the event
+    /// "Delete". A later synchronisation repeats the deletion while the service still lists the message. Errors:
+    /// `VLErrorDomainInbox` code 0.
     void deleteInboxMessage(const std::shared_ptr<VLInboxMessage>& message, MessageHandler completion);
 
     /// `loadImageForNotificationId:trackingId:completionHandler:` reads the stored image. The handler runs on the
@@ -81,7 +84,7 @@ public:
     /// `saveImage:notificationId:trackingId:completionHandler:`
     void saveImage(const Data& image, std::uint64_t notificationId, const std::string& trackingId,
                    ErrorHandler completionHandler);
-    /// Downloads a message's image. The handler runs on the service's queue.
+    /// Downloads the card image of a message. The handler runs on the service's queue.
     void downloadImage(const NSURL& imageURL, std::uint64_t notificationId, ImageHandler completionHandler);
 
     /// The current user.
@@ -89,17 +92,18 @@ public:
 
     // The service's queue only.
 
-    /// `getInboxList:` gives what is there and has not expired, newest first; nothing when it cannot be read.
+    /// `getInboxList:` returns the messages that have not expired, newest first; an empty list if the database cannot
+    /// be read.
     Messages getInboxList(const std::string& trackingId);
     /// `getUnreadCount:`
     std::size_t getUnreadCount(const std::string& trackingId);
-    /// `getStateHash:completion:` gives the JSON text that the state hash is made of; nothing when it cannot be read.
+    /// `getStateHash:completion:` passes on the JSON string that the state hash is computed from; `nullopt` if the
+    /// database cannot be read.
     void getStateHash(const std::string& trackingId,
                       const std::function<void(std::optional<std::string> json)>& completion);
 
 private:
     using Entries = std::optional<std::vector<VLInboxEntry>>;
-    /// What a list handler receives.
     struct List {
         Messages messages;
         std::size_t unreadCount;
@@ -109,9 +113,7 @@ private:
     void start();
 
     std::shared_ptr<DispatchGroup> listOrSync(const ListHandler& completionHandler);
-    bool isReturningLocalDatabaseResult(const std::string& trackingId);
     void syncMessages(const std::string& trackingId, std::function<void(Entries entries)> completion);
-    void syncEnded(const std::string& trackingId);
     void updateRecords(Entries entries, const std::string& trackingId, const ListHandler& messageListBlock,
                        const std::shared_ptr<DispatchGroup>& syncFinishGroup);
     List readList(const std::string& trackingId);
@@ -131,12 +133,8 @@ private:
     const std::shared_ptr<VLInboxDatabaseManager> databaseManager_;
     const std::shared_ptr<VLInboxServer> server_;
     const std::shared_ptr<VLCardImageLoader> imageLoader_;
+    const std::shared_ptr<VLInboxSyncInterval> syncInterval_;
     std::shared_ptr<VLInboxStore> store_;
-
-    std::mutex mutex_;
-    // Guarded by mutex_. Nothing before the first synchronisation.
-    std::optional<double> lastSync_;
-    std::string lastSyncTrackingId_;
 };
 
 }  // namespace vorlane

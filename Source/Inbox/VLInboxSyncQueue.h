@@ -12,16 +12,16 @@ namespace vorlane {
 class DispatchGroup;
 class DispatchQueue;
 
-/// Admits one list request at a time: the next starts when the group of the one before has emptied, or after 300
-/// seconds. No thread is held up meanwhile, so nothing that is still awaited can delay a shutdown. Any thread may post.
+/// Runs one list request at a time: the next starts when the group of the one before is empty, or after 300 seconds. No
+/// thread is blocked meanwhile, so a pending request cannot delay a shutdown. Any thread may post.
 class VLInboxSyncQueue : public std::enable_shared_from_this<VLInboxSyncQueue> {
 public:
-    /// Starts a request and gives the group to wait for; null when there is nothing to wait for.
+    /// Starts a request and returns the group to wait for; null if there is no need to wait.
     using Request = std::function<std::shared_ptr<DispatchGroup>()>;
 
     static constexpr TimeInterval kLongestWait = 300;
 
-    /// Requests start on `queue`, a serial one.
+    /// Requests start on `queue`, which must be serial.
     explicit VLInboxSyncQueue(std::shared_ptr<DispatchQueue> queue);
     ~VLInboxSyncQueue();
 
@@ -38,7 +38,7 @@ private:
     // The queue only.
     std::deque<Request> requests_;
     bool isWaiting_ = false;
-    /// Counts the requests that were waited for, so that what comes late for one does not end the next.
+    /// Numbers the requests that were waited for, so that a late end of one does not end the next.
     std::uint64_t turn_ = 0;
 };
 

@@ -15,7 +15,7 @@ using ::testing::IsEmpty;
 
 class VLInboxServiceSyncTest : public InboxTest {
 protected:
-    /// The hash that a state request carries.
+    /// Returns the hash that a state request sends.
     static std::string hashOf(const RecordedRequest& request) {
         const auto query = request.request.URL.query().value_or("");
         const auto start = query.find("stateHash=") + std::string("stateHash=").size();
@@ -44,7 +44,7 @@ protected:
 
 // When a synchronisation is due.
 
-TEST_F(VLInboxServiceSyncTest, TheFirstListComesAfterASynchronisation) {
+TEST_F(VLInboxServiceSyncTest, TheFirstListFollowsASynchronisation) {
     service->getInboxMessagesWithCompletionHandler(listHandler());
     phone().settle();
     EXPECT_THAT(lists, IsEmpty());
@@ -58,7 +58,7 @@ TEST_F(VLInboxServiceSyncTest, TheFirstListComesAfterASynchronisation) {
     EXPECT_THAT(log().linesContaining("last sync occured"), IsEmpty());
 }
 
-TEST_F(VLInboxServiceSyncTest, AListWithin30SecondsComesFromTheDatabaseAlone) {
+TEST_F(VLInboxServiceSyncTest, AListWithin30SecondsUsesOnlyTheDatabase) {
     listAtServer({});
     list();
     store(1);
@@ -78,7 +78,7 @@ TEST_F(VLInboxServiceSyncTest, AListAfter30SecondsSynchronisesAgain) {
     EXPECT_EQ(logged("Inbox: perform sync"), 2);
 }
 
-TEST_F(VLInboxServiceSyncTest, TheRemoteConfigurationSetsTheTime) {
+TEST_F(VLInboxServiceSyncTest, TheConfigurationSetsTheSyncInterval) {
     session().alwaysAnswer("/config/", 200, R"({"configs":{"rich_inbox":{"sync_time_limit_s":100}}})");
     configService->loadConfigWithCompletion(nullptr);
     listAtServer({});
@@ -115,7 +115,27 @@ TEST_F(VLInboxServiceSyncTest, AfterTheClockWasSetBackAListSynchronisesAgain) {
     EXPECT_EQ(session().requests(kState).size(), 2U);
 }
 
-TEST_F(VLInboxServiceSyncTest, NobodyNeedsToWaitForTheList) {
+TEST_F(VLInboxServiceSyncTest, WithoutAURLBuilderTheDatabaseIsListed) {
+    session().alwaysAnswer("/", 200, "ok");
+    service = VLInboxService::serviceWith(
+        {.settings = settings,
+         .eventService = eventService,
+         .configService = configService,
+         .urlBuilder = std::make_shared<VLURLBuilder>(std::make_shared<VLURLsProduction>(), settings),
+         .urlSession = urlSession,
+         .imageSession = phone().makeURLSession({})});
+    store(1);
+    EXPECT_THAT(list().ids(), ElementsAre(1));
+    service->openInboxMessage(message(1), outcomeHandler());
+    service->deleteInboxMessage(message(1), outcomeHandler());
+    phone().settle();
+    EXPECT_EQ(outcome.calls, 2);
+    EXPECT_EQ(outcome.error, std::nullopt);
+    EXPECT_EQ(logged("Inbox: message 1 could not be marked as read remotely, HTTP error -1", VLLogLevel::Error), 1);
+    EXPECT_THAT(session().requests("/rich/mailbox"), IsEmpty());
+}
+
+TEST_F(VLInboxServiceSyncTest, TheListHandlerMayBeEmpty) {
     listAtServer({entry(1)});
     answerMessage(1);
     service->getInboxMessagesWithCompletionHandler(nullptr);
@@ -128,13 +148,13 @@ TEST_F(VLInboxServiceSyncTest, NobodyNeedsToWaitForTheList) {
 
 // The state hash.
 
-TEST_F(VLInboxServiceSyncTest, TheHashOfAnEmptyInboxIsThatOfAnEmptyList) {
+TEST_F(VLInboxServiceSyncTest, TheHashOfAnEmptyInboxCoversAnEmptyList) {
     listAtServer({});
     list();
     EXPECT_THAT(stateHashes(), ElementsAre(vl_md5(R"({"notification":[]})")));
 }
 
-TEST_F(VLInboxServiceSyncTest, TheHashIsMadeOfTheUsersMessagesByDescendingId) {
+TEST_F(VLInboxServiceSyncTest, TheHashCoversTheUsersMessagesByDescendingId) {
     store(5, 1, 100);
     store(40, 0, 50);
     store(7, 0, 900, 1);  // expired
@@ -147,8 +167,8 @@ TEST_F(VLInboxServiceSyncTest, TheHashIsMadeOfTheUsersMessagesByDescendingId) {
     EXPECT_THAT(stateHashes(), ElementsAre(vl_md5(*json)));
 }
 
-/// Ids above the signed range are negative in the database, so they come last.
-TEST_F(VLInboxServiceSyncTest, TheHashHasIdsWithoutASign) {
+/// Ids above the signed range are negative in the database, so they are last.
+TEST_F(VLInboxServiceSyncTest, TheHashContainsUnsignedIds) {
     store(18446744073709551615U);
     store(9223372036854775808U);
     store(1);
@@ -160,14 +180,14 @@ TEST_F(VLInboxServiceSyncTest, TheHashHasIdsWithoutASign) {
 
 // Rounds.
 
-TEST_F(VLInboxServiceSyncTest, AnAnswerThatIsCompleteNeedsNoFurtherRound) {
+TEST_F(VLInboxServiceSyncTest, ACompleteAnswerEndsTheRounds) {
     store(1);
     listAtServer({entry(1)});
     EXPECT_THAT(list().ids(), ElementsAre(1));
     EXPECT_EQ(session().requests(kState).size(), 1U);
 }
 
-TEST_F(VLInboxServiceSyncTest, EachRoundSendsTheHashOfTheAnswerBefore) {
+TEST_F(VLInboxServiceSyncTest, EachRoundSendsTheHashOfTheLastAnswer) {
     service->getInboxMessagesWithCompletionHandler(listHandler());
     phone().settle();
     session().answer(kState, 200, unfinished("first", {entry(1)}));
@@ -179,7 +199,7 @@ TEST_F(VLInboxServiceSyncTest, EachRoundSendsTheHashOfTheAnswerBefore) {
     EXPECT_EQ(requests("GET", messagePath(3)).size(), 1U);
 }
 
-TEST_F(VLInboxServiceSyncTest, AServiceThatNeverFinishesIsAsked22TimesAndItsLastListTaken) {
+TEST_F(VLInboxServiceSyncTest, After22UnfinishedRoundsTheLastListIsUsed) {
     service->getInboxMessagesWithCompletionHandler(listHandler());
     phone().settle();
     answerMessage(22);
@@ -194,7 +214,7 @@ TEST_F(VLInboxServiceSyncTest, AServiceThatNeverFinishesIsAsked22TimesAndItsLast
     EXPECT_THAT(lists[0].ids(), ElementsAre(22));
 }
 
-TEST_F(VLInboxServiceSyncTest, AServiceThatFinishesInThe22ndRoundIsBelieved) {
+TEST_F(VLInboxServiceSyncTest, AnAnswerThatCompletesInRound22IsUsed) {
     store(9);
     service->getInboxMessagesWithCompletionHandler(listHandler());
     phone().settle();
@@ -205,7 +225,7 @@ TEST_F(VLInboxServiceSyncTest, AServiceThatFinishesInThe22ndRoundIsBelieved) {
     EXPECT_THAT(lists.back().ids(), ElementsAre(9));
 }
 
-TEST_F(VLInboxServiceSyncTest, AnUnfinishedAnswerWithoutAHashEndsTheRoundsWithoutAnyChange) {
+TEST_F(VLInboxServiceSyncTest, AnUnfinishedAnswerWithoutAHashChangesNothing) {
     store(1);
     for (const auto* body : {R"({"synchronisation_complete":false,"notification":[]})",
                              R"({"synchronisation_complete":false,"state_hash":7,"notification":[]})",
@@ -333,7 +353,7 @@ TEST_F(VLInboxServiceSyncTest, AnExpiredMessageStaysUntilItIsNoLongerListed) {
     EXPECT_EQ(value("SELECT count(*) FROM RICH_INBOX"), "0");
 }
 
-TEST_F(VLInboxServiceSyncTest, AMessageReadHereIsMarkedReadThere) {
+TEST_F(VLInboxServiceSyncTest, AMessageReadLocallyIsMarkedAtTheService) {
     store(1, 1);
     session().alwaysAnswer(kMessages, 200, "");
     listAtServer({entry(1, 0)});
@@ -344,7 +364,7 @@ TEST_F(VLInboxServiceSyncTest, AMessageReadHereIsMarkedReadThere) {
     EXPECT_EQ(logged("Inbox: message 1 marked as read remotely"), 1);
 }
 
-TEST_F(VLInboxServiceSyncTest, AMessageThatAnotherUserHoldsIsFetchedForThisOneToo) {
+TEST_F(VLInboxServiceSyncTest, AMessageOfAnotherUserIsFetchedAgain) {
     store(1, 1, 100, kLater, "U");
     listAtServer({entry(1, 0)});
     answerMessage(1);
@@ -353,7 +373,7 @@ TEST_F(VLInboxServiceSyncTest, AMessageThatAnotherUserHoldsIsFetchedForThisOneTo
     EXPECT_TRUE(requests("PUT", kMessages).empty());
 }
 
-TEST_F(VLInboxServiceSyncTest, OfTheFlagsHereOnly1Wins) {
+TEST_F(VLInboxServiceSyncTest, OnlyALocalFlagOf1Wins) {
     store(1, 2);
     listAtServer({entry(1, 0)});
     list();
@@ -361,7 +381,7 @@ TEST_F(VLInboxServiceSyncTest, OfTheFlagsHereOnly1Wins) {
     EXPECT_TRUE(requests("PUT", kMessages).empty());
 }
 
-TEST_F(VLInboxServiceSyncTest, AMessageReadElsewhereIsMarkedReadHere) {
+TEST_F(VLInboxServiceSyncTest, AMessageReadElsewhereIsMarkedLocally) {
     store(1, 0);
     store(2, 0);
     listAtServer({entry(1, 1), entry(2, 0)});
@@ -372,7 +392,7 @@ TEST_F(VLInboxServiceSyncTest, AMessageReadElsewhereIsMarkedReadHere) {
     EXPECT_EQ(shown.unreadCount, 1U);
 }
 
-TEST_F(VLInboxServiceSyncTest, AFailureToMarkAMessageThereIsLoggedAndTriedAgainNextTime) {
+TEST_F(VLInboxServiceSyncTest, AFailedRemoteMarkIsRepeatedAtTheNextSync) {
     store(1, 1);
     session().alwaysAnswer(kMessages, 503, "");
     listAtServer({entry(1, 0)});
@@ -384,9 +404,9 @@ TEST_F(VLInboxServiceSyncTest, AFailureToMarkAMessageThereIsLoggedAndTriedAgainN
     EXPECT_EQ(puts(1).size(), 2U);
 }
 
-TEST_F(VLInboxServiceSyncTest, AMessageInTheTrashIsDeletedThereAgainAndNotFetched) {
+TEST_F(VLInboxServiceSyncTest, AMessageInTheTrashIsDeletedRemotelyAgain) {
     execute("INSERT INTO RICH_TRASH VALUES (1, 'T'), (2, 'T'), (3, 'U')");
-    store(1);  // Left over from a deletion that was cut short.
+    store(1);  // As after a kill during the deletion.
     answerMessage(3);
     listAtServer({entry(1), entry(3)});
     EXPECT_THAT(list().ids(), ElementsAre(3));
@@ -399,7 +419,7 @@ TEST_F(VLInboxServiceSyncTest, AMessageInTheTrashIsDeletedThereAgainAndNotFetche
     EXPECT_EQ(value("SELECT count(*) FROM RICH_TRASH"), "3");
 }
 
-TEST_F(VLInboxServiceSyncTest, MessagesFetchedBesideManyOthersTakeTheirPlaceInTheList) {
+TEST_F(VLInboxServiceSyncTest, FetchedMessagesAreSortedIntoALongList) {
     for (std::uint64_t id = 100; id < 140; ++id) store(id, 0, static_cast<double>(id));
     std::vector<std::string> entries;
     for (std::uint64_t id = 100; id < 140; ++id) entries.push_back(entry(id));
@@ -415,7 +435,7 @@ TEST_F(VLInboxServiceSyncTest, MessagesFetchedBesideManyOthersTakeTheirPlaceInTh
         EXPECT_EQ(lists[i].messages.size(), 41 + i);
         EXPECT_EQ(lists[i].unreadCount, 41 + i);
     }
-    // What was put together message by message is what the database alone gives.
+    // The list built message by message is the same as one read from the database.
     EXPECT_EQ(listAfter(1).ids(), lists.back().ids());
     Ids sorted;
     for (const auto& row : rows("SELECT NOTIF_ID FROM RICH_INBOX ORDER BY CREATED DESC, NOTIF_ID DESC")) {
@@ -424,7 +444,7 @@ TEST_F(VLInboxServiceSyncTest, MessagesFetchedBesideManyOthersTakeTheirPlaceInTh
     EXPECT_EQ(lists.back().ids(), sorted);
 }
 
-TEST_F(VLInboxServiceSyncTest, AListDuringASynchronisationShowsWhatSomebodyElseWrote) {
+TEST_F(VLInboxServiceSyncTest, AListDuringASyncShowsOtherWrites) {
     listAtServer({entry(1), entry(2), entry(3)});
     service->getInboxMessagesWithCompletionHandler(listHandler());
     phone().settle();
@@ -444,7 +464,7 @@ TEST_F(VLInboxServiceSyncTest, AListDuringASynchronisationShowsWhatSomebodyElseW
     EXPECT_EQ(lists[2].messages[0]->read(), 1);
 }
 
-TEST_F(VLInboxServiceSyncTest, AMessageOpenedDuringASynchronisationIsReadInTheNextList) {
+TEST_F(VLInboxServiceSyncTest, AMessageOpenedDuringASyncIsListedAsRead) {
     listAtServer({entry(1), entry(2)});
     service->getInboxMessagesWithCompletionHandler(listHandler());
     phone().settle();
@@ -459,7 +479,7 @@ TEST_F(VLInboxServiceSyncTest, AMessageOpenedDuringASynchronisationIsReadInTheNe
     EXPECT_EQ(lists[1].unreadCount, 1U);
 }
 
-/// A host whose main thread is busy must not end up with one list for every message.
+/// With a busy main thread, memory would otherwise hold one list for each message.
 TEST_F(VLInboxServiceSyncTest, NoMoreThan16ListsWaitForTheMainThread) {
     std::vector<std::string> entries;
     for (std::uint64_t id = 1; id <= 40; ++id) {
@@ -480,7 +500,7 @@ TEST_F(VLInboxServiceSyncTest, NoMoreThan16ListsWaitForTheMainThread) {
     }
 }
 
-TEST_F(VLInboxServiceSyncTest, ALongListIsFetchedInPortions) {
+TEST_F(VLInboxServiceSyncTest, AtMost64MessagesAreRequestedAtOnce) {
     std::vector<std::string> entries;
     for (std::uint64_t id = 1; id <= 200; ++id) entries.push_back(entry(id));
     listAtServer(entries);
@@ -522,19 +542,19 @@ TEST_F(VLInboxServiceSyncTest, ASecondRequestWaitsNoLongerThan300Seconds) {
     session().alwaysAnswer(kState, 200, state({}));
     phone().settle();
     EXPECT_EQ(lists.size(), 2U);
-    // The end of the first one, which nobody waited for any more, let nobody in.
+    // The late end of the first request did not start another one.
     service->getInboxMessagesWithCompletionHandler(listHandler());
     phone().settle();
     EXPECT_EQ(lists.size(), 3U);
 }
 
-TEST_F(VLInboxServiceSyncTest, WaitingShowsAmongNoTimersOfTheApplication) {
+TEST_F(VLInboxServiceSyncTest, WaitingForASyncSetsNoApplicationTimer) {
     service->getInboxMessagesWithCompletionHandler(listHandler());
     phone().settle();
     EXPECT_THAT(phone().timers(), IsEmpty());
 }
 
-TEST_F(VLInboxServiceSyncTest, AShutdownEndsEveryRequestThatWaits) {
+TEST_F(VLInboxServiceSyncTest, AShutdownEndsAllWaitingRequests) {
     for (int i = 0; i < 3; ++i) service->getInboxMessagesWithCompletionHandler(listHandler());
     phone().settle();
     EXPECT_THAT(lists, IsEmpty());
@@ -544,7 +564,7 @@ TEST_F(VLInboxServiceSyncTest, AShutdownEndsEveryRequestThatWaits) {
     EXPECT_EQ(lists.size(), 3U);
 }
 
-TEST_F(VLInboxServiceSyncTest, AMessageWithoutADateHasOnePlaceInTheList) {
+TEST_F(VLInboxServiceSyncTest, MessagesWithoutADateKeepTheirOrder) {
     listAtServer({entry(9), entry(5)});
     session().alwaysAnswer(messagePath(9), 200, R"({"end":1800000000})");
     session().alwaysAnswer(messagePath(5), 200, R"({"created":0,"end":1800000000})");
@@ -552,7 +572,7 @@ TEST_F(VLInboxServiceSyncTest, AMessageWithoutADateHasOnePlaceInTheList) {
     EXPECT_THAT(listAfter(1).ids(), ElementsAre(5, 9));
 }
 
-TEST_F(VLInboxServiceSyncTest, LessThanASecondBackIsNoSecond) {
+TEST_F(VLInboxServiceSyncTest, AClockSetBack400MillisecondsCountsAs0Seconds) {
     listAtServer({});
     list();
     phone().setClock(phone().now() - 0.4);
@@ -560,7 +580,7 @@ TEST_F(VLInboxServiceSyncTest, LessThanASecondBackIsNoSecond) {
     EXPECT_EQ(logged("Inbox: last sync occured 0 seconds ago, limit set to 30"), 1);
 }
 
-TEST_F(VLInboxServiceSyncTest, TenThousandMessagesAreBroughtInStepInOneRound) {
+TEST_F(VLInboxServiceSyncTest, AListOf10000MessagesIsSynchronised) {
     constexpr int kCount = 10'000;
     execute(
         "WITH RECURSIVE ids(id) AS (SELECT 1 UNION ALL SELECT id + 1 FROM ids WHERE id < 10000) INSERT INTO RICH_INBOX "
@@ -569,7 +589,7 @@ TEST_F(VLInboxServiceSyncTest, TenThousandMessagesAreBroughtInStepInOneRound) {
     std::vector<std::string> listed;
     for (int id = kCount; id > 0; --id) {
         local.push_back(entry(static_cast<std::uint64_t>(id)));
-        // Half of them are gone there, and some of the others were read on another device.
+        // The service lists half of them, some read on another device.
         if (id % 2 == 0) listed.push_back(entry(static_cast<std::uint64_t>(id), id % 100 == 0 ? 1 : 0));
     }
     listAtServer(listed);
