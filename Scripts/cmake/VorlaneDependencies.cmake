@@ -36,3 +36,11 @@ foreach(row IN LISTS rows)
 endforeach()
 list(APPEND VORLANE_PRIVATE_LIBRARIES Threads::Threads)
 string(APPEND VORLANE_PC_PRIVATE_LIBRARIES "-pthread")
+
+# The image decoders are loaded when the first image is checked: only their headers are needed to build the library.
+pkg_check_modules(PNG REQUIRED IMPORTED_TARGET libpng)
+pkg_check_modules(TURBOJPEG REQUIRED IMPORTED_TARGET libturbojpeg)
+pkg_check_modules(WEBP REQUIRED IMPORTED_TARGET libwebp)
+set(VORLANE_IMAGE_LIBRARIES PkgConfig::PNG PkgConfig::TURBOJPEG PkgConfig::WEBP)
+set(VORLANE_IMAGE_INCLUDE_DIRECTORIES ${PNG_INCLUDE_DIRS} ${TURBOJPEG_INCLUDE_DIRS} ${WEBP_INCLUDE_DIRS})
+set(VORLANE_IMAGE_PACKAGES libpng16-16 libturbojpeg0 libwebp7)

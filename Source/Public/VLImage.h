@@ -9,11 +9,11 @@
 
 namespace vorlane {
 
-/// An image as it came from the network: its bytes, known to decode, and its size in pixels. Immutable; any thread.
+/// An image: its bytes as they were downloaded, checked by decoding, and its size in pixels. Immutable; any thread.
 class VORLANE_EXPORT VLImage {
 public:
-    /// `imageWithData:` reads PNG, JPEG and WebP up to 16,777,216 pixels; null when the bytes do not decode as one of
-    /// these without fault.
+    /// `imageWithData:` accepts PNG, JPEG and WebP images with at most 16,777,216 pixels that decode without an error
+    /// in 64 MiB of memory. Returns null for any other bytes.
     static std::shared_ptr<const VLImage> imageWithData(Data data);
 
     /// The bytes of the file.

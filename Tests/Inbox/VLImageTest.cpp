@@ -21,7 +21,7 @@ void expectImage(const Data& bytes, const std::string& mediaType, std::uint32_t 
 
 Data textData(const std::string& text) { return {text.begin(), text.end()}; }
 
-/// No prefix of it is an image, but for those that lack nothing of the pixels.
+/// No prefix is an image, except those that lack only the last `trailer` bytes.
 void expectWholeOnly(const Data& bytes, std::size_t trailer = 0) {
     for (std::size_t size = 0; size < bytes.size() - trailer; size += 1 + bytes.size() / 200) {
         const Data cutOff(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(size));
@@ -29,7 +29,7 @@ void expectWholeOnly(const Data& bytes, std::size_t trailer = 0) {
     }
 }
 
-/// Whatever is changed in it, decoding ends with an image of a bounded size or with none.
+/// Checking a changed copy ends with an image of a bounded size or with none.
 void expectSafe(const Data& bytes) {
     for (std::size_t place = 0; place < bytes.size(); place += 1 + bytes.size() / 300) {
         for (const int change : {0x01, 0x80, 0xFF}) {
@@ -47,8 +47,10 @@ TEST(VLImageTest, JPEGIsAnImage) { expectImage(testJPEG(31, 17), "image/jpeg", 3
 TEST(VLImageTest, ProgressiveJPEGIsAnImage) {
     expectImage(testJPEG(31, 17, TJPF_RGB, TJFLAG_PROGRESSIVE), "image/jpeg", 31, 17);
 }
-TEST(VLImageTest, JPEGForPrintersIsAnImage) { expectImage(testJPEG(31, 17, TJPF_CMYK), "image/jpeg", 31, 17); }
+TEST(VLImageTest, CMYKJPEGIsAnImage) { expectImage(testJPEG(31, 17, TJPF_CMYK), "image/jpeg", 31, 17); }
 TEST(VLImageTest, WebPIsAnImage) { expectImage(testWebP(31, 17), "image/webp", 31, 17); }
+
+TEST(VLImageTest, LosslessWebPIsAnImage) { expectImage(testLosslessWebP(31, 17), "image/webp", 31, 17); }
 
 TEST(VLImageTest, OtherBytesAreNoImage) {
     for (const auto* text : {"", "x", "<svg/>", "GIF89a", "\x89PNG\r\n\x1A\n", "\xFF\xD8\xFF", "RIFF", "RIFFxxxxWEBP",
@@ -58,24 +60,25 @@ TEST(VLImageTest, OtherBytesAreNoImage) {
     EXPECT_EQ(VLImage::imageWithData(Data(1'000'000, 0)), nullptr);
 }
 
-TEST(VLImageTest, AnImageThatIsCutOffIsNone) {
-    // Behind the pixels come their check sum and the last chunk.
+TEST(VLImageTest, ACutOffImageIsNoImage) {
+    // The check sum of the pixels and the last chunk follow the pixels.
     expectWholeOnly(testPNG(64, 64), 16);
     expectWholeOnly(testJPEG(64, 64));
     expectWholeOnly(testWebP(64, 64));
 }
 
-TEST(VLImageTest, DamagedImagesDoNoHarm) {
+TEST(VLImageTest, DamagedImagesAreSafeToCheck) {
     expectSafe(testPNG(64, 64));
     expectSafe(testJPEG(64, 64));
     expectSafe(testJPEG(64, 64, TJPF_RGB, TJFLAG_PROGRESSIVE));
     expectSafe(testWebP(64, 64));
+    expectSafe(testLosslessWebP(64, 64));
 }
 
-/// A few bytes that ask for gigabytes of pixels.
-TEST(VLImageTest, AnImageOfTooManyPixelsIsNone) {
+/// A few bytes that announce gigabytes of pixels.
+TEST(VLImageTest, AnImageWithTooManyPixelsIsNoImage) {
     auto bytes = testPNG(1, 1);
-    // Width and height stand behind the signature and the first chunk's length and name.
+    // The width and the height follow the signature and the length and name of the first chunk.
     for (const std::size_t place : {16U, 20U}) bytes[place + 1] = 0x7F;
     EXPECT_EQ(VLImage::imageWithData(bytes), nullptr);
     expectImage(testPNG(4096, 2), "image/png", 4096, 2);

@@ -15,3 +15,12 @@ while read -r package finder _ option; do
     grep -qE "[ ;:](${finder#*:})[); ]" "$BUILD/VorlaneConfig.cmake" || fail "VorlaneConfig.cmake does not look for ${finder#*:}"
 done <<<"$rows"
 [[ -z $needed ]] || fail "linked, but not in the table: $needed"
+
+# The image decoders are loaded at run time: the package depends on those that hold them.
+decoders=$(sed -n 's/.*VLSharedLibrary library("\([^"]*\)").*/\1/p' "$SOURCE"/Source/Inbox/*Decoder.cpp)
+[[ $(wc -w <<<"$decoders") == 3 ]] || fail "three decoders were expected: $decoders"
+depends=$(sed -n 's/^set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "\(.*\)")$/\1/p' "$BUILD/CPackConfig.cmake")
+for decoder in $decoders; do
+    package=$(dpkg-query --search "*/$decoder" | sed 's/:.*//' | sort -u)
+    grep -qE "(^|, )$package(,|$)" <<<"$depends" || fail "the package does not depend on $package, which holds $decoder"
+done
