@@ -7,22 +7,22 @@
 
 namespace vorlane {
 
-// The words for how near a beacon is.
+// The proximity of a beacon as a word.
 const char* vl_proximity_unknown();
 const char* vl_proximity_immediate();
 const char* vl_proximity_near();
 const char* vl_proximity_far();
 
-/// `vl_getRangeStringForBeacon` gives the word for the beacon's proximity. A number that has none is logged at ERROR
-/// and counts as unknown.
+/// `vl_getRangeStringForBeacon` returns the word for the beacon's proximity. Any other number is logged at ERROR and
+/// counts as unknown.
 const char* vl_getRangeStringForBeacon(const CLBeacon& beacon);
 
-/// `vl_majorMinorAsString`: "major_minor".
+/// `vl_majorMinorAsString` returns "major_minor".
 std::string vl_majorMinorAsString(const CLBeacon& beacon);
 
-/// As log lines show it: the class and all fields.
+/// Returns the class and all fields, for log lines.
 std::string vl_description(const CLBeacon& beacon);
-/// The beacons in square brackets.
+/// Returns the beacons in square brackets.
 std::string vl_description(const std::vector<CLBeacon>& beacons);
 
 }  // namespace vorlane

@@ -14,23 +14,24 @@ namespace vorlane {
 
 namespace {
 
-std::string textOf(const Value* value) {
+std::string stringOf(const Value* value) {
     if (!value) return "(null)";
     auto number = stringValue(*value);
     return number ? std::move(*number) : vl_description(*value);
 }
 
-std::string textOrAny(std::optional<std::uint16_t> number) { return number ? fmt::format("{}", *number) : "*"; }
+std::string numberOrAsterisk(std::optional<std::uint16_t> number) { return number ? fmt::format("{}", *number) : "*"; }
 
 }  // namespace
 
 std::string vl_regionIdForBeaconRule(const Dictionary& rule) {
-    return fmt::format("{}_{}_{}", textOf(valueForKey(rule, "uuid")), textOf(valueForKey(rule, "major")),
-                       textOf(valueForKey(rule, "minor")));
+    return fmt::format("{}_{}_{}", stringOf(valueForKey(rule, "uuid")), stringOf(valueForKey(rule, "major")),
+                       stringOf(valueForKey(rule, "minor")));
 }
 
 std::string vl_getRegionId(const CLBeaconRegion& region) {
-    return fmt::format("{}_{}_{}", region.proximityUUID(), textOrAny(region.major()), textOrAny(region.minor()));
+    return fmt::format("{}_{}_{}", region.proximityUUID(), numberOrAsterisk(region.major()),
+                       numberOrAsterisk(region.minor()));
 }
 
 std::shared_ptr<CLBeaconRegion> vl_findBeaconRegionWithin(const CLBeaconRegion& region,

@@ -10,15 +10,15 @@ namespace vorlane {
 
 class CLBeaconRegion;
 
-/// `vl_regionIdForBeaconRule:` is the identifier of the region that a rule gives: "uuid_major_minor" of the rule's own
-/// values as they stand, numbers in decimal, what is absent as "(null)".
+/// `vl_regionIdForBeaconRule:` returns the identifier of a rule's region: "uuid_major_minor" with the rule's values
+/// unchanged, numbers in decimal, and "(null)" for an absent value.
 std::string vl_regionIdForBeaconRule(const Dictionary& rule);
 
-/// `vl_getRegionId`: "uuid_major_minor" of the region itself, with "*" for a major or minor that it leaves open. What
-/// belongs to a region is found by it.
+/// `vl_getRegionId` returns "uuid_major_minor" of the region, with "*" for an absent major or minor. Whatever belongs
+/// to a region is stored under it.
 std::string vl_getRegionId(const CLBeaconRegion& region);
 
-/// `vl_findBeaconRegionWithin:` gives the first of the regions that has the same `vl_getRegionId`; null when none has.
+/// `vl_findBeaconRegionWithin:` returns the first region with the same `vl_getRegionId`, or null.
 std::shared_ptr<CLBeaconRegion> vl_findBeaconRegionWithin(const CLBeaconRegion& region,
                                                           const std::vector<std::shared_ptr<CLBeaconRegion>>& regions);
 

@@ -5,13 +5,13 @@
 
 namespace vorlane {
 
-/// A named character of HTML.
+/// A named character reference of HTML.
 struct HTMLEntity {
     std::string_view name;
     char32_t character;
 };
 
-/// The named characters of HTML 4, and "apos" of XHTML. By name, ascending.
+/// The character references of HTML 4 and "apos" of XHTML, sorted by name.
 inline constexpr std::array<HTMLEntity, 253> kHTMLEntities{
     {{"AElig", 0xC6},     {"Aacute", 0xC1},   {"Acirc", 0xC2},    {"Agrave", 0xC0},   {"Alpha", 0x391},
      {"Aring", 0xC5},     {"Atilde", 0xC3},   {"Auml", 0xC4},     {"Beta", 0x392},    {"Ccedil", 0xC7},

@@ -4,7 +4,7 @@ namespace vorlane {
 
 class NSBundle;
 
-/// Whether the bundle's "UIBackgroundModes" contain "location".
+/// Returns whether the bundle's "UIBackgroundModes" contain "location".
 bool vl_isBackgroundLocationEnabledForApp(const NSBundle& bundle);
 
 }  // namespace vorlane

@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::string_view kLettersAndDigits = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
 
-NSCharacterSet setOf(std::string_view others) {
+NSCharacterSet lettersDigitsAnd(std::string_view others) {
     NSCharacterSet set;
     for (const auto characters : {kLettersAndDigits, others}) {
         for (const char character : characters) set.set(static_cast<unsigned char>(character));
@@ -18,7 +18,7 @@ NSCharacterSet setOf(std::string_view others) {
     return set;
 }
 
-/// The value of a hexadecimal digit; -1 for any other character.
+/// Returns -1 for a character that is no hexadecimal digit.
 int hexadecimalValue(char character) {
     if (character >= '0' && character <= '9') return character - '0';
     if (character >= 'a' && character <= 'f') return character - 'a' + 10;
@@ -29,17 +29,17 @@ int hexadecimalValue(char character) {
 }  // namespace
 
 const NSCharacterSet& vl_URIComponentAllowedCharacterSet() {
-    static const NSCharacterSet set = setOf("-_.!~*'()");
+    static const NSCharacterSet set = lettersDigitsAnd("-_.!~*'()");
     return set;
 }
 
 const NSCharacterSet& vl_formURLEncodingAllowedCharacterSet() {
-    static const NSCharacterSet set = setOf("-_.*");
+    static const NSCharacterSet set = lettersDigitsAnd("-_.*");
     return set;
 }
 
 const NSCharacterSet& alphanumericCharacterSet() {
-    static const NSCharacterSet set = setOf("");
+    static const NSCharacterSet set = lettersDigitsAnd("");
     return set;
 }
 

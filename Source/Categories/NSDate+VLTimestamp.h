@@ -5,7 +5,7 @@
 
 namespace vorlane {
 
-/// `vl_unixTimestampInMilliseconds`: a time in seconds since 1970 as whole milliseconds in decimal ("%.0f"); nothing
+/// `vl_unixTimestampInMilliseconds` formats a time in seconds since 1970 as whole milliseconds ("%.0f"). `nullopt`
 /// formats as "0".
 std::string vl_unixTimestampInMilliseconds(std::optional<double> time);
 

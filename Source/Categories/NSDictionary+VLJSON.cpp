@@ -21,8 +21,8 @@ constexpr const char* kTooDeepDescription = "(nested too deep)";
 template <class Visit>
 bool visitAll(const Dictionary& dictionary, int levels, Visit visit);
 
-/// Visits the value and all that is in it. False as soon as `visit` says so, or something is nested deeper than
-/// `levels`; what is deeper is not touched, so the recursion ends there.
+/// Visits a value and all values inside it. Returns false as soon as `visit` does, or at the first value that is nested
+/// deeper than `levels`, so the recursion is bounded.
 template <class Visit>
 bool visitAll(const Value& value, int levels, Visit visit) {
     if (!visit(value)) return false;
@@ -81,7 +81,7 @@ bool isParsable(std::string_view text) {
     return true;
 }
 
-/// Data as its length, so that a description stays short.
+/// Replaces data by its length, to keep descriptions short.
 Value withoutBinary(const Value& value) {
     if (value.is_binary()) return fmt::format("{{length = {}}}", value.get_binary().size());
     if (!value.is_structured()) return value;
@@ -124,7 +124,7 @@ std::string textOf(const Value& object) {
 }  // namespace
 
 std::string vl_asJSON(const Dictionary& dictionary) {
-    // Before it is copied: copying, like writing, goes as deep as the value does.
+    // Checked before it is copied, because copying and writing recurse.
     return isValidJSONObject(dictionary) ? textOf(Value(dictionary)) : std::string();
 }
 

@@ -8,21 +8,21 @@
 
 namespace vorlane {
 
-/// `vl_asJSON` gives the dictionary as compact JSON text. Logs at ERROR and gives "" for what JSON cannot hold (data,
-/// numbers that are not finite, nesting deeper than 512) and for text that is not UTF-8.
+/// `vl_asJSON` returns the dictionary as compact JSON. Logs at ERROR and returns "" for values that JSON does not have
+/// (data, numbers that are not finite, nesting deeper than 512) and for strings that are not UTF-8.
 std::string vl_asJSON(const Dictionary& dictionary);
 std::string vl_asJSON(Dictionary&& dictionary);
 
-/// `vl_dictionaryWithJSON:error:` parses JSON text with an object at its top. Otherwise gives nothing and sets `error`:
-/// `VLErrorDomainNetwork` code 0 for nil or empty text, `NSCocoaErrorDomain` code 3840 for any other (also when it is
-/// not UTF-8, or nested deeper than 512).
+/// `vl_dictionaryWithJSON:error:` parses a JSON string with an object at its top level. For any other string it returns
+/// `nullopt` and sets `error`: `VLErrorDomainNetwork` code 0 for `nullopt` or an empty string, otherwise
+/// `NSCocoaErrorDomain` code 3840 (also for invalid UTF-8 and nesting deeper than 512).
 std::optional<Dictionary> vl_dictionaryWithJSON(const std::optional<std::string>& text, std::optional<NSError>& error);
 
-/// `vl_dictionaryWithJSON:` logs what went wrong at ERROR and gives an empty dictionary.
+/// `vl_dictionaryWithJSON:` logs an error at ERROR and returns an empty dictionary then.
 Dictionary vl_dictionaryWithJSON(const std::optional<std::string>& text);
 
-/// A value as log lines show it: its compact JSON, with data as its length and invalid UTF-8 replaced; a string without
-/// quotation marks; "(null)" for nothing; "(nested too deep)" for what is nested deeper than 512.
+/// Returns a value for log lines: its compact JSON, with data replaced by its length and invalid UTF-8 by U+FFFD; a
+/// string without quotation marks; "(null)" for `nullopt`; "(nested too deep)" for nesting deeper than 512.
 std::string vl_description(const Value& value);
 std::string vl_description(const std::optional<Value>& value);
 std::string vl_description(const std::optional<Dictionary>& dictionary);

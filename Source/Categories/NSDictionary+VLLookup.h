@@ -8,27 +8,27 @@
 
 namespace vorlane {
 
-/// Typed look-ups in what comes from outside: a value of the wrong kind reads as absent. The pointers live as long as
-/// the dictionary is left alone.
+/// Typed look-ups in untrusted dictionaries: a value of the wrong type counts as absent. The pointers are valid until
+/// the dictionary changes.
 const Value* valueForKey(const Dictionary& dictionary, const std::string& key);
 std::optional<std::string> stringForKey(const Dictionary& dictionary, const std::string& key);
-/// Any number; a boolean is not one.
+/// Accepts any number, but no boolean.
 std::optional<double> numberForKey(const Dictionary& dictionary, const std::string& key);
-/// Any number, its fraction cut off and held to the range of 64 bits.
+/// Accepts any number; truncated towards zero and clamped to 64 bits.
 std::optional<std::int64_t> integerForKey(const Dictionary& dictionary, const std::string& key);
-/// A boolean, or a number, of which 0 is false.
+/// Accepts a boolean or a number; 0 is false.
 std::optional<bool> boolForKey(const Dictionary& dictionary, const std::string& key);
 std::optional<Data> dataForKey(const Dictionary& dictionary, const std::string& key);
 const Dictionary* dictionaryForKey(const Dictionary& dictionary, const std::string& key);
 const Array* arrayForKey(const Dictionary& dictionary, const std::string& key);
 
-/// A number's 64-bit integer value, as `integerForKey()` has it; nothing for any other kind.
+/// Returns a number as a 64-bit integer, as `integerForKey()` does; `nullopt` for any other type.
 std::optional<std::int64_t> integerValue(const Value& value);
-/// A number as decimal text, the shortest that reads back the same (42, 4.5, 1e+22); a boolean as 1 or 0; nothing for
-/// any other kind.
+/// Returns a number as the shortest decimal string with the same value (42, 4.5, 1e+22), and a boolean as 1 or 0;
+/// `nullopt` for any other type.
 std::optional<std::string> stringValue(const Value& value);
 
-/// Drops every null inside the value, which property lists cannot hold. Does not recurse.
+/// Removes every null inside the value, because property lists have no null. Does not recurse.
 void vl_removeNulls(Value& value);
 
 }  // namespace vorlane

@@ -11,7 +11,7 @@ namespace vorlane {
 
 namespace {
 
-std::optional<double> numberInText(std::string_view text) {
+std::optional<double> numberWithDecimalString(std::string_view text) {
     if (text.starts_with('+')) {
         text.remove_prefix(1);
         if (text.starts_with('-')) return std::nullopt;
@@ -27,7 +27,7 @@ std::optional<double> numberInText(std::string_view text) {
 std::optional<double> vl_looseNumber(const Value* value) {
     std::optional<double> number;
     if (value && value->is_number()) number = value->get<double>();
-    if (value && value->is_string()) number = numberInText(value->get_ref<const std::string&>());
+    if (value && value->is_string()) number = numberWithDecimalString(value->get_ref<const std::string&>());
     return number && std::isfinite(*number) ? number : std::nullopt;
 }
 

@@ -7,11 +7,11 @@
 
 namespace vorlane {
 
-/// A number, or a text that is wholly a decimal number ("59.91", "-1e3"). Nothing for any other kind, and for a value
-/// that is not finite.
+/// Accepts a number, or a string that is one decimal number ("59.91", "-1e3"). Returns `nullopt` for any other type and
+/// for a value that is not finite.
 std::optional<double> vl_looseNumber(const Value* value);
 
-/// A text, or a number as decimal text ("17"). Nothing for any other kind.
+/// Accepts a string, or a number, which becomes a decimal string ("17"). Returns `nullopt` for any other type.
 std::optional<std::string> vl_looseText(const Value* value);
 
 }  // namespace vorlane

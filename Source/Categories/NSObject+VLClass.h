@@ -6,7 +6,7 @@
 
 namespace vorlane {
 
-/// The name of the value's class, as log lines show it: "NSString", "NSNumber", "NSArray", "NSDictionary", "NSData" or
+/// Returns the name of the value's class for log lines: "NSString", "NSNumber", "NSArray", "NSDictionary", "NSData" or
 /// "NSNull".
 std::string vl_className(const Value& value);
 

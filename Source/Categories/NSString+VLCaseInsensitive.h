@@ -4,8 +4,7 @@
 
 namespace vorlane {
 
-/// `vl_isEqualToStringCaseInsensitive:` tells whether both texts are equal when the case of ASCII letters is left
-/// aside.
+/// `vl_isEqualToStringCaseInsensitive:` compares two strings, ignoring the case of ASCII letters.
 bool vl_isEqualToStringCaseInsensitive(std::string_view text, std::string_view other);
 
 }  // namespace vorlane

@@ -12,7 +12,7 @@ namespace {
 
 constexpr char32_t kLastCharacter = 0x10FFFF;
 
-/// A character reference: what it stands for, and how many bytes it takes with its "&" and ";".
+/// The character of a reference, and the length of the reference with its "&" and ";".
 struct Reference {
     char32_t character;
     std::size_t length;
@@ -31,7 +31,7 @@ bool isCharacter(char32_t value) {
     return value > 0 && value <= kLastCharacter && !isSurrogate;
 }
 
-/// The digit's value; 16 for what is none.
+/// Returns 16 for a character that is no hexadecimal digit.
 char32_t digitValue(char digit) {
     if (digit >= '0' && digit <= '9') return static_cast<char32_t>(digit - '0');
     if (digit >= 'a' && digit <= 'f') return static_cast<char32_t>(digit - 'a' + 10);

@@ -7,7 +7,7 @@ namespace vorlane {
 
 namespace {
 
-/// The length of the UTF-8 character at the front; 0 when the bytes there are none.
+/// Returns the length of the first UTF-8 character; 0 if the bytes are not well-formed.
 std::size_t characterLength(std::string_view text) {
     const auto byte = [&text](std::size_t i) { return static_cast<unsigned char>(text[i]); };
     const auto lead = byte(0);
@@ -22,7 +22,7 @@ std::size_t characterLength(std::string_view text) {
     return isOverlong || isSurrogateOrBeyond ? 0 : length;
 }
 
-/// How many of the first bytes are ASCII, found out eight at a time; bytes left over at the end do not count.
+/// Returns the number of leading ASCII bytes, in blocks of eight.
 std::size_t lengthOfASCII(std::string_view text) {
     constexpr std::uint64_t kHighBits = 0x8080808080808080U;
     std::size_t length = 0;

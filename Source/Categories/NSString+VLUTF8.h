@@ -8,9 +8,9 @@
 
 namespace vorlane {
 
-/// Whether the bytes are well-formed UTF-8.
+/// Returns whether the bytes are well-formed UTF-8.
 bool vl_isUTF8(std::string_view bytes);
-/// The bytes as text; nothing when they are not UTF-8.
+/// Returns the bytes as a string; `nullopt` if they are not UTF-8.
 std::optional<std::string> vl_stringWithUTF8Data(const Data& bytes);
 
 }  // namespace vorlane

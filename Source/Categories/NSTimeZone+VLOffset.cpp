@@ -8,7 +8,7 @@ namespace {
 
 std::string offset(const NSTimeZone& zone, const char* plus, const char* minus) {
     const auto minutes = zone.secondsFromGMT / 60;
-    // The test is on one minute, not on the sign, so that no offset reads as minus nothing; meant so.
+    // Intended: compares with one minute and not with 0, so that UTC is formatted as minus 0.
     return zone.secondsFromGMT < 60 ? fmt::format("{}{}", minus, -minutes) : fmt::format("{}{}", plus, minutes);
 }
 

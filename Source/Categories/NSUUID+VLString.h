@@ -4,7 +4,7 @@
 
 namespace vorlane {
 
-/// A new random UUID, upper-case with dashes.
+/// Returns a new random UUID in upper case with dashes.
 std::string vl_newUUIDString();
 
 }  // namespace vorlane

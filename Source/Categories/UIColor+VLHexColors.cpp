@@ -14,8 +14,7 @@ constexpr std::size_t kLongForm = 7;   // "#rrggbb"
 constexpr std::size_t kShortForm = 4;  // "#rgb"
 constexpr float kLargest = 255.0F;
 
-// What stands for a character outside ASCII: no digit, and one for each UTF-16 unit, so that places and lengths count
-// as they should.
+// Replaces each UTF-16 code unit of a character outside ASCII, so that places and lengths stay right.
 constexpr char kOther = '?';
 
 std::string asciiUnits(const std::string& text) {
@@ -30,7 +29,7 @@ std::string asciiUnits(const std::string& text) {
     return units;
 }
 
-/// In every build: a wrong length is a mistake in the caller's source.
+/// In every build: a wrong length is a programming error.
 [[noreturn]] void stopForLength() {
     std::fputs("Assertion failed: (7 == hexString.length || 4 == hexString.length), file UIColorVLHexColors\n", stderr);
     std::abort();

@@ -4,7 +4,7 @@
 
 namespace vorlane {
 
-/// `timeToFire`: the seconds from now to the fire date, negative when it has passed; 0 without one.
+/// `timeToFire` returns the seconds until the fire date, negative for a date in the past; 0 without a fire date.
 double timeToFire(const UILocalNotification& notification);
 
 }  // namespace vorlane

@@ -8,22 +8,22 @@
 
 namespace vorlane {
 
-/// The application's own description of itself, and its resource files. Immutable.
+/// The application's Info dictionary and resource files. Immutable.
 class VORLANE_EXPORT NSBundle {
 public:
-    /// `resourceFolder` empty: the bundle has no resources.
+    /// With an empty `resourceFolder` the bundle has no resources.
     explicit NSBundle(Dictionary infoDictionary, std::string resourceFolder = {});
 
     const Dictionary& infoDictionary() const { return infoDictionary_; }
 
-    /// The value under `key`; nothing when there is none.
+    /// Returns `nullopt` if the key is absent.
     std::optional<Value> objectForInfoDictionaryKey(const std::string& key) const;
 
-    /// The text under "CFBundleIdentifier"; nothing when there is none.
+    /// Returns the string under "CFBundleIdentifier", or `nullopt`.
     std::optional<std::string> bundleIdentifier() const;
 
-    /// `pathForResource:ofType:` finds `name`.`type` in the resource folder; nothing when there is no such file, or
-    /// when the name leads out of the folder.
+    /// `pathForResource:ofType:` returns the path of `name`.`type` in the resource folder. Returns `nullopt` if the
+    /// file does not exist or the name leads out of the folder.
     std::optional<std::string> pathForResource(const std::string& name, const std::string& type) const;
 
 private:

@@ -40,10 +40,10 @@ enum class NSURLError : std::int64_t {
     clientCertificateRequired = -1206,
 };
 
-/// The code in `NSCocoaErrorDomain` of data that cannot be read as what it should be.
+/// The code in `NSCocoaErrorDomain` of data in the wrong format.
 inline constexpr std::int64_t NSPropertyListReadCorruptError = 3840;
 
-/// What went wrong: a domain, a code within it, and free-form information. An immutable value.
+/// An error: a domain, a code in that domain, and additional information. An immutable value.
 class VORLANE_EXPORT NSError {
 public:
     NSError(std::string domain, std::int64_t code, Dictionary userInfo = {});
@@ -52,10 +52,10 @@ public:
     std::int64_t code() const { return code_; }
     const Dictionary& userInfo() const { return userInfo_; }
 
-    /// The text under `NSLocalizedDescriptionKey`; the domain and code in words when there is none.
+    /// Returns the string under `NSLocalizedDescriptionKey`; without one, a sentence with the domain and the code.
     std::string localizedDescription() const;
 
-    /// `Error Domain=D Code=C "description"`.
+    /// Returns `Error Domain=D Code=C "description"`.
     std::string description() const;
 
     bool operator==(const NSError&) const = default;

@@ -7,7 +7,7 @@
 
 namespace vorlane {
 
-/// A programming error of the host application, told by name. Nothing in the library catches it.
+/// A programming error of the host application, identified by its name. The library never catches it.
 class VORLANE_EXPORT NSException : public std::exception {
 public:
     NSException(std::string name, std::string reason);
@@ -16,7 +16,7 @@ public:
     const std::string& name() const { return name_; }
     const std::string& reason() const { return reason_; }
 
-    /// The name and the reason in one text.
+    /// Returns "name: reason".
     const char* what() const noexcept override { return what_.c_str(); }
 
 private:

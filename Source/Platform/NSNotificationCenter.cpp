@@ -13,7 +13,7 @@ NSNotificationCenter::Token NSNotificationCenter::addObserver(std::string name, 
 }
 
 void NSNotificationCenter::removeObserver(Token token) {
-    // Let go of outside the lock: destroying an observer may run the code of whoever added it.
+    // Released after the lock: destroying an observer may run host code.
     std::shared_ptr<const Observer> removed;
     const std::lock_guard lock(mutex_);
     const auto found = std::find_if(registrations_.begin(), registrations_.end(),

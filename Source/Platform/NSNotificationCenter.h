@@ -11,22 +11,22 @@
 
 namespace vorlane {
 
-/// What is broadcast: a name, told to every observer of that name.
+/// A broadcast notification.
 struct NSNotification {
     std::string name;
 };
 
-/// The in-process broadcaster. Any thread; an observer runs on the posting thread, with no lock held.
+/// Broadcasts notifications within the process. Any thread. Observers run on the posting thread, without a lock held.
 class VORLANE_EXPORT NSNotificationCenter {
 public:
     using Token = std::uint64_t;
     using Observer = std::function<void(const NSNotification&)>;
 
-    /// Calls `observer` for each notification of that name until the token is removed. Observers run in the order they
-    /// were added.
+    /// Calls `observer` for each notification of that name until the token is removed. Observers run in the order in
+    /// which they were added.
     Token addObserver(std::string name, Observer observer);
 
-    /// An unknown token is ignored. A post under way on another thread may still reach the observer once.
+    /// Ignores an unknown token. A notification that another thread is posting may still reach the observer once.
     void removeObserver(Token token);
 
     void postNotificationName(const std::string& name);

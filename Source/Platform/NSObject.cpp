@@ -14,8 +14,8 @@ namespace vorlane {
 
 namespace {
 
-/// Where the name proper starts: behind the last "::" that does not belong to a template's or a function's arguments.
-std::size_t startOfOwnName(const std::string& qualified) {
+/// Returns where the unqualified name starts: after the last "::" outside template and function arguments.
+std::size_t startOfUnqualifiedName(const std::string& qualified) {
     std::size_t start = 0;
     int depth = 0;
     for (std::size_t i = 0; i < qualified.size(); ++i) {
@@ -27,8 +27,8 @@ std::size_t startOfOwnName(const std::string& qualified) {
     return start;
 }
 
-/// The name of a class that is no template, read off its mangled name, such as N7vorlane10VLSettingsE: the last of its
-/// names, each behind its length. Nothing for any other type. Start-up asks for a hundred of these.
+/// Returns the last name in the mangled name of a class that is no template, such as N7vorlane10VLSettingsE; `nullopt`
+/// for any other type. Start-up needs a hundred of them, and demangling is slow.
 std::optional<std::string> nameOfPlainClass(std::string_view mangled) {
     const bool isNested = mangled.starts_with('N') && mangled.ends_with('E');
     if (isNested) mangled = mangled.substr(1, mangled.size() - 2);
@@ -56,7 +56,7 @@ std::string NSStringFromClass(const std::type_info& type) {
     const std::unique_ptr<char, decltype(&std::free)> name(abi::__cxa_demangle(type.name(), nullptr, nullptr, &status),
                                                            &std::free);
     const std::string qualified = name ? name.get() : type.name();
-    return qualified.substr(startOfOwnName(qualified));
+    return qualified.substr(startOfUnqualifiedName(qualified));
 }
 
 }  // namespace vorlane

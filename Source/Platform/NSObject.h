@@ -7,8 +7,7 @@
 
 namespace vorlane {
 
-/// The root of what an application hands over as "some object": a view controller, for one. An operation that takes an
-/// NSObject finds out by itself what the object is.
+/// The base class of objects whose class an operation examines at run time, such as view controllers.
 class VORLANE_EXPORT NSObject {
 public:
     NSObject() = default;
@@ -16,11 +15,11 @@ public:
     NSObject& operator=(const NSObject&) = delete;
     virtual ~NSObject();
 
-    /// The name of the object's own class, without its namespace.
+    /// Returns the name of the object's dynamic class, without its namespace.
     std::string className() const;
 };
 
-/// `NSStringFromClass`: the class's own name, without its namespace.
+/// `NSStringFromClass` returns the name of the class, without its namespace.
 VORLANE_EXPORT std::string NSStringFromClass(const std::type_info& type);
 
 }  // namespace vorlane

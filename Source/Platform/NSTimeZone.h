@@ -5,11 +5,11 @@
 
 namespace vorlane {
 
-/// A time zone at this moment.
+/// A time zone with its current offset.
 struct NSTimeZone {
-    /// Its name ("Europe/Oslo"); may be empty when the system does not tell.
+    /// The name ("Europe/Oslo"); empty if the system does not report one.
     std::string name;
-    /// Seconds east of Greenwich now, summer time included.
+    /// The current offset in seconds east of Greenwich, summer time included.
     std::int64_t secondsFromGMT = 0;
 };
 

@@ -12,7 +12,7 @@ bool isEnabledWith(const Value& modes) {
     return vl_isBackgroundLocationEnabledForApp(NSBundle({{"UIBackgroundModes", modes}}));
 }
 
-TEST(NSBundleVLBackgroundLocationTest, TheBundleMustDeclareTheModeAmongItsOwn) {
+TEST(NSBundleVLBackgroundLocationTest, OnlyADeclaredLocationModeCounts) {
     EXPECT_TRUE(isEnabledWith(Array{"location"}));
     EXPECT_TRUE(isEnabledWith(Array{"fetch", 5, "location"}));
     EXPECT_FALSE(isEnabledWith(Array{"fetch", "Location", "locations"}));

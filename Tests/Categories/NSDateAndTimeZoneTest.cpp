@@ -9,14 +9,14 @@ namespace vorlane {
 
 namespace {
 
-TEST(NSDateVLTimestampTest, ATimeIsWholeMilliseconds) {
+TEST(NSDateVLTimestampTest, ATimeIsFormattedInWholeMilliseconds) {
     EXPECT_EQ(vl_unixTimestampInMilliseconds(1'600'000'000.4567), "1600000000457");
     EXPECT_EQ(vl_unixTimestampInMilliseconds(0.0), "0");
     EXPECT_EQ(vl_unixTimestampInMilliseconds(-1.5), "-1500");
     EXPECT_EQ(vl_unixTimestampInMilliseconds(std::nullopt), "0");
 }
 
-TEST(NSTimeZoneVLOffsetTest, TheOffsetIsWholeMinutesWithItsSign) {
+TEST(NSTimeZoneVLOffsetTest, TheOffsetIsSignedWholeMinutes) {
     const std::map<std::int64_t, std::string> minutes = {{0, "-0"},   {30, "-0"},    {59, "-0"},
                                                          {60, "+1"},  {3600, "+60"}, {19800, "+330"},
                                                          {-30, "-0"}, {-60, "-1"},   {-18000, "-300"}};

@@ -12,7 +12,7 @@ namespace {
 
 class NSDictionaryVLJSONTest : public SimulatedPhoneTest {
 protected:
-    /// Objects in objects, that many levels in all; moved level by level, for a braced list would copy what is inside.
+    /// Returns nested objects. Each level is moved, because a braced list would copy it.
     static Value nestedObjects(int levels) {
         Value value = 1;
         for (int i = 0; i < levels; ++i) {
@@ -39,20 +39,20 @@ protected:
     }
 };
 
-TEST_F(NSDictionaryVLJSONTest, ADictionaryBecomesCompactText) {
+TEST_F(NSDictionaryVLJSONTest, ADictionaryBecomesCompactJSON) {
     EXPECT_EQ(vl_asJSON({}), "{}");
     EXPECT_EQ(vl_asJSON({{"b", Array{1, 2.5, nullptr, true}}, {"a", "\u00e9\"\n"}, {"c", Dictionary{{"d", -1}}}}),
               "{\"a\":\"\u00e9\\\"\\n\",\"b\":[1,2.5,null,true],\"c\":{\"d\":-1}}");
 }
 
-TEST_F(NSDictionaryVLJSONTest, WhatJSONCannotHoldIsLoggedAndGivesNoText) {
+TEST_F(NSDictionaryVLJSONTest, ValuesUnknownToJSONAreLogged) {
     const Value unfit[] = {Value::binary({1}), Value(std::nan("")), Value(INFINITY), Value(Array{Value::binary({})}),
                            nestedObjects(600)};
     for (const auto& value : unfit) EXPECT_EQ(vl_asJSON({{"a", value}}), "");
     EXPECT_EQ(log().count("The dictionary is not a valid JSON object!", VLLogLevel::Error), 5);
 }
 
-TEST_F(NSDictionaryVLJSONTest, NestingIsTakenUpTo512LevelsAndRefusedHoweverDeepItIs) {
+TEST_F(NSDictionaryVLJSONTest, NestingIsLimitedTo512Levels) {
     Value deepest = nestedObjects(512);
     EXPECT_EQ(vl_asJSON(deepest.get_ref<const Dictionary&>()), nestedText(512));
     EXPECT_EQ(vl_description(deepest), nestedText(512));
@@ -68,7 +68,7 @@ TEST_F(NSDictionaryVLJSONTest, NestingIsTakenUpTo512LevelsAndRefusedHoweverDeepI
     EXPECT_EQ(log().count("The dictionary is not a valid JSON object!", VLLogLevel::Error), 2);
 }
 
-TEST_F(NSDictionaryVLJSONTest, TextThatIsNotUTF8IsLoggedWithTheDictionary) {
+TEST_F(NSDictionaryVLJSONTest, InvalidUTF8IsLoggedWithTheDictionary) {
     const Dictionary dictionary{{"a", "\xff"}};
     EXPECT_EQ(vl_asJSON(dictionary), "");
     EXPECT_EQ(vl_asJSON({{"\xc0\x80", 1}}), "");
@@ -79,7 +79,7 @@ TEST_F(NSDictionaryVLJSONTest, TextThatIsNotUTF8IsLoggedWithTheDictionary) {
     EXPECT_EQ(lines[0].payload, Value(dictionary));
 }
 
-TEST_F(NSDictionaryVLJSONTest, ATextWithAnObjectBecomesADictionary) {
+TEST_F(NSDictionaryVLJSONTest, AJSONObjectBecomesADictionary) {
     std::optional<NSError> error;
     EXPECT_EQ(vl_dictionaryWithJSON(R"( {"a":[1,{"b":null}],"c":"\u00e9"} )", error),
               (Dictionary{{"a", Array{1, Dictionary{{"b", nullptr}}}}, {"c", "\u00e9"}}));
@@ -89,7 +89,7 @@ TEST_F(NSDictionaryVLJSONTest, ATextWithAnObjectBecomesADictionary) {
     EXPECT_TRUE(vl_dictionaryWithJSON(nestedText(512), error));
 }
 
-TEST_F(NSDictionaryVLJSONTest, NoTextOrAnEmptyOneIsAnErrorOfItsOwn) {
+TEST_F(NSDictionaryVLJSONTest, AMissingOrEmptyStringIsANetworkError) {
     for (const auto& text : {std::optional<std::string>(), std::optional<std::string>("")}) {
         std::optional<NSError> error;
         EXPECT_EQ(vl_dictionaryWithJSON(text, error), std::nullopt);
@@ -100,7 +100,7 @@ TEST_F(NSDictionaryVLJSONTest, NoTextOrAnEmptyOneIsAnErrorOfItsOwn) {
     }
 }
 
-TEST_F(NSDictionaryVLJSONTest, AnyOtherTextIsAnErrorInReadingData) {
+TEST_F(NSDictionaryVLJSONTest, AnyOtherStringIsAReadError) {
     for (const auto* text : {"[]", "1", "null", "\"a\"", "true", "{", "{\"a\"}", "{}x", "{'a':1}", "{\"a\":NaN}",
                              "{\"a\":\"\xff\"}", "\xff{}", " ", "}", "]"}) {
         expectUnparsable(text);
@@ -119,7 +119,7 @@ TEST_F(NSDictionaryVLJSONTest, BracketsInStringsDoNotNest) {
               (Dictionary{{"a", "\"" + brackets + "\\"}}));
 }
 
-TEST_F(NSDictionaryVLJSONTest, TheShorterFormLogsTheErrorAndGivesAnEmptyDictionary) {
+TEST_F(NSDictionaryVLJSONTest, TheShortFormLogsTheError) {
     EXPECT_EQ(vl_dictionaryWithJSON(std::string(R"({"a":1})")), (Dictionary{{"a", 1}}));
     EXPECT_TRUE(log().lines().empty());
     EXPECT_EQ(vl_dictionaryWithJSON(std::string()), Dictionary());
@@ -130,7 +130,7 @@ TEST_F(NSDictionaryVLJSONTest, TheShorterFormLogsTheErrorAndGivesAnEmptyDictiona
         1);
 }
 
-TEST_F(NSDictionaryVLJSONTest, ADescriptionIsReadableWhateverTheValue) {
+TEST_F(NSDictionaryVLJSONTest, EveryValueHasADescription) {
     EXPECT_EQ(vl_description(Value("text")), "text");
     EXPECT_EQ(vl_description(Value(Dictionary{{"a", "text"}, {"b", Value::binary({1, 2})}})),
               R"({"a":"text","b":"{length = 2}"})");

@@ -19,7 +19,7 @@ const Dictionary kAllKinds{{"null", nullptr},
                            {"array", Array{1}},
                            {"dictionary", Dictionary{{"a", 1}}}};
 
-TEST(NSDictionaryVLLookupTest, EachLookUpSeesItsOwnKindAndNoOther) {
+TEST(NSDictionaryVLLookupTest, EachLookUpAcceptsOnlyItsType) {
     for (const auto& [key, value] : kAllKinds) {
         EXPECT_EQ(*valueForKey(kAllKinds, key), value);
         EXPECT_EQ(stringForKey(kAllKinds, key).has_value(), key == "string") << key;
@@ -37,7 +37,7 @@ TEST(NSDictionaryVLLookupTest, EachLookUpSeesItsOwnKindAndNoOther) {
     EXPECT_EQ(dictionaryForKey(kAllKinds, "none"), nullptr);
 }
 
-TEST(NSDictionaryVLLookupTest, IntegersAreCutOffAndHeldToTheRange) {
+TEST(NSDictionaryVLLookupTest, IntegersAreTruncatedAndClamped) {
     using Limits = std::numeric_limits<std::int64_t>;
     EXPECT_EQ(integerValue(2.99), 2);
     EXPECT_EQ(integerValue(-2.99), -2);
@@ -64,7 +64,7 @@ TEST(NSDictionaryVLLookupTest, ANumbersTextIsTheShortestThatReadsBackTheSame) {
     EXPECT_EQ(stringValue(nullptr), std::nullopt);
 }
 
-TEST(NSDictionaryVLLookupTest, NullsAreDroppedAtEveryLevel) {
+TEST(NSDictionaryVLLookupTest, NullsAreRemovedAtEveryLevel) {
     Value value = Dictionary{{"a", nullptr}, {"b", Array{nullptr, 1, Array{nullptr}, Dictionary{{"c", nullptr}}}}};
     vl_removeNulls(value);
     EXPECT_EQ(value, Value(Dictionary{{"b", Array{1, Array{}, Dictionary{}}}}));

@@ -11,7 +11,7 @@ namespace {
 std::optional<double> number(const Value& value) { return vl_looseNumber(&value); }
 std::optional<std::string> text(const Value& value) { return vl_looseText(&value); }
 
-TEST(NSNumberVLLooseValueTest, ANumberAndATextThatIsOneAreNumbers) {
+TEST(NSNumberVLLooseValueTest, NumbersAndDecimalStringsAreNumbers) {
     EXPECT_EQ(number(5), 5);
     EXPECT_EQ(number(-2.5), -2.5);
     EXPECT_EQ(number(std::numeric_limits<std::uint64_t>::max()), 18446744073709551615.0);
@@ -21,7 +21,7 @@ TEST(NSNumberVLLooseValueTest, ANumberAndATextThatIsOneAreNumbers) {
     EXPECT_EQ(number(".5"), 0.5);
 }
 
-TEST(NSNumberVLLooseValueTest, ATextThatIsNotWhollyANumberIsNone) {
+TEST(NSNumberVLLooseValueTest, AnyOtherStringIsNoNumber) {
     for (const auto* given : {"", " ", "five", "5 m", " 5", "5 ", "5,5", "0x10", "+-5", "++5", "--5", "1e999", "nan",
                               "inf", "-infinity", "5\n"}) {
         EXPECT_EQ(number(given), std::nullopt) << given;
@@ -29,7 +29,7 @@ TEST(NSNumberVLLooseValueTest, ATextThatIsNotWhollyANumberIsNone) {
     EXPECT_EQ(number(std::string("5\0", 2)), std::nullopt);
 }
 
-TEST(NSNumberVLLooseValueTest, WhatIsNotFiniteOrOfAnotherKindIsNoNumber) {
+TEST(NSNumberVLLooseValueTest, OtherTypesAndInfinitiesAreNoNumbers) {
     for (const auto& given :
          {Value(), Value(true), Value(Array{5}), Value(Dictionary{}), Value::binary({5}),
           Value(std::numeric_limits<double>::quiet_NaN()), Value(std::numeric_limits<double>::infinity())}) {
@@ -38,7 +38,7 @@ TEST(NSNumberVLLooseValueTest, WhatIsNotFiniteOrOfAnotherKindIsNoNumber) {
     EXPECT_EQ(vl_looseNumber(nullptr), std::nullopt);
 }
 
-TEST(NSNumberVLLooseValueTest, ATextAndANumberAreTexts) {
+TEST(NSNumberVLLooseValueTest, StringsAndNumbersAreStrings) {
     EXPECT_EQ(text("as it is"), "as it is");
     EXPECT_EQ(text(""), "");
     EXPECT_EQ(text(17), "17");

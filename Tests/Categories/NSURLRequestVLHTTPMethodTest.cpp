@@ -21,7 +21,7 @@ TEST(NSURLRequestVLHTTPMethodTest, MethodsConvertBothWays) {
     }
 }
 
-TEST(NSURLRequestVLHTTPMethodTest, ANumberOutsideTheTableGivesAGetRequest) {
+TEST(NSURLRequestVLHTTPMethodTest, AnUnknownNumberSetsGET) {
     for (const std::int64_t number : {7, 4, -1}) {
         auto changed = request();
         changed.HTTPMethod = "POST";
@@ -30,7 +30,7 @@ TEST(NSURLRequestVLHTTPMethodTest, ANumberOutsideTheTableGivesAGetRequest) {
     }
 }
 
-TEST(NSURLRequestVLHTTPMethodTest, ATextOutsideTheTableHasNoNumber) {
+TEST(NSURLRequestVLHTTPMethodTest, AnUnknownMethodHasNoNumber) {
     for (const auto* text : {"get", "PATCH", ""}) {
         auto changed = request();
         changed.HTTPMethod = text;

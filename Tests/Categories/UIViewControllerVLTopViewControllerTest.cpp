@@ -18,11 +18,11 @@ protected:
     std::shared_ptr<UIAlertController> alert = std::make_shared<UIAlertController>();
 };
 
-TEST_F(VLTopViewControllerTest, NothingGivesNothing) { EXPECT_EQ(vl_topViewController(nullptr), nullptr); }
+TEST_F(VLTopViewControllerTest, NullHasNoTop) { EXPECT_EQ(vl_topViewController(nullptr), nullptr); }
 
-TEST_F(VLTopViewControllerTest, AScreenThatPresentsNothingIsItself) { EXPECT_EQ(vl_topViewController(root), root); }
+TEST_F(VLTopViewControllerTest, AScreenAloneIsTheTop) { EXPECT_EQ(vl_topViewController(root), root); }
 
-TEST_F(VLTopViewControllerTest, WhatIsPresentedIsFollowedToTheEnd) {
+TEST_F(VLTopViewControllerTest, PresentedControllersAreFollowed) {
     const auto last = screen();
     root->presentViewController(presented, false, nullptr);
     presented->presentViewController(last, false, nullptr);
@@ -36,34 +36,34 @@ TEST_F(VLTopViewControllerTest, AnAlertIsNotFollowed) {
     EXPECT_EQ(vl_topViewController(root), presented);
 }
 
-TEST_F(VLTopViewControllerTest, WhatAnAlertPresentsIsNotFollowedEither) {
+TEST_F(VLTopViewControllerTest, ControllersPresentedByAnAlertAreNotFollowed) {
     root->presentViewController(alert, false, nullptr);
     alert->presentViewController(presented, false, nullptr);
     EXPECT_EQ(vl_topViewController(root), root);
 }
 
-TEST_F(VLTopViewControllerTest, AnAlertAtTheBottomIsItself) { EXPECT_EQ(vl_topViewController(alert), alert); }
+TEST_F(VLTopViewControllerTest, AnAlertAsTheRootIsTheTop) { EXPECT_EQ(vl_topViewController(alert), alert); }
 
-TEST_F(VLTopViewControllerTest, ANavigationControllersTopScreenIsTaken) {
+TEST_F(VLTopViewControllerTest, TheTopOfANavigationControllerIsFollowed) {
     navigation->pushViewController(root, false);
     navigation->pushViewController(presented, false);
     EXPECT_EQ(vl_topViewController(navigation), presented);
 }
 
-TEST_F(VLTopViewControllerTest, WhatIsPresentedOverANavigationControllerIsTaken) {
+TEST_F(VLTopViewControllerTest, AControllerPresentedByANavigationControllerIsTheTop) {
     navigation->pushViewController(root, false);
     navigation->presentViewController(presented, false, nullptr);
     EXPECT_EQ(vl_topViewController(navigation), presented);
 }
 
-TEST_F(VLTopViewControllerTest, APresentedNavigationControllerLeadsToItsTopScreen) {
+TEST_F(VLTopViewControllerTest, APresentedNavigationControllerIsFollowed) {
     const auto inner = screen();
     navigation->pushViewController(inner, false);
     root->presentViewController(navigation, false, nullptr);
     EXPECT_EQ(vl_topViewController(root), inner);
 }
 
-TEST_F(VLTopViewControllerTest, NavigationControllersInEachOtherAreFollowed) {
+TEST_F(VLTopViewControllerTest, NestedNavigationControllersAreFollowed) {
     const auto inner = std::make_shared<UINavigationController>();
     inner->pushViewController(root, false);
     navigation->pushViewController(inner, false);

@@ -19,7 +19,7 @@ protected:
     std::vector<std::string> notes;
 };
 
-TEST_F(NSNotificationCenterTest, ObserversOfANameAreToldInOrder) {
+TEST_F(NSNotificationCenterTest, ObserversRunInOrder) {
     center.addObserver("a", noting("1"));
     center.addObserver("b", noting("2"));
     center.addObserver("a", noting("3"));
@@ -28,7 +28,7 @@ TEST_F(NSNotificationCenterTest, ObserversOfANameAreToldInOrder) {
     EXPECT_EQ(notes, (std::vector<std::string>{"1:a", "3:a"}));
 }
 
-TEST_F(NSNotificationCenterTest, ARemovedObserverIsToldNothingMore) {
+TEST_F(NSNotificationCenterTest, ARemovedObserverNoLongerRuns) {
     const auto token = center.addObserver("a", noting("1"));
     center.removeObserver(token);
     center.removeObserver(token);
@@ -37,7 +37,7 @@ TEST_F(NSNotificationCenterTest, ARemovedObserverIsToldNothingMore) {
     EXPECT_TRUE(notes.empty());
 }
 
-TEST_F(NSNotificationCenterTest, AnObserverMayRemoveItselfAndOthersWhileItIsTold) {
+TEST_F(NSNotificationCenterTest, AnObserverMayRemoveItselfAndOthers) {
     NSNotificationCenter::Token first = 0;
     NSNotificationCenter::Token second = 0;
     first = center.addObserver("a", [&](const NSNotification&) {
@@ -60,7 +60,7 @@ TEST_F(NSNotificationCenterTest, AnObserverMayPostAndAdd) {
     EXPECT_EQ(notes, std::vector<std::string>{"added:b"});
 }
 
-TEST_F(NSNotificationCenterTest, WhatAnObserverHoldsMayUseTheCenterWhileItIsDestroyed) {
+TEST_F(NSNotificationCenterTest, DestroyingAnObserverMayUseTheCenter) {
     struct Leaving {
         explicit Leaving(NSNotificationCenter& left) : center(left) {}
         Leaving(const Leaving&) = delete;
@@ -74,12 +74,12 @@ TEST_F(NSNotificationCenterTest, WhatAnObserverHoldsMayUseTheCenterWhileItIsDest
     EXPECT_EQ(notes, std::vector<std::string>{"told:left"});
 }
 
-TEST_F(NSNotificationCenterTest, AnEmptyObserverIsPassedOver) {
+TEST_F(NSNotificationCenterTest, AnEmptyObserverIsIgnored) {
     center.addObserver("a", nullptr);
     EXPECT_NO_THROW(center.postNotificationName("a"));
 }
 
-TEST_F(NSNotificationCenterTest, ThreadsMayPostAddAndRemoveAtOnce) {
+TEST_F(NSNotificationCenterTest, ThreadsMayPostAddAndRemoveConcurrently) {
     std::atomic<int> told = 0;
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i) {

@@ -22,14 +22,14 @@ public:
     class Inner : public NSObject {};
 };
 
-TEST(NSObjectTest, AnObjectTellsItsOwnClassWithoutNamespaces) {
+TEST(NSObjectTest, TheClassNameHasNoNamespace) {
     EXPECT_EQ(NSObject().className(), "NSObject");
     EXPECT_EQ(ScreenOfAHost().className(), "ScreenOfAHost");
     EXPECT_EQ(HiddenScreen().className(), "HiddenScreen");
     EXPECT_EQ(HiddenScreen::Inner().className(), "Inner");
 }
 
-TEST(NSObjectTest, TheClassIsThatOfTheObjectAndNotOfTheReference) {
+TEST(NSObjectTest, TheClassNameIsThatOfTheDynamicType) {
     const ScreenOfAHost screen;
     const NSObject& object = screen;
     EXPECT_EQ(object.className(), "ScreenOfAHost");
@@ -37,17 +37,17 @@ TEST(NSObjectTest, TheClassIsThatOfTheObjectAndNotOfTheReference) {
     EXPECT_EQ(static_cast<const UIViewController&>(navigation).className(), "UINavigationController");
 }
 
-TEST(NSObjectTest, AClassMadeWithinAFunctionHasItsOwnName) {
+TEST(NSObjectTest, ALocalClassHasItsOwnName) {
     class Local : public NSObject {};
     EXPECT_EQ(Local().className(), "Local");
 }
 
-TEST(NSObjectTest, ATemplatesArgumentsStayWithItsName) {
+TEST(NSObjectTest, ATemplateKeepsItsArguments) {
     EXPECT_EQ(ScreenOf<int>().className(), "ScreenOf<int>");
     EXPECT_EQ(ScreenOf<ScreenOfAHost>().className(), "ScreenOf<vorlane::ScreenOfAHost>");
 }
 
-TEST(NSObjectTest, ATypesNameIsToldWithoutAnObject) {
+TEST(NSObjectTest, ATypeHasANameWithoutAnObject) {
     EXPECT_EQ(NSStringFromClass(typeid(UIAlertController)), "UIAlertController");
     EXPECT_EQ(NSStringFromClass(typeid(int)), "int");
 }

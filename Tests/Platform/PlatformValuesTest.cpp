@@ -15,13 +15,13 @@ namespace vorlane {
 
 namespace {
 
-TEST(NSErrorTest, AnErrorDescribesItself) {
+TEST(NSErrorTest, AnErrorHasADescription) {
     const NSError error("domain", -7, {{NSLocalizedDescriptionKey, "went wrong"}});
     EXPECT_EQ(error.localizedDescription(), "went wrong");
     EXPECT_EQ(error.description(), "Error Domain=domain Code=-7 \"went wrong\"");
 }
 
-TEST(NSErrorTest, AnErrorWithoutADescriptionSaysItsDomainAndCode) {
+TEST(NSErrorTest, AnErrorWithoutADescriptionNamesDomainAndCode) {
     for (const auto& userInfo : {Dictionary(), Dictionary{{NSLocalizedDescriptionKey, 5}}}) {
         const auto text = NSError("domain", 3, userInfo).localizedDescription();
         EXPECT_NE(text.find("domain"), std::string::npos);
@@ -29,7 +29,7 @@ TEST(NSErrorTest, AnErrorWithoutADescriptionSaysItsDomainAndCode) {
     }
 }
 
-TEST(NSErrorTest, ErrorsAreEqualWhenAllOfThemIs) {
+TEST(NSErrorTest, ErrorsWithEqualMembersAreEqual) {
     const NSError error("d", 1, {{"a", 1}});
     EXPECT_EQ(error, NSError("d", 1, {{"a", 1}}));
     EXPECT_NE(error, NSError("d", 1));
@@ -37,7 +37,7 @@ TEST(NSErrorTest, ErrorsAreEqualWhenAllOfThemIs) {
     EXPECT_NE(error, NSError("e", 1, {{"a", 1}}));
 }
 
-TEST(NSExceptionTest, AnExceptionTellsItsNameAndReason) {
+TEST(NSExceptionTest, AnExceptionHasANameAndAReason) {
     const NSException exception("Name", "the reason");
     EXPECT_EQ(exception.name(), "Name");
     EXPECT_EQ(exception.reason(), "the reason");
