@@ -16,9 +16,9 @@ namespace vorlane {
 
 namespace {
 
-/// The number that the whole text writes; nothing for any other text, and for one that is not finite.
+/// Returns `nullopt` unless the whole string is one finite number.
 template <class Number>
-std::optional<Number> numberWithText(std::string_view text) {
+std::optional<Number> numberWithString(std::string_view text) {
     Number number{};
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
@@ -29,7 +29,7 @@ std::optional<Number> numberWithText(std::string_view text) {
 }
 
 std::optional<double> timeForKey(const Dictionary& answer, const std::string& key) {
-    if (const auto text = stringForKey(answer, key)) return numberWithText<double>(*text);
+    if (const auto text = stringForKey(answer, key)) return numberWithString<double>(*text);
     return numberForKey(answer, key);
 }
 
@@ -38,28 +38,28 @@ std::optional<std::int64_t> flagForKey(const Dictionary& answer, const std::stri
     if (!value) return std::nullopt;
     if (value->is_boolean()) return value->get<bool>() ? 1 : 0;
     if (!value->is_string()) return integerValue(*value);
-    const auto number = numberWithText<double>(value->get_ref<const std::string&>());
+    const auto number = numberWithString<double>(value->get_ref<const std::string&>());
     return number ? integerValue(Value(*number)) : std::nullopt;
 }
 
-/// An id from 0 to 18446744073709551615, as a number or in decimal digits.
+/// Accepts an id from 0 to 18446744073709551615, as a number or as a string of decimal digits.
 std::optional<std::uint64_t> usableId(const Value& value) {
     constexpr double kLimit = 18446744073709551616.0;
     if (value.is_number_unsigned()) return value.get<std::uint64_t>();
-    if (value.is_string()) return numberWithText<std::uint64_t>(value.get_ref<const std::string&>());
+    if (value.is_string()) return numberWithString<std::uint64_t>(value.get_ref<const std::string&>());
     if (!value.is_number()) return std::nullopt;
     const auto number = value.get<double>();
     if (number < 0 || number >= kLimit || std::trunc(number) != number) return std::nullopt;
     return value.is_number_float() ? static_cast<std::uint64_t>(number) : value.get<std::uint64_t>();
 }
 
-std::optional<std::string> metadataText(const Dictionary& answer) {
+std::optional<std::string> metadataString(const Dictionary& answer) {
     const auto* metadata = dictionaryForKey(answer, "meta_data");
     auto text = metadata ? vl_asJSON(*metadata) : std::string();
     return text.empty() ? std::nullopt : std::optional(std::move(text));
 }
 
-/// Percent-encoding is taken off where it is one: text with a bare "%" stays as it is.
+/// Content with a bare "%" is not percent-encoded and stays unchanged.
 std::string preparedPage(std::string content) {
     if (content.find('%') != std::string::npos) {
         if (auto decoded = stringByRemovingPercentEncoding(content)) content = std::move(*decoded);
@@ -83,7 +83,7 @@ VLInboxRecord VLInboxRecord::recordWithAnswer(std::uint64_t notificationId, cons
             .cardUrl = stringForKey(answer, "card_url"),
             .backgroundColor = stringForKey(answer, "bg_color"),
             .foregroundColor = stringForKey(answer, "fg_color"),
-            .metadata = metadataText(answer)};
+            .metadata = metadataString(answer)};
 }
 
 VLInboxMessage::Content VLInboxRecord::messageContent() && {

@@ -10,7 +10,7 @@
 
 namespace vorlane {
 
-/// A message as the service lists it and as the database tells it apart.
+/// An entry of the service's list of messages, and of the list of what the device holds.
 struct VLInboxEntry {
     std::uint64_t notificationId = 0;
     std::int64_t read = 0;
@@ -18,7 +18,7 @@ struct VLInboxEntry {
     bool operator==(const VLInboxEntry&) const = default;
 };
 
-/// One row of RICH_INBOX, as it is stored. Nothing is NULL.
+/// One row of RICH_INBOX. `nullopt` stands for NULL.
 struct VLInboxRecord {
     std::uint64_t notificationId = 0;
     std::optional<std::string> subject;
@@ -32,18 +32,18 @@ struct VLInboxRecord {
     std::optional<std::string> cardUrl;
     std::optional<std::string> backgroundColor;
     std::optional<std::string> foregroundColor;
-    /// JSON text.
+    /// A JSON string.
     std::optional<std::string> metadata;
 
-    /// The record of a message that the service answered with. Fields of the wrong kind are nothing; numbers may be
-    /// written as text. The id is the one that was asked for, whatever the answer says.
+    /// Returns the record of a message that the service sent. Fields of the wrong type are `nullopt`; numbers may be
+    /// sent as strings. The id is the requested one, whatever the answer contains.
     static VLInboxRecord recordWithAnswer(std::uint64_t notificationId, const Dictionary& answer);
 
-    /// The message's content, its page prepared for display.
+    /// Returns the message's content, with the page prepared for display.
     VLInboxMessage::Content messageContent() &&;
 };
 
-/// The messages that the service lists: the elements with a usable id, as they come.
+/// Returns the entries of the service's list that have a usable id, in the same order.
 std::vector<VLInboxEntry> inboxEntriesWithArray(const Array& elements);
 
 }  // namespace vorlane

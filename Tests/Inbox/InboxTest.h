@@ -17,10 +17,10 @@
 
 namespace vorlane {
 
-/// A scene with an inbox service for the application "K" and the user "T", and a scripted mailbox.
+/// A fixture with an inbox service for the application "K" and the user "T", and a scripted mailbox.
 class InboxTest : public ServicesTest {
 protected:
-    /// What a list handler received, one element a call.
+    /// What a list handler received in one call.
     struct List {
         VLInboxService::Messages messages;
         std::size_t unreadCount;
@@ -39,7 +39,7 @@ protected:
 
     explicit InboxTest(SimulatedPhone::Options options = {}) : ServicesTest(std::move(options)) { restartService(); }
 
-    /// A service as the next run of the application makes it.
+    /// Creates the service as the next run of the application does.
     void restartService() {
         service.reset();
         service = VLInboxService::serviceWith(
@@ -52,7 +52,7 @@ protected:
     std::string value(const std::string& sql) { return TestDatabase(databasePath()).value(sql); }
     void execute(const std::string& sql) { TestDatabase(databasePath()).execute(sql); }
 
-    /// Puts a message into the database.
+    /// Inserts a message into the database.
     void store(std::uint64_t id, int read = 0, double created = 100, double end = kLater,
                const std::string& user = "T") {
         execute(
@@ -90,7 +90,7 @@ protected:
         return found;
     }
 
-    // What the host does.
+    // The host.
 
     VLInboxService::ListHandler listHandler() {
         return [this](const VLInboxService::Messages& messages, std::size_t unreadCount) {
@@ -98,14 +98,14 @@ protected:
             lists.push_back({messages, unreadCount});
         };
     }
-    /// Asks for the list and lets everything settle; gives the last one.
+    /// Requests the list, waits until everything has settled, and returns the last list.
     List list() {
         service->getInboxMessagesWithCompletionHandler(listHandler());
-        // Ten thousand messages take their time under the sanitizers.
+        // 10,000 messages take long under the sanitizers.
         phone().settle(120);
         return lists.empty() ? List{} : lists.back();
     }
-    /// A list request of its own that does not synchronise, or after half a minute's rest one that does.
+    /// Returns the list after a pause. 30 seconds after the last synchronisation the request starts another one.
     List listAfter(TimeInterval seconds) {
         phone().advance(seconds);
         lists.clear();

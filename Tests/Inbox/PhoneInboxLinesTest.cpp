@@ -15,7 +15,7 @@ namespace {
 
 constexpr const char* kList = "getInboxMessagesWithCompletionHandler:";
 
-/// A phone as a process, whose service cannot be reached, with two messages in its database.
+/// A phone process that cannot reach its service, with two messages in its database.
 class PhoneInboxLinesTest : public ::testing::Test {
 protected:
     PhoneInboxLinesTest() {
@@ -37,7 +37,7 @@ protected:
     }
     ~PhoneInboxLinesTest() override { phone.quit(); }
 
-    /// What the last handler told.
+    /// Returns what the last handler received.
     Dictionary lastResult() {
         phone.settle();
         const auto results = phone.events("result");
@@ -58,7 +58,7 @@ protected:
                                 {"--data-dir", folder.path(), "--service", "http://127.0.0.1:1", "--clock", "virtual"}};
 };
 
-TEST_F(PhoneInboxLinesTest, AListShowsEveryPropertyOfEveryMessage) {
+TEST_F(PhoneInboxLinesTest, AListContainsEveryProperty) {
     const Value first{{"messageId", 18446744073709551615U},
                       {"subject", "Subject"},
                       {"htmlContent", std::string(VIEWPORT_META_TAG) + "<p>"},
@@ -93,7 +93,7 @@ TEST_F(PhoneInboxLinesTest, AListShowsEveryPropertyOfEveryMessage) {
     EXPECT_EQ(result.at("main"), Value(true));
 }
 
-TEST_F(PhoneInboxLinesTest, AMessageIsOpenedAndDeletedByItsId) {
+TEST_F(PhoneInboxLinesTest, MessagesAreOpenedAndDeletedById) {
     list();
     phone.call("openInboxMessage:completionHandler:", {5});
     EXPECT_EQ(lastResult().at("values"), Value(Array{nullptr}));
@@ -103,7 +103,7 @@ TEST_F(PhoneInboxLinesTest, AMessageIsOpenedAndDeletedByItsId) {
     EXPECT_EQ(list().at(0).size(), 1U);
 }
 
-TEST_F(PhoneInboxLinesTest, AnImageIsTold) {
+TEST_F(PhoneInboxLinesTest, AnImageIsReported) {
     list();
     phone.perform({{"do", "loadImage"}, {"messageId", 5}});
     const Value image{{"width", 5}, {"height", 4}, {"bytes", imageSize}};
@@ -113,7 +113,7 @@ TEST_F(PhoneInboxLinesTest, AnImageIsTold) {
     EXPECT_EQ(lastResult().at("values"), Value(Array{nullptr}));
 }
 
-TEST_F(PhoneInboxLinesTest, WithoutAHandlerNothingIsTold) {
+TEST_F(PhoneInboxLinesTest, WithoutAHandlerNoResultIsReported) {
     list();
     phone.takeEvents();
     phone.perform({{"do", "call"}, {"op", kList}, {"handler", false}});
@@ -124,7 +124,7 @@ TEST_F(PhoneInboxLinesTest, WithoutAHandlerNothingIsTold) {
     EXPECT_EQ(list().at(1), Value(0));
 }
 
-TEST_F(PhoneInboxLinesTest, AMessageThatIsNotInTheLastListIsRefused) {
+TEST_F(PhoneInboxLinesTest, AMessageOutsideTheLastListIsRefused) {
     EXPECT_EQ(refusal({{"do", "loadImage"}, {"messageId", 5}}), "no message 5 in the last inbox list");
     list();
     for (const auto* operation : {"openInboxMessage:completionHandler:", "deleteInboxMessage:completionHandler:"}) {
@@ -137,12 +137,12 @@ TEST_F(PhoneInboxLinesTest, AMessageThatIsNotInTheLastListIsRefused) {
     EXPECT_EQ(refusal({{"do", "loadImage"}}), "missing field messageId");
 }
 
-TEST_F(PhoneInboxLinesTest, NoMessageIsPassedOnToTheLibrary) {
+TEST_F(PhoneInboxLinesTest, ANullMessageIsPassedToTheLibrary) {
     phone.call("openInboxMessage:completionHandler:", {nullptr});
     EXPECT_EQ(lastResult().at("values").at(0).at("domain"), Value("vorlane.sdk.inbox"));
 }
 
-TEST_F(PhoneInboxLinesTest, TheHelpersOfHTMLAreThere) {
+TEST_F(PhoneInboxLinesTest, TheHTMLHelpersCanBeCalled) {
     const auto help = [this](const char* name, const char* text) {
         return phone.perform({{"do", "helper"}, {"name", name}, {"args", {text}}});
     };

@@ -16,7 +16,7 @@ protected:
 
     static NSURL url(const std::string& text) { return *NSURL::URLWithString(text); }
 
-    /// Asks for an image, which that place answers for.
+    /// Loads an image; the answer comes from the URL `place`.
     void load(const std::string& image, const std::string& place, std::int64_t status = 200) {
         loader.load(url(image), url("http://service.test/"),
                     [this](std::shared_ptr<const VLImage> loaded) { images.push_back(std::move(loaded)); });
@@ -30,7 +30,7 @@ protected:
     VLCardImageLoader loader{network, Platform::current().makeSerialQueue("test.images")};
 };
 
-TEST_F(VLCardImageLoaderTest, AnImageBehindARedirectToPlainHTTPIsNone) {
+TEST_F(VLCardImageLoaderTest, ARedirectToPlainHTTPIsRefused) {
     load("https://images.test/c.png", "http://elsewhere.test/c.png");
     load("https://images.test/c.png", "https://elsewhere.test/c.png");
     ASSERT_EQ(images.size(), 2U);
@@ -41,7 +41,7 @@ TEST_F(VLCardImageLoaderTest, AnImageBehindARedirectToPlainHTTPIsNone) {
               1);
 }
 
-TEST_F(VLCardImageLoaderTest, OnlyAnImageOverHTTPSMayBeElsewhere) {
+TEST_F(VLCardImageLoaderTest, OnlyHTTPSFollowsRedirects) {
     load("https://images.test/c.png", "https://images.test/c.png");
     EXPECT_TRUE(network->request().followsRedirects);
     load("http://service.test/c.png", "http://service.test/c.png", 302);

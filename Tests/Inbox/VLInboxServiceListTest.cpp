@@ -10,13 +10,13 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-/// The list as the database has it: the service cannot be reached.
+/// The service cannot be reached, so every list comes from the database.
 class VLInboxServiceListTest : public InboxTest {
 protected:
     VLInboxServiceListTest() { session().alwaysFail("/"); }
 };
 
-TEST_F(VLInboxServiceListTest, TheNewestMessageComesFirstAndOfTwoTheHigherId) {
+TEST_F(VLInboxServiceListTest, MessagesAreSortedByDateThenByDescendingId) {
     store(1, 0, 100);
     store(3, 0, 200);
     store(2, 0, 200);
@@ -24,7 +24,7 @@ TEST_F(VLInboxServiceListTest, TheNewestMessageComesFirstAndOfTwoTheHigherId) {
     EXPECT_THAT(list().ids(), ElementsAre(3, 2, 1, 4));
 }
 
-TEST_F(VLInboxServiceListTest, AMessageHasEveryColumn) {
+TEST_F(VLInboxServiceListTest, EveryColumnBecomesAProperty) {
     execute(
         "INSERT INTO RICH_INBOX (TRACKING_ID, NOTIF_ID, SUBJECT, CONTENT, LABEL, URL, PHASH, READ, CREATED, END, "
         "CARD_URL, BACKGROUND_COLOR, FOREGROUND_COLOR, METADATA) VALUES ('T', -1, 'Subject', '%3Cp%3E&amp;', 'Label', "
@@ -50,7 +50,7 @@ TEST_F(VLInboxServiceListTest, AMessageHasEveryColumn) {
     EXPECT_EQ(message.loadedImage(), nullptr);
 }
 
-TEST_F(VLInboxServiceListTest, WhatIsMissingIsNothing) {
+TEST_F(VLInboxServiceListTest, MissingColumnsBecomeDefaults) {
     execute("INSERT INTO RICH_INBOX (TRACKING_ID, NOTIF_ID, END) VALUES ('T', 5, 1800000000)");
     const auto shown = list();
     ASSERT_EQ(shown.messages.size(), 1U);
@@ -74,7 +74,7 @@ TEST_F(VLInboxServiceListTest, WhatIsMissingIsNothing) {
     }
 }
 
-TEST_F(VLInboxServiceListTest, AMessageIsHiddenFromTheSecondOnInWhichItExpires) {
+TEST_F(VLInboxServiceListTest, AMessageIsHiddenFromItsEndOn) {
     const double start = phone().now();
     store(1, 0, 100, start + 10);
     store(2, 0, 100, start + 10.5);
@@ -90,13 +90,13 @@ TEST_F(VLInboxServiceListTest, AMessageIsHiddenFromTheSecondOnInWhichItExpires) 
     EXPECT_EQ(value("SELECT count(*) FROM RICH_INBOX"), "3");
 }
 
-TEST_F(VLInboxServiceListTest, AMessageWithoutAnEndIsOver) {
+TEST_F(VLInboxServiceListTest, AMessageWithoutAnEndIsHidden) {
     execute("INSERT INTO RICH_INBOX (TRACKING_ID, NOTIF_ID, READ) VALUES ('T', 5, 0)");
     EXPECT_THAT(list().ids(), IsEmpty());
     EXPECT_EQ(lists.back().unreadCount, 0U);
 }
 
-TEST_F(VLInboxServiceListTest, AMessageThatIsThereTwiceIsShownAndCountedOnce) {
+TEST_F(VLInboxServiceListTest, ADuplicateMessageIsListedAndCountedOnce) {
     store(1, 0, 100);
     store(1, 0, 300);
     store(1, 1, 200);
@@ -106,11 +106,11 @@ TEST_F(VLInboxServiceListTest, AMessageThatIsThereTwiceIsShownAndCountedOnce) {
     EXPECT_THAT(shown.ids(), ElementsAre(1, 2));
     EXPECT_EQ(shown.messages[0]->created(), 300);
     EXPECT_EQ(shown.messages[1]->read(), 1);
-    // Each row counts by itself, so a message of which one row is unread is unread.
+    // A message with one unread row counts as unread.
     EXPECT_EQ(shown.unreadCount, 2U);
 }
 
-TEST_F(VLInboxServiceListTest, OfTwoRowsWithOneIdTheExpiredOneIsPassedOver) {
+TEST_F(VLInboxServiceListTest, AnExpiredDuplicateDoesNotHideAMessage) {
     store(1, 0, 300, 5);
     store(1, 1, 100);
     const auto shown = list();
@@ -128,14 +128,14 @@ TEST_F(VLInboxServiceListTest, ReadMessagesAreNotCounted) {
     EXPECT_EQ(service->getUnreadCount("T"), 1U);
 }
 
-TEST_F(VLInboxServiceListTest, TheUnreadCountReadsNothingElseOfTheList) {
+TEST_F(VLInboxServiceListTest, TheUnreadCountDoesNotReadTheContent) {
     store(1);
     execute("ALTER TABLE RICH_INBOX DROP COLUMN CONTENT");
     EXPECT_EQ(service->getUnreadCount("T"), 1U);
     EXPECT_TRUE(service->getInboxList("T").empty());
 }
 
-TEST_F(VLInboxServiceListTest, UsersSeeTheirOwnMessagesOnly) {
+TEST_F(VLInboxServiceListTest, UsersSeeOnlyTheirOwnMessages) {
     store(1, 0, 100, kLater, "T");
     store(2, 0, 100, kLater, "U");
     store(1, 1, 100, kLater, "U");
@@ -150,14 +150,14 @@ TEST_F(VLInboxServiceListTest, UsersSeeTheirOwnMessagesOnly) {
     EXPECT_THAT(list().ids(), IsEmpty());
 }
 
-TEST_F(VLInboxServiceListTest, TextWithANULByteIsWhole) {
+TEST_F(VLInboxServiceListTest, AStringWithANULByteIsComplete) {
     execute(
         "INSERT INTO RICH_INBOX (TRACKING_ID, NOTIF_ID, END, SUBJECT) VALUES ('T', 5, 1800000000, 'a' || "
         "char(0) || 'b')");
     EXPECT_EQ(list().messages.at(0)->subject(), std::string("a\0b", 3));
 }
 
-TEST_F(VLInboxServiceListTest, TenThousandMessagesAreListed) {
+TEST_F(VLInboxServiceListTest, AListOf10000MessagesIsComplete) {
     execute(
         "WITH RECURSIVE ids(id) AS (SELECT 1 UNION ALL SELECT id + 1 FROM ids WHERE id < 10000) INSERT INTO RICH_INBOX "
         "(TRACKING_ID, NOTIF_ID, READ, CREATED, END, CONTENT, METADATA) SELECT 'T', id, id % 2, id % 1000, 1800000000, "
@@ -172,7 +172,7 @@ TEST_F(VLInboxServiceListTest, TenThousandMessagesAreListed) {
     EXPECT_EQ(Value(message.metadata()), (Value{{"number", 9999}}));
 }
 
-TEST_F(VLInboxServiceListTest, TheHostsThreadOnlyQueuesTheRequest) {
+TEST_F(VLInboxServiceListTest, ARequestOnlyQueuesWork) {
     store(1);
     list();
     service->getInboxMessagesWithCompletionHandler(listHandler());

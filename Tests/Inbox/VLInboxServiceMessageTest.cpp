@@ -43,7 +43,7 @@ protected:
 
 // Opening.
 
-TEST_F(VLInboxServiceMessageTest, OpeningMarksTheMessageAsReadHereAndThere) {
+TEST_F(VLInboxServiceMessageTest, OpeningMarksTheMessageLocallyAndRemotely) {
     store(7);
     store(8);
     store(7, 0, 100, kLater, "U");
@@ -61,7 +61,7 @@ TEST_F(VLInboxServiceMessageTest, OpeningMarksTheMessageAsReadHereAndThere) {
     EXPECT_EQ(log().count("Inbox: message 7 marked as read remotely", VLLogLevel::Debug), 1);
 }
 
-TEST_F(VLInboxServiceMessageTest, WhatAnotherUserHasReadIsNotReadForThisOne) {
+TEST_F(VLInboxServiceMessageTest, ReadFlagsOfAnotherUserDoNotCount) {
     store(7, 1, 100, kLater, "U");
     store(7, 0);
     open(7);
@@ -69,7 +69,7 @@ TEST_F(VLInboxServiceMessageTest, WhatAnotherUserHasReadIsNotReadForThisOne) {
     EXPECT_EQ(value("SELECT READ FROM RICH_INBOX WHERE TRACKING_ID = 'T'"), "1");
 }
 
-TEST_F(VLInboxServiceMessageTest, TheServiceIsToldBeforeTheEvent) {
+TEST_F(VLInboxServiceMessageTest, TheRemoteMarkPrecedesTheEvent) {
     store(7);
     open(7);
     ASSERT_EQ(session().requests().size(), 2U);
@@ -85,7 +85,7 @@ TEST_F(VLInboxServiceMessageTest, OpeningSendsTheReadEventWithTheMessagesPhash) 
     EXPECT_EQ(session().requests(kEvents).size(), 1U);
 }
 
-TEST_F(VLInboxServiceMessageTest, OpeningAgainSendsTheReReadEventAlone) {
+TEST_F(VLInboxServiceMessageTest, OpeningAgainSendsOnlyTheReReadEvent) {
     store(7, 1);
     settings->setPhash(std::nullopt);
     open(7);
@@ -95,7 +95,7 @@ TEST_F(VLInboxServiceMessageTest, OpeningAgainSendsTheReReadEventAlone) {
     EXPECT_EQ(outcome.error, std::nullopt);
 }
 
-TEST_F(VLInboxServiceMessageTest, TheSourcePageStandsInTheLabel) {
+TEST_F(VLInboxServiceMessageTest, TheLabelContainsTheSourcePage) {
     store(7);
     open(7, "Home");
     EXPECT_EQ(event()["event_label"], Value("Rich Home Message Opened"));
@@ -105,7 +105,7 @@ TEST_F(VLInboxServiceMessageTest, TheSourcePageStandsInTheLabel) {
     EXPECT_EQ(event()["event_label"], Value("Rich  Message Re-Read"));
 }
 
-TEST_F(VLInboxServiceMessageTest, AMessageWithoutAPhashLeavesTheStoredOne) {
+TEST_F(VLInboxServiceMessageTest, AMessageWithoutAPhashKeepsTheStoredPhash) {
     store(7);
     settings->setPhash("of a notification");
     VLInboxMessage::Content content;
@@ -115,14 +115,14 @@ TEST_F(VLInboxServiceMessageTest, AMessageWithoutAPhashLeavesTheStoredOne) {
     EXPECT_EQ(event()["phash"], Value("of a notification"));
 }
 
-TEST_F(VLInboxServiceMessageTest, AMessageThatIsNotHereIsOpenedAllTheSame) {
+TEST_F(VLInboxServiceMessageTest, AMessageMissingFromTheDatabaseCanBeOpened) {
     open(7);
     EXPECT_EQ(lastPut(), (Value{{"read", true}}));
     EXPECT_EQ(event()["event_type"], Value("Read"));
     EXPECT_EQ(outcome.error, std::nullopt);
 }
 
-TEST_F(VLInboxServiceMessageTest, AServiceThatCannotBeReachedIsNoErrorOfOpening) {
+TEST_F(VLInboxServiceMessageTest, OpeningOfflineIsNoError) {
     store(7);
     session().alwaysFail("/");
     open(7);
@@ -133,8 +133,7 @@ TEST_F(VLInboxServiceMessageTest, AServiceThatCannotBeReachedIsNoErrorOfOpening)
               1);
 }
 
-/// What was opened offline is told at the next synchronisation.
-TEST_F(VLInboxServiceMessageTest, AMessageOpenedOfflineIsMarkedThereLater) {
+TEST_F(VLInboxServiceMessageTest, AMessageOpenedOfflineIsMarkedAtTheNextSync) {
     store(7);
     session().alwaysFail("/");
     open(7);
@@ -146,7 +145,7 @@ TEST_F(VLInboxServiceMessageTest, AMessageOpenedOfflineIsMarkedThereLater) {
     EXPECT_EQ(lastPut(), (Value{{"read", true}}));
 }
 
-TEST_F(VLInboxServiceMessageTest, OpeningConcernsTheUserOfThatMoment) {
+TEST_F(VLInboxServiceMessageTest, OpeningConcernsTheUserAtTheTimeOfTheCall) {
     store(7);
     store(7, 0, 100, kLater, "U");
     service->openInboxMessage(message(7), outcomeHandler());
@@ -155,7 +154,7 @@ TEST_F(VLInboxServiceMessageTest, OpeningConcernsTheUserOfThatMoment) {
     EXPECT_EQ(rows("SELECT TRACKING_ID, READ FROM RICH_INBOX ORDER BY ID"), (Rows{{"T", "1"}, {"U", "0"}}));
 }
 
-TEST_F(VLInboxServiceMessageTest, TheHighestIdIsOpenedAndDeleted) {
+TEST_F(VLInboxServiceMessageTest, TheHighestIdCanBeOpenedAndDeleted) {
     store(18446744073709551615U);
     open(18446744073709551615U);
     EXPECT_EQ(value("SELECT READ FROM RICH_INBOX"), "1");
@@ -165,7 +164,7 @@ TEST_F(VLInboxServiceMessageTest, TheHighestIdIsOpenedAndDeleted) {
     EXPECT_EQ(value("SELECT NOTIF_ID FROM RICH_TRASH"), "-1");
 }
 
-TEST_F(VLInboxServiceMessageTest, NoMessageIsAnError) {
+TEST_F(VLInboxServiceMessageTest, ANullMessageIsAnError) {
     service->openInboxMessage(nullptr, outcomeHandler());
     service->deleteInboxMessage(nullptr, outcomeHandler());
     EXPECT_EQ(outcome.calls, 0);
@@ -178,7 +177,7 @@ TEST_F(VLInboxServiceMessageTest, NoMessageIsAnError) {
     EXPECT_THAT(session().requests(), IsEmpty());
 }
 
-TEST_F(VLInboxServiceMessageTest, NobodyNeedsToWaitForIt) {
+TEST_F(VLInboxServiceMessageTest, TheMessageHandlersMayBeEmpty) {
     store(7);
     service->openInboxMessage(message(7), nullptr);
     service->deleteInboxMessage(message(7), nullptr);
@@ -189,7 +188,7 @@ TEST_F(VLInboxServiceMessageTest, NobodyNeedsToWaitForIt) {
 
 // Deleting.
 
-TEST_F(VLInboxServiceMessageTest, DeletingRemovesTheMessageHereAndThere) {
+TEST_F(VLInboxServiceMessageTest, DeletingRemovesTheMessageLocallyAndRemotely) {
     store(7);
     store(8);
     store(7, 0, 100, kLater, "U");
@@ -212,7 +211,7 @@ TEST_F(VLInboxServiceMessageTest, DeletingSendsTheDeleteEventWithTheMessagesPhas
     EXPECT_EQ(settings->phash(), "of a notification");
 }
 
-TEST_F(VLInboxServiceMessageTest, DeletingTwiceChangesNothingMore) {
+TEST_F(VLInboxServiceMessageTest, DeletingTwiceHasNoFurtherEffect) {
     store(7);
     remove(7);
     remove(7);
@@ -221,7 +220,7 @@ TEST_F(VLInboxServiceMessageTest, DeletingTwiceChangesNothingMore) {
     EXPECT_EQ(outcome.error, std::nullopt);
 }
 
-TEST_F(VLInboxServiceMessageTest, ADeletedMessageStaysAwayAcrossRestarts) {
+TEST_F(VLInboxServiceMessageTest, ADeletedMessageStaysDeletedAcrossRestarts) {
     store(7);
     session().alwaysFail("/");
     remove(7);
@@ -238,8 +237,8 @@ TEST_F(VLInboxServiceMessageTest, ADeletedMessageStaysAwayAcrossRestarts) {
     EXPECT_EQ(requests("PUT", messagePath(7)).size(), 3U);
 }
 
-/// The trash knows an id once, for whoever deleted it first. The other user's deletion is told to the service alone.
-TEST_F(VLInboxServiceMessageTest, OneIdIsInTheTrashOfOneUserOnly) {
+/// NOTIF_ID is the key of the trash, so the second user's deletion is only sent to the service.
+TEST_F(VLInboxServiceMessageTest, TheTrashHoldsAnIdForOneUserOnly) {
     store(7);
     store(7, 0, 100, kLater, "U");
     remove(7);

@@ -61,7 +61,7 @@ TEST_F(VorlaneInboxTest, AMessageIsListedOpenedAndDeleted) {
     EXPECT_THAT(errors, ElementsAre(std::nullopt, std::nullopt));
 }
 
-TEST_F(VorlaneInboxTest, TheHostIsToldOfADatabaseFailure) {
+TEST_F(VorlaneInboxTest, ADatabaseFailureReachesTheHandler) {
     const auto messages = list();
     TestDatabase(documentsPath("AppInboxV2Plus.db")).execute("DROP TABLE RICH_INBOX");
     Vorlane::openInboxMessage(messages.at(0), errorHandler());
@@ -76,7 +76,7 @@ TEST_F(VorlaneInboxTest, TheHostIsToldOfADatabaseFailure) {
     }
 }
 
-TEST_F(VorlaneInboxTest, AMissingMessageIsAnErrorForTheHost) {
+TEST_F(VorlaneInboxTest, ANullMessageIsAnErrorForTheHost) {
     Vorlane::openInboxMessage(nullptr, errorHandler());
     Vorlane::deleteInboxMessage(nullptr, errorHandler());
     phone().settle();
@@ -84,7 +84,7 @@ TEST_F(VorlaneInboxTest, AMissingMessageIsAnErrorForTheHost) {
     EXPECT_TRUE(errors[0] && errors[1]);
 }
 
-TEST_F(VorlaneInboxTest, NoHandlerIsNeeded) {
+TEST_F(VorlaneInboxTest, EveryHandlerMayBeEmpty) {
     const auto messages = list();
     Vorlane::getInboxMessagesWithCompletionHandler(nullptr);
     Vorlane::openInboxMessage(messages.at(0), nullptr);
@@ -103,13 +103,13 @@ TEST_F(VorlaneInboxTest, MessagesOutliveTheService) {
     EXPECT_EQ(messages.at(0)->service().lock(), nullptr);
 }
 
-TEST_F(VorlaneInboxTest, TheRegistryMakesOneInboxService) {
+TEST_F(VorlaneInboxTest, TheRegistryCreatesOneInboxService) {
     const auto registry = VLBootstrap::bootstrapWithURLs(std::make_shared<VLURLsProduction>());
     EXPECT_TRUE(registry->getComponent<VLInboxService>());
     EXPECT_EQ(registry->getComponent<VLInboxService>(), registry->getComponent<VLInboxService>());
 }
 
-TEST_F(VorlaneInboxTest, TheSchemaIsCheckedWhenTheLibraryIsFirstUsed) {
+TEST_F(VorlaneInboxTest, TheFirstUseChecksTheSchema) {
     Vorlane::sharedInstance();
     EXPECT_EQ(log().count("Inbox upgrade/downgrade operations complete.", VLLogLevel::Debug), 1);
 }
