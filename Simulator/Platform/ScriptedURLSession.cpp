@@ -1,9 +1,11 @@
 #include "Simulator/Platform/ScriptedURLSession.h"
 
+#include <algorithm>
 #include <chrono>
 #include <deque>
+#include <functional>
+#include <mutex>
 #include <stdexcept>
-#include <string_view>
 #include <utility>
 
 #include "Platform/Internal/SerialDispatchQueue.h"
@@ -12,103 +14,45 @@ namespace vorlane {
 
 namespace {
 
-// Long enough for the largest answers in the slowest builds; only a hang takes it up.
+// Long enough for the largest answers in the slowest builds; only a hang waits so long.
 constexpr std::chrono::seconds kPatience{100};
 
-/// What a request gets: bytes with a status, something else than HTTP, nothing, or an error.
-struct ScriptedAnswer {
-    std::int64_t status = 0;
-    std::optional<Data> body = std::nullopt;
-    bool isHTTP = true;
-    bool hasResponse = true;
-    std::optional<NSURLError> failure = std::nullopt;
-};
-
-Data bytesOf(const std::string& text) { return {text.begin(), text.end()}; }
-
-NSError errorOf(NSURLError code, const NSURL& url) {
-    return {NSURLErrorDomain, static_cast<std::int64_t>(code), {{"NSErrorFailingURLStringKey", url.absoluteString()}}};
+ScriptedURLSession::Responder always(ScriptedAnswer answer) {
+    return [answer = std::move(answer)](const RecordedRequest& /*request*/) { return answer; };
 }
 
-std::shared_ptr<const NSURLResponse> responseOf(const ScriptedAnswer& answer, const NSURL& url) {
-    if (!answer.hasResponse) return nullptr;
-    if (!answer.isHTTP) return std::make_shared<NSURLResponse>(url);
-    return std::make_shared<NSHTTPURLResponse>(url, answer.status);
-}
-
-void give(const NSURLSession::CompletionHandler& handler, const ScriptedAnswer& answer, const NSURL& url) {
-    if (!handler) return;
-    if (answer.failure) return handler(std::nullopt, nullptr, errorOf(*answer.failure, url));
-    handler(answer.body, responseOf(answer, url), std::nullopt);
-}
-
-int hexadecimalValue(char character) {
-    constexpr std::string_view kDigits = "0123456789ABCDEFabcdef";
-    const auto place = kDigits.find(character);
-    if (place == std::string_view::npos) return 0;
-    return static_cast<int>(place < 16 ? place : place - 6);
-}
-
-std::string percentDecoded(std::string_view text) {
-    std::string result;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] == '%' && i + 2 < text.size()) {
-            result += static_cast<char>(hexadecimalValue(text[i + 1]) * 16 + hexadecimalValue(text[i + 2]));
-            i += 2;
-        } else {
-            result += text[i];
-        }
-    }
-    return result;
+bool contains(const NSURLRequest& request, const std::string& part) {
+    return request.URL.absoluteString().find(part) != std::string::npos;
 }
 
 }  // namespace
 
-std::string RecordedRequest::bodyText() const {
-    if (!request.HTTPBody) return {};
-    return {request.HTTPBody->begin(), request.HTTPBody->end()};
-}
-
-Value RecordedRequest::payload() const {
-    constexpr std::string_view kField = "payload=";
-    auto text = bodyText();
-    if (text.starts_with(kField)) text = percentDecoded(std::string_view(text).substr(kField.size()));
-    auto parsed = Value::parse(text, nullptr, false);
-    return parsed.is_discarded() ? Value() : parsed;
-}
-
-std::optional<std::string> RecordedRequest::header(const std::string& name) const {
-    const auto found = request.allHTTPHeaderFields.find(name);
-    if (found == request.allHTTPHeaderFields.end()) return std::nullopt;
-    return found->second;
-}
-
 struct ScriptedURLSession::Impl {
-    /// One request and whoever waits for its answer.
+    /// One request and the handler that waits for its answer.
     struct Entry {
         RecordedRequest record;
         CompletionHandler handler;
-        /// The task from its start until the answer: a request on its way keeps it alive.
+        /// Set from the start until the answer: an open request keeps its task alive.
         std::shared_ptr<NSURLSessionDataTask> task = nullptr;
 
         bool isOpen() const { return !record.answered && !record.cancelled; }
-        bool fits(const std::string& part) const {
-            return record.request.URL.absoluteString().find(part) != std::string::npos;
-        }
+        bool fits(const std::string& part) const { return contains(record.request, part); }
     };
     struct Rule {
-        std::string part;
-        ScriptedAnswer answer;
+        std::string name;
+        Matcher matches;
+        Responder responder;
     };
 
     explicit Impl(std::shared_ptr<SerialDispatchQueue> queue) : delegateQueue(std::move(queue)) {}
 
     void send(const std::shared_ptr<Entry>& entry, std::shared_ptr<NSURLSessionDataTask> task);
     void cancel(const std::shared_ptr<Entry>& entry);
-    void answerOldest(const std::string& part, const ScriptedAnswer& answer);
-    void addRule(const std::string& part, const ScriptedAnswer& answer);
-    void closeAs(Entry& entry, bool isCancelled);
-    void post(const std::shared_ptr<Entry>& entry, const ScriptedAnswer& answer) const;
+    void answerOldest(const std::string& part, ScriptedAnswer answer);
+    void addRule(const Rule& rule);
+    bool close(Entry& entry, bool isCancelled);
+    std::vector<std::shared_ptr<Entry>> openEntries() const;
+    void post(const std::shared_ptr<Entry>& entry, const Responder& responder) const;
     void waitForHandlers() const;
 
     const std::shared_ptr<SerialDispatchQueue> delegateQueue;
@@ -121,39 +65,47 @@ struct ScriptedURLSession::Impl {
 };
 
 void ScriptedURLSession::Impl::send(const std::shared_ptr<Entry>& entry, std::shared_ptr<NSURLSessionDataTask> task) {
-    std::optional<ScriptedAnswer> answer;
+    std::vector<Rule> known;
+    bool isCancelled = false;
     {
         const std::lock_guard lock(mutex);
         entry->task = std::move(task);
         entries.push_back(entry);
-        if (isInvalid) {
-            answer = ScriptedAnswer{.failure = NSURLError::cancelled};
-        } else {
-            for (const auto& rule : rules) {
-                if (entry->fits(rule.part)) answer = rule.answer;
-            }
-        }
-        if (answer) closeAs(*entry, isInvalid);
+        known = rules;
+        isCancelled = isInvalid;
     }
-    if (answer) post(entry, *answer);
+    if (isCancelled) return cancel(entry);
+    // Without the lock, because a matcher is the test's own code.
+    const auto rule = std::find_if(known.rbegin(), known.rend(),
+                                   [&entry](const Rule& each) { return each.matches(entry->record.request); });
+    if (rule != known.rend() && close(*entry, false)) post(entry, rule->responder);
 }
 
 void ScriptedURLSession::Impl::cancel(const std::shared_ptr<Entry>& entry) {
-    {
-        const std::lock_guard lock(mutex);
-        if (!entry->isOpen()) return;
-        closeAs(*entry, true);
-    }
-    post(entry, {.failure = NSURLError::cancelled});
+    if (close(*entry, true)) post(entry, always({.failure = NSURLError::cancelled}));
 }
 
-void ScriptedURLSession::Impl::closeAs(Entry& entry, bool isCancelled) {
+/// Returns false if the request is closed already.
+bool ScriptedURLSession::Impl::close(Entry& entry, bool isCancelled) {
+    const std::lock_guard lock(mutex);
+    if (!entry.isOpen()) return false;
     (isCancelled ? entry.record.cancelled : entry.record.answered) = true;
+    return true;
 }
 
-void ScriptedURLSession::Impl::post(const std::shared_ptr<Entry>& entry, const ScriptedAnswer& answer) const {
-    delegateQueue->post([entry, answer, task = std::exchange(entry->task, nullptr)] {
-        give(std::exchange(entry->handler, nullptr), answer, entry->record.request.URL);
+std::vector<std::shared_ptr<ScriptedURLSession::Impl::Entry>> ScriptedURLSession::Impl::openEntries() const {
+    const std::lock_guard lock(mutex);
+    std::vector<std::shared_ptr<Entry>> open;
+    for (const auto& entry : entries) {
+        if (entry->isOpen()) open.push_back(entry);
+    }
+    return open;
+}
+
+void ScriptedURLSession::Impl::post(const std::shared_ptr<Entry>& entry, const Responder& responder) const {
+    delegateQueue->post([entry, responder, task = std::exchange(entry->task, nullptr)] {
+        const auto answer = responder(entry->record);
+        answer.passTo(std::exchange(entry->handler, nullptr), entry->record.request.URL);
     });
 }
 
@@ -161,40 +113,30 @@ void ScriptedURLSession::Impl::waitForHandlers() const {
     if (!delegateQueue->isCurrent()) delegateQueue->waitUntilIdle(std::chrono::steady_clock::now() + kPatience);
 }
 
-void ScriptedURLSession::Impl::answerOldest(const std::string& part, const ScriptedAnswer& answer) {
-    std::shared_ptr<Entry> found;
-    {
-        const std::lock_guard lock(mutex);
-        for (const auto& entry : entries) {
-            if (!entry->isOpen() || !entry->fits(part)) continue;
-            found = entry;
-            closeAs(*found, false);
-            break;
-        }
-    }
-    if (!found) throw std::logic_error("no open request to " + part);
-    post(found, answer);
+void ScriptedURLSession::Impl::answerOldest(const std::string& part, ScriptedAnswer answer) {
+    const auto open = openEntries();
+    const auto found =
+        std::ranges::find_if(open, [&](const auto& entry) { return entry->fits(part) && close(*entry, false); });
+    if (found == open.end()) throw std::logic_error("no open request to " + part);
+    post(*found, always(std::move(answer)));
     waitForHandlers();
 }
 
-void ScriptedURLSession::Impl::addRule(const std::string& part, const ScriptedAnswer& answer) {
-    std::vector<std::shared_ptr<Entry>> open;
+void ScriptedURLSession::Impl::addRule(const Rule& rule) {
     {
         const std::lock_guard lock(mutex);
-        rules.push_back({part, answer});
-        for (const auto& entry : entries) {
-            if (!entry->isOpen() || !entry->fits(part)) continue;
-            closeAs(*entry, false);
-            open.push_back(entry);
-        }
+        std::erase_if(rules, [&rule](const Rule& known) { return known.name == rule.name; });
+        rules.push_back(rule);
     }
-    for (const auto& entry : open) post(entry, answer);
+    for (const auto& entry : openEntries()) {
+        if (rule.matches(entry->record.request) && close(*entry, false)) post(entry, rule.responder);
+    }
     waitForHandlers();
 }
 
 namespace {
 
-/// A task that hands its request to the session when it is resumed.
+/// Passes its request to the session when it is resumed.
 class ScriptedTask : public NSURLSessionDataTask, public std::enable_shared_from_this<ScriptedTask> {
 public:
     using Send = std::function<void(std::shared_ptr<NSURLSessionDataTask> task)>;
@@ -205,7 +147,7 @@ public:
         if (const auto send = take(send_)) send(shared_from_this());
     }
 
-    /// One that was not resumed yet is sent first, so that its handler runs.
+    /// A suspended task is sent first, so that its handler runs.
     void cancel() override {
         resume();
         if (const auto cancel = take(cancel_)) cancel();
@@ -230,7 +172,7 @@ ScriptedURLSession::ScriptedURLSession(std::shared_ptr<SerialDispatchQueue> dele
     : impl_(std::make_shared<Impl>(std::move(delegateQueue))) {}
 
 ScriptedURLSession::~ScriptedURLSession() {
-    // Requests that were never answered: they and their tasks hold each other.
+    // An open request and its task hold each other.
     std::vector<std::shared_ptr<NSURLSessionDataTask>> tasks;
     const std::lock_guard lock(impl_->mutex);
     for (const auto& entry : impl_->entries) {
@@ -246,7 +188,7 @@ std::shared_ptr<NSURLSessionDataTask> ScriptedURLSession::dataTaskWithRequest(NS
 }
 
 void ScriptedURLSession::answer(const std::string& part, std::int64_t status, const std::string& body) {
-    answerData(part, status, body.empty() ? std::nullopt : std::optional<Data>(bytesOf(body)));
+    impl_->answerOldest(part, ScriptedAnswer::withBody(status, body));
 }
 
 void ScriptedURLSession::answerData(const std::string& part, std::int64_t status, std::optional<Data> body) {
@@ -262,11 +204,20 @@ void ScriptedURLSession::fail(const std::string& part, NSURLError code) {
 }
 
 void ScriptedURLSession::alwaysAnswer(const std::string& part, std::int64_t status, const std::string& body) {
-    impl_->addRule(part, {.status = status, .body = body.empty() ? std::nullopt : std::optional<Data>(bytesOf(body))});
+    alwaysAnswer(part, always(ScriptedAnswer::withBody(status, body)));
+}
+
+void ScriptedURLSession::alwaysAnswer(const std::string& part, Responder responder) {
+    alwaysAnswerMatching(
+        part, [part](const NSURLRequest& request) { return contains(request, part); }, std::move(responder));
 }
 
 void ScriptedURLSession::alwaysFail(const std::string& part, NSURLError code) {
-    impl_->addRule(part, {.failure = code});
+    alwaysAnswer(part, always({.failure = code}));
+}
+
+void ScriptedURLSession::alwaysAnswerMatching(const std::string& name, Matcher matches, Responder responder) {
+    impl_->addRule({name, std::move(matches), std::move(responder)});
 }
 
 void ScriptedURLSession::forgetRules() {
@@ -289,12 +240,7 @@ RecordedRequest ScriptedURLSession::lastRequest(const std::string& part) const {
     return found.back();
 }
 
-std::size_t ScriptedURLSession::openRequests() const {
-    const std::lock_guard lock(impl_->mutex);
-    std::size_t count = 0;
-    for (const auto& entry : impl_->entries) count += entry->isOpen() ? 1 : 0;
-    return count;
-}
+std::size_t ScriptedURLSession::openRequests() const { return impl_->openEntries().size(); }
 
 void ScriptedURLSession::invalidateAndCancel() {
     invalidate();
@@ -302,17 +248,11 @@ void ScriptedURLSession::invalidateAndCancel() {
 }
 
 void ScriptedURLSession::invalidate() {
-    std::vector<std::shared_ptr<Impl::Entry>> open;
     {
         const std::lock_guard lock(impl_->mutex);
         impl_->isInvalid = true;
-        for (const auto& entry : impl_->entries) {
-            if (!entry->isOpen()) continue;
-            impl_->closeAs(*entry, true);
-            open.push_back(entry);
-        }
     }
-    for (const auto& entry : open) impl_->post(entry, {.failure = NSURLError::cancelled});
+    for (const auto& entry : impl_->openEntries()) impl_->cancel(entry);
 }
 
 }  // namespace vorlane

@@ -1,69 +1,67 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "Platform/NSURLSession.h"
 #include "Public/VLValue.h"
+#include "Simulator/Platform/RecordedRequest.h"
+#include "Simulator/Platform/ScriptedAnswer.h"
 
 namespace vorlane {
 
 class SerialDispatchQueue;
 
-/// One request as the simulated network saw it.
-struct RecordedRequest {
-    NSURLRequest request;
-    bool answered = false;
-    bool cancelled = false;
-
-    /// The body as text; "" for none.
-    std::string bodyText() const;
-    /// The JSON of the body, form-encoded ("payload=…") or plain; null when there is none.
-    Value payload() const;
-    /// The header's value; nothing when it was not set.
-    std::optional<std::string> header(const std::string& name) const;
-};
-
-/// A network that records every request and answers only as it is told. Handlers run on its own serial queue, as on a
-/// real one; a call that answers returns when the handler has run. Any thread but that queue.
+/// A network that records every request and answers as a test programs it. A request without an answer stays open.
+///
+/// Completion handlers run on the session's own serial queue. An operation that answers returns after the handlers have
+/// run. Any thread except that queue.
 class ScriptedURLSession : public NSURLSession, public std::enable_shared_from_this<ScriptedURLSession> {
 public:
+    /// Computes the answer to a request. Runs on the session's queue, and must not throw or call the session.
+    using Responder = std::function<ScriptedAnswer(const RecordedRequest& request)>;
+    using Matcher = std::function<bool(const NSURLRequest& request)>;
+
     explicit ScriptedURLSession(std::shared_ptr<SerialDispatchQueue> delegateQueue);
     ~ScriptedURLSession() override;
 
     std::shared_ptr<NSURLSessionDataTask> dataTaskWithRequest(NSURLRequest request, CompletionHandler handler) override;
 
-    /// Answers the oldest open request whose URL contains `part`. Throws std::logic_error when there is none.
+    /// Answers the oldest open request whose URL contains `part`. Throws std::logic_error if there is none.
     void answer(const std::string& part, std::int64_t status, const std::string& body = {});
-    /// The same with bytes as they are; nothing means an answer without data.
+    /// As `answer()`, with any bytes; `nullopt` stands for a response without data.
     void answerData(const std::string& part, std::int64_t status, std::optional<Data> body);
-    /// Answers with a response that is not an HTTP one (or with none at all).
+    /// As `answer()`, with a response that is not an HTTP response, or without a response.
     void answerWithoutHTTP(const std::string& part, bool withResponse);
-    /// Fails it as the network would, with an error in `NSURLErrorDomain`.
+    /// As `answer()`, with an error in `NSURLErrorDomain`.
     void fail(const std::string& part, NSURLError code = NSURLError::notConnectedToInternet);
 
-    /// From now on requests whose URL contains `part` are answered at once, open ones included. The newest rule that
-    /// fits wins.
+    /// From now on answers every request whose URL contains `part` immediately, including requests that are open. The
+    /// newest matching rule applies; a rule with the same `part` is replaced.
     void alwaysAnswer(const std::string& part, std::int64_t status, const std::string& body = {});
+    void alwaysAnswer(const std::string& part, Responder responder);
     void alwaysFail(const std::string& part, NSURLError code = NSURLError::notConnectedToInternet);
-    /// From now on requests stay open again.
+    /// As `alwaysAnswer()`, for the requests that `matches` accepts, on the thread that sends them. A rule with the
+    /// same `name` is replaced.
+    void alwaysAnswerMatching(const std::string& name, Matcher matches, Responder responder);
+    /// Removes all rules.
     void forgetRules();
 
-    /// Every request that was sent, oldest first; those whose URL contains `part`; the last of them (throws when there
-    /// is none).
+    /// The requests whose URL contains `part`, oldest first.
     std::vector<RecordedRequest> requests(const std::string& part = {}) const;
+    /// The newest request whose URL contains `part`. Throws std::logic_error if there is none.
     RecordedRequest lastRequest(const std::string& part = {}) const;
-    /// How many requests wait for an answer.
+    /// The number of open requests.
     std::size_t openRequests() const;
 
-    /// Cancels every open request; further ones fail at once as cancelled.
+    /// Cancels every open request; later requests fail immediately as cancelled.
     void invalidateAndCancel();
-    /// The same, but returns before the handlers have run.
+    /// As `invalidateAndCancel()`, but returns before the handlers have run.
     void invalidate();
 
 private:
