@@ -5,7 +5,7 @@
 
 #include "Platform/Clock.h"
 #include "Platform/NSURL.h"
-#include "Simulator/Platform/SimulatedMainQueue.h"
+#include "Simulator/Platform/Internal/SimulatedMainQueue.h"
 #include "Simulator/Platform/SimulatedUser.h"
 
 namespace vorlane {

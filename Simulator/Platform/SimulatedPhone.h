@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -14,25 +14,30 @@
 #include "Simulator/Platform/SimulatedLocationManager.h"
 #include "Simulator/Platform/SimulatedUser.h"
 #include "Simulator/Platform/SimulatedUserNotificationCenter.h"
+#include "Simulator/Platform/SystemLogLine.h"
 
 namespace vorlane {
 
-/// A phone in memory: everything that the library asks of a device, under the control of a test, the demo or the
-/// console.
+/// A phone in memory: everything that the library needs of a device, controlled by a test, the demo or the console.
 ///
-/// Time stands still until `advance()` (unless the real clock was chosen); the network is scripted (unless real HTTP
-/// was chosen). The thread that makes the phone is its main thread, and it alone calls the phone's own operations.
-/// Serial queues are real threads; `settle()` waits for them, so nothing in a test needs to sleep.
+/// The clock stands still until `advance()`, unless the real clock is chosen; the network is scripted, unless real HTTP
+/// is chosen. The thread that makes the phone is its main thread and the only one that may call the operations below
+/// "For a test". Serial queues are real threads; `settle()` waits for them, so a test never needs to sleep.
+///
+///     auto phone = std::make_shared<SimulatedPhone>();
+///     Platform::install(phone);
+///     startYourApplication();
+///     phone->settle();
 class SimulatedPhone : public Platform {
 public:
     struct Options {
-        /// Where the library's files go, and those of the phone, which keeps scheduled local notifications there; made
-        /// when missing. Empty: a fresh temporary folder that goes with the phone.
+        /// The folder of the library's files, where the phone also keeps scheduled local notifications; created if it
+        /// is missing. Empty: a fresh temporary folder, which is removed with the phone.
         std::string documentsFolder = {};
         double systemVersion = 12.0;
-        /// Where the virtual clock starts; nothing: the real clock.
+        /// The start of the virtual clock; `nullopt`: the real clock.
         std::optional<double> virtualClock = 1'700'000'000.0;
-        /// Requests go to real servers instead of the scripted session.
+        /// Sends requests to real servers instead of the scripted session.
         bool realHTTP = false;
         Dictionary infoDictionary = {};
         std::string resourceFolder = {};
@@ -42,7 +47,8 @@ public:
     explicit SimulatedPhone(Options options);
     ~SimulatedPhone() override;
 
-    // The phone as the library sees it.
+    // For the library.
+
     double systemVersion() const override;
     const Clock& clock() const override;
     std::shared_ptr<DispatchQueue> mainQueue() override;
@@ -60,9 +66,9 @@ public:
     std::shared_ptr<OSLog> makeOSLog(const std::string& subsystem, const std::string& category) override;
     void NSLog(const std::string& line) override;
 
-    // The phone as a test handles it.
+    // For a test: the parts of the phone.
 
-    /// The scripted network. Not for a phone with real HTTP.
+    /// The scripted network. Unused by a phone with real HTTP.
     ScriptedURLSession& session();
     SimulatedApplication& simulatedApplication();
     SimulatedDevice& simulatedDevice();
@@ -70,37 +76,35 @@ public:
     SimulatedUserNotificationCenter& simulatedUserNotificationCenter();
     SimulatedLocationManager& simulatedLocationManager();
 
-    /// Runs what is due on the main queue, and what that makes due at this moment, until nothing is.
+    // For a test: time and queues.
+
+    /// Runs the tasks that are due on the main queue, and the tasks that become due meanwhile.
     void runMainQueue();
 
-    /// Waits until something is due on the main queue. For a program that has nothing else to do meanwhile.
+    /// Blocks until a task is due on the main queue.
     void waitForMainQueue();
 
-    /// Runs the main queue and waits for every serial queue, over and over, until nothing is left to do at this moment.
-    /// With real HTTP it also waits until no request is in flight. False when that takes longer than `timeout` real
-    /// seconds.
+    /// Runs the main queue and waits for every serial queue until no task is due. With real HTTP it also waits until no
+    /// request is in flight. Returns false if that takes longer than `timeout` real seconds.
     bool settle(TimeInterval timeout = 10.0);
 
-    /// As `settle()`, but without waiting for requests in flight.
+    /// As `settle()`, without waiting for requests in flight.
     bool settleQueues(TimeInterval timeout = 10.0);
 
-    /// Virtual clock only: moves time forward, running what falls due in order of time and settling after each.
+    /// Virtual clock only: advances the clock, running what becomes due in the order of time and settling after each
+    /// step.
     void advance(TimeInterval seconds);
-    /// Virtual clock only: moves the clock without running anything, also backwards, as a user does who sets it.
+    /// Virtual clock only: sets the clock, forward or backward, without running anything.
     void setClock(double now);
 
     double now() const;
-    /// The seconds until each delayed task of the application's on the main queue is due, ascending: its timers that
-    /// are still valid, and what it has put off. The dates of local notifications are not among them.
+    /// The seconds until each delayed task of the application is due, ascending: its valid timers and postponed tasks.
+    /// The dates of local notifications are not included.
     std::vector<double> timers() const;
 
-    /// What went to the system's log: the type and the text; and to the console.
-    struct SystemLogLine {
-        std::string subsystem;
-        std::string category;
-        std::uint8_t type;
-        std::string text;
-    };
+    // For a test: what was written.
+
+    /// The lines written to the system's log, and those written to the console.
     std::vector<SystemLogLine> systemLog() const;
     std::vector<std::string> console() const;
 

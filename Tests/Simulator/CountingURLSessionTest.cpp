@@ -1,4 +1,4 @@
-#include "Simulator/Platform/CountingURLSession.h"
+#include "Simulator/Platform/Internal/CountingURLSession.h"
 
 #include "Tests/Support/SimulatedPhoneTest.h"
 

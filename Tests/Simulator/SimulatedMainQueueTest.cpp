@@ -1,4 +1,4 @@
-#include "Simulator/Platform/SimulatedMainQueue.h"
+#include "Simulator/Platform/Internal/SimulatedMainQueue.h"
 
 #include <gtest/gtest.h>
 
@@ -6,7 +6,7 @@
 #include <numeric>
 #include <thread>
 
-#include "Simulator/Platform/VirtualClock.h"
+#include "Simulator/Platform/Internal/VirtualClock.h"
 
 namespace vorlane {
 

@@ -5,7 +5,7 @@
 #include <atomic>
 #include <future>
 
-#include "Simulator/Platform/VirtualClock.h"
+#include "Simulator/Platform/Internal/VirtualClock.h"
 
 namespace vorlane {
 

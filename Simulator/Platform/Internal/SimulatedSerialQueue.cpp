@@ -22,7 +22,7 @@ void SimulatedSerialQueue::postAfter(TimeInterval delay, std::function<void()> t
                                    [task = std::move(task), work = std::move(work), mainQueue = mainQueue_]() mutable {
                                        if (!work) work = mainQueue->beginWorkElsewhere();
                                        task();
-                                       // What the task holds goes away before its work counts as ended.
+                                       // The captures are destroyed before the work counts as ended.
                                        task = nullptr;
                                        work = nullptr;
                                    });

@@ -5,15 +5,15 @@
 #include <string>
 
 #include "Platform/Internal/SerialDispatchQueue.h"
-#include "Simulator/Platform/SimulatedMainQueue.h"
+#include "Simulator/Platform/Internal/SimulatedMainQueue.h"
 
 namespace vorlane {
 
-/// A serial queue of the simulated phone. What is posted to it is activity of the phone, and work elsewhere for its
-/// main queue until it has run and what it held is gone. A delayed task is such work only while it runs. Any thread.
+/// A serial queue of the simulated phone. A task counts as work elsewhere for the main queue from the moment it is
+/// posted until it has run and its captures are destroyed; a delayed task only while it runs. Any thread.
 class SimulatedSerialQueue : public SerialDispatchQueue, public std::enable_shared_from_this<SimulatedSerialQueue> {
 public:
-    /// What keeps the time of a delayed task: the machine's clock, or the phone's, whose main queue moves it on.
+    /// The clock that delays run on: the machine's steady clock, or the phone's clock.
     enum class Delays { realTime, phoneTime };
 
     SimulatedSerialQueue(std::string label, std::shared_ptr<SimulatedMainQueue> mainQueue,

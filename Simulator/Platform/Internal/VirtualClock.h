@@ -6,7 +6,7 @@
 
 namespace vorlane {
 
-/// A clock that stands still until it is told otherwise.
+/// A clock that moves only when it is set. Any thread.
 class VirtualClock : public Clock {
 public:
     explicit VirtualClock(double start) : now_(start) {}

@@ -1,4 +1,4 @@
-#include "Simulator/Platform/CountingURLSession.h"
+#include "Simulator/Platform/Internal/CountingURLSession.h"
 
 #include <atomic>
 #include <utility>
@@ -23,7 +23,7 @@ public:
         *holder_ = shared_from_this();
         task_->resume();
     }
-    /// One that was not resumed yet ends here, with its handler; resuming it later does nothing.
+    /// A suspended task ends here too: its handler runs, and a later `resume()` has no effect.
     void cancel() override {
         if (!isResumed_.exchange(true)) count_->begin();
         task_->cancel();
@@ -38,21 +38,6 @@ private:
 
 }  // namespace
 
-void RequestCount::begin() {
-    const std::lock_guard lock(mutex_);
-    ++count_;
-}
-
-void RequestCount::end() {
-    const std::lock_guard lock(mutex_);
-    if (count_ > 0) --count_;
-}
-
-bool RequestCount::isZero() const {
-    const std::lock_guard lock(mutex_);
-    return count_ == 0;
-}
-
 CountingURLSession::CountingURLSession(std::shared_ptr<NSURLSession> session, std::shared_ptr<RequestCount> count,
                                        std::function<void()> completed)
     : session_(std::move(session)), count_(std::move(count)), completed_(std::move(completed)) {}
@@ -64,7 +49,7 @@ std::shared_ptr<NSURLSessionDataTask> CountingURLSession::dataTaskWithRequest(NS
         std::move(request),
         [handler = std::move(handler), count = count_, completed = completed_, holder](
             std::optional<Data> data, std::shared_ptr<const NSURLResponse> response, std::optional<NSError> error) {
-            const auto heldUntilHere = std::exchange(*holder, nullptr);
+            const auto taskUntilReturn = std::exchange(*holder, nullptr);
             if (handler) handler(std::move(data), std::move(response), std::move(error));
             count->end();
             completed();

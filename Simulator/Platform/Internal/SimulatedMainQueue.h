@@ -19,55 +19,57 @@
 
 namespace vorlane {
 
-/// Counts what was ever posted to any queue of a phone, so that it can tell whether anything happened meanwhile.
+/// The number of tasks ever posted to any queue of a phone. Comparing two readings shows whether anything was posted
+/// in between.
 using ActivityCounter = std::atomic<std::uint64_t>;
 
-/// The simulated phone's main queue: runs nothing by itself, only when its thread (the one that made it) says so. Any
-/// thread may post.
+/// The simulated phone's main queue. Tasks run only inside `runDueTasks()`, which its main thread (the thread that made
+/// the queue) calls. Any thread may post.
 class SimulatedMainQueue : public DispatchQueue, public std::enable_shared_from_this<SimulatedMainQueue> {
 public:
     SimulatedMainQueue(const Clock& clock, std::shared_ptr<ActivityCounter> activity);
 
     void post(std::function<void()> task) override;
     void postAfter(TimeInterval delay, std::function<void()> task) override;
-    /// What is delayed: work of the application, which `dueTimes()` lists, or the phone's own.
+    /// Who owns a delayed task: the application, whose tasks `dueTimes()` lists, or the phone itself.
     enum class Kind { application, phone };
     using Token = std::uint64_t;
-    /// Runs `task` once the clock shows `time`, unless it is cancelled before.
+    /// Runs `task` once the clock has reached `time`, unless it is cancelled first.
     Token postAt(double time, Kind kind, std::function<void()> task);
-    /// An unknown token, and one whose task has run, are ignored.
+    /// An unknown token, or the token of a task that has run, is ignored.
     void cancel(Token token);
     bool isCurrent() const override { return thread_ == std::this_thread::get_id(); }
 
     /// The time on the phone's clock.
     double now() const { return clock_.now(); }
 
-    /// Runs what is due, and what that makes due, until nothing is or the deadline has passed.
+    /// Runs due tasks, and the tasks that become due meanwhile, until none is left or the deadline has passed.
     void runDueTasks(std::optional<std::chrono::steady_clock::time_point> deadline = std::nullopt);
 
-    /// What a waiting thread waits for, besides a due task.
+    /// What ends a wait, besides a due task.
     struct WaitOptions {
         std::optional<std::chrono::steady_clock::time_point> deadline = std::nullopt;
-        /// Whether the clock moves meanwhile, so that a delayed task may fall due.
+        /// Whether the clock advances during the wait, so that a delayed task may become due.
         bool clockMoves = true;
-        /// Asked again after each post and each end of work elsewhere; must not call this queue's locking operations.
+        /// Called again after each post and each end of work elsewhere. Must not call an operation of this queue that
+        /// locks.
         std::function<bool()> isEnough = {};
     };
-    /// Waits until something is due, or what the options say has come.
+    /// Blocks until a task is due or a condition of the options holds.
     void wait(const WaitOptions& options);
 
-    /// Counts work that is under way on another thread, until the token is gone; its end wakes a waiting thread.
+    /// Counts work on another thread until the token is destroyed, which wakes a waiting thread.
     std::shared_ptr<void> beginWorkElsewhere();
     /// Takes no lock.
     bool hasWorkElsewhere() const { return workElsewhere_ > 0; }
 
     bool hasDueTask() const;
-    /// When the next delayed task is due; nothing when there is none.
+    /// The due time of the next delayed task, or `nullopt` without one.
     std::optional<double> nextDueTime() const;
-    /// When each delayed task of the application is due, ascending.
+    /// The due times of the application's delayed tasks, ascending.
     std::vector<double> dueTimes() const;
 
-    /// Drops what is queued; later posts are dropped.
+    /// Drops queued tasks and every task posted later.
     void stop();
 
 private:
@@ -92,7 +94,7 @@ private:
     std::condition_variable posted_;
     // Guarded by mutex_.
     std::deque<std::function<void()>> tasks_;
-    // By the time on the phone's clock; of equal times the one posted first comes first.
+    // By due time on the phone's clock; equal times in the order of posting.
     std::multimap<double, DelayedTask> delayed_;
     Token newestToken_ = 0;
     bool isStopped_ = false;

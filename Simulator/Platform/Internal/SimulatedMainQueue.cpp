@@ -1,4 +1,4 @@
-#include "Simulator/Platform/SimulatedMainQueue.h"
+#include "Simulator/Platform/Internal/SimulatedMainQueue.h"
 
 #include <algorithm>
 #include <utility>
@@ -35,7 +35,7 @@ SimulatedMainQueue::Token SimulatedMainQueue::postAt(double time, Kind kind, std
 }
 
 void SimulatedMainQueue::cancel(Token token) {
-    // Dropped outside the lock, as in stop().
+    // Destroyed outside the lock, as in stop().
     std::function<void()> task;
     const std::lock_guard lock(mutex_);
     const auto found =
@@ -88,7 +88,7 @@ void SimulatedMainQueue::wait(const WaitOptions& options) {
 
 std::optional<SteadyClock::time_point> SimulatedMainQueue::wakeTime(const WaitOptions& options) const {
     if (delayed_.empty() || !options.clockMoves) return options.deadline;
-    // Rounded up, so that the task is due by then; held to an hour, because the clock's range is wider than the wait's.
+    // Rounded up, so that the task is due by then; clamped to an hour, because the clock's range exceeds the wait's.
     const std::chrono::duration<double> left(std::min(delayed_.begin()->first - clock_.now(), 3600.0));
     const auto due = SteadyClock::now() + std::chrono::ceil<std::chrono::milliseconds>(left);
     return options.deadline ? std::min(*options.deadline, due) : due;
@@ -101,7 +101,7 @@ std::shared_ptr<void> SimulatedMainQueue::beginWorkElsewhere() {
 
 void SimulatedMainQueue::endWorkElsewhere() {
     --workElsewhere_;
-    // With the lock, so that a thread that has just looked is waiting by now.
+    // Locked, so that a thread that has just checked the condition is already waiting.
     const std::lock_guard lock(mutex_);
     posted_.notify_all();
 }
@@ -122,7 +122,7 @@ std::vector<double> SimulatedMainQueue::dueTimes() const {
 }
 
 void SimulatedMainQueue::stop() {
-    // Dropped outside the lock: destroying a task may run the code of whoever posted it.
+    // Destroyed outside the lock, because destroying a task may run code of its poster.
     decltype(tasks_) tasks;
     decltype(delayed_) delayed;
     const std::lock_guard lock(mutex_);

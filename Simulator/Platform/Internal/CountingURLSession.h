@@ -1,37 +1,24 @@
 #pragma once
 
-#include <cstddef>
 #include <functional>
 #include <memory>
-#include <mutex>
 
 #include "Platform/NSURLSession.h"
+#include "Simulator/Platform/Internal/RequestCount.h"
 
 namespace vorlane {
 
-/// Counts the requests in flight of another session. Any thread.
-class RequestCount {
-public:
-    void begin();
-    void end();
-    bool isZero() const;
-
-private:
-    mutable std::mutex mutex_;
-    // Guarded by mutex_.
-    std::size_t count_ = 0;
-};
-
-/// A session that passes everything on to a real one and counts what is under way.
+/// Forwards every request to another session and counts the requests in flight. Any thread.
 class CountingURLSession : public NSURLSession {
 public:
-    /// `completed` runs after each handler has, on the session's own queue.
+    /// `completed` runs after each completion handler, on the queue of the other session.
     CountingURLSession(std::shared_ptr<NSURLSession> session, std::shared_ptr<RequestCount> count,
                        std::function<void()> completed);
 
     std::shared_ptr<NSURLSessionDataTask> dataTaskWithRequest(NSURLRequest request, CompletionHandler handler) override;
 
 private:
+    // Fixed at construction.
     const std::shared_ptr<NSURLSession> session_;
     const std::shared_ptr<RequestCount> count_;
     const std::function<void()> completed_;
