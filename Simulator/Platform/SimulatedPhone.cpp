@@ -16,10 +16,13 @@
 #include "Platform/OSLog.h"
 #include "Platform/UIViewController.h"
 #include "Platform/UIWindow.h"
+#include "Public/Vorlane.h"
 #include "Simulator/Platform/Internal/CountingURLSession.h"
 #include "Simulator/Platform/Internal/DocumentsFolder.h"
 #include "Simulator/Platform/Internal/RealClock.h"
+#include "Simulator/Platform/Internal/RegionCrossings.h"
 #include "Simulator/Platform/Internal/SimulatedQueues.h"
+#include "Simulator/Platform/Internal/SimulatedService.h"
 #include "Simulator/Platform/Internal/SimulatedSystemLog.h"
 #include "Simulator/Platform/Internal/VirtualClock.h"
 
@@ -30,6 +33,7 @@ namespace {
 constexpr std::chrono::seconds kShutdownTime{2};
 constexpr const char* kMonitoredRegionsFile = "/VLMonitoredRegions.plist";
 constexpr const char* kScheduledNotificationsFile = "/VLScheduledNotifications.plist";
+constexpr double kAccuracyInMetres = 5;
 
 /// Clamped to some thirty years, which the steady clock can represent.
 SimulatedQueues::Deadline deadlineAfter(TimeInterval seconds) {
@@ -73,7 +77,9 @@ struct SimulatedPhone::Impl {
               })),
           device(std::make_shared<SimulatedDevice>(versionText(options.systemVersion))),
           bundle(std::make_shared<NSBundle>(options.infoDictionary, options.resourceFolder)),
-          session(std::make_shared<ScriptedURLSession>(queues.makeSerialQueue("NSURLSession"))) {
+          session(std::make_shared<ScriptedURLSession>(queues.makeSerialQueue("NSURLSession"))),
+          service(session),
+          crossings(locationManager, [this] { settle(deadlineAfter(kPatience)); }) {
         application->setKeyWindow(std::make_shared<UIWindow>(std::make_shared<UIViewController>()));
         // The caller's folder may have belonged to another phone before, and may belong to one later.
         if (!documents.isTemporary())
@@ -92,6 +98,8 @@ struct SimulatedPhone::Impl {
     bool settleQueues(SimulatedQueues::Deadline deadline) {
         return queues.settle(deadline, [] { return true; });
     }
+
+    static constexpr TimeInterval kPatience = 10;
 
     const Options options;
     const DocumentsFolder documents;
@@ -114,8 +122,11 @@ struct SimulatedPhone::Impl {
     const std::shared_ptr<SimulatedDevice> device;
     const std::shared_ptr<NSBundle> bundle;
     const std::shared_ptr<ScriptedURLSession> session;
+    SimulatedService service;
 
     // Main thread only.
+    RegionCrossings crossings;
+    std::function<void(const Dictionary&)> remoteNotificationHandler;
     // Real HTTP only: the platform whose network this phone uses, until the phone is stopped.
     std::unique_ptr<LinuxPlatform> network;
     bool isStopped = false;
@@ -233,6 +244,52 @@ std::vector<double> SimulatedPhone::timers() const {
     auto times = impl_->queues.mainQueue()->dueTimes();
     for (auto& time : times) time -= now();
     return times;
+}
+
+std::uint64_t SimulatedPhone::addInboxMessage(SimulatedInboxMessage message) {
+    return impl_->service.addInboxMessage(std::move(message), now());
+}
+
+bool SimulatedPhone::removeInboxMessage(std::uint64_t messageId) {
+    return impl_->service.removeInboxMessage(messageId);
+}
+
+std::vector<SimulatedInboxMessage> SimulatedPhone::inboxMessages() const { return impl_->service.inboxMessages(); }
+
+void SimulatedPhone::addGeofence(SimulatedGeofence geofence) { impl_->service.addGeofence(std::move(geofence)); }
+
+bool SimulatedPhone::removeGeofence(const std::string& identifier) { return impl_->service.removeGeofence(identifier); }
+
+void SimulatedPhone::addBeacon(SimulatedBeacon beacon) { impl_->service.addBeacon(std::move(beacon)); }
+
+void SimulatedPhone::moveTo(CLLocationCoordinate2D place) {
+    impl_->crossings.moveTo({place, kAccuracyInMetres, now()});
+}
+
+void SimulatedPhone::detectBeacons(std::vector<CLBeacon> beacons) {
+    impl_->crossings.detectBeacons(std::move(beacons));
+}
+
+void SimulatedPhone::receivePush(const SimulatedPush& push) {
+    if (impl_->remoteNotificationHandler) {
+        impl_->remoteNotificationHandler(push.userInfo());
+    } else {
+        Vorlane::didReceiveRemoteNotification(application(), push.userInfo());
+    }
+    settle();
+}
+
+void SimulatedPhone::openPush(const SimulatedPush& push) {
+    auto& application = *impl_->application;
+    if (application.applicationState() == UIApplicationState::background) application.willEnterForeground();
+    if (application.applicationState() == UIApplicationState::active) application.willResignActive();
+    receivePush(push);
+    application.didBecomeActive();
+    settle();
+}
+
+void SimulatedPhone::setRemoteNotificationHandler(std::function<void(const Dictionary& userInfo)> handler) {
+    impl_->remoteNotificationHandler = std::move(handler);
 }
 
 std::vector<SystemLogLine> SimulatedPhone::systemLog() const { return impl_->systemLog->lines(); }

@@ -1,17 +1,24 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "Platform/CLBeacon.h"
+#include "Platform/CLLocation.h"
 #include "Platform/Platform.h"
 #include "Public/VLValue.h"
 #include "Simulator/Platform/ScriptedURLSession.h"
 #include "Simulator/Platform/SimulatedApplication.h"
+#include "Simulator/Platform/SimulatedBeacon.h"
 #include "Simulator/Platform/SimulatedDevice.h"
+#include "Simulator/Platform/SimulatedGeofence.h"
+#include "Simulator/Platform/SimulatedInboxMessage.h"
 #include "Simulator/Platform/SimulatedLocationManager.h"
+#include "Simulator/Platform/SimulatedPush.h"
 #include "Simulator/Platform/SimulatedUser.h"
 #include "Simulator/Platform/SimulatedUserNotificationCenter.h"
 #include "Simulator/Platform/SystemLogLine.h"
@@ -26,6 +33,7 @@ namespace vorlane {
 ///
 ///     auto phone = std::make_shared<SimulatedPhone>();
 ///     Platform::install(phone);
+///     phone->addInboxMessage({.subject = "Hello", .htmlContent = "<p>Welcome</p>"});
 ///     startYourApplication();
 ///     phone->settle();
 class SimulatedPhone : public Platform {
@@ -101,6 +109,47 @@ public:
     /// The seconds until each delayed task of the application is due, ascending: its valid timers and postponed tasks.
     /// The dates of local notifications are not included.
     std::vector<double> timers() const;
+
+    // For a test: what the service has. These operations answer the library's requests to the endpoints concerned, as
+    // rules of `session()`; a rule that the test adds later takes precedence, until the next call. All other requests
+    // stay open. A phone with real HTTP does not use them.
+
+    /// Puts a message into the service's mailbox, or replaces the message with its id. Returns the id. The library
+    /// fetches it with the next list, which it requests at most every 30 seconds: use `advance()` between two lists.
+    std::uint64_t addInboxMessage(SimulatedInboxMessage message);
+    /// Takes a message out of the mailbox. Returns false for an unknown id.
+    bool removeInboxMessage(std::uint64_t messageId);
+    /// The messages in the service's mailboxes, by id. A message that the library reported as read is read; a message
+    /// that it deleted is missing.
+    std::vector<SimulatedInboxMessage> inboxMessages() const;
+
+    /// Adds a geofence, or replaces the geofence with its identifier. The first one switches geofences on in the remote
+    /// configuration, so add it before the library is started. The library fetches geofences when the phone moves.
+    ///
+    /// The application must meet the requirements of location services: the Info key
+    /// "NSLocationAlwaysUsageDescription", and for beacons "location" in "UIBackgroundModes".
+    void addGeofence(SimulatedGeofence geofence);
+    /// Returns false for an unknown identifier. The library stops monitoring with its next fetch.
+    bool removeGeofence(const std::string& identifier);
+    /// Adds a beacon, or replaces the beacon with its UUID, major and minor. The library reads the beacons from the
+    /// remote configuration, so add them before it is started.
+    void addBeacon(SimulatedBeacon beacon);
+
+    // For a test: what happens to the phone. Each of these settles.
+
+    /// Moves the phone: reports the position, then the entry or exit of each geofence whose border was crossed.
+    void moveTo(CLLocationCoordinate2D place);
+    /// Sets the beacons in reach: reports the entry or exit of each beacon region, then the beacons. Empty: none.
+    void detectBeacons(std::vector<CLBeacon> beacons);
+    /// Delivers a push in the current state of the application.
+    void receivePush(const SimulatedPush& push);
+    /// The user opens the notification of a push: the application comes to the foreground, receives the push while it
+    /// is inactive, and becomes active. For an application that is not started yet, use
+    /// `SimulatedPush::launchOptions()`.
+    void openPush(const SimulatedPush& push);
+    /// Replaces the delivery of a push. By default it is passed to `Vorlane::didReceiveRemoteNotification()`; an
+    /// application with a callback of its own sets that callback here.
+    void setRemoteNotificationHandler(std::function<void(const Dictionary& userInfo)> handler);
 
     // For a test: what was written.
 
