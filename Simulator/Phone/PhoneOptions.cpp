@@ -1,5 +1,6 @@
 #include "Simulator/Phone/PhoneOptions.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <fstream>
@@ -7,6 +8,7 @@
 #include <iterator>
 #include <map>
 #include <stdexcept>
+#include <string_view>
 
 #include "Categories/NSDictionary+VLJSON.h"
 #include "Platform/NSURL.h"
@@ -83,11 +85,26 @@ const std::map<std::string, OptionSetter>& optionSetters() {
 const char* PhoneOptions::usage() {
     return "usage: vorlane-phone --data-dir DIR [--service ORIGIN | --urls FILE] [--info FILE] [--os-version 12.0]\n"
            "                     [--clock real | virtual[=SECONDS_SINCE_1970]] [--log-level 0..4] [--resources DIR]\n"
-           "Takes one JSON object a line on standard input, and answers the same way on standard output.\n";
+           "\n"
+           "A host application that reads one JSON object a line from standard input and writes its answers to "
+           "standard\n"
+           "output in the same form.\n"
+           "\n"
+           "  --data-dir DIR      the documents folder; created if it is missing\n"
+           "  --service ORIGIN    sends all requests to one origin, such as http://127.0.0.1:8780\n"
+           "  --urls FILE         a JSON object that maps endpoint names, such as inboxUrl, to absolute URLs\n"
+           "  --info FILE         a JSON object: the Info dictionary of the application\n"
+           "  --os-version N      the platform generation that the phone reports; 12.0 by default\n"
+           "  --clock CLOCK       real, the default, or virtual: the clock stands still until \"advance\"\n"
+           "  --log-level N       the level for a \"launch\" whose options name none\n"
+           "  --resources DIR     the folder of the application's resource files\n"
+           "  --help              prints this text\n";
 }
 
 PhoneOptions PhoneOptions::parse(int count, char** arguments) {
     PhoneOptions options;
+    options.wantsHelp = std::find(arguments + 1, arguments + count, std::string_view("--help")) != arguments + count;
+    if (options.wantsHelp) return options;
     for (int i = 1; i < count; i += 2) {
         const std::string option = arguments[i];
         const auto setter = optionSetters().find(option);

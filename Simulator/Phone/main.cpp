@@ -1,4 +1,4 @@
-// A host application that does what JSON lines on its standard input say.
+// A host application that is controlled by JSON lines on its standard input.
 
 #include <csignal>
 #include <cstdio>
@@ -34,11 +34,13 @@ void run(Phone& phone) {
 }  // namespace
 
 int main(int count, char** arguments) {
-    // A reader that went away shows when a line is written.
+    // A write to a closed pipe fails instead.
     std::signal(SIGPIPE, SIG_IGN);
     std::unique_ptr<Phone> phone;
     try {
-        phone = std::make_unique<Phone>(PhoneOptions::parse(count, arguments));
+        const auto options = PhoneOptions::parse(count, arguments);
+        if (options.wantsHelp) return std::fputs(PhoneOptions::usage(), stdout) < 0 ? 1 : 0;
+        phone = std::make_unique<Phone>(options);
     } catch (const std::exception& exception) {
         std::fprintf(stderr, "vorlane-phone: %s\n%s", exception.what(), PhoneOptions::usage());
         return 2;

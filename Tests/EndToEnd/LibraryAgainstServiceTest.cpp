@@ -171,13 +171,6 @@ TEST_F(LibraryAgainstServiceTest, AKillAtAnyMomentLeavesAFileThatCanBeRead) {
     }
 }
 
-TEST(DemoTest, TheDayKeepsEveryPromise) {
-    support::ChildProcess demo({VORLANE_DEMO, VORLANE_PHONE, VORLANE_SERVICE});
-    std::string last;
-    while (const auto line = demo.readLine(std::chrono::seconds(120))) last = *line;
-    EXPECT_EQ(demo.wait(), 0) << last;
-}
-
 }  // namespace
 
 }  // namespace vorlane

@@ -68,6 +68,18 @@ TEST_F(PhoneProgramOptionsTest, AServiceAndSingleEndpointsExcludeEachOther) {
     expectRefused("--service http://h --urls " + file("urls", R"({"mdnUrl":"http://h/"})"));
 }
 
+TEST_F(PhoneProgramOptionsTest, HelpPrintsTheUsageAndNothingElse) {
+    for (const auto* options : {"--help", "--clock virtual --help", "--unknown --help"}) {
+        const auto [status, text] = run(options);
+        EXPECT_EQ(status, 0);
+        EXPECT_TRUE(text.starts_with("usage: vorlane-phone --data-dir DIR")) << text;
+        for (const auto* option : {"--data-dir", "--service", "--urls", "--info", "--os-version", "--clock",
+                                   "--log-level", "--resources", "--help"})
+            EXPECT_NE(text.find(std::string("\n  ") + option), std::string::npos) << option;
+    }
+    EXPECT_FALSE(std::filesystem::exists(path("other")));
+}
+
 TEST_F(PhoneProgramOptionsTest, WithoutLinesItEndsAtOnceAndSaysNothing) {
     EXPECT_EQ(run(""), (std::pair<int, std::string>{0, ""}));
     EXPECT_EQ(run("--os-version 9.3 --clock virtual --log-level 0"), (std::pair<int, std::string>{0, ""}));

@@ -142,6 +142,56 @@ TEST_F(ScriptedURLSessionTest, OfSeveralRulesTheNewestThatFitsWins) {
     EXPECT_EQ(narrowest->code(), -1003);
 }
 
+TEST_F(ScriptedURLSessionTest, ARuleMayComputeItsAnswers) {
+    const auto open = start("http://h/echo?one");
+    session().alwaysAnswer("/echo", [](const RecordedRequest& request) {
+        return ScriptedAnswer::withBody(202, request.request.URL.query().value_or("(none)"));
+    });
+    const auto later = start("http://h/echo?two");
+    phone().settle();
+    EXPECT_EQ(open->body, "one");
+    EXPECT_EQ(later->body, "two");
+    EXPECT_EQ(later->status(), 202);
+}
+
+TEST_F(ScriptedURLSessionTest, ARuleMayChooseRequestsByMethod) {
+    session().alwaysAnswerMatching(
+        "reads", [](const NSURLRequest& request) { return request.HTTPMethod == "GET"; },
+        [](const RecordedRequest& /*request*/) {
+            return ScriptedAnswer::withJSON(Dictionary{{"a", "\xff"}});
+        });
+    const auto read = start("http://h/a");
+    std::atomic<int> answers = 0;
+    session()
+        .dataTaskWithRequest({.URL = *NSURL::URLWithString("http://h/a"), .HTTPMethod = "PUT"},
+                             [&](auto, auto, auto) { ++answers; })
+        ->resume();
+    phone().settle();
+    EXPECT_EQ(read->body, "{\"a\":\"\xEF\xBF\xBD\"}");
+    EXPECT_EQ(answers, 0);
+    EXPECT_EQ(session().openRequests(), 1U);
+}
+
+TEST_F(ScriptedURLSessionTest, ARuleReplacesTheRuleOfItsName) {
+    session().alwaysAnswer("/a", 200, "first");
+    session().alwaysFail("/");
+    session().alwaysAnswer("/a", 200, "second");
+    const auto outcome = start("http://h/a");
+    phone().settle();
+    EXPECT_EQ(outcome->body, "second");
+}
+
+TEST_F(ScriptedURLSessionTest, AMatcherMayAskTheSession) {
+    session().alwaysAnswerMatching(
+        "first only", [this](const NSURLRequest& /*request*/) { return session().requests().size() == 1; },
+        [](const RecordedRequest& /*request*/) { return ScriptedAnswer(); });
+    const auto first = start("http://h/a");
+    const auto second = start("http://h/a");
+    phone().settle();
+    EXPECT_EQ(first->calls, 1);
+    EXPECT_EQ(second->calls, 0);
+}
+
 TEST_F(ScriptedURLSessionTest, WithoutRulesRequestsStayOpenAgain) {
     session().alwaysAnswer("", 200);
     session().forgetRules();
