@@ -34,7 +34,8 @@ const std::map<std::string, Setter>& setters() {
         {"ranging", [](Abilities& a, const Value& v, Name n) { a.location.ranging = booleanFrom(v, n); }},
         {"maximumRegionMonitoringDistance",
          [](Abilities& a, const Value& v, Name n) { a.location.maximumRegionMonitoringDistance = numberFrom(v, n); }},
-        {"activityType", [](Abilities& a, const Value& v, Name n) { a.location.activityType = integerFrom(v, n); }},
+        {"activityType", [](Abilities& a, const Value& v,
+                            Name n) { a.location.activityType = static_cast<CLActivityType>(integerFrom(v, n)); }},
         {"backgroundTimeRemaining",
          [](Abilities& a, const Value& v, Name n) { a.backgroundTimeRemaining = numberFrom(v, n); }},
     };

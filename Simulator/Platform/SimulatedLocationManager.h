@@ -33,7 +33,7 @@ public:
         bool beaconMonitoring = true;
         bool ranging = true;
         double maximumRegionMonitoringDistance = 1'000'000;
-        std::int64_t activityType = 1;
+        CLActivityType activityType = CLActivityType::Other;
     };
 
     /// What happens to a region.
@@ -53,7 +53,7 @@ public:
     void requestWhenInUseAuthorization() override;
     void setDesiredAccuracy(double metres) override;
     void setAllowsBackgroundLocationUpdates(bool allows) override;
-    std::int64_t activityType() const override { return capabilities().activityType; }
+    CLActivityType activityType() const override { return capabilities().activityType; }
     void startMonitoringSignificantLocationChanges() override;
     void stopMonitoringSignificantLocationChanges() override;
     /// Confirmed to the delegate.

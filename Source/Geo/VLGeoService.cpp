@@ -146,11 +146,11 @@ void VLGeoService::logLocation(const CLLocation& location) const {
 
 const char* VLGeoService::activity() const {
     switch (locationManager_->activityType()) {
-        case 2:
+        case CLActivityType::AutomotiveNavigation:
             return "Automotive";
-        case 3:
+        case CLActivityType::Fitness:
             return "Pedestrian";
-        case 4:
+        case CLActivityType::OtherNavigation:
             return "Boat/Train/Plane???";
         default:
             return "Other/Unknown?";

@@ -11,7 +11,7 @@ namespace vorlane {
 
 namespace {
 
-std::string textOf(std::optional<std::uint16_t> number) { return number ? fmt::format("{}", *number) : "(null)"; }
+std::string stringOrNull(std::optional<std::uint16_t> number) { return number ? fmt::format("{}", *number) : "(null)"; }
 
 }  // namespace
 
@@ -19,14 +19,14 @@ CLBeaconRegion::CLBeaconRegion(const std::string& proximityUUID, std::string ide
                                std::optional<std::uint16_t> major, std::optional<std::uint16_t> minor)
     : CLRegion(std::move(identifier)), proximityUUID_(capitalised(proximityUUID)), major_(major), minor_(minor) {}
 
-bool CLBeaconRegion::isUUID(const std::string& text) {
+bool CLBeaconRegion::isUUID(const std::string& string) {
     uuid_t uuid{};
-    return text.find('\0') == std::string::npos && uuid_parse(text.c_str(), uuid) == 0;
+    return string.find('\0') == std::string::npos && uuid_parse(string.c_str(), uuid) == 0;
 }
 
 std::string CLBeaconRegion::description() const {
     return fmt::format("CLBeaconRegion (identifier:'{}', uuid:{}, major:{}, minor:{})", identifier(), proximityUUID_,
-                       textOf(major_), textOf(minor_));
+                       stringOrNull(major_), stringOrNull(minor_));
 }
 
 Dictionary CLBeaconRegion::toDictionary() const {

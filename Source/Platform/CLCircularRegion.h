@@ -12,7 +12,7 @@ namespace vorlane {
 /// A circle on the globe. Immutable.
 class VORLANE_EXPORT CLCircularRegion : public CLRegion {
 public:
-    /// `initWithCenter:radius:identifier:`; the radius in metres.
+    /// `initWithCenter:radius:identifier:` takes the radius in metres.
     CLCircularRegion(CLLocationCoordinate2D center, double radius, std::string identifier)
         : CLRegion(std::move(identifier)), center_(center), radius_(radius) {}
 

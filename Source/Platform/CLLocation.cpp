@@ -15,9 +15,9 @@ constexpr double kRadiansInDegree = 3.14159265358979323846 / 180.0;
 
 }  // namespace
 
-bool CLLocationCoordinate2DIsValid(const CLLocationCoordinate2D& place) {
-    // Written so that what is no number is not valid.
-    return std::abs(place.latitude) <= kPole && std::abs(place.longitude) <= kDateLine;
+bool CLLocationCoordinate2DIsValid(const CLLocationCoordinate2D& coordinate) {
+    // False for NaN.
+    return std::abs(coordinate.latitude) <= kPole && std::abs(coordinate.longitude) <= kDateLine;
 }
 
 double CLDistanceBetween(const CLLocationCoordinate2D& first, const CLLocationCoordinate2D& second) {
@@ -26,7 +26,7 @@ double CLDistanceBetween(const CLLocationCoordinate2D& first, const CLLocationCo
     const double a = sineOfLatitudes * sineOfLatitudes + std::cos(first.latitude * kRadiansInDegree) *
                                                              std::cos(second.latitude * kRadiansInDegree) *
                                                              sineOfLongitudes * sineOfLongitudes;
-    // Rounding may take it just past 1 for opposite points.
+    // For antipodal points, rounding can make `a` slightly greater than 1.
     const double c = 2 * std::atan2(std::sqrt(a), std::sqrt(std::max(0.0, 1 - a)));
     return c * kEarthRadiusInKilometres * kMetresInKilometre;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -12,11 +13,14 @@ namespace vorlane {
 /// `kCLLocationAccuracyBest`.
 inline constexpr double kCLLocationAccuracyBest = -1.0;
 
-/// The kinds of region that a device may be able to watch.
+/// The kinds of region that a device may be able to monitor.
 enum class CLRegionClass { CLRegion, CLCircularRegion, CLBeaconRegion };
 
-/// The platform's location manager: the device's position, the regions that it watches, and the user's permission. Any
-/// thread may call; the delegate is called on the main queue, never inside a call.
+/// What the user is doing, as far as it changes how the position is determined. Other numbers are possible.
+enum class CLActivityType : std::int64_t { Other = 1, AutomotiveNavigation = 2, Fitness = 3, OtherNavigation = 4 };
+
+/// The platform's location manager: the device's position, the monitored regions, and the user's permission. Any thread
+/// may call. The delegate is called on the main queue, never inside a call.
 class VORLANE_EXPORT CLLocationManager {
 public:
     virtual ~CLLocationManager();
@@ -27,31 +31,32 @@ public:
     virtual bool isMonitoringAvailableForClass(CLRegionClass regionClass) const = 0;
     virtual bool isRangingAvailable() const = 0;
 
-    /// Held weakly; nothing removes it.
+    /// Keeps a weak reference, which the manager never clears by itself.
     virtual void setDelegate(std::weak_ptr<CLLocationManagerDelegate> delegate) = 0;
 
-    /// Prompts the user, unless the status is already determined. The answer reaches the delegate as a changed status.
+    /// Prompts the user, unless the status is already determined. The delegate receives the answer as a changed status.
     virtual void requestAlwaysAuthorization() = 0;
     virtual void requestWhenInUseAuthorization() = 0;
 
-    /// Metres; `kCLLocationAccuracyBest` for the best there is.
+    /// Metres, or `kCLLocationAccuracyBest`.
     virtual void setDesiredAccuracy(double metres) = 0;
     virtual void setAllowsBackgroundLocationUpdates(bool allows) = 0;
-    /// 1 other, 2 automotive navigation, 3 fitness, 4 other navigation.
-    virtual std::int64_t activityType() const = 0;
+    virtual CLActivityType activityType() const = 0;
 
     virtual void startMonitoringSignificantLocationChanges() = 0;
     virtual void stopMonitoringSignificantLocationChanges() = 0;
 
-    /// Watches the region, also after a restart of the application, until told to stop. One with an identifier that is
-    /// watched already takes the other's place.
+    /// Monitors the region until it is stopped, also after a restart of the application. Replaces a monitored region
+    /// with the same identifier.
     virtual void startMonitoringForRegion(const std::shared_ptr<CLRegion>& region) = 0;
-    /// Stops watching the region with that one's identifier.
+    /// Stops monitoring the region with the same identifier.
     virtual void stopMonitoringForRegion(const std::shared_ptr<CLRegion>& region) = 0;
     /// In no particular order.
     virtual std::vector<std::shared_ptr<CLRegion>> monitoredRegions() const = 0;
-    /// The largest radius that can be watched, in metres.
+    /// The largest radius that can be monitored, in metres.
     virtual double maximumRegionMonitoringDistance() const = 0;
+    /// The most regions of one kind that the library monitors at once. 500 unless overridden.
+    virtual std::size_t maximumMonitoredRegionCount() const;
 
     virtual void startRangingBeaconsInRegion(const std::shared_ptr<CLBeaconRegion>& region) = 0;
     virtual void stopRangingBeaconsInRegion(const std::shared_ptr<CLBeaconRegion>& region) = 0;

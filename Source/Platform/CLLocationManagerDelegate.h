@@ -18,7 +18,7 @@ class CLRegion;
 /// Whether the device is in a region.
 enum class CLRegionState : std::int64_t { Unknown = 0, Inside = 1, Outside = 2 };
 
-/// The user's answer to location: the platform's own numbers.
+/// The user's permission for location, with the platform's own numbers.
 enum class CLAuthorizationStatus : std::int32_t {
     NotDetermined = 0,
     Restricted = 1,
@@ -27,7 +27,7 @@ enum class CLAuthorizationStatus : std::int32_t {
     AuthorizedWhenInUse = 4
 };
 
-/// Told by the location manager what happens. Every operation is called on the main queue.
+/// Receives the events of a location manager. Every operation is called on the main queue.
 class VORLANE_EXPORT CLLocationManagerDelegate {
 public:
     virtual ~CLLocationManagerDelegate();

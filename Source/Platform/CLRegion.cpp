@@ -17,25 +17,25 @@ const Value* fieldOf(const Dictionary& dictionary, const char* key) {
     return found == dictionary.end() ? nullptr : &found->second;
 }
 
-std::optional<std::string> textIn(const Dictionary& dictionary, const char* key) {
+std::optional<std::string> stringIn(const Dictionary& dictionary, const char* key) {
     const auto* field = fieldOf(dictionary, key);
     return field && field->is_string() ? std::optional(field->get<std::string>()) : std::nullopt;
 }
 
-/// Nothing also for a number that is not finite.
+/// Returns `nullopt` for a number that is not finite.
 std::optional<double> numberIn(const Dictionary& dictionary, const char* key) {
     const auto* field = fieldOf(dictionary, key);
     if (!field || !field->is_number() || !std::isfinite(field->get<double>())) return std::nullopt;
     return field->get<double>();
 }
 
-/// Whether a field is what it should be: absent, or a whole number of 16 bits, which it then is.
+/// Reads an optional 16-bit integer. Returns false if the field is present and invalid.
 bool readShort(const Dictionary& dictionary, const char* key, std::optional<std::uint16_t>& number) {
     if (!fieldOf(dictionary, key)) return true;
-    const auto given = numberIn(dictionary, key);
-    if (!given || *given < 0 || *given > std::numeric_limits<std::uint16_t>::max()) return false;
-    number = static_cast<std::uint16_t>(*given);
-    return *given == *number;
+    const auto value = numberIn(dictionary, key);
+    if (!value || *value < 0 || *value > std::numeric_limits<std::uint16_t>::max()) return false;
+    number = static_cast<std::uint16_t>(*value);
+    return *value == *number;
 }
 
 std::shared_ptr<CLRegion> circularRegion(const Dictionary& dictionary, const std::string& identifier) {
@@ -49,12 +49,12 @@ std::shared_ptr<CLRegion> circularRegion(const Dictionary& dictionary, const std
 }
 
 std::shared_ptr<CLRegion> beaconRegion(const Dictionary& dictionary, const std::string& identifier) {
-    const auto text = textIn(dictionary, "uuid");
-    if (!text || !CLBeaconRegion::isUUID(*text)) return nullptr;
+    const auto uuid = stringIn(dictionary, "uuid");
+    if (!uuid || !CLBeaconRegion::isUUID(*uuid)) return nullptr;
     std::optional<std::uint16_t> major;
     std::optional<std::uint16_t> minor;
     if (!readShort(dictionary, "major", major) || !readShort(dictionary, "minor", minor)) return nullptr;
-    auto region = std::make_shared<CLBeaconRegion>(*text, identifier, major, minor);
+    auto region = std::make_shared<CLBeaconRegion>(*uuid, identifier, major, minor);
     const auto* notify = fieldOf(dictionary, "notifyEntryStateOnDisplay");
     region->setNotifyEntryStateOnDisplay(notify && notify->is_boolean() && notify->get<bool>());
     return region;
@@ -65,8 +65,8 @@ std::shared_ptr<CLRegion> beaconRegion(const Dictionary& dictionary, const std::
 CLRegion::~CLRegion() = default;
 
 std::shared_ptr<CLRegion> CLRegion::fromDictionary(const Dictionary& dictionary) {
-    const auto type = textIn(dictionary, "type");
-    const auto identifier = textIn(dictionary, "identifier");
+    const auto type = stringIn(dictionary, "type");
+    const auto identifier = stringIn(dictionary, "identifier");
     if (!type || !identifier) return nullptr;
     if (*type == "circular") return circularRegion(dictionary, *identifier);
     return *type == "beacon" ? beaconRegion(dictionary, *identifier) : nullptr;

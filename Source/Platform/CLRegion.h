@@ -9,7 +9,7 @@
 
 namespace vorlane {
 
-/// A region that the location manager can watch, told apart by its identifier.
+/// A region that a location manager can monitor. The identifier distinguishes regions.
 class VORLANE_EXPORT CLRegion {
 public:
     explicit CLRegion(std::string identifier) : identifier_(std::move(identifier)) {}
@@ -17,15 +17,15 @@ public:
 
     const std::string& identifier() const { return identifier_; }
 
-    /// As log lines show it: the class and the fields that tell it apart.
+    /// The form used in log lines: the class and the distinguishing fields.
     virtual std::string description() const = 0;
 
-    /// As a property list or a line of JSON holds it: "type" ("circular" or "beacon"), "identifier", and the fields of
-    /// that type under their names ("latitude", "longitude", "radius"; "uuid", and where given "major", "minor" and a
-    /// true "notifyEntryStateOnDisplay").
+    /// The form used in property lists and JSON: "type" ("circular" or "beacon"), "identifier", and the fields of that
+    /// type. These are "latitude", "longitude" and "radius", or "uuid" and, if set, "major", "minor" and
+    /// "notifyEntryStateOnDisplay".
     virtual Dictionary toDictionary() const = 0;
-    /// The region of such a dictionary. Null when a field is missing or of another kind, when the centre is not on the
-    /// globe, the radius not positive, or the UUID none.
+    /// Makes the region from such a dictionary. Returns null if a field is missing or of the wrong type, if the
+    /// coordinate or the UUID is invalid, or if the radius is not positive.
     static std::shared_ptr<CLRegion> fromDictionary(const Dictionary& dictionary);
 
 private:

@@ -10,28 +10,28 @@
 
 namespace vorlane {
 
-/// Where a platform's location manager gets positions and the advertisements of beacons from. It computes nothing: that
-/// the device enters or leaves a region is the manager's to find out. Any thread may call.
+/// Delivers positions and beacon advertisements to a location manager. The manager computes from them when the device
+/// enters or leaves a region. Any thread may call.
 class VORLANE_EXPORT LocationBackEnd {
 public:
-    /// Told what the back end receives, on any thread.
+    /// Receives what the back end delivers, on any thread.
     class VORLANE_EXPORT Listener {
     public:
         virtual ~Listener();
-        /// One update, oldest fix first.
+        /// Receives one update, the oldest fix first.
         virtual void positionsArrived(const std::vector<CLLocation>& positions) = 0;
         virtual void advertisementArrived(const CLBeacon& beacon) = 0;
-        /// The status is another one now.
+        /// Called after the status has changed.
         virtual void authorizationStatusChanged() = 0;
     };
 
-    /// What the manager needs at the moment; the rest may be switched off.
+    /// What the manager currently needs. The back end may turn off everything else.
     struct Needs {
         bool positions = false;
         bool advertisements = false;
-        /// Metres; `kCLLocationAccuracyBest` for the best there is.
+        /// Metres, or `kCLLocationAccuracyBest`.
         double desiredAccuracy = 0;
-        /// Also while the application is in the background.
+        /// Whether delivery continues while the application is in the background.
         bool inBackground = false;
 
         bool operator==(const Needs&) const = default;
@@ -43,13 +43,14 @@ public:
     virtual void setNeeds(const Needs& needs) = 0;
 
     virtual bool locationServicesEnabled() const = 0;
-    /// Whether the device can tell its position; whether it can hear beacons.
+    /// Whether the device can determine its position.
     virtual bool hasPositions() const = 0;
+    /// Whether the device can receive beacon advertisements.
     virtual bool hasAdvertisements() const = 0;
 
     virtual CLAuthorizationStatus authorizationStatus() const = 0;
-    /// Asks the user for this status (always, or when in use), unless the answer is known. An answer is told as a
-    /// changed status.
+    /// Asks the user for `AuthorizedAlways` or `AuthorizedWhenInUse`, unless the status is already determined. The
+    /// listener is notified of the answer as a changed status.
     virtual void requestAuthorization(CLAuthorizationStatus wanted) = 0;
 };
 

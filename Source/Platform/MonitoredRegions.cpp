@@ -39,9 +39,9 @@ void MonitoredRegions::take(const Value& root) {
     }
 }
 
-void MonitoredRegions::add(std::shared_ptr<CLRegion> region) {
+void MonitoredRegions::add(std::shared_ptr<CLRegion> region, CLRegionState state) {
     const auto identifier = region->identifier();
-    regions_[identifier] = {std::move(region), CLRegionState::Unknown};
+    regions_[identifier] = {std::move(region), state};
     write();
 }
 

@@ -25,8 +25,8 @@ public:
     explicit MonitoredRegions(std::string path);
     ~MonitoredRegions();
 
-    /// Adds the region with an unknown state, or replaces the one with its identifier.
-    void add(std::shared_ptr<CLRegion> region);
+    /// Adds the region in that state, or replaces the one with its identifier.
+    void add(std::shared_ptr<CLRegion> region, CLRegionState state = CLRegionState::Unknown);
     /// Returns false if no region has the identifier.
     bool remove(const std::string& identifier);
 

@@ -230,7 +230,7 @@ TEST_F(VLGeoServiceRefreshTest, TheActivityIsLoggedInWords) {
         {0, "Other/Unknown?"}, {1, "Other/Unknown?"},      {2, "Automotive"},
         {3, "Pedestrian"},     {4, "Boat/Train/Plane???"}, {5, "Other/Unknown?"}};
     for (const auto& [type, word] : activities) {
-        manager().setCapabilities({.activityType = type});
+        manager().setCapabilities({.activityType = static_cast<CLActivityType>(type)});
         log().clear();
         geo->didUpdateLocations({at(kOslo)});
         EXPECT_EQ(logged("Activity:" + word), 1) << type;

@@ -28,7 +28,7 @@ Dictionary without(Dictionary dictionary, const std::string& key) {
     return dictionary;
 }
 
-TEST(CLRegionTest, ACircleIsReadBackAsItWasWritten) {
+TEST(CLRegionTest, CircleSurvivesARoundTrip) {
     const auto region = std::dynamic_pointer_cast<CLCircularRegion>(CLRegion::fromDictionary(circle()));
     ASSERT_TRUE(region);
     EXPECT_EQ(region->identifier(), "7");
@@ -39,7 +39,7 @@ TEST(CLRegionTest, ACircleIsReadBackAsItWasWritten) {
               "CLCircularRegion (identifier:'7', center:<+59.90000000,+10.75000000>, radius:100.00m)");
 }
 
-TEST(CLRegionTest, ABeaconRegionIsReadBackAsItWasWritten) {
+TEST(CLRegionTest, BeaconRegionSurvivesARoundTrip) {
     auto narrow = changed(changed(beacons(), "major", 0), "minor", 65535);
     narrow["notifyEntryStateOnDisplay"] = true;
     const auto region = std::dynamic_pointer_cast<CLBeaconRegion>(CLRegion::fromDictionary(narrow));
@@ -53,7 +53,7 @@ TEST(CLRegionTest, ABeaconRegionIsReadBackAsItWasWritten) {
               "CLBeaconRegion (identifier:'shop', uuid:" + kRegionUUID + ", major:0, minor:65535)");
 }
 
-TEST(CLRegionTest, ABeaconRegionOfAnyMajorAndMinorSaysSo) {
+TEST(CLRegionTest, BeaconRegionDescribesAnyMajorAndMinor) {
     const auto region = std::dynamic_pointer_cast<CLBeaconRegion>(CLRegion::fromDictionary(beacons()));
     ASSERT_TRUE(region);
     EXPECT_EQ(region->major(), std::nullopt);
@@ -64,7 +64,7 @@ TEST(CLRegionTest, ABeaconRegionOfAnyMajorAndMinorSaysSo) {
               "CLBeaconRegion (identifier:'shop', uuid:" + kRegionUUID + ", major:(null), minor:(null))");
 }
 
-TEST(CLRegionTest, AUUIDIsKeptInCapitals) {
+TEST(CLRegionTest, UUIDIsStoredInCapitals) {
     auto small = kRegionUUID;
     for (auto& letter : small) letter = static_cast<char>(std::tolower(letter));
     const auto region = CLRegion::fromDictionary(changed(beacons(), "uuid", small));
@@ -72,7 +72,7 @@ TEST(CLRegionTest, AUUIDIsKeptInCapitals) {
     EXPECT_EQ(region->toDictionary(), beacons());
 }
 
-TEST(CLRegionTest, ARegionWithAFieldMissingOrOfAnotherKindIsNone) {
+TEST(CLRegionTest, MissingOrMistypedFieldIsRefused) {
     for (const auto* key : {"type", "identifier", "latitude", "longitude", "radius"}) {
         EXPECT_FALSE(CLRegion::fromDictionary(without(circle(), key))) << key;
         for (const auto& value : {Value(), Value(true), Value(Array{}), Value(Dictionary{})}) {
@@ -87,7 +87,7 @@ TEST(CLRegionTest, ARegionWithAFieldMissingOrOfAnotherKindIsNone) {
     EXPECT_FALSE(CLRegion::fromDictionary({}));
 }
 
-TEST(CLRegionTest, ACircleThatIsNotOnTheGlobeIsNone) {
+TEST(CLRegionTest, InvalidCircleIsRefused) {
     constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
     constexpr double kInfinity = std::numeric_limits<double>::infinity();
     for (const double latitude : {90.0, -90.0}) {
@@ -108,7 +108,7 @@ TEST(CLRegionTest, ACircleThatIsNotOnTheGlobeIsNone) {
     }
 }
 
-TEST(CLRegionTest, ABeaconRegionWhoseNumbersAreNoneIsNone) {
+TEST(CLRegionTest, InvalidMajorOrMinorIsRefused) {
     for (const auto* key : {"major", "minor"}) {
         for (const auto& value : {Value(-1), Value(65536), Value(1.5), Value("1"), Value()}) {
             EXPECT_FALSE(CLRegion::fromDictionary(changed(beacons(), key, value))) << key << value;

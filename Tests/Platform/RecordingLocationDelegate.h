@@ -10,7 +10,7 @@
 
 namespace vorlane {
 
-/// A delegate that writes down what it is told, in a word or two. Main queue only.
+/// A delegate that records its calls as short strings. Main queue only.
 class RecordingLocationDelegate : public CLLocationManagerDelegate {
 public:
     const std::vector<std::string>& calls() const { return calls_; }

@@ -38,7 +38,7 @@ TEST_F(SimulatedLocationManagerTest, ThePhoneCanDoEverythingAndNothingIsDetermin
     }
     EXPECT_TRUE(manager.isRangingAvailable());
     EXPECT_EQ(manager.maximumRegionMonitoringDistance(), 1'000'000);
-    EXPECT_EQ(manager.activityType(), 1);
+    EXPECT_EQ(manager.activityType(), CLActivityType::Other);
     EXPECT_EQ(manager.authorizationStatus(), CLAuthorizationStatus::NotDetermined);
     EXPECT_EQ(manager.desiredAccuracy(), std::nullopt);
     EXPECT_EQ(phone().application()->backgroundTimeRemaining(), 180);
@@ -46,14 +46,14 @@ TEST_F(SimulatedLocationManagerTest, ThePhoneCanDoEverythingAndNothingIsDetermin
 }
 
 TEST_F(SimulatedLocationManagerTest, CapabilitiesAreReportedAsTheyAreSet) {
-    manager.setCapabilities({false, false, true, false, 500, 3});
+    manager.setCapabilities({false, false, true, false, 500, CLActivityType::Fitness});
     EXPECT_FALSE(manager.locationServicesEnabled());
     EXPECT_FALSE(manager.isMonitoringAvailableForClass(CLRegionClass::CLRegion));
     EXPECT_FALSE(manager.isMonitoringAvailableForClass(CLRegionClass::CLCircularRegion));
     EXPECT_TRUE(manager.isMonitoringAvailableForClass(CLRegionClass::CLBeaconRegion));
     EXPECT_FALSE(manager.isRangingAvailable());
     EXPECT_EQ(manager.maximumRegionMonitoringDistance(), 500);
-    EXPECT_EQ(manager.activityType(), 3);
+    EXPECT_EQ(manager.activityType(), CLActivityType::Fitness);
     manager.setCapabilities({.beaconMonitoring = false});
     EXPECT_FALSE(manager.isMonitoringAvailableForClass(CLRegionClass::CLBeaconRegion));
 }

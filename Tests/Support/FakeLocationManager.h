@@ -35,7 +35,7 @@ public:
     void setDelegate(std::weak_ptr<CLLocationManagerDelegate> /*delegate*/) override {}
     void setDesiredAccuracy(double /*metres*/) override {}
     void setAllowsBackgroundLocationUpdates(bool /*allows*/) override {}
-    std::int64_t activityType() const override { return 1; }
+    CLActivityType activityType() const override { return CLActivityType::Other; }
     void startMonitoringSignificantLocationChanges() override {}
     void stopMonitoringSignificantLocationChanges() override {}
     void startMonitoringForRegion(const std::shared_ptr<CLRegion>& /*region*/) override {}

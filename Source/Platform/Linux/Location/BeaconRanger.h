@@ -11,25 +11,25 @@
 
 namespace vorlane {
 
-/// Tells for each region that is ranged which of its beacons were heard lately. Its owner guards it.
+/// Reports for each ranged region which of its beacons were heard recently. Guarded by its owner.
 class BeaconRanger {
 public:
-    /// How long a beacon is told after it was heard, in seconds.
+    /// How long a beacon is reported after it was heard, in seconds.
     static constexpr double kMemory = 5;
 
     struct Result {
         std::shared_ptr<CLBeaconRegion> region;
-        /// The nearest first; those whose distance is not known last.
+        /// Sorted by distance. Beacons of unknown distance are last.
         std::vector<CLBeacon> beacons;
     };
 
-    /// Ranges the region, in the place of one with its identifier.
+    /// Ranges the region. Replaces a region with the same identifier.
     void start(const std::shared_ptr<CLBeaconRegion>& region);
     void stop(const std::string& identifier);
     bool isNeeded() const { return !regions_.empty(); }
 
     void advertisementArrived(const CLBeacon& beacon, double now);
-    /// One result for each region, also without any beacon.
+    /// Returns one result for each region, including regions without beacons.
     std::vector<Result> results(double now);
 
 private:

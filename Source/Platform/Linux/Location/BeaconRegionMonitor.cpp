@@ -32,7 +32,7 @@ RegionMonitor::Changes BeaconRegionMonitor::advertisementArrived(const CLBeacon&
 RegionMonitor::Changes BeaconRegionMonitor::timePassed(double now) {
     Changes changes;
     for (auto& [identifier, watched] : regions_) {
-        // A clock that was set back must not make the silence longer.
+        // A clock that is set back must not prolong the silence.
         watched.lastHeard = std::min(watched.lastHeard, now);
         if (watched.state != CLRegionState::Inside || now - watched.lastHeard <= kLongestSilence) continue;
         watched.state = CLRegionState::Outside;

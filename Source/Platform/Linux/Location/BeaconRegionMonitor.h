@@ -10,11 +10,11 @@ namespace vorlane {
 /// Whether a beacon belongs to the region.
 bool contains(const CLBeaconRegion& region, const CLBeacon& beacon);
 
-/// Watches the surroundings of beacons: the first advertisement that is heard enters a region, and half a minute
-/// without any leaves it.
+/// Watches beacon regions. The device enters a region at its first advertisement and leaves it after half a minute
+/// without any.
 class BeaconRegionMonitor : public RegionMonitor {
 public:
-    /// How long a region may be silent, in seconds, before it is left.
+    /// How long a region may be silent before the device has left it, in seconds.
     static constexpr double kLongestSilence = 30;
 
     void watch(const std::shared_ptr<CLRegion>& region, CLRegionState state, double now) override;
@@ -23,7 +23,7 @@ public:
     Changes advertisementArrived(const CLBeacon& beacon, double now) override;
     Changes timePassed(double now) override;
 
-    /// Whether time that passes may change anything.
+    /// Whether the device is in any region, so that passing time matters.
     bool isInsideAny() const;
 
 private:

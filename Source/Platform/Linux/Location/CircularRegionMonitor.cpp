@@ -16,21 +16,29 @@ void CircularRegionMonitor::forget(const std::string& identifier) { circles_.era
 
 RegionMonitor::Changes CircularRegionMonitor::positionArrived(const CLLocation& position) {
     Changes changes;
-    const bool isValid = std::isfinite(position.horizontalAccuracy) && position.horizontalAccuracy >= 0;
-    if (!isValid || !CLLocationCoordinate2DIsValid(position.coordinate)) return changes;
+    const bool isAccurate = std::isfinite(position.horizontalAccuracy) && position.horizontalAccuracy >= 0;
+    if (!isAccurate || !CLLocationCoordinate2DIsValid(position.coordinate)) return changes;
+    lastPosition_ = position;
     for (auto& [identifier, watched] : circles_) {
-        const auto state = stateAt(position, watched);
+        const auto state = stateAt(position, *watched.circle, watched.state);
         const auto before = std::exchange(watched.state, state);
         if (state != before) changes.push_back({watched.circle, state, before != CLRegionState::Unknown});
     }
     return changes;
 }
 
-CLRegionState CircularRegionMonitor::stateAt(const CLLocation& position, const Watched& watched) {
-    const double distance = CLDistanceBetween(position.coordinate, watched.circle->center());
-    double border = watched.circle->radius();
-    if (watched.state == CLRegionState::Inside) border += position.horizontalAccuracy;
-    if (watched.state == CLRegionState::Outside) border -= std::min(position.horizontalAccuracy, border / 2);
+CLRegionState CircularRegionMonitor::stateAtLastPosition(const CLRegion& region) const {
+    const auto* circle = dynamic_cast<const CLCircularRegion*>(&region);
+    if (!circle || !lastPosition_) return CLRegionState::Unknown;
+    return stateAt(*lastPosition_, *circle, CLRegionState::Unknown);
+}
+
+CLRegionState CircularRegionMonitor::stateAt(const CLLocation& position, const CLCircularRegion& circle,
+                                             CLRegionState before) {
+    double border = circle.radius();
+    if (before == CLRegionState::Inside) border += position.horizontalAccuracy;
+    if (before == CLRegionState::Outside) border -= std::min(position.horizontalAccuracy, border / 2);
+    const double distance = CLDistanceBetween(position.coordinate, circle.center());
     return distance <= border ? CLRegionState::Inside : CLRegionState::Outside;
 }
 

@@ -1,17 +1,18 @@
 #pragma once
 
 #include <map>
+#include <optional>
 
 #include "Platform/CLCircularRegion.h"
 #include "Platform/Linux/Location/RegionMonitor.h"
 
 namespace vorlane {
 
-/// Watches circles: the distance along the great circle from the centre decides.
+/// Watches circles. The great-circle distance of a fix from the centre decides.
 ///
-/// The first fix decides the state by the radius alone. From then on a fix counts only as far as its accuracy allows:
-/// entering takes a fix that is inside by its accuracy (by half the radius at most, or a small circle could not be
-/// entered at all), leaving one that is outside by its accuracy.
+/// While the state of a circle is unknown, a fix decides it by the radius alone. A crossing takes the accuracy of the
+/// fix into account: the device enters at a fix that is inside by its accuracy, and leaves at a fix that is outside by
+/// its accuracy. For an entry the accuracy counts as half the radius at most, so that small circles can be entered.
 class CircularRegionMonitor : public RegionMonitor {
 public:
     void watch(const std::shared_ptr<CLRegion>& region, CLRegionState state, double now) override;
@@ -19,15 +20,19 @@ public:
     bool isNeeded() const override { return !circles_.empty(); }
     Changes positionArrived(const CLLocation& position) override;
 
+    /// Returns the state of a circle at the last valid fix. Unknown before the first one, and for other regions.
+    CLRegionState stateAtLastPosition(const CLRegion& region) const;
+
 private:
     struct Watched {
         std::shared_ptr<CLCircularRegion> circle;
         CLRegionState state;
     };
 
-    static CLRegionState stateAt(const CLLocation& position, const Watched& watched);
+    static CLRegionState stateAt(const CLLocation& position, const CLCircularRegion& circle, CLRegionState before);
 
     std::map<std::string, Watched> circles_;
+    std::optional<CLLocation> lastPosition_;
 };
 
 }  // namespace vorlane

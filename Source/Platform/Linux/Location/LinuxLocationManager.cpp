@@ -1,5 +1,6 @@
 #include "Platform/Linux/Location/LinuxLocationManager.h"
 
+#include <cmath>
 #include <utility>
 
 #include "Platform/DispatchQueue.h"
@@ -11,7 +12,6 @@ namespace vorlane {
 namespace {
 
 constexpr double kLargestRadius = 1'000'000;
-constexpr std::int64_t kOtherActivity = 1;
 constexpr const char* kErrorDomain = "kCLErrorDomain";
 constexpr std::int64_t kRegionMonitoringFailure = 5;
 
@@ -89,7 +89,7 @@ void LinuxLocationManager::setAllowsBackgroundLocationUpdates(bool allows) {
     post([](LinuxLocationManager& self) { self.updateNeeds(); });
 }
 
-std::int64_t LinuxLocationManager::activityType() const { return kOtherActivity; }
+CLActivityType LinuxLocationManager::activityType() const { return CLActivityType::Other; }
 
 void LinuxLocationManager::startMonitoringSignificantLocationChanges() {
     {
@@ -110,20 +110,29 @@ void LinuxLocationManager::stopMonitoringSignificantLocationChanges() {
 void LinuxLocationManager::startMonitoringForRegion(const std::shared_ptr<CLRegion>& region) {
     {
         const std::lock_guard lock(mutex_);
-        monitoredRegions_.add(region);
-        circles_.watch(region, CLRegionState::Unknown, parts_.clock->now());
-        beacons_.watch(region, CLRegionState::Unknown, parts_.clock->now());
+        const auto state = stateAtStartOf(*region);
+        monitoredRegions_.add(region, state);
+        circles_.watch(region, state, parts_.clock->now());
+        beacons_.watch(region, state, parts_.clock->now());
     }
     post([region](LinuxLocationManager& self) {
         self.updateNeeds();
         const bool isBeaconRegion = std::dynamic_pointer_cast<CLBeaconRegion>(region) != nullptr;
         const auto kind = isBeaconRegion ? CLRegionClass::CLBeaconRegion : CLRegionClass::CLRegion;
         const bool isAvailable = self.isMonitoringAvailableForClass(kind);
-        self.tell([&](CLLocationManagerDelegate& delegate) {
+        self.notify([&](CLLocationManagerDelegate& delegate) {
             if (isAvailable) return delegate.didStartMonitoringForRegion(self, region);
             delegate.monitoringDidFailForRegion(self, region, monitoringFailure());
         });
     });
+}
+
+/// With the lock held.
+CLRegionState LinuxLocationManager::stateAtStartOf(const CLRegion& region) const {
+    const auto monitored = monitoredRegions_.find(region.identifier());
+    const bool isSame = monitored && monitored->toDictionary() == region.toDictionary();
+    const auto state = isSame ? monitoredRegions_.stateOf(region.identifier()) : CLRegionState::Unknown;
+    return state == CLRegionState::Unknown ? circles_.stateAtLastPosition(region) : state;
 }
 
 void LinuxLocationManager::stopMonitoringForRegion(const std::shared_ptr<CLRegion>& region) {
@@ -150,7 +159,7 @@ void LinuxLocationManager::startRangingBeaconsInRegion(const std::shared_ptr<CLB
     }
     post([](LinuxLocationManager& self) {
         self.updateNeeds();
-        self.waitForTick();
+        self.scheduleTick();
     });
 }
 
@@ -176,12 +185,13 @@ void LinuxLocationManager::takePositions(const std::vector<CLLocation>& position
             const auto more = circles_.positionArrived(position);
             changes.insert(changes.end(), more.begin(), more.end());
         }
-        keep(changes);
+        store(changes);
     }
     if (!significant.empty()) {
-        tell([&](CLLocationManagerDelegate& delegate) { delegate.didUpdateLocations(*this, significant); });
+        notify([&](CLLocationManagerDelegate& delegate) { delegate.didUpdateLocations(*this, significant); });
     }
-    tellOf(changes);
+    notifyOf(changes);
+    scheduleTick();
 }
 
 /// With the lock held.
@@ -197,15 +207,15 @@ std::vector<CLLocation> LinuxLocationManager::significantAmong(const std::vector
     return significant;
 }
 
-/// With the lock held, before anyone is told: killed from here on, the next process tells nothing twice.
-void LinuxLocationManager::keep(const RegionMonitor::Changes& changes) {
+/// With the lock held, before the delegate is notified: after a kill the next process reports no crossing twice.
+void LinuxLocationManager::store(const RegionMonitor::Changes& changes) {
     for (const auto& change : changes) monitoredRegions_.setState(change.region->identifier(), change.state);
 }
 
-void LinuxLocationManager::tellOf(const RegionMonitor::Changes& changes) {
+void LinuxLocationManager::notifyOf(const RegionMonitor::Changes& changes) {
     for (const auto& change : changes) {
         if (!change.isCrossing) continue;
-        tell([&](CLLocationManagerDelegate& delegate) {
+        notify([&](CLLocationManagerDelegate& delegate) {
             if (change.state == CLRegionState::Inside) delegate.didEnterRegion(*this, change.region);
             if (change.state == CLRegionState::Outside) delegate.didExitRegion(*this, change.region);
             delegate.didDetermineState(*this, change.state, change.region);
@@ -223,16 +233,16 @@ void LinuxLocationManager::takeAdvertisement(const CLBeacon& beacon) {
         const std::lock_guard lock(mutex_);
         ranger_.advertisementArrived(beacon, parts_.clock->now());
         changes = beacons_.advertisementArrived(beacon, parts_.clock->now());
-        keep(changes);
+        store(changes);
     }
-    waitForTick();
-    tellOf(changes);
+    scheduleTick();
+    notifyOf(changes);
 }
 
 void LinuxLocationManager::authorizationStatusChanged() {
     post([](LinuxLocationManager& self) {
         const auto status = self.authorizationStatus();
-        self.tell([&](CLLocationManagerDelegate& delegate) { delegate.didChangeAuthorizationStatus(self, status); });
+        self.notify([&](CLLocationManagerDelegate& delegate) { delegate.didChangeAuthorizationStatus(self, status); });
     });
 }
 
@@ -245,21 +255,28 @@ void LinuxLocationManager::updateNeeds() {
         needs.desiredAccuracy = desiredAccuracy_;
         needs.inBackground = allowsBackgroundLocationUpdates_;
     }
-    waitForTick();
+    scheduleTick();
     if (!parts_.backEnd || std::exchange(needs_, needs) == needs) return;
     parts_.backEnd->setNeeds(needs);
 }
 
-void LinuxLocationManager::waitForTick() {
+void LinuxLocationManager::scheduleTick() {
     {
         const std::lock_guard lock(mutex_);
         if (!ranger_.isNeeded() && !beacons_.isInsideAny()) return;
     }
     const auto queue = parts_.mainQueue.lock();
-    if (!queue || !parts_.backEnd || std::exchange(isTickDue_, true)) return;
-    queue->postAfter(kTick, [weakSelf = weak_from_this()] {
-        if (const auto self = weakSelf.lock()) self->tick();
+    if (!queue || !parts_.backEnd || isTickScheduled()) return;
+    tickTime_ = parts_.clock->now() + kTick;
+    queue->postAfter(kTick, [weakSelf = weak_from_this(), number = ++tickNumber_] {
+        const auto self = weakSelf.lock();
+        if (self && self->tickNumber_ == number) self->tick();
     });
+}
+
+/// False also for an overdue tick: a queue without a free file descriptor drops its timers.
+bool LinuxLocationManager::isTickScheduled() const {
+    return tickTime_ && std::abs(*tickTime_ - parts_.clock->now()) <= 1.5 * kTick;
 }
 
 void LinuxLocationManager::tick() {
@@ -269,16 +286,16 @@ void LinuxLocationManager::tick() {
         const std::lock_guard lock(mutex_);
         results = ranger_.results(parts_.clock->now());
         changes = beacons_.timePassed(parts_.clock->now());
-        keep(changes);
+        store(changes);
     }
-    isTickDue_ = false;
-    waitForTick();
+    tickTime_.reset();
+    scheduleTick();
     for (const auto& result : results) {
-        tell([&](CLLocationManagerDelegate& delegate) {
+        notify([&](CLLocationManagerDelegate& delegate) {
             delegate.didRangeBeacons(*this, result.beacons, result.region);
         });
     }
-    tellOf(changes);
+    notifyOf(changes);
 }
 
 void LinuxLocationManager::post(std::function<void(LinuxLocationManager& self)> task) {
@@ -290,7 +307,7 @@ void LinuxLocationManager::post(std::function<void(LinuxLocationManager& self)> 
 }
 
 /// On the main queue, with no lock held.
-void LinuxLocationManager::tell(const Call& call) {
+void LinuxLocationManager::notify(const Call& call) {
     std::shared_ptr<CLLocationManagerDelegate> delegate;
     {
         const std::lock_guard lock(mutex_);

@@ -20,16 +20,19 @@ namespace vorlane {
 
 class DispatchQueue;
 
-/// The location manager over a back end that delivers positions and advertisements: finds out by itself what happens to
-/// the monitored regions, and keeps them with their states across restarts, so that what happened while no process ran
-/// is told by the first fix after it. Without a back end nobody can be asked and nothing is determined.
+/// The location manager on a back end that delivers positions and advertisements. It computes the crossings of the
+/// monitored regions, and stores the regions with their states. After a restart, the first fix therefore reports a
+/// crossing that happened while no process was running. Without a back end the authorization stays not determined.
+///
+/// Monitoring of a circle starts in the state of the last valid fix, or in an unknown state before the first one. A
+/// region that is started again unchanged keeps its state.
 class LinuxLocationManager : public CLLocationManager,
                              public LocationBackEnd::Listener,
                              public std::enable_shared_from_this<LinuxLocationManager> {
 public:
-    /// How far the device moves, in metres, before a significant change is told.
+    /// The distance of a significant change, in metres.
     static constexpr double kSignificantDistance = 500;
-    /// How often ranging is told, and silence looked for, in seconds.
+    /// The interval of ranging results and of checks for silent regions, in seconds.
     static constexpr TimeInterval kTick = 1;
 
     struct Parts {
@@ -41,7 +44,7 @@ public:
         std::string regionsPath;
     };
 
-    /// Watches the regions of the file from now on.
+    /// Monitors the regions of the file.
     static std::shared_ptr<LinuxLocationManager> managerWith(Parts parts);
 
     bool locationServicesEnabled() const override;
@@ -53,10 +56,10 @@ public:
     void requestWhenInUseAuthorization() override;
     void setDesiredAccuracy(double metres) override;
     void setAllowsBackgroundLocationUpdates(bool allows) override;
-    std::int64_t activityType() const override;
+    CLActivityType activityType() const override;
     void startMonitoringSignificantLocationChanges() override;
     void stopMonitoringSignificantLocationChanges() override;
-    /// Confirmed to the delegate. A region of a kind that the back end cannot monitor is kept all the same, and told as
+    /// Confirms to the delegate. A region of a kind that the back end cannot monitor is stored too, and reported as
     /// failed.
     void startMonitoringForRegion(const std::shared_ptr<CLRegion>& region) override;
     void stopMonitoringForRegion(const std::shared_ptr<CLRegion>& region) override;
@@ -77,21 +80,24 @@ private:
     void start();
     void request(CLAuthorizationStatus wanted);
     void post(std::function<void(LinuxLocationManager& self)> task);
-    void tell(const Call& call);
-    void tellOf(const RegionMonitor::Changes& changes);
-    void keep(const RegionMonitor::Changes& changes);
+    CLRegionState stateAtStartOf(const CLRegion& region) const;
+    void notify(const Call& call);
+    void notifyOf(const RegionMonitor::Changes& changes);
+    void store(const RegionMonitor::Changes& changes);
     void takePositions(const std::vector<CLLocation>& positions);
     std::vector<CLLocation> significantAmong(const std::vector<CLLocation>& positions);
     void takeAdvertisement(const CLBeacon& beacon);
     void updateNeeds();
-    void waitForTick();
+    void scheduleTick();
+    bool isTickScheduled() const;
     void tick();
 
     // Fixed at construction.
     const Parts parts_;
-    // Main queue only: what the back end was told last, and whether a tick is under way.
+    // Main queue only: the needs last passed to the back end, and the time and the number of the scheduled tick.
     LocationBackEnd::Needs needs_;
-    bool isTickDue_ = false;
+    std::optional<double> tickTime_;
+    std::uint64_t tickNumber_ = 0;
 
     mutable std::mutex mutex_;
     // Guarded by mutex_.
@@ -103,7 +109,7 @@ private:
     double desiredAccuracy_ = 0;
     bool allowsBackgroundLocationUpdates_ = false;
     bool isMonitoringSignificantLocationChanges_ = false;
-    // The position that was told last as a significant change.
+    // The position last reported as a significant change.
     std::optional<CLLocationCoordinate2D> lastPlace_;
 };
 

@@ -11,15 +11,15 @@
 
 namespace vorlane {
 
-/// Finds out from what a back end receives which of the watched regions the device is in. Each kind of region has a
-/// monitor of its own, which ignores the others. Its owner guards it; times are in seconds since 1970.
+/// Determines from the data of a back end which of the watched regions the device is in. Each kind of region has its
+/// own monitor, which ignores the other kinds. Guarded by its owner. Times are in seconds since 1970.
 class RegionMonitor {
 public:
-    /// A state that is now another one.
+    /// A change of a region's state.
     struct Change {
         std::shared_ptr<CLRegion> region;
         CLRegionState state;
-        /// The device entered or left the region; false when its state was not known before.
+        /// Whether the device entered or left the region. False if its state was unknown before.
         bool isCrossing;
 
         bool operator==(const Change&) const = default;
@@ -28,16 +28,16 @@ public:
 
     virtual ~RegionMonitor() = default;
 
-    /// Watches the region, in the place of one with its identifier, from the state that it was known to be in last.
+    /// Watches the region, starting from its last known state. Replaces a region with the same identifier.
     virtual void watch(const std::shared_ptr<CLRegion>& region, CLRegionState state, double now) = 0;
     virtual void forget(const std::string& identifier) = 0;
-    /// Whether it watches any region.
+    /// Whether any region is watched.
     virtual bool isNeeded() const = 0;
 
-    /// One fix of the position. One that is not valid is ignored.
+    /// Handles one fix. An invalid fix is ignored.
     virtual Changes positionArrived(const CLLocation& /*position*/) { return {}; }
     virtual Changes advertisementArrived(const CLBeacon& /*beacon*/, double /*now*/) { return {}; }
-    /// To be called about once a second.
+    /// Called about once a second.
     virtual Changes timePassed(double /*now*/) { return {}; }
 };
 

@@ -27,7 +27,7 @@ protected:
     BeaconRanger ranger;
 };
 
-TEST_F(BeaconRegionMonitorTest, ABeaconBelongsToTheRegionsThatItsNumbersFit) {
+TEST_F(BeaconRegionMonitorTest, MatchesBeaconsByUUIDMajorAndMinor) {
     const CLBeaconRegion major(kUUID, "major", 1);
     EXPECT_TRUE(contains(*any, beacon(5, 6)));
     EXPECT_TRUE(contains(major, beacon(1, 6)));
@@ -37,7 +37,7 @@ TEST_F(BeaconRegionMonitorTest, ABeaconBelongsToTheRegionsThatItsNumbersFit) {
     EXPECT_FALSE(contains(*any, beacon(1, 2, 1, kOtherUUID)));
 }
 
-TEST_F(BeaconRegionMonitorTest, TheFirstAdvertisementEnters) {
+TEST_F(BeaconRegionMonitorTest, EntersAtTheFirstAdvertisement) {
     monitor.watch(any, State::Unknown, 0);
     monitor.watch(one, State::Outside, 0);
     EXPECT_FALSE(monitor.isInsideAny());
@@ -47,7 +47,7 @@ TEST_F(BeaconRegionMonitorTest, TheFirstAdvertisementEnters) {
     EXPECT_TRUE(monitor.isInsideAny());
 }
 
-TEST_F(BeaconRegionMonitorTest, HalfAMinuteOfSilenceLeaves) {
+TEST_F(BeaconRegionMonitorTest, LeavesAfter30SecondsOfSilence) {
     monitor.watch(any, State::Unknown, 0);
     monitor.advertisementArrived(beacon(1, 2), 10);
     EXPECT_EQ(monitor.timePassed(40), Changes{});
@@ -56,19 +56,19 @@ TEST_F(BeaconRegionMonitorTest, HalfAMinuteOfSilenceLeaves) {
     EXPECT_EQ(monitor.advertisementArrived(beacon(1, 2), 1001), (Changes{{any, State::Inside, true}}));
 }
 
-TEST_F(BeaconRegionMonitorTest, ARegionThatWasInsideBeforeARestartIsLeftHalfAMinuteAfterIt) {
+TEST_F(BeaconRegionMonitorTest, StoredInsideIsLeft30SecondsAfterARestart) {
     monitor.watch(any, State::Inside, 100);
     EXPECT_EQ(monitor.timePassed(130), Changes{});
     EXPECT_EQ(monitor.timePassed(131), (Changes{{any, State::Outside, true}}));
 }
 
-TEST_F(BeaconRegionMonitorTest, AClockThatWasSetBackDoesNotMakeTheSilenceLonger) {
+TEST_F(BeaconRegionMonitorTest, ClockSetBackDoesNotProlongSilence) {
     monitor.watch(any, State::Inside, 100'000);
     EXPECT_EQ(monitor.timePassed(0), Changes{});
     EXPECT_EQ(monitor.timePassed(31), (Changes{{any, State::Outside, true}}));
 }
 
-TEST_F(BeaconRegionMonitorTest, WhatIsForgottenOrNoBeaconRegionIsNotWatched) {
+TEST_F(BeaconRegionMonitorTest, ForgottenAndOtherRegionsAreNotWatched) {
     monitor.watch(any, State::Inside, 0);
     EXPECT_TRUE(monitor.isNeeded());
     monitor.forget("any");
@@ -79,7 +79,7 @@ TEST_F(BeaconRegionMonitorTest, WhatIsForgottenOrNoBeaconRegionIsNotWatched) {
     EXPECT_EQ(monitor.positionArrived({}), Changes{});
 }
 
-TEST_F(BeaconRegionMonitorTest, RangingTellsTheBeaconsOfEachRegionTheNearestFirst) {
+TEST_F(BeaconRegionMonitorTest, RangingSortsBeaconsByDistance) {
     ranger.start(any);
     ranger.start(one);
     for (const auto& heard : {beacon(1, 1, 5), beacon(1, 2, -1), beacon(1, 3, 2), beacon(1, 4, 1, kOtherUUID)}) {
@@ -93,7 +93,7 @@ TEST_F(BeaconRegionMonitorTest, RangingTellsTheBeaconsOfEachRegionTheNearestFirs
     EXPECT_EQ(results[1].beacons, (std::vector<CLBeacon>{beacon(1, 2, -1)}));
 }
 
-TEST_F(BeaconRegionMonitorTest, RangingForgetsABeaconThatIsSilentAndTellsTheNewestOfEach) {
+TEST_F(BeaconRegionMonitorTest, RangingDropsSilentBeacons) {
     ranger.start(any);
     ranger.advertisementArrived(beacon(1, 1, 5), 10);
     ranger.advertisementArrived(beacon(1, 1, 4), 12);
@@ -101,7 +101,7 @@ TEST_F(BeaconRegionMonitorTest, RangingForgetsABeaconThatIsSilentAndTellsTheNewe
     EXPECT_TRUE(ranger.results(17.5)[0].beacons.empty());
 }
 
-TEST_F(BeaconRegionMonitorTest, WhatIsNotRangedIsNotToldNorKept) {
+TEST_F(BeaconRegionMonitorTest, BeaconsHeardBeforeRangingAreDropped) {
     ranger.advertisementArrived(beacon(1, 1), 10);
     ranger.start(any);
     EXPECT_TRUE(ranger.results(10)[0].beacons.empty());

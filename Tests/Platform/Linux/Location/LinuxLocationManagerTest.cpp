@@ -7,6 +7,7 @@
 #include "Platform/CLCircularRegion.h"
 #include "Platform/Linux/LinuxPlatform.h"
 #include "Platform/NSFileManager.h"
+#include "Tests/Platform/Linux/Location/HandDrivenBackEnd.h"
 #include "Tests/Platform/Linux/Location/TestPlaces.h"
 #include "Tests/Platform/Linux/Loop/ClockedQueue.h"
 #include "Tests/Platform/RecordingLocationDelegate.h"
@@ -18,32 +19,11 @@ namespace {
 
 using Calls = std::vector<std::string>;
 
-/// A back end in a test's hands.
-class HandDrivenBackEnd : public LocationBackEnd {
-public:
-    void setListener(std::weak_ptr<Listener> newListener) override { listener = std::move(newListener); }
-    void setNeeds(const Needs& newNeeds) override { needs.push_back(newNeeds); }
-    bool locationServicesEnabled() const override { return true; }
-    bool hasPositions() const override { return canLocate; }
-    bool hasAdvertisements() const override { return canHear; }
-    CLAuthorizationStatus authorizationStatus() const override { return status; }
-    void requestAuthorization(CLAuthorizationStatus wanted) override {
-        status = wanted;
-        listener.lock()->authorizationStatusChanged();
-    }
-
-    std::weak_ptr<Listener> listener;
-    std::vector<Needs> needs;
-    bool canLocate = true;
-    bool canHear = true;
-    CLAuthorizationStatus status = CLAuthorizationStatus::NotDetermined;
-};
-
 class LinuxLocationManagerTest : public TemporaryFolderTest {
 protected:
     LinuxLocationManagerTest() { start(); }
 
-    /// A process: what an earlier one had in memory is gone.
+    /// Starts a process. Only the file remains of the previous one.
     void start() {
         queue = std::make_shared<ClockedQueue>(clock);
         backEnd = std::make_shared<HandDrivenBackEnd>();
@@ -53,8 +33,8 @@ protected:
         queue->advance(0);
     }
 
-    /// What the delegate was told since the last time.
-    Calls told() {
+    /// Returns the calls to the delegate since the last time.
+    Calls delivered() {
         queue->advance(0);
         auto calls = delegate->calls();
         delegate->clear();
@@ -66,15 +46,15 @@ protected:
     }
     Calls move(double metres, double accuracy = 10) {
         backEnd->listener.lock()->positionsArrived({fix(metres, accuracy)});
-        return told();
+        return delivered();
     }
     Calls hear(const CLBeacon& beacon) {
         backEnd->listener.lock()->advertisementArrived(beacon);
-        return told();
+        return delivered();
     }
     void monitor(const std::shared_ptr<CLRegion>& region) {
         manager->startMonitoringForRegion(region);
-        EXPECT_EQ(told(), Calls{"started " + region->identifier()});
+        EXPECT_EQ(delivered(), Calls{"started " + region->identifier()});
     }
 
     std::shared_ptr<SetClock> clock = std::make_shared<SetClock>();
@@ -86,7 +66,7 @@ protected:
     std::shared_ptr<CLBeaconRegion> shop = std::make_shared<CLBeaconRegion>(kUUID, "shop");
 };
 
-TEST_F(LinuxLocationManagerTest, CrossingsAreToldOnceTheFirstFixHasDecidedTheState) {
+TEST_F(LinuxLocationManagerTest, ReportsCrossingsAfterTheFirstFix) {
     monitor(circle);
     EXPECT_EQ(move(50), Calls{});
     EXPECT_EQ(move(200), (Calls{"exit circle", "state 2 circle"}));
@@ -94,15 +74,15 @@ TEST_F(LinuxLocationManagerTest, CrossingsAreToldOnceTheFirstFixHasDecidedTheSta
     EXPECT_EQ(move(20), (Calls{"enter circle", "state 1 circle"}));
 }
 
-TEST_F(LinuxLocationManagerTest, WhatIsToldIsNeverToldInsideACall) {
+TEST_F(LinuxLocationManagerTest, CallsTheDelegateAfterTheCallHasReturned) {
     manager->startMonitoringForRegion(circle);
     backEnd->listener.lock()->positionsArrived({fix(0), fix(500)});
     manager->requestAlwaysAuthorization();
     EXPECT_TRUE(delegate->calls().empty());
-    EXPECT_EQ(told(), (Calls{"started circle", "exit circle", "state 2 circle", "status 3"}));
+    EXPECT_EQ(delivered(), (Calls{"started circle", "exit circle", "state 2 circle", "status 3"}));
 }
 
-TEST_F(LinuxLocationManagerTest, TheStateOutlivesARestartSoThatWhatHappenedMeanwhileIsTold) {
+TEST_F(LinuxLocationManagerTest, ReportsACrossingThatHappenedBetweenProcesses) {
     monitor(circle);
     move(50);
     start();
@@ -115,14 +95,14 @@ TEST_F(LinuxLocationManagerTest, TheStateOutlivesARestartSoThatWhatHappenedMeanw
     EXPECT_EQ(move(0), (Calls{"enter circle", "state 1 circle"}));
 }
 
-TEST_F(LinuxLocationManagerTest, ARestartBeforeTheFirstFixLeavesTheStateOpen) {
+TEST_F(LinuxLocationManagerTest, StateStaysUnknownAcrossARestartBeforeTheFirstFix) {
     monitor(circle);
     start();
     EXPECT_EQ(move(500), Calls{});
     EXPECT_EQ(move(0), (Calls{"enter circle", "state 1 circle"}));
 }
 
-TEST_F(LinuxLocationManagerTest, ARegionThatIsStoppedIsToldNoMoreAlsoAfterARestart) {
+TEST_F(LinuxLocationManagerTest, StoppedRegionStaysSilentAfterARestart) {
     monitor(circle);
     move(0);
     manager->stopMonitoringForRegion(circle);
@@ -132,21 +112,74 @@ TEST_F(LinuxLocationManagerTest, ARegionThatIsStoppedIsToldNoMoreAlsoAfterAResta
     EXPECT_EQ(move(0), Calls{});
 }
 
-TEST_F(LinuxLocationManagerTest, StartingARegionAnewForgetsItsState) {
+TEST_F(LinuxLocationManagerTest, MonitoringStartsInTheStateOfTheLastFix) {
+    move(1000);
     monitor(circle);
-    move(0);
+    EXPECT_EQ(move(10), (Calls{"enter circle", "state 1 circle"}));
+    manager->stopMonitoringForRegion(circle);
     monitor(circle);
-    EXPECT_EQ(move(500), Calls{});
+    EXPECT_EQ(move(1000), (Calls{"exit circle", "state 2 circle"}));
 }
 
-TEST_F(LinuxLocationManagerTest, SignificantChangesAreToldFromTheFirstFixOn) {
+TEST_F(LinuxLocationManagerTest, InvalidFixLeavesTheStateAtTheStartUnknown) {
+    move(1000, -1);
+    monitor(circle);
+    EXPECT_EQ(move(10), Calls{});
+}
+
+TEST_F(LinuxLocationManagerTest, StoresTheStateAtTheStart) {
+    move(1000);
+    monitor(circle);
+    start();
+    EXPECT_EQ(move(10), (Calls{"enter circle", "state 1 circle"}));
+}
+
+TEST_F(LinuxLocationManagerTest, UnchangedRegionKeepsItsStateWhenStartedAgain) {
+    monitor(circle);
+    move(1000);
+    start();
+    monitor(circle);
+    EXPECT_EQ(move(10), (Calls{"enter circle", "state 1 circle"}));
+    EXPECT_EQ(move(105), Calls{});  // outside by less than the accuracy
+    monitor(circle);
+    EXPECT_EQ(move(200), (Calls{"exit circle", "state 2 circle"}));
+}
+
+TEST_F(LinuxLocationManagerTest, ChangedRegionStartsInTheStateOfTheLastFix) {
+    monitor(circle);
+    move(1000);
+    monitor(std::make_shared<CLCircularRegion>(kCentre, 2000, "circle"));
+    EXPECT_EQ(move(1000), Calls{});
+    EXPECT_EQ(move(5000), (Calls{"exit circle", "state 2 circle"}));
+}
+
+TEST_F(LinuxLocationManagerTest, BeaconRegionStartedAgainIsEnteredOnce) {
+    monitor(shop);
+    EXPECT_EQ(hear({kUUID, 1, 2, CLProximity::Near, 1.5}).size(), 2U);
+    monitor(shop);
+    EXPECT_EQ(hear({kUUID, 1, 2, CLProximity::Near, 1.5}), Calls{});
+}
+
+TEST_F(LinuxLocationManagerTest, RangingResumesAfterALostTimer) {
+    manager->startRangingBeaconsInRegion(shop);
+    queue->dropNextTimer();
+    queue->advance(3);
+    EXPECT_EQ(delivered(), Calls{});
+    hear({kUUID, 1, 2, CLProximity::Near, 1.5});
+    queue->advance(1);
+    EXPECT_EQ(delivered(), Calls{"ranged shop 1/2:2:1.5"});
+    queue->advance(3);
+    EXPECT_EQ(delivered().size(), 3U);
+}
+
+TEST_F(LinuxLocationManagerTest, ReportsSignificantChangesFromTheFirstFix) {
     EXPECT_EQ(move(0), Calls{});
     manager->startMonitoringSignificantLocationChanges();
     EXPECT_EQ(move(0, 5), (Calls{"locations 59.91,10.75,5"}));
     EXPECT_EQ(move(499), Calls{});
     EXPECT_EQ(move(501).size(), 1U);
     EXPECT_EQ(move(900), Calls{});
-    EXPECT_EQ(move(0, -1), Calls{});  // not valid
+    EXPECT_EQ(move(0, -1), Calls{});  // invalid
     EXPECT_EQ(move(0).size(), 1U);
     manager->stopMonitoringSignificantLocationChanges();
     EXPECT_EQ(move(5000), Calls{});
@@ -154,85 +187,85 @@ TEST_F(LinuxLocationManagerTest, SignificantChangesAreToldFromTheFirstFixOn) {
     EXPECT_EQ(move(5000).size(), 1U);
 }
 
-TEST_F(LinuxLocationManagerTest, BeaconRegionsAreEnteredHeardAndLeft) {
+TEST_F(LinuxLocationManagerTest, ReportsBeaconRegionEntryAndExit) {
     monitor(shop);
     EXPECT_EQ(hear({kUUID, 1, 2, CLProximity::Near, 1.5}), (Calls{"enter shop", "state 1 shop"}));
     queue->advance(29);
     EXPECT_EQ(hear({kUUID, 1, 3, CLProximity::Near, 1.5}), Calls{});
     queue->advance(30);
-    EXPECT_EQ(told(), Calls{});
+    EXPECT_EQ(delivered(), Calls{});
     queue->advance(2);
-    EXPECT_EQ(told(), (Calls{"exit shop", "state 2 shop"}));
+    EXPECT_EQ(delivered(), (Calls{"exit shop", "state 2 shop"}));
     const auto delays = queue->delays.size();
     queue->advance(100);
-    EXPECT_EQ(queue->delays.size(), delays);  // nothing ticks without need
+    EXPECT_EQ(queue->delays.size(), delays);  // no tick is scheduled
 }
 
-TEST_F(LinuxLocationManagerTest, RangingIsToldOnceASecond) {
+TEST_F(LinuxLocationManagerTest, ReportsRangingOncePerSecond) {
     manager->startRangingBeaconsInRegion(shop);
-    told();
+    delivered();
     hear({kUUID, 1, 2, CLProximity::Near, 1.5});
     hear({kUUID, 1, 3, CLProximity::Immediate, 0.5});
     queue->advance(1);
-    EXPECT_EQ(told(), Calls{"ranged shop 1/3:1:0.5 1/2:2:1.5"});
+    EXPECT_EQ(delivered(), Calls{"ranged shop 1/3:1:0.5 1/2:2:1.5"});
     queue->advance(7);
-    EXPECT_EQ(told().size(), 7U);
+    EXPECT_EQ(delivered().size(), 7U);
     queue->advance(1);
-    EXPECT_EQ(told(), Calls{"ranged shop"});
+    EXPECT_EQ(delivered(), Calls{"ranged shop"});
     manager->stopRangingBeaconsInRegion(shop);
     queue->advance(5);
-    EXPECT_EQ(told(), Calls{});
+    EXPECT_EQ(delivered(), Calls{});
 }
 
-TEST_F(LinuxLocationManagerTest, TheBackEndIsToldWhatIsNeeded) {
+TEST_F(LinuxLocationManagerTest, PassesItsNeedsToTheBackEnd) {
     EXPECT_TRUE(backEnd->needs.empty());
     manager->setDesiredAccuracy(kCLLocationAccuracyBest);
     manager->setAllowsBackgroundLocationUpdates(true);
     monitor(circle);
     manager->startRangingBeaconsInRegion(shop);
-    told();
+    delivered();
     const LocationBackEnd::Needs all{true, true, -1, true};
     ASSERT_FALSE(backEnd->needs.empty());
     EXPECT_EQ(backEnd->needs.back(), all);
     const auto count = backEnd->needs.size();
     manager->startMonitoringSignificantLocationChanges();
-    told();
-    EXPECT_EQ(backEnd->needs.size(), count);  // nothing new
+    delivered();
+    EXPECT_EQ(backEnd->needs.size(), count);  // unchanged
     manager->stopMonitoringForRegion(circle);
     manager->stopRangingBeaconsInRegion(shop);
-    told();
+    delivered();
     EXPECT_EQ(backEnd->needs.back(), (LocationBackEnd::Needs{true, false, -1, true}));
     manager->stopMonitoringSignificantLocationChanges();
-    told();
+    delivered();
     EXPECT_EQ(backEnd->needs.back(), (LocationBackEnd::Needs{false, false, -1, true}));
 }
 
-TEST_F(LinuxLocationManagerTest, AfterARestartTheBackEndIsToldWhatTheKeptRegionsNeed) {
+TEST_F(LinuxLocationManagerTest, PassesTheNeedsOfStoredRegionsAfterARestart) {
     monitor(circle);
     start();
     EXPECT_EQ(backEnd->needs, (std::vector<LocationBackEnd::Needs>{{true, false, 0, false}}));
 }
 
-TEST_F(LinuxLocationManagerTest, WhatTheBackEndCanDoIsWhatTheDeviceCanDo) {
+TEST_F(LinuxLocationManagerTest, CapabilitiesAreThoseOfTheBackEnd) {
     EXPECT_TRUE(manager->locationServicesEnabled());
     EXPECT_TRUE(manager->isMonitoringAvailableForClass(CLRegionClass::CLRegion));
     EXPECT_TRUE(manager->isMonitoringAvailableForClass(CLRegionClass::CLBeaconRegion));
     EXPECT_TRUE(manager->isRangingAvailable());
     EXPECT_EQ(manager->maximumRegionMonitoringDistance(), 1'000'000);
-    EXPECT_EQ(manager->activityType(), 1);
+    EXPECT_EQ(manager->activityType(), CLActivityType::Other);
     backEnd->canHear = false;
     EXPECT_TRUE(manager->isMonitoringAvailableForClass(CLRegionClass::CLCircularRegion));
     EXPECT_FALSE(manager->isMonitoringAvailableForClass(CLRegionClass::CLBeaconRegion));
     EXPECT_FALSE(manager->isRangingAvailable());
     manager->startMonitoringForRegion(shop);
-    EXPECT_EQ(told(), Calls{"failed shop kCLErrorDomain 5"});
+    EXPECT_EQ(delivered(), Calls{"failed shop kCLErrorDomain 5"});
     EXPECT_EQ(manager->monitoredRegions().size(), 1U);
     manager->requestWhenInUseAuthorization();
     EXPECT_EQ(manager->authorizationStatus(), CLAuthorizationStatus::AuthorizedWhenInUse);
-    EXPECT_EQ(told(), Calls{"status 4"});
+    EXPECT_EQ(delivered(), Calls{"status 4"});
 }
 
-TEST_F(LinuxLocationManagerTest, WithoutABackEndNothingIsDetermined) {
+TEST_F(LinuxLocationManagerTest, AuthorizationIsNotDeterminedWithoutABackEnd) {
     manager = LinuxLocationManager::managerWith({queue, clock, nullptr, path("others.plist")});
     manager->setDelegate(delegate);
     EXPECT_FALSE(manager->locationServicesEnabled());
@@ -244,13 +277,13 @@ TEST_F(LinuxLocationManagerTest, WithoutABackEndNothingIsDetermined) {
     manager->setDesiredAccuracy(5);
     manager->startMonitoringSignificantLocationChanges();
     manager->startRangingBeaconsInRegion(shop);
-    EXPECT_EQ(told(), Calls{});
+    EXPECT_EQ(delivered(), Calls{});
     manager->startMonitoringForRegion(circle);
-    EXPECT_EQ(told(), Calls{"failed circle kCLErrorDomain 5"});
+    EXPECT_EQ(delivered(), Calls{"failed circle kCLErrorDomain 5"});
     EXPECT_EQ(manager->monitoredRegions().size(), 1U);
 }
 
-TEST_F(LinuxLocationManagerTest, WhoeverIsGoneIsToldNothing) {
+TEST_F(LinuxLocationManagerTest, SurvivesTheEndOfDelegateAndQueue) {
     monitor(circle);
     const auto listener = backEnd->listener.lock();
     delegate.reset();
@@ -264,7 +297,7 @@ TEST_F(LinuxLocationManagerTest, WhoeverIsGoneIsToldNothing) {
     EXPECT_TRUE(manager->monitoredRegions().empty());
 }
 
-TEST_F(LinuxLocationManagerTest, AnyThreadMayDeliverAndMonitor) {
+TEST_F(LinuxLocationManagerTest, ThreadsDeliverAndMonitorAtOnce) {
     LinuxPlatform platform;
     const auto running = LinuxLocationManager::managerWith({platform.mainQueue(), clock, backEnd, ""});
     running->setDelegate(delegate);
@@ -286,7 +319,7 @@ TEST_F(LinuxLocationManagerTest, AnyThreadMayDeliverAndMonitor) {
     EXPECT_TRUE(running->monitoredRegions().empty());
 }
 
-TEST_F(LinuxLocationManagerTest, ThePlatformsManagerKeepsItsRegionsInTheDocumentsFolder) {
+TEST_F(LinuxLocationManagerTest, PlatformStoresRegionsInTheDocumentsFolder) {
     LinuxPlatform::Options options;
     options.documentsFolder = path("documents");
     {

@@ -6,7 +6,7 @@
 
 namespace vorlane {
 
-/// The beacon and the place that the location tests share.
+/// The UUID and the position that the location tests share.
 inline const std::string kUUID = "B9407F30-F5F8-466E-AFF9-25556B57FE6D";
 inline constexpr CLLocationCoordinate2D kCentre{59.91, 10.75};
 /// The length of one degree of latitude.

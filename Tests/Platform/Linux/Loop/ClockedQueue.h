@@ -27,6 +27,7 @@ public:
     void post(std::function<void()> task) override { postAfter(0, std::move(task)); }
     void postAfter(TimeInterval delay, std::function<void()> task) override {
         delays.push_back(delay);
+        if (delay > 0 && std::exchange(dropsNextTimer_, false)) return;
         tasks_.emplace(clock_->time + delay, std::move(task));
     }
 
@@ -41,10 +42,14 @@ public:
         clock_->time = target;
     }
 
+    /// Drops the next delayed task, like a loop without a free file descriptor.
+    void dropNextTimer() { dropsNextTimer_ = true; }
+
     std::vector<TimeInterval> delays;
 
 private:
     const std::shared_ptr<SetClock> clock_;
+    bool dropsNextTimer_ = false;
     std::multimap<double, std::function<void()>> tasks_;
 };
 
