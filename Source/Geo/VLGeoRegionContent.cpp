@@ -38,7 +38,7 @@ void VLGeoRegionContent::displayNotificationForPlotwiseId(const std::optional<Va
         [weakSelf = weak_from_this()](const std::optional<Dictionary>& answer, std::int64_t /*status*/,
                                       const std::optional<NSError>& error) {
             const auto self = weakSelf.lock();
-            // What failed was logged by the session, and is not asked for again.
+            // The session has logged a failure.
             if (self && answer && !error) self->parseNotificationContent(*answer);
         });
 }

@@ -15,8 +15,8 @@ class VLSettings;
 class VLURLBuilder;
 class VLURLSession;
 
-/// Turns an accepted transition of a geofence into a local notification: asks the service for the region's content and
-/// shows what it answers. Keeps no state and retries nothing. Any thread.
+/// Turns an accepted transition of a geofence into a local notification: requests the region's content from the service
+/// and shows the answer. Has no state and retries nothing. Any thread.
 class VLGeoRegionContent : public std::enable_shared_from_this<VLGeoRegionContent> {
 public:
     /// `initWithSettings:withApplication:withNotificationHelper:urlBuilder:urlSession:payloadBuilder:`
@@ -25,11 +25,12 @@ public:
                        std::shared_ptr<VLURLBuilder> urlBuilder, std::shared_ptr<VLURLSession> urlSession,
                        std::shared_ptr<VLPayloadBuilder> payloadBuilder);
 
-    /// `displayNotificationForPlotwiseId:withTransition:` asks for the content of the segment, a text or a number that
-    /// is sent as it is; without one it does nothing. The transition is "enter" or "exit". What fails shows nothing.
+    /// `displayNotificationForPlotwiseId:withTransition:` requests the content of the segment, a string or a number
+    /// that is sent unchanged. Does nothing for `nullopt`. The transition is "enter" or "exit". A failed request shows
+    /// no notification.
     void displayNotificationForPlotwiseId(const std::optional<Value>& plotwiseId, const std::string& transition);
 
-    /// `parseNotificationContent:` shows the message of an answer, when it holds one for this application.
+    /// `parseNotificationContent:` shows the message of an answer if it has one for this application.
     void parseNotificationContent(const Dictionary& response) const;
 
     /// `displayLocalNotification:phash:sound:metadata:`

@@ -8,20 +8,27 @@
 
 namespace vorlane {
 
-/// The records of the monitored geofences in "VLGeoRegions.plist" in the documents folder: a property list whose root
-/// is their array. Nothing is kept in memory. Main queue only.
+/// The records of the monitored geofences, kept in memory and in "VLGeoRegions.plist" in the documents folder. The file
+/// is a property list whose root is the array of the records. It is read on first use. If it cannot be written, it
+/// stays as it is and the records in memory stay in effect. Main queue only.
 class VLGeoRegionFile {
 public:
     using Records = std::vector<Dictionary>;
 
-    /// `getRegionsFromFile` gives the records, in their order, without what is no dictionary; nothing when the file is
-    /// missing or unreadable.
-    static std::optional<Records> getRegionsFromFile();
-    /// `saveRegionsToFile:` replaces the file whole; a failure is silent. Returns whether it succeeded.
-    static bool saveRegionsToFile(const Records& records);
-    static void deleteGeoRegionsFile();
+    /// `getRegionsFromFile` returns the records in their order, or `nullopt` if the file is missing or unreadable.
+    /// Elements that are not dictionaries are skipped.
+    const std::optional<Records>& getRegionsFromFile();
+    /// `saveRegionsToFile:` replaces the records.
+    void saveRegionsToFile(Records records);
+    void deleteGeoRegionsFile();
 
     static std::string path();
+
+private:
+    void readFile();
+
+    bool isRead_ = false;
+    std::optional<Records> records_;
 };
 
 }  // namespace vorlane

@@ -9,7 +9,7 @@ namespace vorlane {
 
 class CLCircularRegion;
 
-/// A circle as a region record tells it, on its way to becoming a region of the platform.
+/// The circle of a region record, which `toCLRegion` converts into a region of the platform.
 struct VLGeoRegionInfo {
     /// Metres.
     double radius = 0;

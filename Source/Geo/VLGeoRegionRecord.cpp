@@ -22,7 +22,7 @@ bool VLGeoRegionRecord::isUsable(const Dictionary& description) {
     const auto radius = vl_looseNumber(valueForKey(description, "radius"));
     if (!latitude || !longitude || !radius || *radius <= 0) return false;
     const auto identifier = stringForKey(description, "id");
-    // The file and the platform must tell the region by the same identifier.
+    // The file and the platform must store the identifier unchanged.
     if (!identifier || identifier->empty() || PropertyListText::fitForXML(*identifier) != *identifier) return false;
     return CLLocationCoordinate2DIsValid({*latitude, *longitude});
 }

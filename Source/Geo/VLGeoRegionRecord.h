@@ -7,25 +7,25 @@
 
 namespace vorlane {
 
-/// What stands in the two forms of a geofence: its description, as the service sends it, and the record that the file
-/// keeps of it. Numbers that arrive as texts are read, and the reverse.
+/// Reads the two forms of a geofence: the description that the service sends, and the record in the file. Numbers may
+/// arrive as strings, and strings as numbers.
 struct VLGeoRegionRecord {
     static constexpr const char* kIdentifierKey = "identifier";
     static constexpr const char* kIsInRegionKey = "in_region";
     static constexpr const char* kEnterTimestampKey = "VLEnterRegionTimestamp";
     static constexpr const char* kExitTimestampKey = "VLExitRegionTimestamp";
 
-    /// Whether a description has what monitoring needs: an identifier, a centre on the globe and a positive radius.
+    /// Whether a description has an identifier, a valid centre and a positive radius.
     static bool isUsable(const Dictionary& description);
 
-    /// The record of a region that was never entered nor left: both happened a day ago.
+    /// Returns a new record, with the last enter and exit set to one day ago.
     static Dictionary recordOf(const Dictionary& description, double now);
 
-    /// "(null)" when there is none.
+    /// Returns the name, or "(null)" if there is none.
     static std::string nameOf(const Dictionary& record);
-    /// 0 when there is none.
+    /// Returns the number, or 0 if there is none.
     static double numberIn(const Dictionary& record, const char* key);
-    /// The value when it is a text or a number, which is what a property list keeps as it is.
+    /// Returns the value if it is a string or a number, which a property list stores unchanged.
     static std::optional<Value> plainValue(const Dictionary& dictionary, const char* key);
 };
 

@@ -10,7 +10,6 @@
 #include "Categories/NSNumber+VLLooseValue.h"
 #include "Core/Base/VLSettings.h"
 #include "Geo/VLGeoRegionContent.h"
-#include "Geo/VLGeoRegionFile.h"
 #include "Geo/VLGeoRegionInfo.h"
 #include "Geo/VLGeoRegionRecord.h"
 #include "Network/VLURLBuilder.h"
@@ -44,20 +43,17 @@ bool contains(const VLGeoService::Descriptions& descriptions, const std::string&
         descriptions, [&](const Dictionary& description) { return stringForKey(description, "id") == identifier; });
 }
 
-/// Before they are stopped: a record means that its region is watched, also to the process after one that was killed.
-void forgetStaleRecords(const VLGeoService::Descriptions& regions) {
-    auto records = VLGeoRegionFile::getRegionsFromFile();
-    if (!records) return;
-    const auto dropped = std::erase_if(*records, [&](const Dictionary& record) {
-        const auto identifier = stringForKey(record, Record::kIdentifierKey);
-        return !identifier || !contains(regions, *identifier);
-    });
-    if (dropped > 0 && !VLGeoRegionFile::saveRegionsToFile(*records)) VLGeoRegionFile::deleteGeoRegionsFile();
+/// The first record with the identifier, or null.
+const Dictionary* findRecord(const std::optional<VLGeoRegionFile::Records>& records, const std::string& identifier) {
+    if (!records) return nullptr;
+    const auto found = std::ranges::find_if(
+        *records, [&](const Dictionary& record) { return stringForKey(record, Record::kIdentifierKey) == identifier; });
+    return found == records->end() ? nullptr : &*found;
 }
 
 }  // namespace
 
-/// What entering and leaving differ in.
+/// The differences between an enter and an exit.
 struct VLGeoService::Transition {
     const char* word;
     bool isInside;
@@ -67,7 +63,7 @@ struct VLGeoService::Transition {
     const char* flappingText;
 };
 
-VLGeoService::VLGeoService(std::shared_ptr<CLLocationManager> locationManager, std::shared_ptr<VLSettings> settings,
+VLGeoService::VLGeoService(std::shared_ptr<CLLocationManager> locationManager, std::weak_ptr<VLSettings> settings,
                            std::shared_ptr<VLGeoRegionContent> geoRegionContent,
                            std::shared_ptr<VLURLBuilder> urlBuilder, std::shared_ptr<VLURLSession> urlSession)
     : locationManager_(std::move(locationManager)),
@@ -92,13 +88,16 @@ void VLGeoService::setupGeoConfig() {
     takeOver(*geoDataConfiguration_, "polling_geostatechangeignore_timeperiod_s",
              &VLSettings::setGeoRegionStateChangeTime);
     const auto* accuracy = valueForKey(*geoDataConfiguration_, VLSettings::desiredHorizontalAccuracyKey());
-    if (const auto metres = vl_looseNumber(accuracy)) {
-        settings_->setDesiredHorizontalAccuracy(accuracy->is_number() ? *accuracy : Value(*metres));
-    }
+    const auto metres = vl_looseNumber(accuracy);
+    const auto settings = settings_.lock();
+    if (!metres || !settings) return;
+    settings->setDesiredHorizontalAccuracy(accuracy->is_number() ? *accuracy : Value(*metres));
 }
 
 void VLGeoService::takeOver(const Dictionary& config, const char* key, void (VLSettings::*setter)(double)) const {
-    if (const auto number = vl_looseNumber(valueForKey(config, key))) ((*settings_).*setter)(*number);
+    const auto number = vl_looseNumber(valueForKey(config, key));
+    const auto settings = settings_.lock();
+    if (number && settings) ((*settings).*setter)(*number);
 }
 
 void VLGeoService::startSignificantLocationUpdates() { locationManager_->startMonitoringSignificantLocationChanges(); }
@@ -115,7 +114,7 @@ void VLGeoService::didUpdateLocations(const std::vector<CLLocation>& locations) 
 }
 
 std::vector<CLLocation> VLGeoService::sortLocationsByAccuracy(std::vector<CLLocation> locations) {
-    // Those whose accuracy is no number have no place in an order.
+    // NaN cannot be ordered, so it goes to the end.
     const auto end = std::stable_partition(locations.begin(), locations.end(), [](const CLLocation& location) {
         return !std::isnan(location.horizontalAccuracy);
     });
@@ -158,23 +157,25 @@ const char* VLGeoService::activity() const {
 }
 
 void VLGeoService::updateConfig(const CLLocation& location) {
-    const double neededDistance = orDefault(settings_->significantDistance(), kDefaultDistance);
-    const double neededTime = orDefault(settings_->significantTime(), kDefaultTime);
-    const double distance = distanceFromOldLocation(location, neededDistance);
-    const double time = calculateTimeInSecondsBetweenTimeStamps(now(), settings_->fetchGeoRegionTimestamp());
+    const auto settings = settings_.lock();
+    if (!settings) return;
+    const double neededDistance = orDefault(settings->significantDistance(), kDefaultDistance);
+    const double neededTime = orDefault(settings->significantTime(), kDefaultTime);
+    const double distance = distanceFromOldLocation(*settings, location, neededDistance);
+    const double time = calculateTimeInSecondsBetweenTimeStamps(now(), settings->fetchGeoRegionTimestamp());
     logMessage(VLLogLevel::Debug, fmt::format("SIGNIFICANT DISTANCE {:f}", distance));
-    // Spelt so.
+    // Intended: the misspelling is part of the text.
     logMessage(VLLogLevel::Debug, fmt::format("SIGNIGICANT TIME {:f}", time));
-    if (time < neededTime && distance < neededDistance && !settings_->forceGeoConfigUpdate()) {
+    if (time < neededTime && distance < neededDistance && !settings->forceGeoConfigUpdate()) {
         return logMessage(VLLogLevel::Debug, "FETCH GEO REGIONS NOT CALLED");
     }
     if (std::exchange(geoFeedWithSessionCall_, true)) return;
-    settings_->setForceGeoConfigUpdate(false);
+    settings->setForceGeoConfigUpdate(false);
     fetchGeoRegionsForLocation(location, true);
 }
 
-double VLGeoService::distanceFromOldLocation(const CLLocation& location, double otherwise) const {
-    const auto old = settings_->oldLocation();
+double VLGeoService::distanceFromOldLocation(const VLSettings& settings, const CLLocation& location, double otherwise) {
+    const auto old = settings.oldLocation();
     const auto latitude = old ? numberForKey(*old, "Latitude") : std::nullopt;
     const auto longitude = old ? numberForKey(*old, "Longitude") : std::nullopt;
     if (!latitude || !longitude) return otherwise;
@@ -204,7 +205,7 @@ void VLGeoService::geoRegionsForCurrentLocation(const CLLocation& location, Regi
     urlSession_->GETJSON(
         url, [handler = std::move(completionHandler)](std::optional<Dictionary> answer, std::int64_t /*status*/,
                                                       const std::optional<NSError>& /*error*/) {
-            // In line with the callbacks of the location manager, so that no two of them interleave.
+            // Serialised with the callbacks of the location manager.
             onMainQueue([handler, answer = std::move(answer)] {
                 if (handler) handler(answer);
             });
@@ -214,16 +215,17 @@ void VLGeoService::geoRegionsForCurrentLocation(const CLLocation& location, Regi
 void VLGeoService::handleGeoRegionsFetch(const CLLocation& location, const std::optional<Dictionary>& response,
                                          bool isRetry) {
     assertMainQueue();
-    settings_->setOldLocation(
-        Dictionary{{"Latitude", location.coordinate.latitude}, {"Longitude", location.coordinate.longitude}});
+    if (const auto settings = settings_.lock()) {
+        settings->setOldLocation(
+            Dictionary{{"Latitude", location.coordinate.latitude}, {"Longitude", location.coordinate.longitude}});
+        if (response) settings->setFetchGeoRegionTimestamp(now());
+    }
+    // The retry ends the fetch.
+    if (!response && isRetry) return fetchGeoRegionsForLocation(location, false);
     if (response) {
-        settings_->setFetchGeoRegionTimestamp(now());
         geoRegionsFromAPI_ = extractGeoRegionsFromJson(*response);
-        // A copy, since whoever is told of a region may start another fetch.
+        // A copy, because the location manager may be the host's and start another fetch.
         addRegions(Descriptions(geoRegionsFromAPI_));
-    } else if (isRetry) {
-        // Still under way.
-        return fetchGeoRegionsForLocation(location, false);
     }
     geoFeedWithSessionCall_ = false;
 }
@@ -247,7 +249,6 @@ const char* VLGeoService::geoRegionsConfigKey() { return VLCONFIGSERVICEGEO; }
 
 void VLGeoService::addRegions(const Descriptions& regions) {
     if (regions.empty()) return;
-    forgetStaleRecords(regions);
     const auto slots = stopMonitoringStaleGeoRegions(regions);
     monitorRegions(regions, slots);
 }
@@ -270,38 +271,44 @@ std::size_t VLGeoService::stopMonitoringStaleGeoRegions(const Descriptions& regi
     logMessage(VLLogLevel::Debug,
                fmt::format("Currently monitoring {} beacon regions", monitored.size() - kept - stopped));
     logMessage(VLLogLevel::Debug, fmt::format("Set to clear {} of {} geo regions", stopped, stopped + kept));
-    // Whatever beacon regions take of the platform's room, meant so.
+    // Intended: slots that beacon regions use are not subtracted.
     return maxGeoRegionMonitoringSlots();
 }
 
 std::size_t VLGeoService::maxGeoRegionMonitoringSlots() { return kMonitoringSlots; }
 
 void VLGeoService::monitorRegions(const Descriptions& regions, std::size_t slots) {
-    const auto stored = VLGeoRegionFile::getRegionsFromFile().value_or(VLGeoRegionFile::Records());
+    const auto stored = regionFile_.getRegionsFromFile();
+    const auto monitored = monitoredGeoRegions();
     const auto count = std::min({slots, regions.size(), geoRegionsFromAPI_.size()});
     VLGeoRegionFile::Records records;
     for (std::size_t i = 0; i < count; ++i) {
         auto record = Record::recordOf(geoRegionsFromAPI_[i], now());
-        const auto identifier = stringForKey(record, Record::kIdentifierKey);
-        const auto retained = std::ranges::find_if(stored, [&](const Dictionary& candidate) {
-            return identifier && stringForKey(candidate, Record::kIdentifierKey) == identifier;
-        });
-        if (retained != stored.end()) {
-            // Also where the service tells it differently by now, meant so.
+        const auto identifier = stringForKey(record, Record::kIdentifierKey).value_or("");
+        const auto* retained = findRecord(stored, identifier);
+        // Intended: the stored record wins where the description differs.
+        if (retained) {
             for (const auto& [key, value] : *retained) record[key] = value;
-        } else {
-            addGeoRegion(record);
         }
+        // The manager may have lost a region that has a record.
+        if (!retained || !monitored.contains(identifier)) addGeoRegion(record);
         records.push_back(std::move(record));
     }
-    // Regions are started before the file tells of them: one that it tells of is never started again, so a process that
-    // ends in between must not have written it.
-    if (!VLGeoRegionFile::saveRegionsToFile(records)) VLGeoRegionFile::deleteGeoRegionsFile();
+    regionFile_.saveRegionsToFile(std::move(records));
     if (regions.size() > slots) {
         logMessage(VLLogLevel::Debug,
                    fmt::format("Could not add {} regions for monitoring due to all {} slots being in use",
                                regions.size() - slots, maxGeoRegionMonitoringSlots()));
     }
+}
+
+/// The identifiers of the monitored regions that are not beacon regions.
+std::set<std::string> VLGeoService::monitoredGeoRegions() const {
+    std::set<std::string> identifiers;
+    for (const auto& region : locationManager_->monitoredRegions()) {
+        if (!std::dynamic_pointer_cast<CLBeaconRegion>(region)) identifiers.insert(region->identifier());
+    }
+    return identifiers;
 }
 
 void VLGeoService::addGeoRegion(const Dictionary& record) {
@@ -336,7 +343,7 @@ void VLGeoService::didExitRegion(const CLRegion& region) {
 
 void VLGeoService::didCross(const CLRegion& region, const Transition& transition) {
     assertMainQueue();
-    auto records = VLGeoRegionFile::getRegionsFromFile();
+    auto records = regionFile_.getRegionsFromFile();
     if (!records) return;
     for (auto& record : *records) {
         if (stringForKey(record, Record::kIdentifierKey) != region.identifier()) continue;
@@ -348,13 +355,14 @@ void VLGeoService::didCross(const CLRegion& region, const Transition& transition
             logMessage(VLLogLevel::Debug, fmt::format(fmt::runtime(transition.flappingText), Record::nameOf(record)));
         }
     }
-    VLGeoRegionFile::saveRegionsToFile(*records);
+    regionFile_.saveRegionsToFile(std::move(*records));
 }
 
-/// Notes the transition in the record, unless the last one of its kind is too recent.
+/// Records the transition, unless the last one of its kind is too recent.
 bool VLGeoService::accept(Dictionary& record, const CLRegion& region, const Transition& transition) const {
     const double time = now();
-    const double limit = orDefault(settings_->geoRegionStateChangeTime(), kDefaultStateChangeTime);
+    const auto settings = settings_.lock();
+    const double limit = orDefault(settings ? settings->geoRegionStateChangeTime() : 0, kDefaultStateChangeTime);
     if (!(time - Record::numberIn(record, transition.timestampKey) > limit)) return false;
     record[Record::kIsInRegionKey] = transition.isInside;
     record[transition.timestampKey] = time;

@@ -19,7 +19,7 @@
 
 namespace vorlane {
 
-/// A scene with the geo service, its collaborators, and a phone that stands at a place in Oslo.
+/// The geo service with its collaborators, on a phone in Oslo.
 class GeoTest : public ServicesTest {
 protected:
     explicit GeoTest(SimulatedPhone::Options options = {}) : ServicesTest(std::move(options)) {}
@@ -30,33 +30,33 @@ protected:
 
     SimulatedLocationManager& manager() { return phone().simulatedLocationManager(); }
 
-    /// A fix made just now.
+    /// A current fix.
     CLLocation at(CLLocationCoordinate2D place, double accuracy = 10) { return {place, accuracy, phone().now()}; }
 
-    /// The place that lies that many metres north of Oslo.
+    /// The coordinate at this distance north of Oslo.
     static CLLocationCoordinate2D northOfOslo(double metres) {
         return {kOslo.latitude + metres / 6371000.0 * 180.0 / 3.14159265358979323846, kOslo.longitude};
     }
 
-    /// One region as the service describes it.
+    /// A region description with a string or numeric id.
     static Dictionary described(const Value& id, double latitude = 59.9, double longitude = 10.7, double radius = 100) {
-        const auto text = id.is_string() ? id.get<std::string>() : id.dump();
+        const auto name = id.is_string() ? id.get<std::string>() : id.dump();
         return {{"id", id},         {"latitude", latitude},      {"longitude", longitude},
-                {"radius", radius}, {"name", "name of " + text}, {"plotwise_id", "segment of " + text}};
+                {"radius", radius}, {"name", "name of " + name}, {"plotwise_id", "segment of " + name}};
     }
 
     static std::string answerWith(const std::vector<Dictionary>& regions) {
         return Value(Dictionary{{"geo_regions", Array(regions.begin(), regions.end())}}).dump();
     }
 
-    /// Regions "1", "2" … as the service describes them.
+    /// Descriptions of the regions "1", "2", …
     static std::vector<Dictionary> describedRegions(int count) {
         std::vector<Dictionary> regions;
         for (int i = 1; i <= count; ++i) regions.push_back(described(std::to_string(i)));
         return regions;
     }
 
-    /// Has the service fetch, whatever the thresholds say, and answers with these.
+    /// Forces a fetch and answers it with these regions.
     void fetch(const std::vector<Dictionary>& regions) {
         settings->setForceGeoConfigUpdate(true);
         geo->updateConfig(at(kOslo));
@@ -64,18 +64,20 @@ protected:
         phone().settle();
     }
 
-    /// The file as it stands; null when there is none.
+    /// The root of the file, or null if there is none.
     Value file() {
         const auto bytes = NSFileManager::contentsAtPath(documentsPath("VLGeoRegions.plist"));
         const auto root = bytes ? NSPropertyListSerialization::propertyListWithData(*bytes) : std::nullopt;
         return root.value_or(Value());
     }
-    void writeFile(const Value& root) {
+    /// Writes the file and starts a new service.
+    void restartWithFile(const Value& root) {
         NSFileManager::writeToFile(NSPropertyListSerialization::dataWithPropertyList(root),
                                    documentsPath("VLGeoRegions.plist"));
+        geo = makeService();
     }
 
-    /// The file's record of a fresh region that `described()` gave.
+    /// The new record of a region made by `described()`.
     Value freshRecord(const std::string& identifier) {
         return Dictionary{{"identifier", identifier},
                           {"latitude", 59.9},
@@ -97,11 +99,11 @@ protected:
     void enter(const std::string& identifier) { geo->didEnterRegion(CLCircularRegion({}, 1, identifier)); }
     void exit(const std::string& identifier) { geo->didExitRegion(CLCircularRegion({}, 1, identifier)); }
 
-    /// How often the line was logged at the level of the fine detail.
+    /// How often the line was logged at level Debug.
     int logged(const std::string& message) { return log().count(message, VLLogLevel::Debug); }
 
     std::size_t fetches() { return session().requests(kRegionsPath).size(); }
-    /// What the service was asked for on crossings: segment and transition.
+    /// The segment and the transition of each content request.
     std::vector<std::pair<Value, Value>> contentRequests() {
         std::vector<std::pair<Value, Value>> list;
         for (const auto& request : session().requests()) {

@@ -27,7 +27,7 @@ protected:
     }
 };
 
-TEST_F(VLGeoRegionContentTest, TheRequestTellsTheSegmentTheTransitionAndTheDevice) {
+TEST_F(VLGeoRegionContentTest, SendsSegmentTransitionAndDeviceData) {
     content->displayNotificationForPlotwiseId(Value("S"), "enter");
     const auto request = session().lastRequest();
     EXPECT_EQ(request.request.HTTPMethod, "POST");
@@ -38,19 +38,19 @@ TEST_F(VLGeoRegionContentTest, TheRequestTellsTheSegmentTheTransitionAndTheDevic
                                                   {"deviceData", payloadBuilder->deviceData()}}));
 }
 
-TEST_F(VLGeoRegionContentTest, ASegmentThatIsANumberIsSentAsOne) {
+TEST_F(VLGeoRegionContentTest, SendsANumericSegmentAsANumber) {
     content->displayNotificationForPlotwiseId(Value(17), "exit");
     EXPECT_EQ(session().lastRequest().payload()["geoRegion"], Value(Dictionary{{"segmentId", 17}, {"status", "exit"}}));
     content->displayNotificationForPlotwiseId(Value(2.5), "exit");
     EXPECT_EQ(session().lastRequest().payload()["geoRegion"]["segmentId"], Value(2.5));
 }
 
-TEST_F(VLGeoRegionContentTest, WithoutASegmentNothingIsAskedFor) {
+TEST_F(VLGeoRegionContentTest, SendsNothingWithoutASegment) {
     content->displayNotificationForPlotwiseId(std::nullopt, "enter");
     EXPECT_TRUE(session().requests().empty());
 }
 
-TEST_F(VLGeoRegionContentTest, TheMessageOfAnAnswerIsShownWithItsPhash) {
+TEST_F(VLGeoRegionContentTest, ShowsTheMessageWithItsPhash) {
     answer(200,
            R"({"message":{"appkey":"K","pushtext":"Hi%20there","phash":"P","messagecontent":"{\"own\":[1,\"a\"]}"}})");
     ASSERT_EQ(shown().size(), 1U);
@@ -61,7 +61,7 @@ TEST_F(VLGeoRegionContentTest, TheMessageOfAnAnswerIsShownWithItsPhash) {
     EXPECT_EQ(notification.userInfo, (Dictionary{{"own", Array{1, "a"}}, {"p", "P"}}));
 }
 
-TEST_F(VLGeoRegionContentTest, AFailureShowsNothingAndIsNotRepeated) {
+TEST_F(VLGeoRegionContentTest, FailureShowsNothingAndIsNotRetried) {
     answer(500, R"({"message":{"appkey":"K","pushtext":"Hi"}})");
     answer(200, "");
     answer(200, "no JSON");
@@ -73,7 +73,7 @@ TEST_F(VLGeoRegionContentTest, AFailureShowsNothingAndIsNotRepeated) {
     EXPECT_EQ(session().requests().size(), 5U);
 }
 
-TEST_F(VLGeoRegionContentTest, AnAnswerWithoutAMessageForThisApplicationShowsNothing) {
+TEST_F(VLGeoRegionContentTest, AnswerWithoutAMessageShowsNothing) {
     for (const auto* body : {"{}", R"({"message":null})", R"({"message":"Hi"})", R"({"message":{"pushtext":"Hi"}})",
                              R"({"message":{"appkey":"another","pushtext":"Hi"}})"}) {
         answer(200, body);
@@ -82,7 +82,7 @@ TEST_F(VLGeoRegionContentTest, AnAnswerWithoutAMessageForThisApplicationShowsNot
     EXPECT_EQ(log().linesContaining("No message template found in JSON payload").size(), 5U);
 }
 
-TEST_F(VLGeoRegionContentTest, AnAnswerForContentThatIsGoneShowsNothing) {
+TEST_F(VLGeoRegionContentTest, AnswerAfterDestructionShowsNothing) {
     content->displayNotificationForPlotwiseId(Value("S"), "enter");
     geo.reset();
     content.reset();
@@ -91,7 +91,7 @@ TEST_F(VLGeoRegionContentTest, AnAnswerForContentThatIsGoneShowsNothing) {
     EXPECT_TRUE(shown().empty());
 }
 
-TEST_F(VLGeoRegionContentTest, TheSoundThatTheMessageNamesIsHandedOn) {
+TEST_F(VLGeoRegionContentTest, PassesTheSoundOn) {
     std::ofstream(documentsPath("bell.wav")).put('x');
     const auto ringing = std::make_shared<VLNotificationHelper>(
         phone().application(), phone().device(), std::make_shared<NSBundle>(Dictionary(), phone().documentsFolder()));

@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <memory>
 
 #include "Tests/Geo/GeoTest.h"
+#include "Tests/Support/TemporaryFolder.h"
 
 namespace vorlane {
 
@@ -10,10 +12,10 @@ namespace {
 
 using Identifiers = std::vector<std::string>;
 
-/// Which regions are monitored, and what the file says of them.
+/// Decides which regions are monitored and recorded.
 class VLGeoServiceMonitoringTest : public GeoTest {
 protected:
-    /// Whether a description is taken.
+    /// Whether a description is accepted.
     static bool isTaken(const Dictionary& description) {
         return !VLGeoService::extractGeoRegionsFromJson({{"geo_regions", Array{description}}}).empty();
     }
@@ -25,7 +27,7 @@ protected:
     std::shared_ptr<CLBeaconRegion> beacons(const std::string& identifier) {
         return std::make_shared<CLBeaconRegion>("B9407F30-F5F8-466E-AFF9-25556B57FE6D", identifier);
     }
-    /// What the location manager was told to start since the start of the test.
+    /// The identifiers of all regions started since the start of the test.
     Identifiers started() const { return started_; }
 
     VLGeoServiceMonitoringTest() {
@@ -39,7 +41,7 @@ private:
     Identifiers started_;
 };
 
-TEST_F(VLGeoServiceMonitoringTest, TheListIsMonitoredAndStoredInItsOrder) {
+TEST_F(VLGeoServiceMonitoringTest, MonitorsAndStoresTheListInItsOrder) {
     fetch({described("b", 1, 2, 3), described("a")});
     EXPECT_EQ(monitoredIdentifiers(), (Identifiers{"a", "b"}));
     EXPECT_EQ(started(), (Identifiers{"b", "a"}));
@@ -55,7 +57,7 @@ TEST_F(VLGeoServiceMonitoringTest, TheListIsMonitoredAndStoredInItsOrder) {
     EXPECT_EQ(logged("Set to clear 0 of 0 geo regions"), 1);
 }
 
-TEST_F(VLGeoServiceMonitoringTest, OfTwentyFiveRegionsTheFirstTwentyAreTaken) {
+TEST_F(VLGeoServiceMonitoringTest, MonitorsTheFirst20Of25Regions) {
     fetch(describedRegions(25));
     EXPECT_EQ(manager().monitoredRegions().size(), 20U);
     EXPECT_TRUE(manager().monitoredRegion("20"));
@@ -66,7 +68,7 @@ TEST_F(VLGeoServiceMonitoringTest, OfTwentyFiveRegionsTheFirstTwentyAreTaken) {
     EXPECT_EQ(logged("Could not add 5 regions for monitoring due to all 20 slots being in use"), 1);
 }
 
-TEST_F(VLGeoServiceMonitoringTest, TwentyRegionsAreNotTooMany) {
+TEST_F(VLGeoServiceMonitoringTest, Monitors20Regions) {
     fetch(describedRegions(20));
     EXPECT_EQ(manager().monitoredRegions().size(), 20U);
     EXPECT_TRUE(log().linesContaining("Could not add").empty());
@@ -74,7 +76,7 @@ TEST_F(VLGeoServiceMonitoringTest, TwentyRegionsAreNotTooMany) {
     EXPECT_EQ(logged("Could not add 1 regions for monitoring due to all 20 slots being in use"), 1);
 }
 
-TEST_F(VLGeoServiceMonitoringTest, BeaconRegionsAreLeftAloneAndTakeNoSlot) {
+TEST_F(VLGeoServiceMonitoringTest, BeaconRegionsStayAndTakeNoSlot) {
     for (const auto* identifier : {"x", "y", "1"}) manager().startMonitoringForRegion(beacons(identifier));
     manager().startMonitoringForRegion(std::make_shared<CLCircularRegion>(kOslo, 5, "stale"));
     std::vector<Dictionary> regions;
@@ -88,7 +90,7 @@ TEST_F(VLGeoServiceMonitoringTest, BeaconRegionsAreLeftAloneAndTakeNoSlot) {
     EXPECT_TRUE(log().linesContaining("Could not add").empty());
 }
 
-TEST_F(VLGeoServiceMonitoringTest, ARegionOfBothListsIsKeptWithItsPastAndNotStartedAgain) {
+TEST_F(VLGeoServiceMonitoringTest, RegionOfBothListsKeepsItsRecord) {
     fetch({described("1"), described("2")});
     const auto before = phone().now();
     enter("1");
@@ -102,7 +104,7 @@ TEST_F(VLGeoServiceMonitoringTest, ARegionOfBothListsIsKeptWithItsPastAndNotStar
     kept["in_region"] = true;
     kept["VLEnterRegionTimestamp"] = before;
     kept["VLExitRegionTimestamp"] = before - 86400;
-    // All of the stored record wins, its name too.
+    // All fields of the stored record win, including the name.
     EXPECT_EQ(file(), Value(Array{freshRecord("3"), kept}));
     EXPECT_EQ(logged("Continuing to monitor region: " + manager().monitoredRegion("1")->description()), 1);
     EXPECT_EQ(logged("Stopped monitoring region: CLCircularRegion (identifier:'2', "
@@ -111,7 +113,7 @@ TEST_F(VLGeoServiceMonitoringTest, ARegionOfBothListsIsKeptWithItsPastAndNotStar
     EXPECT_EQ(logged("Set to clear 1 of 2 geo regions"), 1);
 }
 
-TEST_F(VLGeoServiceMonitoringTest, ARegionThatComesBackHasForgottenItsPast) {
+TEST_F(VLGeoServiceMonitoringTest, RegionThatComesBackHasANewRecord) {
     fetch({described("1"), described("2")});
     enter("1");
     fetch({described("2")});
@@ -120,7 +122,7 @@ TEST_F(VLGeoServiceMonitoringTest, ARegionThatComesBackHasForgottenItsPast) {
     EXPECT_EQ(started(), (Identifiers{"1", "2", "1"}));
 }
 
-TEST_F(VLGeoServiceMonitoringTest, AnEmptyAnswerLeavesEverythingButTheTime) {
+TEST_F(VLGeoServiceMonitoringTest, EmptyAnswerChangesOnlyTheTime) {
     fetch(describedRegions(2));
     const auto before = file();
     for (const auto* answer : {R"({"geo_regions":[]})", "{}", R"({"geo_regions":{}})", R"({"geo_regions":"x"})",
@@ -136,7 +138,7 @@ TEST_F(VLGeoServiceMonitoringTest, AnEmptyAnswerLeavesEverythingButTheTime) {
     }
 }
 
-TEST_F(VLGeoServiceMonitoringTest, ANumericIdMatchesTheRegionOfThatText) {
+TEST_F(VLGeoServiceMonitoringTest, NumericIdMatchesItsString) {
     fetch({described("17")});
     fetch({described(17)});
     EXPECT_EQ(started(), Identifiers{"17"});
@@ -146,7 +148,7 @@ TEST_F(VLGeoServiceMonitoringTest, ANumericIdMatchesTheRegionOfThatText) {
     EXPECT_EQ(monitoredIdentifiers(), (Identifiers{"-3", "2.5"}));
 }
 
-TEST_F(VLGeoServiceMonitoringTest, ARadiusIsClippedToTheLargestThatCanBeMonitored) {
+TEST_F(VLGeoServiceMonitoringTest, ClipsTheRadiusToTheMaximum) {
     manager().setCapabilities({.maximumRegionMonitoringDistance = 500});
     fetch({described("at", 1, 2, 500), described("above", 1, 2, 500.5), described("far", 1, 2, 1e9),
            described("below", 1, 2, 499.5)});
@@ -157,10 +159,10 @@ TEST_F(VLGeoServiceMonitoringTest, ARadiusIsClippedToTheLargestThatCanBeMonitore
     EXPECT_EQ(radius("above"), Value(500.0));
     EXPECT_EQ(radius("far"), Value(500.0));
     EXPECT_EQ(radius("below"), Value(499.5));
-    EXPECT_EQ(file()[2]["radius"], Value(1e9));  // stored as the service has it
+    EXPECT_EQ(file()[2]["radius"], Value(1e9));  // not clipped
 }
 
-TEST_F(VLGeoServiceMonitoringTest, NumbersThatArriveAsTextsAndTheReverseAreRead) {
+TEST_F(VLGeoServiceMonitoringTest, ReadsNumbersAsStringsAndStringsAsNumbers) {
     auto odd = described("1");
     odd["latitude"] = "59.25";
     odd["longitude"] = "-10.5";
@@ -177,7 +179,7 @@ TEST_F(VLGeoServiceMonitoringTest, NumbersThatArriveAsTextsAndTheReverseAreRead)
     EXPECT_EQ(contentRequests(), (std::vector<std::pair<Value, Value>>{{99, "enter"}}));
 }
 
-TEST_F(VLGeoServiceMonitoringTest, WhatHasNoUsableIdentifierCentreOrRadiusIsPassedOver) {
+TEST_F(VLGeoServiceMonitoringTest, SkipsUnusableDescriptions) {
     ASSERT_TRUE(isTaken(described("1")));
     for (const auto& value : {Value(), Value(true), Value(Array{1}), Value(Dictionary{}), Value("")}) {
         for (const auto* key : {"id", "latitude", "longitude", "radius"}) {
@@ -214,7 +216,7 @@ TEST_F(VLGeoServiceMonitoringTest, WhatHasNoUsableIdentifierCentreOrRadiusIsPass
     EXPECT_EQ(monitoredIdentifiers(), (Identifiers{"2", "3"}));
 }
 
-TEST_F(VLGeoServiceMonitoringTest, OtherKeysAreCarriedAlongButNotStored) {
+TEST_F(VLGeoServiceMonitoringTest, OtherKeysAreNotStored) {
     auto description = described("1");
     description["shape"] = Dictionary{{"points", Array{1, nullptr}}};
     EXPECT_EQ(VLGeoService::extractGeoRegionsFromJson({{"geo_regions", Array{description}}}),
@@ -223,7 +225,7 @@ TEST_F(VLGeoServiceMonitoringTest, OtherKeysAreCarriedAlongButNotStored) {
     EXPECT_EQ(file(), Value(Array{freshRecord("1")}));
 }
 
-TEST_F(VLGeoServiceMonitoringTest, AbsentAndUnusableFieldsAreLeftOutOfTheRecord) {
+TEST_F(VLGeoServiceMonitoringTest, OmitsUnusableFieldsFromTheRecord) {
     auto bare = described("1");
     bare.erase("name");
     bare.erase("plotwise_id");
@@ -240,13 +242,13 @@ TEST_F(VLGeoServiceMonitoringTest, AbsentAndUnusableFieldsAreLeftOutOfTheRecord)
     EXPECT_EQ(file(), Value(Array{first, second}));
 }
 
-TEST_F(VLGeoServiceMonitoringTest, ADoubledRegionIsStoredTwice) {
+TEST_F(VLGeoServiceMonitoringTest, DuplicateRegionIsStoredTwice) {
     fetch({described("1"), described("1")});
     EXPECT_EQ(file(), Value(Array{freshRecord("1"), freshRecord("1")}));
     EXPECT_EQ(monitoredIdentifiers(), Identifiers{"1"});
 }
 
-TEST_F(VLGeoServiceMonitoringTest, AFileThatIsUnreadableIsReplaced) {
+TEST_F(VLGeoServiceMonitoringTest, MalformedFileIsReplaced) {
     const std::string garbage = "garbage";
     NSFileManager::writeToFile(Data(garbage.begin(), garbage.end()), documentsPath("VLGeoRegions.plist"));
     enter("1");
@@ -254,7 +256,7 @@ TEST_F(VLGeoServiceMonitoringTest, AFileThatIsUnreadableIsReplaced) {
     EXPECT_EQ(file(), Value(Array{freshRecord("1")}));
 }
 
-TEST_F(VLGeoServiceMonitoringTest, TheRegionsAndTheFileOutliveARestart) {
+TEST_F(VLGeoServiceMonitoringTest, RegionsAndRecordsSurviveARestart) {
     fetch({described("1"), described("2")});
     SimulatedPhone next({.documentsFolder = phone().documentsFolder()});
     EXPECT_EQ(next.simulatedLocationManager().monitoredRegions().size(), 2U);
@@ -264,9 +266,9 @@ TEST_F(VLGeoServiceMonitoringTest, TheRegionsAndTheFileOutliveARestart) {
     EXPECT_EQ(file(), Value(Array{freshRecord("2"), freshRecord("3")}));
 }
 
-TEST_F(VLGeoServiceMonitoringTest, ARestartAfterRegionsWereStartedAndBeforeTheFileToldOfThemLosesNone) {
+TEST_F(VLGeoServiceMonitoringTest, RegionWithoutARecordIsStartedAgain) {
     fetch({described("1")});
-    VLGeoRegionFile::deleteGeoRegionsFile();
+    std::filesystem::remove(VLGeoRegionFile::path());
     geo = makeService();
     fetch({described("1")});
     EXPECT_EQ(started(), (Identifiers{"1", "1"}));
@@ -274,24 +276,57 @@ TEST_F(VLGeoServiceMonitoringTest, ARestartAfterRegionsWereStartedAndBeforeTheFi
     EXPECT_EQ(file(), Value(Array{freshRecord("1")}));
 }
 
-TEST_F(VLGeoServiceMonitoringTest, ThereAreTwentySlotsAndOneKey) {
+TEST_F(VLGeoServiceMonitoringTest, Has20SlotsAndOneKey) {
     EXPECT_EQ(VLGeoService::maxGeoRegionMonitoringSlots(), 20U);
     EXPECT_STREQ(VLGeoService::geoRegionsConfigKey(), "geo_regions");
     EXPECT_EQ(geo->stopMonitoringStaleGeoRegions({}), 20U);
 }
 
-TEST_F(VLGeoServiceMonitoringTest, ARegionIsForgottenBeforeItIsStoppedSoThatAKilledProcessLosesNone) {
+TEST_F(VLGeoServiceMonitoringTest, RegionThatIsNotMonitoredIsStartedAgain) {
     fetch({described("1"), described("2")});
-    std::vector<Value> filesAtStop;
-    phone().simulatedApplication().setEventObserver([&](const std::string& event, const Dictionary& fields) {
-        if (event == "monitoring" && fields.at("action") == Value("stop")) filesAtStop.push_back(file());
-    });
-    fetch({described("1"), described("3")});
-    phone().simulatedApplication().setEventObserver(nullptr);
-    EXPECT_EQ(filesAtStop, std::vector<Value>{Value(Array{freshRecord("1")})});
+    enter("1");
+    for (const auto& region : manager().monitoredRegions()) manager().stopMonitoringForRegion(region);
+    geo = makeService();
+    fetch({described("1"), described("2")});
+    EXPECT_EQ(monitoredIdentifiers(), (Identifiers{"1", "2"}));
+    EXPECT_EQ(started(), (Identifiers{"1", "2", "1", "2"}));
+    EXPECT_EQ(file()[0]["in_region"], Value(true));
 }
 
-TEST_F(VLGeoServiceMonitoringTest, AKnownRegionBeyondTheTwentiethStaysMonitoredWithoutARecord) {
+TEST_F(VLGeoServiceMonitoringTest, BeaconRegionDoesNotCountAsTheMonitoredGeofence) {
+    restartWithFile(Array{freshRecord("1")});
+    manager().startMonitoringForRegion(beacons("1"));
+    fetch({described("1")});
+    EXPECT_TRUE(std::dynamic_pointer_cast<CLCircularRegion>(manager().monitoredRegion("1")));
+}
+
+// Copies the folder before every step of the location manager, as a kill would leave it.
+TEST_F(VLGeoServiceMonitoringTest, KillAtAnyStepLosesNoRegion) {
+    fetch({described("1"), described("2"), described("3")});
+    std::vector<std::unique_ptr<TemporaryFolder>> leftBehind;
+    phone().simulatedApplication().setEventObserver([&](const std::string& event, const Dictionary&) {
+        if (event != "monitoring") return;
+        leftBehind.push_back(std::make_unique<TemporaryFolder>());
+        std::filesystem::copy(phone().documentsFolder(), leftBehind.back()->path(),
+                              std::filesystem::copy_options::recursive);
+    });
+    const auto newer = {described("2"), described("4"), described("5")};
+    fetch(newer);
+    phone().simulatedApplication().setEventObserver(nullptr);
+    ASSERT_EQ(leftBehind.size(), 4U);
+    for (const auto& folder : leftBehind) {
+        const auto next = std::make_shared<SimulatedPhone>(SimulatedPhone::Options{.documentsFolder = folder->path()});
+        Platform::install(next);
+        VLGeoService service(next->locationManager(), settings, content, urlBuilder, urlSession);
+        service.handleGeoRegionsFetch(at(kOslo), Dictionary{{"geo_regions", Array(newer.begin(), newer.end())}}, false);
+        EXPECT_EQ(next->locationManager()->monitoredRegions().size(), 3U);
+        const auto stored = VLGeoRegionFile().getRegionsFromFile();
+        ASSERT_TRUE(stored);
+        EXPECT_EQ(stored->size(), 3U);
+    }
+}
+
+TEST_F(VLGeoServiceMonitoringTest, KnownRegionBeyondThe20thHasNoRecord) {
     fetch({described("25")});
     fetch(describedRegions(25));
     EXPECT_EQ(manager().monitoredRegions().size(), 21U);
@@ -303,13 +338,20 @@ TEST_F(VLGeoServiceMonitoringTest, AKnownRegionBeyondTheTwentiethStaysMonitoredW
     EXPECT_EQ(file(), Value(Array{freshRecord("25")}));
 }
 
-TEST_F(VLGeoServiceMonitoringTest, WhereTheFileCannotBeWrittenRegionsAreMonitoredAndEntersIgnored) {
+/// The file cannot be replaced, like on a full disk.
+class VLGeoServiceWriteFailureTest : public VLGeoServiceMonitoringTest {
+protected:
+};
+
+TEST_F(VLGeoServiceWriteFailureTest, CrossingsWorkFromMemory) {
     std::filesystem::create_directories(documentsPath("VLGeoRegions.plist/full"));
     fetch({described("1")});
     enter("1");
-    EXPECT_TRUE(contentRequests().empty());
+    EXPECT_EQ(contentRequests(), (std::vector<std::pair<Value, Value>>{{"segment of 1", "enter"}}));
+    enter("1");
+    EXPECT_EQ(contentRequests().size(), 1U);
     fetch({described("1")});
-    EXPECT_EQ(started(), (Identifiers{"1", "1"}));
+    EXPECT_EQ(started(), Identifiers{"1"});
 }
 
 }  // namespace

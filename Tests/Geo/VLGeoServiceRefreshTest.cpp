@@ -11,19 +11,19 @@ namespace {
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-/// When the regions near the device are fetched.
+/// Decides when regions are fetched.
 class VLGeoServiceRefreshTest : public GeoTest {
 protected:
-    /// A device whose regions were fetched that long ago, at Oslo.
+    /// Sets the last fetch to Oslo, this number of seconds ago.
     void fetchedBefore(double seconds) {
         settings->setOldLocation(Dictionary{{"Latitude", kOslo.latitude}, {"Longitude", kOslo.longitude}});
         settings->setFetchGeoRegionTimestamp(phone().now() - seconds);
     }
-    /// Far enough below a second or a metre for no threshold to be met by rounding.
+    /// A second or a metre less this meets no threshold by rounding.
     static constexpr double kLittle = 0.001;
 };
 
-TEST_F(VLGeoServiceRefreshTest, TheFirstUsableLocationFetchesWhateverTheSettingsSay) {
+TEST_F(VLGeoServiceRefreshTest, FirstUsableLocationAlwaysFetches) {
     settings->setSignificantDistance(1e9);
     settings->setSignificantTime(1e9);
     geo->didUpdateLocations({at(kOslo)});
@@ -33,12 +33,12 @@ TEST_F(VLGeoServiceRefreshTest, TheFirstUsableLocationFetchesWhateverTheSettings
     EXPECT_TRUE(request.URL.absoluteString().ends_with("/K/T/geo/regions?latitude=59.91&longitude=10.75&max=20"))
         << request.URL.absoluteString();
     EXPECT_EQ(logged("************** FETCH GEO REGIONS - 1 *****************"), 1);
-    EXPECT_EQ(logged("SIGNIFICANT DISTANCE 1000000000.000000"), 1);  // as far as the threshold
+    EXPECT_EQ(logged("SIGNIFICANT DISTANCE 1000000000.000000"), 1);  // the threshold
     EXPECT_EQ(logged("SIGNIGICANT TIME 1700000000.000000"), 1);
     EXPECT_EQ(logged("FETCH GEO REGIONS NOT CALLED"), 0);
 }
 
-TEST_F(VLGeoServiceRefreshTest, NeitherFarEnoughNorLongEnoughFetchesNothing) {
+TEST_F(VLGeoServiceRefreshTest, FetchesNothingBelowBothThresholds) {
     fetchedBefore(3599);
     geo->didUpdateLocations({at(northOfOslo(999))});
     EXPECT_EQ(fetches(), 0U);
@@ -47,7 +47,7 @@ TEST_F(VLGeoServiceRefreshTest, NeitherFarEnoughNorLongEnoughFetchesNothing) {
     EXPECT_EQ(logged("SIGNIFICANT DISTANCE 999.000000"), 1);
 }
 
-TEST_F(VLGeoServiceRefreshTest, TheDistanceCountsFromTheThresholdOn) {
+TEST_F(VLGeoServiceRefreshTest, FetchesAtTheDistanceThreshold) {
     const auto place = northOfOslo(1234);
     const double metres = VLGeoService::calculateDistanceInMetersBetweenCoord(place, kOslo);
     for (const auto& [threshold, expected] :
@@ -59,7 +59,30 @@ TEST_F(VLGeoServiceRefreshTest, TheDistanceCountsFromTheThresholdOn) {
     }
 }
 
-TEST_F(VLGeoServiceRefreshTest, WithoutASettingTheDistanceIs1000Metres) {
+TEST_F(VLGeoServiceRefreshTest, DistanceAloneFetchesWhateverTheTimeThreshold) {
+    settings->setSignificantTime(1e10);  // above the clock
+    settings->setOldLocation(Dictionary{{"Latitude", kOslo.latitude}, {"Longitude", kOslo.longitude}});
+    geo->updateConfig(at(northOfOslo(999)));
+    EXPECT_EQ(fetches(), 0U);
+    geo->updateConfig(at(northOfOslo(1001)));
+    EXPECT_EQ(fetches(), 1U);
+}
+
+TEST_F(VLGeoServiceRefreshTest, FetchesNothingWithoutSettings) {
+    settings->setForceGeoConfigUpdate(true);
+    geo = std::make_shared<VLGeoService>(phone().locationManager(), std::weak_ptr<VLSettings>(), content, urlBuilder,
+                                         urlSession);
+    geo->startWithConfig(loadedConfig(R"({"configs":{"geo_regions":{"significant_distance_m":5,)"
+                                      R"("desired_horizontal_accuracy":5}}})"));
+    geo->didUpdateLocations({at(kOslo)});
+    EXPECT_EQ(fetches(), 0U);
+    geo->handleGeoRegionsFetch(at(kOslo), Dictionary{{"geo_regions", Array{described("1")}}}, false);
+    EXPECT_EQ(monitoredIdentifiers(), std::vector<std::string>{"1"});
+    enter("1");
+    EXPECT_EQ(contentRequests().size(), 1U);
+}
+
+TEST_F(VLGeoServiceRefreshTest, DefaultDistanceIs1000Metres) {
     fetchedBefore(0);
     geo->updateConfig(at(northOfOslo(1000 - kLittle)));
     EXPECT_EQ(fetches(), 0U);
@@ -67,7 +90,7 @@ TEST_F(VLGeoServiceRefreshTest, WithoutASettingTheDistanceIs1000Metres) {
     EXPECT_EQ(fetches(), 1U);
 }
 
-TEST_F(VLGeoServiceRefreshTest, TheTimeCountsFromTheThresholdOn) {
+TEST_F(VLGeoServiceRefreshTest, FetchesAtTheTimeThreshold) {
     settings->setSignificantTime(60);
     fetchedBefore(59.75);
     geo->updateConfig(at(kOslo));
@@ -77,7 +100,7 @@ TEST_F(VLGeoServiceRefreshTest, TheTimeCountsFromTheThresholdOn) {
     EXPECT_EQ(fetches(), 1U);
 }
 
-TEST_F(VLGeoServiceRefreshTest, WithoutASettingTheTimeIsAnHour) {
+TEST_F(VLGeoServiceRefreshTest, DefaultTimeIs1Hour) {
     fetchedBefore(3599.75);
     geo->updateConfig(at(kOslo));
     EXPECT_EQ(fetches(), 0U);
@@ -86,7 +109,7 @@ TEST_F(VLGeoServiceRefreshTest, WithoutASettingTheTimeIsAnHour) {
     EXPECT_EQ(fetches(), 1U);
 }
 
-TEST_F(VLGeoServiceRefreshTest, AForcedFetchIsForcedOnce) {
+TEST_F(VLGeoServiceRefreshTest, ForceAppliesOnce) {
     fetchedBefore(0);
     settings->setForceGeoConfigUpdate(true);
     geo->updateConfig(at(kOslo));
@@ -94,7 +117,7 @@ TEST_F(VLGeoServiceRefreshTest, AForcedFetchIsForcedOnce) {
     EXPECT_FALSE(settings->forceGeoConfigUpdate());
 }
 
-TEST_F(VLGeoServiceRefreshTest, WhileAFetchIsUnderWayAnotherIsNotStartedAndTheForceStays) {
+TEST_F(VLGeoServiceRefreshTest, FetchInProgressPreventsAnotherAndKeepsTheForce) {
     geo->didUpdateLocations({at(kOslo)});
     settings->setForceGeoConfigUpdate(true);
     geo->didUpdateLocations({at(northOfOslo(5000))});
@@ -109,7 +132,7 @@ TEST_F(VLGeoServiceRefreshTest, WhileAFetchIsUnderWayAnotherIsNotStartedAndTheFo
     EXPECT_EQ(fetches(), 2U);
 }
 
-TEST_F(VLGeoServiceRefreshTest, ASuccessfulFetchIsRememberedByTimeAndPlace) {
+TEST_F(VLGeoServiceRefreshTest, SuccessfulFetchStoresTimeAndPosition) {
     geo->updateConfig(at({-0.5, 179.25}));
     phone().advance(7);
     session().answer(kRegionsPath, 200, "{}");
@@ -118,7 +141,7 @@ TEST_F(VLGeoServiceRefreshTest, ASuccessfulFetchIsRememberedByTimeAndPlace) {
     EXPECT_EQ(settings->oldLocation(), (Dictionary{{"Latitude", -0.5}, {"Longitude", 179.25}}));
 }
 
-TEST_F(VLGeoServiceRefreshTest, AFailedFetchIsRepeatedOnceAtOnce) {
+TEST_F(VLGeoServiceRefreshTest, FailedFetchIsRetriedOnceWithoutDelay) {
     geo->updateConfig(at(kOslo));
     session().fail(kRegionsPath);
     phone().settle();
@@ -130,14 +153,14 @@ TEST_F(VLGeoServiceRefreshTest, AFailedFetchIsRepeatedOnceAtOnce) {
     phone().settle();
     EXPECT_EQ(fetches(), 2U);
     EXPECT_FALSE(geo->geoFeedWithSessionCall());
-    // Of each attempt, but the time of none.
+    // The position of each attempt, but no time.
     EXPECT_EQ(settings->oldLocation(), (Dictionary{{"Latitude", kOslo.latitude}, {"Longitude", kOslo.longitude}}));
     EXPECT_EQ(settings->fetchGeoRegionTimestamp(), 0);
     EXPECT_EQ(logged("************** FETCH GEO REGIONS - 1 *****************"), 1);
     EXPECT_EQ(logged("************** FETCH GEO REGIONS - 0 *****************"), 1);
 }
 
-TEST_F(VLGeoServiceRefreshTest, ARepetitionThatSucceedsCounts) {
+TEST_F(VLGeoServiceRefreshTest, SuccessfulRetryCounts) {
     geo->updateConfig(at(kOslo));
     session().answer(kRegionsPath, 500, "{}");
     phone().settle();
@@ -148,7 +171,7 @@ TEST_F(VLGeoServiceRefreshTest, ARepetitionThatSucceedsCounts) {
     EXPECT_FALSE(geo->geoFeedWithSessionCall());
 }
 
-TEST_F(VLGeoServiceRefreshTest, AfterAFailureTheDistanceCountsFromTheFailedPlace) {
+TEST_F(VLGeoServiceRefreshTest, DistanceCountsFromAFailedFetchToo) {
     session().alwaysFail(kRegionsPath);
     fetchedBefore(10);
     geo->updateConfig(at(northOfOslo(2000)));
@@ -162,7 +185,7 @@ TEST_F(VLGeoServiceRefreshTest, AfterAFailureTheDistanceCountsFromTheFailedPlace
     EXPECT_EQ(fetches(), 4U);
 }
 
-TEST_F(VLGeoServiceRefreshTest, AnAnswerThatNeverComesHoldsEveryFurtherFetchBack) {
+TEST_F(VLGeoServiceRefreshTest, MissingAnswerPreventsFurtherFetches) {
     geo->updateConfig(at(kOslo));
     phone().advance(1'000'000);
     geo->updateConfig(at(northOfOslo(1e6)));
@@ -172,7 +195,7 @@ TEST_F(VLGeoServiceRefreshTest, AnAnswerThatNeverComesHoldsEveryFurtherFetchBack
     EXPECT_EQ(fetches(), 2U);
 }
 
-TEST_F(VLGeoServiceRefreshTest, AnAnswerForAServiceThatIsGoneDoesNothing) {
+TEST_F(VLGeoServiceRefreshTest, AnswerAfterDestructionIsIgnored) {
     geo->updateConfig(at(kOslo));
     geo.reset();
     session().answer(kRegionsPath, 200, answerWith(describedRegions(2)));
@@ -181,7 +204,7 @@ TEST_F(VLGeoServiceRefreshTest, AnAnswerForAServiceThatIsGoneDoesNothing) {
     EXPECT_EQ(settings->oldLocation(), std::nullopt);
 }
 
-TEST_F(VLGeoServiceRefreshTest, AnOldLocationOfAnotherShapeIsNone) {
+TEST_F(VLGeoServiceRefreshTest, MalformedOldLocationCountsAsAbsent) {
     for (const auto& old :
          {Dictionary{}, Dictionary{{"Latitude", 59.91}}, Dictionary{{"Latitude", "59.91"}, {"Longitude", "10.75"}}}) {
         fetchedBefore(0);
@@ -192,14 +215,14 @@ TEST_F(VLGeoServiceRefreshTest, AnOldLocationOfAnotherShapeIsNone) {
     }
 }
 
-TEST_F(VLGeoServiceRefreshTest, TheMostAccurateUsableLocationIsTaken) {
+TEST_F(VLGeoServiceRefreshTest, TakesTheMostAccurateUsableLocation) {
     geo->didUpdateLocations({at({1, 1}, 50), at({2, 2}, -1), at({3, 3}, 5), at({4, 4}, 5), at({5, 5}, kNaN)});
     EXPECT_NE(session().lastRequest().request.URL.absoluteString().find("latitude=3&longitude=3"), std::string::npos);
     EXPECT_EQ(logged("LATITUDE +3.000000, LONGITUDE +3.000000"), 1);
     EXPECT_EQ(log().linesContaining("LATITUDE").size(), 1U);
 }
 
-TEST_F(VLGeoServiceRefreshTest, LocationsThatCannotBeUsedFetchNothing) {
+TEST_F(VLGeoServiceRefreshTest, UnusableLocationsFetchNothing) {
     geo->didUpdateLocations({});
     geo->didUpdateLocations({at(kOslo, -1), at(kOslo, -kInfinity), at(kOslo, kNaN), at({91, 0}), at({0, -181}),
                              at({kNaN, 0}), at({0, kInfinity})});
@@ -208,7 +231,7 @@ TEST_F(VLGeoServiceRefreshTest, LocationsThatCannotBeUsedFetchNothing) {
     EXPECT_TRUE(log().linesContaining("SIGNIFICANT").empty());
 }
 
-TEST_F(VLGeoServiceRefreshTest, AnAccuracyOfZeroIsTheBestAndAnOldLocationIsUsable) {
+TEST_F(VLGeoServiceRefreshTest, Accuracy0IsBestAndOldLocationsAreUsable) {
     auto old = at({-1.5, -2.25}, 0);
     old.timestamp -= 1000;
     geo->didUpdateLocations({at(kOslo, 0.5), old});
@@ -218,14 +241,14 @@ TEST_F(VLGeoServiceRefreshTest, AnAccuracyOfZeroIsTheBestAndAnOldLocationIsUsabl
     EXPECT_EQ(fetches(), 1U);
 }
 
-TEST_F(VLGeoServiceRefreshTest, TheAgeOfALocationOfTheFutureIsLoggedWithoutASign) {
+TEST_F(VLGeoServiceRefreshTest, FutureLocationIsLoggedWithItsAbsoluteAge) {
     auto early = at(kOslo);
     early.timestamp += 7;
     geo->didUpdateLocations({early});
     EXPECT_EQ(logged("Age:7 seconds, ACCURACY 10.000000"), 1);
 }
 
-TEST_F(VLGeoServiceRefreshTest, TheActivityIsLoggedInWords) {
+TEST_F(VLGeoServiceRefreshTest, LogsTheActivityAsAWord) {
     const std::vector<std::pair<std::int64_t, std::string>> activities = {
         {0, "Other/Unknown?"}, {1, "Other/Unknown?"},      {2, "Automotive"},
         {3, "Pedestrian"},     {4, "Boat/Train/Plane???"}, {5, "Other/Unknown?"}};
@@ -237,7 +260,7 @@ TEST_F(VLGeoServiceRefreshTest, TheActivityIsLoggedInWords) {
     }
 }
 
-TEST_F(VLGeoServiceRefreshTest, FreshnessCountsOnlyWithoutSignificantChanges) {
+TEST_F(VLGeoServiceRefreshTest, FreshnessMattersOnlyWithoutSignificantChanges) {
     auto location = at(kOslo);
     location.timestamp = phone().now() - 5;
     EXPECT_TRUE(VLGeoService::isUsableLocation(location, false));
@@ -249,7 +272,7 @@ TEST_F(VLGeoServiceRefreshTest, FreshnessCountsOnlyWithoutSignificantChanges) {
     EXPECT_FALSE(VLGeoService::isUsableLocation(at(kOslo, -0.1), true));
 }
 
-TEST_F(VLGeoServiceRefreshTest, DistancesAreThoseOfTheGreatCircle) {
+TEST_F(VLGeoServiceRefreshTest, DistancesFollowTheGreatCircle) {
     const auto distance = VLGeoService::calculateDistanceInMetersBetweenCoord;
     const double degree = 6371000.0 * 3.14159265358979323846 / 180;
     EXPECT_EQ(distance(kOslo, kOslo), 0);
@@ -262,7 +285,7 @@ TEST_F(VLGeoServiceRefreshTest, DistancesAreThoseOfTheGreatCircle) {
     EXPECT_EQ(VLGeoService::calculateTimeInSecondsBetweenTimeStamps(5, 7.5), -2.5);
 }
 
-TEST_F(VLGeoServiceRefreshTest, TheConfigurationsThresholdsAreTakenOver) {
+TEST_F(VLGeoServiceRefreshTest, CopiesTheThresholdsOfTheConfiguration) {
     geo->startWithConfig(
         loadedConfig(R"({"configs":{"geo_regions":{"significant_distance_m":250.5,"significant_timeperiod_s":90,)"
                      R"("polling_geostatechangeignore_timeperiod_s":30,"desired_horizontal_accuracy":12}}})"));
@@ -273,7 +296,7 @@ TEST_F(VLGeoServiceRefreshTest, TheConfigurationsThresholdsAreTakenOver) {
     EXPECT_EQ(logged("NO GEO CONFIG DATA RETURNED IN THE RESPONSE"), 0);
 }
 
-TEST_F(VLGeoServiceRefreshTest, ThresholdsThatArriveAsTextsAreRead) {
+TEST_F(VLGeoServiceRefreshTest, ReadsThresholdsGivenAsStrings) {
     geo->startWithConfig(
         loadedConfig(R"({"configs":{"geo_regions":{"significant_distance_m":"250.5","significant_timeperiod_s":"9e1",)"
                      R"("polling_geostatechangeignore_timeperiod_s":"+30","desired_horizontal_accuracy":"12"}}})"));
@@ -283,7 +306,7 @@ TEST_F(VLGeoServiceRefreshTest, ThresholdsThatArriveAsTextsAreRead) {
     EXPECT_EQ(settings->desiredHorizontalAccuracy(), Value(12.0));
 }
 
-TEST_F(VLGeoServiceRefreshTest, WhatTheConfigurationDoesNotTellStaysAsItWas) {
+TEST_F(VLGeoServiceRefreshTest, AbsentThresholdsStayUnchanged) {
     settings->setSignificantDistance(1);
     settings->setSignificantTime(2);
     settings->setGeoRegionStateChangeTime(3);
@@ -304,24 +327,24 @@ TEST_F(VLGeoServiceRefreshTest, WhatTheConfigurationDoesNotTellStaysAsItWas) {
     EXPECT_EQ(logged("NO GEO CONFIG DATA RETURNED IN THE RESPONSE"), 0);
 }
 
-TEST_F(VLGeoServiceRefreshTest, AMissingGeoConfigurationIsLogged) {
+TEST_F(VLGeoServiceRefreshTest, LogsAMissingConfiguration) {
     geo->startWithConfig(loadedConfig(R"({"services":{"geo_regions":true}})"));
     EXPECT_EQ(logged("NO GEO CONFIG DATA RETURNED IN THE RESPONSE"), 1);
     geo->startWithConfig(loadedConfig(R"({"configs":{"geo_regions":[]}})"));
     EXPECT_EQ(logged("NO GEO CONFIG DATA RETURNED IN THE RESPONSE"), 2);
 }
 
-TEST_F(VLGeoServiceRefreshTest, SignificantChangesAreTheLocationManagers) {
+TEST_F(VLGeoServiceRefreshTest, StartsAndStopsSignificantChanges) {
     geo->startSignificantLocationUpdates();
     EXPECT_TRUE(manager().isMonitoringSignificantLocationChanges());
     geo->stopSignificantLocationUpdates();
     EXPECT_FALSE(manager().isMonitoringSignificantLocationChanges());
 }
 
-TEST_F(VLGeoServiceRefreshTest, ATrackOfTenThousandPositionsFetchesOncePerKilometre) {
+TEST_F(VLGeoServiceRefreshTest, TrackOf10000PositionsFetchesOncePerKilometre) {
     session().alwaysAnswer(kRegionsPath, 200, answerWith(describedRegions(20)));
     VLLog::sharedInstance().setLogLevel(VLLogLevel::Error);
-    // 10 m at a time: the first position fetches, and each hundredth after it.
+    // Steps of 10 m: the first position fetches, and every 100th after it.
     for (int i = 0; i < 10'000; ++i) {
         geo->didUpdateLocations({at(northOfOslo(10.0001 * i))});
         if (geo->geoFeedWithSessionCall()) phone().settle();
@@ -330,9 +353,9 @@ TEST_F(VLGeoServiceRefreshTest, ATrackOfTenThousandPositionsFetchesOncePerKilome
     EXPECT_EQ(manager().monitoredRegions().size(), 20U);
 }
 
-TEST_F(VLGeoServiceRefreshTest, ARestartBetweenAnyTwoStepsLosesNothing) {
+TEST_F(VLGeoServiceRefreshTest, RestartBetweenStepsLosesNothing) {
     geo->updateConfig(at(kOslo));
-    geo = makeService();  // while the answer is out
+    geo = makeService();  // before the answer
     geo->updateConfig(at(kOslo));
     EXPECT_EQ(fetches(), 2U);
     session().answer(kRegionsPath, 200, answerWith(describedRegions(1)));
@@ -347,7 +370,7 @@ TEST_F(VLGeoServiceRefreshTest, ARestartBetweenAnyTwoStepsLosesNothing) {
     EXPECT_EQ(fetches(), 3U);
 }
 
-TEST_F(VLGeoServiceRefreshTest, AnAnswerWaitsItsTurnOnTheMainQueue) {
+TEST_F(VLGeoServiceRefreshTest, HandlesAnswersOnTheMainQueue) {
     geo->updateConfig(at(kOslo));
     session().answer(kRegionsPath, 200, answerWith(describedRegions(2)));
     EXPECT_TRUE(geo->geoFeedWithSessionCall());

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "Tests/Geo/GeoTest.h"
 
 namespace vorlane {
@@ -8,7 +10,7 @@ namespace {
 
 using Requests = std::vector<std::pair<Value, Value>>;
 
-/// What entering and leaving a region lead to.
+/// Handles enters and exits.
 class VLGeoServiceTransitionTest : public GeoTest {
 protected:
     VLGeoServiceTransitionTest() { fetch({described("1"), described("2")}); }
@@ -18,7 +20,7 @@ protected:
     const double start = phone().now();
 };
 
-TEST_F(VLGeoServiceTransitionTest, TheFirstEnterAsksForContentAndIsStored) {
+TEST_F(VLGeoServiceTransitionTest, FirstEnterRequestsContentAndIsStored) {
     enter("1");
     EXPECT_EQ(contentRequests(), (Requests{{"segment of 1", "enter"}}));
     auto entered = freshRecord("1");
@@ -30,7 +32,7 @@ TEST_F(VLGeoServiceTransitionTest, TheFirstEnterAsksForContentAndIsStored) {
     EXPECT_TRUE(log().linesContaining("Flapping").empty());
 }
 
-TEST_F(VLGeoServiceTransitionTest, TheFirstExitAsksForContentAndIsStored) {
+TEST_F(VLGeoServiceTransitionTest, FirstExitRequestsContentAndIsStored) {
     exit("2");
     EXPECT_EQ(contentRequests(), (Requests{{"segment of 2", "exit"}}));
     auto left = freshRecord("2");
@@ -40,7 +42,7 @@ TEST_F(VLGeoServiceTransitionTest, TheFirstExitAsksForContentAndIsStored) {
     EXPECT_EQ(logged("************** TIMER RESET OUTSIDE - EXITED REGION  2 *****************"), 1);
 }
 
-TEST_F(VLGeoServiceTransitionTest, AnEnterTooSoonAfterTheLastIsSwallowed) {
+TEST_F(VLGeoServiceTransitionTest, EnterWithinTheLimitIsIgnored) {
     enter("1");
     const auto before = file();
     for (const double later : {0.0, 299.0, 300.0}) {
@@ -54,13 +56,13 @@ TEST_F(VLGeoServiceTransitionTest, AnEnterTooSoonAfterTheLastIsSwallowed) {
     EXPECT_EQ(logged("************** TIMER RESET INSIDE - ENTERED REGION  1 *****************"), 1);
 }
 
-TEST_F(VLGeoServiceTransitionTest, AnEnterLaterThanTheLimitIsAccepted) {
+TEST_F(VLGeoServiceTransitionTest, EnterAfterTheLimitIsAccepted) {
     enter("1");
     setClockTo(300.25);
     enter("1");
     EXPECT_EQ(contentRequests().size(), 2U);
     EXPECT_EQ(file()[0]["VLEnterRegionTimestamp"], Value(start + 300.25));
-    setClockTo(600.25);  // counted from the last one accepted
+    setClockTo(600.25);  // since the last accepted enter
     enter("1");
     EXPECT_EQ(contentRequests().size(), 2U);
     setClockTo(601);
@@ -68,7 +70,7 @@ TEST_F(VLGeoServiceTransitionTest, AnEnterLaterThanTheLimitIsAccepted) {
     EXPECT_EQ(contentRequests().size(), 3U);
 }
 
-TEST_F(VLGeoServiceTransitionTest, AnExitIsJudgedAgainstTheLastExitAlone) {
+TEST_F(VLGeoServiceTransitionTest, ExitIsComparedWithTheLastExitOnly) {
     enter("1");
     exit("1");
     EXPECT_EQ(contentRequests(), (Requests{{"segment of 1", "enter"}, {"segment of 1", "exit"}}));
@@ -85,7 +87,7 @@ TEST_F(VLGeoServiceTransitionTest, AnExitIsJudgedAgainstTheLastExitAlone) {
     EXPECT_EQ(file()[0]["VLExitRegionTimestamp"], Value(start + 300.5));
 }
 
-TEST_F(VLGeoServiceTransitionTest, TheLimitIsTheSettingsWhereOneIsSet) {
+TEST_F(VLGeoServiceTransitionTest, UsesTheLimitOfTheSettings) {
     settings->setGeoRegionStateChangeTime(10);
     enter("1");
     setClockTo(10);
@@ -96,7 +98,7 @@ TEST_F(VLGeoServiceTransitionTest, TheLimitIsTheSettingsWhereOneIsSet) {
     EXPECT_EQ(contentRequests().size(), 2U);
 }
 
-TEST_F(VLGeoServiceTransitionTest, ALimitOfADayHoldsTheFirstTransitionBack) {
+TEST_F(VLGeoServiceTransitionTest, LimitOf1DayRejectsTheFirstTransition) {
     settings->setGeoRegionStateChangeTime(86400);
     enter("1");
     EXPECT_TRUE(contentRequests().empty());
@@ -108,14 +110,14 @@ TEST_F(VLGeoServiceTransitionTest, ALimitOfADayHoldsTheFirstTransitionBack) {
     EXPECT_EQ(contentRequests().size(), 2U);
 }
 
-TEST_F(VLGeoServiceTransitionTest, AClockThatWasSetBackCountsAsFlapping) {
+TEST_F(VLGeoServiceTransitionTest, ClockSetBackCountsAsFlapping) {
     enter("1");
     setClockTo(-100'000);
     enter("1");
     EXPECT_EQ(contentRequests().size(), 1U);
 }
 
-TEST_F(VLGeoServiceTransitionTest, ARegionWithoutARecordIsIgnored) {
+TEST_F(VLGeoServiceTransitionTest, RegionWithoutARecordIsIgnored) {
     const auto before = file();
     const auto lines = log().lines().size();
     enter("3");
@@ -125,19 +127,20 @@ TEST_F(VLGeoServiceTransitionTest, ARegionWithoutARecordIsIgnored) {
     EXPECT_EQ(log().lines().size(), lines);
 }
 
-TEST_F(VLGeoServiceTransitionTest, WithoutAFileNothingIsDoneAndNoneIsWritten) {
-    VLGeoRegionFile::deleteGeoRegionsFile();
+TEST_F(VLGeoServiceTransitionTest, CrossingsAreIgnoredWithoutAFile) {
+    std::filesystem::remove(VLGeoRegionFile::path());
+    geo = makeService();
     enter("1");
     exit("1");
     EXPECT_TRUE(contentRequests().empty());
     EXPECT_TRUE(file().is_null());
 }
 
-TEST_F(VLGeoServiceTransitionTest, ARecordWithoutASegmentIsNotedButAsksForNothing) {
+TEST_F(VLGeoServiceTransitionTest, RecordWithoutASegmentRequestsNothing) {
     auto record = freshRecord("1");
     record.erase("plotwise_id");
     record.erase("name");
-    writeFile(Array{record});
+    restartWithFile(Array{record});
     enter("1");
     EXPECT_TRUE(contentRequests().empty());
     EXPECT_EQ(file()[0]["VLEnterRegionTimestamp"], Value(start));
@@ -146,30 +149,30 @@ TEST_F(VLGeoServiceTransitionTest, ARecordWithoutASegmentIsNotedButAsksForNothin
     EXPECT_EQ(logged("Flapping for enter region:(null)"), 1);
 }
 
-TEST_F(VLGeoServiceTransitionTest, EveryRecordOfTheIdentifierCounts) {
+TEST_F(VLGeoServiceTransitionTest, HandlesEveryRecordOfTheIdentifier) {
     auto second = freshRecord("1");
     second["plotwise_id"] = 7;
     second["VLEnterRegionTimestamp"] = start - 1;
     auto third = freshRecord("1");
     third["plotwise_id"] = 8;
-    writeFile(Array{freshRecord("1"), second, third});
+    restartWithFile(Array{freshRecord("1"), second, third});
     enter("1");
     EXPECT_EQ(contentRequests(), (Requests{{"segment of 1", "enter"}, {8, "enter"}}));
     EXPECT_EQ(logged("Flapping for enter region:name of 1"), 1);
 }
 
-TEST_F(VLGeoServiceTransitionTest, ARecordWithoutUsableTimestampsIsAccepted) {
+TEST_F(VLGeoServiceTransitionTest, RecordWithoutTimestampsIsAccepted) {
     auto record = freshRecord("1");
     record["VLEnterRegionTimestamp"] = "never";
     record.erase("VLExitRegionTimestamp");
-    writeFile(Array{5, record, "text"});
+    restartWithFile(Array{5, record, "text"});
     enter("1");
     exit("1");
     EXPECT_EQ(contentRequests().size(), 2U);
     EXPECT_EQ(file().size(), 1U);
 }
 
-TEST_F(VLGeoServiceTransitionTest, TimesOutliveARestart) {
+TEST_F(VLGeoServiceTransitionTest, TimesSurviveARestart) {
     enter("1");
     geo = makeService();
     setClockTo(300);
@@ -181,7 +184,7 @@ TEST_F(VLGeoServiceTransitionTest, TimesOutliveARestart) {
     EXPECT_EQ(contentRequests().size(), 2U);
 }
 
-TEST_F(VLGeoServiceTransitionTest, ATransitionWhoseContentFailsIsNotAskedForAgainWithinTheLimit) {
+TEST_F(VLGeoServiceTransitionTest, FailedContentIsNotRequestedAgainWithinTheLimit) {
     enter("1");
     session().fail(kContentPath);
     phone().settle();
