@@ -12,7 +12,7 @@ class VLLocationHelper {
 public:
     VLLocationHelper(std::shared_ptr<NSBundle> mainBundle, std::shared_ptr<CLLocationManager> locationManager);
 
-    /// Whether the bundle says what it wants the position for at all times ("NSLocationAlwaysUsageDescription").
+    /// Whether the bundle has the key "NSLocationAlwaysUsageDescription".
     bool isAppEnabledForBackgroundLocation() const;
     bool isRegionMonitoringAvailable() const;
 

@@ -13,6 +13,7 @@
 #include "Categories/NSNumber+VLLooseValue.h"
 #include "Core/Base/VLSettings.h"
 #include "Geo/VLGeoService.h"
+#include "Geo/VLLocationHelper.h"
 #include "Platform/CLBeaconRegion.h"
 #include "Platform/CLLocationManager.h"
 #include "Platform/NSBundle.h"
@@ -49,30 +50,37 @@ void call(const VLLocationService::CompletionHandler& handler, bool success) {
 
 std::shared_ptr<VLLocationService> VLLocationService::serviceWith(Collaborators collaborators) {
     const std::shared_ptr<VLLocationService> service(new VLLocationService(std::move(collaborators)));
-    auto& manager = *service->with_.locationManager;
+    auto& manager = *service->collaborators_.locationManager;
     manager.setDelegate(service);
-    if (service->locationHelper_.isAppEnabledForBackgroundLocation())
+    if (service->locationHelper_->isAppEnabledForBackgroundLocation())
         manager.setDesiredAccuracy(kCLLocationAccuracyBest);
     return service;
 }
 
 VLLocationService::VLLocationService(Collaborators collaborators)
-    : with_(std::move(collaborators)), locationHelper_(with_.mainBundle, with_.locationManager) {}
+    : collaborators_(std::move(collaborators)),
+      locationHelper_(std::make_shared<VLLocationHelper>(collaborators_.mainBundle, collaborators_.locationManager)) {}
 
 VLLocationService::~VLLocationService() = default;
 
 void VLLocationService::startWithConfig() {
     assertMainQueue();
     const bool geo = isGeoEnabled();
-    const bool beacon = with_.configService->serviceEnabled(VLCONFIGSERVICEBEACON);
+    const bool beacon = serviceEnabled(VLCONFIGSERVICEBEACON);
     configureLocationUpdates(geo || beacon);
 }
 
-/// The mode counts here alone: once beacons switch tracking on, regions are fetched in the unsupported mode too, meant
-/// so.
+bool VLLocationService::serviceEnabled(const char* name) const {
+    const auto service = configService();
+    return service && service->serviceEnabled(name);
+}
+
+/// Intended: only this decision looks at the mode. If beacons switch tracking on, regions are fetched in the
+/// unsupported mode too.
 bool VLLocationService::isGeoEnabled() const {
-    if (!with_.configService->serviceEnabled(VLCONFIGSERVICEGEO)) return false;
-    const auto config = with_.configService->serviceConfig(VLCONFIGSERVICEGEO);
+    const auto service = configService();
+    if (!service || !service->serviceEnabled(VLCONFIGSERVICEGEO)) return false;
+    const auto config = service->serviceConfig(VLCONFIGSERVICEGEO);
     const auto mode = config ? vl_looseNumber(valueForKey(*config, "geo_mode")) : std::nullopt;
     if (!mode || std::trunc(*mode) != kUnsupportedGeoMode) return true;
     logMessage(VLLogLevel::Error, kMode1Text);
@@ -84,21 +92,22 @@ void VLLocationService::configureLocationUpdates(bool enabled) {
     isLocationTrackingEnabled_ = enabled;
     if (!enabled) {
         logMessage(VLLogLevel::Debug, "App has Location Updates switched OFF");
-        return with_.geoService->stopSignificantLocationUpdates();
+        return collaborators_.geoService->stopSignificantLocationUpdates();
     }
-    if (vl_isBackgroundLocationEnabledForApp(*with_.mainBundle)) {
-        with_.locationManager->setAllowsBackgroundLocationUpdates(true);
+    if (vl_isBackgroundLocationEnabledForApp(*collaborators_.mainBundle)) {
+        collaborators_.locationManager->setAllowsBackgroundLocationUpdates(true);
     }
-    with_.geoService->startWithConfig(with_.configService);
+    collaborators_.geoService->startWithConfig(configService());
     onMainQueue([weakSelf = weak_from_this()] {
         if (const auto self = weakSelf.lock()) self->updateAfterConfiguration();
     });
 }
 
 void VLLocationService::updateAfterConfiguration() {
-    const bool isInBackground = with_.application->applicationState() == UIApplicationState::background;
-    if (!isInBackground) with_.settings->setForceGeoConfigUpdate(true);
-    configUpdateWithBeacons(!isInBackground || with_.beacons->isConfigStale(), true, nullptr);
+    const bool isInBackground = collaborators_.application->applicationState() == UIApplicationState::background;
+    const auto stored = settings();
+    if (!isInBackground && stored) stored->setForceGeoConfigUpdate(true);
+    configUpdateWithBeacons(!isInBackground || collaborators_.beacons->isConfigStale(), true, nullptr);
 }
 
 void VLLocationService::configUpdateWithBeacons(bool withBeacons, bool enableSignificantLocationUpdates,
@@ -107,8 +116,8 @@ void VLLocationService::configUpdateWithBeacons(bool withBeacons, bool enableSig
     if (!isLocationTrackingEnabled_) return call(completionHandler, true);
     checkLocationRegionsAvailableForMonitoring([&](bool isGeoCapable, bool isRangingCapable) {
         if (!isGeoCapable && !isRangingCapable) return call(completionHandler, true);
-        if (!locationHelper_.isAppEnabledForBackgroundLocation()) {
-            // Without calling the handler, meant so.
+        if (!locationHelper_->isAppEnabledForBackgroundLocation()) {
+            // Intended: the handler is not called.
             return logMessage(VLLogLevel::Error, kNoUsageKeyText);
         }
         switchOn(isRangingCapable && withBeacons, isGeoCapable && enableSignificantLocationUpdates, completionHandler);
@@ -117,63 +126,63 @@ void VLLocationService::configUpdateWithBeacons(bool withBeacons, bool enableSig
 
 void VLLocationService::switchOn(bool beacons, bool significantChanges, const CompletionHandler& completionHandler) {
     logMessage(VLLogLevel::Debug, "App has Location Updates switched ON");
-    if (significantChanges) with_.geoService->startSignificantLocationUpdates();
+    if (significantChanges) collaborators_.geoService->startSignificantLocationUpdates();
     if (beacons) return startBeaconUpdates(completionHandler);
     call(completionHandler, true);
 }
 
 void VLLocationService::checkLocationRegionsAvailableForMonitoring(const AvailabilityHandler& handler) {
-    const bool isGeoCapable =
-        with_.configService->serviceEnabled(VLCONFIGSERVICEGEO) && checkGeoRegionMonitoringCapability();
-    const bool hasBeacons =
-        with_.configService->serviceEnabled(VLCONFIGSERVICEBEACON) && checkBeaconMonitoringCapability();
+    const bool isGeoCapable = serviceEnabled(VLCONFIGSERVICEGEO) && checkGeoRegionMonitoringCapability();
+    const bool hasBeacons = serviceEnabled(VLCONFIGSERVICEBEACON) && checkBeaconMonitoringCapability();
     handler(isGeoCapable, hasBeacons && rangingCapable());
 }
 
 bool VLLocationService::checkGeoRegionMonitoringCapability() {
     if (canMonitorGeoRegions()) return true;
-    if (with_.settings->oldLocation()) with_.settings->setOldLocation(std::nullopt);
+    const auto stored = settings();
+    if (stored && stored->oldLocation()) stored->setOldLocation(std::nullopt);
     return false;
 }
 
 bool VLLocationService::canMonitorGeoRegions() const {
-    const auto status = with_.locationManager->authorizationStatus();
-    return with_.locationManager->locationServicesEnabled() && status != CLAuthorizationStatus::Denied &&
-           status != CLAuthorizationStatus::Restricted && locationHelper_.isRegionMonitoringAvailable();
+    const auto status = collaborators_.locationManager->authorizationStatus();
+    return collaborators_.locationManager->locationServicesEnabled() && status != CLAuthorizationStatus::Denied &&
+           status != CLAuthorizationStatus::Restricted && locationHelper_->isRegionMonitoringAvailable();
 }
 
 bool VLLocationService::checkBeaconMonitoringCapability() const {
-    if (with_.locationManager->isMonitoringAvailableForClass(CLRegionClass::CLBeaconRegion)) return true;
+    if (collaborators_.locationManager->isMonitoringAvailableForClass(CLRegionClass::CLBeaconRegion)) return true;
     logMessage(VLLogLevel::Info, "CLBeaconRegion monitoring is not available for this device.");
     return false;
 }
 
 bool VLLocationService::rangingCapable() const {
-    if (!with_.locationManager->isRangingAvailable()) {
+    if (!collaborators_.locationManager->isRangingAvailable()) {
         logMessage(VLLogLevel::Info, "Beacon ranging is not supported on this device.");
         return false;
     }
-    if (vl_isBackgroundLocationEnabledForApp(*with_.mainBundle)) return true;
+    if (vl_isBackgroundLocationEnabledForApp(*collaborators_.mainBundle)) return true;
     logMessage(VLLogLevel::Error, kNoBackgroundModeText);
     return false;
 }
 
 void VLLocationService::startBeaconUpdates(const CompletionHandler& handler) {
-    with_.beacons->getBeaconsConfig(
+    collaborators_.beacons->getBeaconsConfig(
         [handler](const std::optional<std::string>& /*config*/, auto flag) { call(handler, flag != 0); });
 }
 
 void VLLocationService::didUpdateLocations(CLLocationManager& /*manager*/, const std::vector<CLLocation>& locations) {
-    with_.geoService->didUpdateLocations(locations);
+    collaborators_.geoService->didUpdateLocations(locations);
 }
 
 void VLLocationService::didDetermineState(CLLocationManager& /*manager*/, CLRegionState state,
                                           const std::shared_ptr<CLRegion>& region) {
-    const auto* const text = state == CLRegionState::Inside    ? "## Inside of Region - {}"
-                             : state == CLRegionState::Outside ? "## Outside of Region - {}"
-                                                               : "## Unknown state Region - {}";
-    logMessage(VLLogLevel::Debug, fmt::format(fmt::runtime(text), region->identifier()));
-    if (const auto beaconRegion = asBeaconRegion(region)) with_.beacons->didDetermineState(state, beaconRegion);
+    const auto* const format = state == CLRegionState::Inside    ? "## Inside of Region - {}"
+                               : state == CLRegionState::Outside ? "## Outside of Region - {}"
+                                                                 : "## Unknown state Region - {}";
+    logMessage(VLLogLevel::Debug, fmt::format(fmt::runtime(format), region->identifier()));
+    if (const auto beaconRegion = asBeaconRegion(region))
+        collaborators_.beacons->didDetermineState(state, beaconRegion);
 }
 
 void VLLocationService::didStartMonitoringForRegion(CLLocationManager& /*manager*/,
@@ -193,20 +202,20 @@ void VLLocationService::didEnterRegion(CLLocationManager& /*manager*/, const std
         logMessage(VLLogLevel::Debug,
                    fmt::format("************** INSIDE BEACON DELEGATE- ENTERED REGION {} *****************",
                                region->identifier()));
-        return with_.beacons->didEnterRegion(beaconRegion);
+        return collaborators_.beacons->didEnterRegion(beaconRegion);
     }
     logMessage(VLLogLevel::Debug, fmt::format("************** INSIDE GEOFENCE - ENTERED REGION {} *****************",
                                               region->identifier()));
-    with_.geoService->didEnterRegion(*region);
+    collaborators_.geoService->didEnterRegion(*region);
 }
 
-/// Ended by its expiry alone, meant so: what the region leads to takes as long as the network does.
+/// Intended: only the expiry ends the task, because the requests that follow take an unknown time.
 void VLLocationService::beginEnterRegionTask() {
     const auto task = std::make_shared<UIBackgroundTaskIdentifier>(UIBackgroundTaskInvalid);
-    *task = with_.application->beginBackgroundTaskWithExpirationHandler([weakSelf = weak_from_this(), task] {
+    *task = collaborators_.application->beginBackgroundTaskWithExpirationHandler([weakSelf = weak_from_this(), task] {
         const auto self = weakSelf.lock();
         if (!self) return;
-        self->with_.application->endBackgroundTask(*task);
+        self->collaborators_.application->endBackgroundTask(*task);
         self->enterRegionBgTask_ = UIBackgroundTaskInvalid;
     });
     enterRegionBgTask_ = *task;
@@ -217,19 +226,19 @@ void VLLocationService::didExitRegion(CLLocationManager& /*manager*/, const std:
         logMessage(VLLogLevel::Debug,
                    fmt::format("************** OUTSIDE BEACON DELEGATE - EXITED REGION {} *****************",
                                region->identifier()));
-        return with_.beacons->didExitRegion(beaconRegion);
+        return collaborators_.beacons->didExitRegion(beaconRegion);
     }
     logMessage(VLLogLevel::Debug, fmt::format("************** OUTSIDE GEOFENCE - EXITED REGION  {} *****************",
                                               region->identifier()));
-    with_.geoService->didExitRegion(*region);
+    collaborators_.geoService->didExitRegion(*region);
 }
 
 void VLLocationService::didRangeBeacons(CLLocationManager& /*manager*/, const std::vector<CLBeacon>& beacons,
                                         const std::shared_ptr<CLBeaconRegion>& region) {
-    const Value remaining = with_.application->backgroundTimeRemaining();
+    const Value remaining = collaborators_.application->backgroundTimeRemaining();
     logMessage(VLLogLevel::Debug,
                fmt::format("Inside Ranging.  Time remaining:{}", vl_description(stringValue(remaining))));
-    with_.beacons->rangingBeacons(beacons, region);
+    collaborators_.beacons->rangingBeacons(beacons, region);
 }
 
 void VLLocationService::didChangeAuthorizationStatus(CLLocationManager& /*manager*/, CLAuthorizationStatus status) {

@@ -2,9 +2,9 @@
 
 #include <functional>
 #include <memory>
+#include <utility>
 #include <vector>
 
-#include "Geo/VLLocationHelper.h"
 #include "Platform/CLLocationManagerDelegate.h"
 #include "Platform/UIApplication.h"
 
@@ -15,21 +15,21 @@ class NSBundle;
 class VLBeaconService;
 class VLConfigService;
 class VLGeoService;
+class VLLocationHelper;
 class VLSettings;
 
-/// The one delegate of the platform's location manager. Decides from the configuration, the device and the user's
-/// permission whether location features run, and routes what happens to the geo and the beacon service. Main queue
-/// only.
+/// The delegate of the platform's location manager. Decides from the configuration, the device and the user's
+/// permission whether location features run, and routes the events to the geo and beacon services. Main queue only.
 class VLLocationService : public CLLocationManagerDelegate, public std::enable_shared_from_this<VLLocationService> {
 public:
-    /// Whether it was done, as the beacon service tells; true when there was nothing to do.
+    /// Receives the result of the beacon service, or true if there was nothing to do.
     using CompletionHandler = std::function<void(bool success)>;
-    /// What the device, the configuration and the user allow.
+    /// Receives what the device, the configuration and the user allow.
     using AvailabilityHandler = std::function<void(bool isGeoCapable, bool isRangingCapable)>;
 
     struct Collaborators {
-        std::shared_ptr<VLSettings> settings;
-        std::shared_ptr<VLConfigService> configService;
+        std::weak_ptr<VLSettings> settings;
+        std::weak_ptr<VLConfigService> configService;
         std::shared_ptr<VLBeaconService> beacons;
         std::shared_ptr<CLLocationManager> locationManager;
         std::shared_ptr<VLGeoService> geoService;
@@ -38,22 +38,22 @@ public:
     };
 
     /// `initWithSettings:withConfigService:withBeaconsService:withLocationManager:geoService:`, with the platform's
-    /// objects. The service is the manager's delegate from then on.
+    /// objects. The service makes itself the manager's delegate.
     static std::shared_ptr<VLLocationService> serviceWith(Collaborators collaborators);
     ~VLLocationService() override;
 
-    /// Switches tracking on or off, as the configuration says. Called once it is there.
+    /// Switches tracking on or off according to the configuration. Called when the configuration is available.
     void startWithConfig();
     /// `configureLocationUpdates:`
     void configureLocationUpdates(bool enabled);
     /// `configUpdateWithBeacons:enableSignificantLocationUpdates:withCompletionHandler:`. The handler may be empty. It
-    /// runs at once, or when the beacon service has answered; never where the bundle lacks the usage key.
+    /// is called before this returns, but never if the bundle lacks the usage key.
     void configUpdateWithBeacons(bool withBeacons, bool enableSignificantLocationUpdates,
                                  const CompletionHandler& completionHandler);
-    /// `checkLocationRegionsAvailableForMonitoring:` calls the handler at once.
+    /// `checkLocationRegionsAvailableForMonitoring:` calls the handler before it returns.
     void checkLocationRegionsAvailableForMonitoring(const AvailabilityHandler& handler);
-    /// Also forgets the last place that regions were fetched for when it says no, so that the next fetch is not held
-    /// back by the distance.
+    /// If it returns false, it also clears the position of the last fetch, so that the distance does not prevent the
+    /// next one.
     bool checkGeoRegionMonitoringCapability();
     bool checkBeaconMonitoringCapability() const;
     bool rangingCapable() const;
@@ -62,6 +62,27 @@ public:
 
     /// The last decision of `configureLocationUpdates()`.
     bool isLocationTrackingEnabled() const { return isLocationTrackingEnabled_; }
+    void setIsLocationTrackingEnabled(bool isEnabled) { isLocationTrackingEnabled_ = isEnabled; }
+
+    /// Null once the settings are gone.
+    std::shared_ptr<VLSettings> settings() const { return collaborators_.settings.lock(); }
+    void setSettings(std::weak_ptr<VLSettings> settings) { collaborators_.settings = std::move(settings); }
+    /// Null once the service is gone.
+    std::shared_ptr<VLConfigService> configService() const { return collaborators_.configService.lock(); }
+    void setConfigService(std::weak_ptr<VLConfigService> service) { collaborators_.configService = std::move(service); }
+
+    // The setters require a non-null object. Setting the location manager changes no delegate.
+
+    const std::shared_ptr<VLBeaconService>& beacons() const { return collaborators_.beacons; }
+    void setBeacons(std::shared_ptr<VLBeaconService> beacons) { collaborators_.beacons = std::move(beacons); }
+    const std::shared_ptr<VLGeoService>& geoService() const { return collaborators_.geoService; }
+    void setGeoService(std::shared_ptr<VLGeoService> service) { collaborators_.geoService = std::move(service); }
+    const std::shared_ptr<CLLocationManager>& locationManager() const { return collaborators_.locationManager; }
+    void setLocationManager(std::shared_ptr<CLLocationManager> manager) {
+        collaborators_.locationManager = std::move(manager);
+    }
+    const std::shared_ptr<VLLocationHelper>& locationHelper() const { return locationHelper_; }
+    void setLocationHelper(std::shared_ptr<VLLocationHelper> helper) { locationHelper_ = std::move(helper); }
 
     void didUpdateLocations(CLLocationManager& manager, const std::vector<CLLocation>& locations) override;
     void didDetermineState(CLLocationManager& manager, CLRegionState state,
@@ -78,16 +99,16 @@ public:
 private:
     explicit VLLocationService(Collaborators collaborators);
 
+    bool serviceEnabled(const char* name) const;
     bool isGeoEnabled() const;
     bool canMonitorGeoRegions() const;
     void updateAfterConfiguration();
     void switchOn(bool beacons, bool significantChanges, const CompletionHandler& completionHandler);
     void beginEnterRegionTask();
 
-    // Fixed at construction.
-    const Collaborators with_;
-    const VLLocationHelper locationHelper_;
     // Main queue only.
+    Collaborators collaborators_;
+    std::shared_ptr<VLLocationHelper> locationHelper_;
     bool isLocationTrackingEnabled_ = false;
     UIBackgroundTaskIdentifier enterRegionBgTask_ = UIBackgroundTaskInvalid;
 };

@@ -4,11 +4,16 @@
 
 #include <limits>
 
+#include "Beacons/VLBeaconService.h"
 #include "Core/Base/VLSettings.h"
 #include "Core/Startup/VLBootstrap.h"
+#include "Geo/VLGeoService.h"
+#include "Geo/VLLocationHelper.h"
 #include "Platform/CLBeaconRegion.h"
 #include "Platform/CLCircularRegion.h"
+#include "Platform/NSBundle.h"
 #include "Public/VLURLsProduction.h"
+#include "Tests/Support/FakeLocationManager.h"
 #include "Tests/Support/SimulatedPhoneTest.h"
 #include "Tracking/VLConfigService.h"
 
@@ -59,7 +64,7 @@ protected:
         session().answer("/config/application/ios/", 200, body);
         phone().settle();
     }
-    /// Starts with that configuration.
+    /// Starts the service with this configuration.
     void start(const std::string& body) {
         configure(body);
         service->startWithConfig();
@@ -67,13 +72,13 @@ protected:
     }
     int debugLines(const std::string& message) { return log().count(message, VLLogLevel::Debug); }
 
-    /// What the handler received; nothing when it was not called.
+    /// The value passed to the handler, or `nullopt` if it was not called.
     std::optional<bool> update(bool beacons, bool significant) {
         std::optional<bool> answer;
         service->configUpdateWithBeacons(beacons, significant, [&](bool success) { answer = success; });
         return answer;
     }
-    /// What the device is found capable of: regions, ranging.
+    /// Whether the device is capable of geofences and of ranging.
     std::pair<bool, bool> capabilities() {
         std::pair<bool, bool> found;
         service->checkLocationRegionsAvailableForMonitoring([&](bool geo, bool ranging) { found = {geo, ranging}; });
@@ -104,7 +109,7 @@ protected:
     }
 };
 
-TEST_F(VLLocationServiceTest, ItIsTheManagersDelegateAndAsksForTheBestAccuracy) {
+TEST_F(VLLocationServiceTest, IsTheDelegateAndRequestsTheBestAccuracy) {
     EXPECT_EQ(manager().desiredAccuracy(), kCLLocationAccuracyBest);
     EXPECT_FALSE(service->isLocationTrackingEnabled());
     manager().setAuthorizationStatus(Status::AuthorizedAlways);
@@ -112,16 +117,16 @@ TEST_F(VLLocationServiceTest, ItIsTheManagersDelegateAndAsksForTheBestAccuracy) 
     EXPECT_TRUE(service->isLocationTrackingEnabled());
 }
 
-TEST_F(VLLocationServiceWithoutUsageKeyTest, TheAccuracyStaysAsItIs) {
+TEST_F(VLLocationServiceWithoutUsageKeyTest, AccuracyStaysUnchanged) {
     EXPECT_EQ(manager().desiredAccuracy(), std::nullopt);
 }
 
-TEST_F(VLLocationServiceTest, EnabledGeoSwitchesTrackingOnAndForcesAFetchInTheForeground) {
+TEST_F(VLLocationServiceTest, EnabledGeoForcesAFetchInTheForeground) {
     configure(R"({"services":{"geo_regions":true},"configs":{"geo_regions":{"significant_distance_m":7}}})");
     service->startWithConfig();
     EXPECT_TRUE(service->isLocationTrackingEnabled());
     EXPECT_EQ(settings->significantDistance(), 7);
-    EXPECT_FALSE(settings->forceGeoConfigUpdate());  // on the main queue, later
+    EXPECT_FALSE(settings->forceGeoConfigUpdate());  // only later, on the main queue
     EXPECT_TRUE(significantChanges.empty());
     phone().settle();
     EXPECT_TRUE(settings->forceGeoConfigUpdate());
@@ -130,14 +135,14 @@ TEST_F(VLLocationServiceTest, EnabledGeoSwitchesTrackingOnAndForcesAFetchInTheFo
     EXPECT_EQ(debugLines(kSwitchedOn), 1);
 }
 
-TEST_F(VLLocationServiceTest, InTheBackgroundNoFetchIsForced) {
+TEST_F(VLLocationServiceTest, BackgroundForcesNoFetch) {
     application().setApplicationState(UIApplicationState::background);
     start(kGeo);
     EXPECT_FALSE(settings->forceGeoConfigUpdate());
     EXPECT_EQ(significantChanges, std::vector<bool>{true});
 }
 
-TEST_F(VLLocationServiceTest, AnInactiveApplicationIsNotInTheBackground) {
+TEST_F(VLLocationServiceTest, InactiveForcesAFetch) {
     application().setApplicationState(UIApplicationState::inactive);
     start(kGeo);
     EXPECT_TRUE(settings->forceGeoConfigUpdate());
@@ -151,7 +156,7 @@ TEST_F(VLLocationServiceTest, Mode1WithoutBeaconsSwitchesTrackingOff) {
     EXPECT_EQ(significantChanges, std::vector<bool>{false});
 }
 
-TEST_F(VLLocationServiceTest, Mode1WithBeaconsTracksAndFetchesAllTheSame) {
+TEST_F(VLLocationServiceTest, Mode1WithBeaconsKeepsTrackingOn) {
     start(R"({"services":{"geo_regions":true,"beacon":true},"configs":{"geo_regions":{"geo_mode":1}}})");
     EXPECT_TRUE(service->isLocationTrackingEnabled());
     EXPECT_EQ(log().count(kMode1Text, VLLogLevel::Error), 1);
@@ -172,7 +177,7 @@ TEST_F(VLLocationServiceTest, OnlyMode1IsUnsupported) {
     EXPECT_EQ(log().count(kMode1Text, VLLogLevel::Error), 4);
 }
 
-TEST_F(VLLocationServiceTest, WithoutAnEnabledServiceTrackingIsOff) {
+TEST_F(VLLocationServiceTest, TrackingIsOffWithoutAnEnabledService) {
     for (const auto* body : {"{}", R"({"services":{"geo_regions":false,"beacon":false}})",
                              R"({"services":{"rich_inbox":true},"configs":{"geo_regions":{"geo_mode":1}}})"}) {
         start(body);
@@ -183,7 +188,7 @@ TEST_F(VLLocationServiceTest, WithoutAnEnabledServiceTrackingIsOff) {
     EXPECT_FALSE(manager().allowsBackgroundLocationUpdates());
 }
 
-TEST_F(VLLocationServiceTest, SwitchingOffLeavesTheMonitoredRegions) {
+TEST_F(VLLocationServiceTest, SwitchingOffKeepsMonitoredRegions) {
     start(kGeo);
     manager().startMonitoringForRegion(circle);
     service->configureLocationUpdates(false);
@@ -194,7 +199,7 @@ TEST_F(VLLocationServiceTest, SwitchingOffLeavesTheMonitoredRegions) {
     EXPECT_FALSE(manager().isMonitoringSignificantLocationChanges());
 }
 
-TEST_F(VLLocationServiceTest, SwitchedOffBeforeTheMainQueueHadItsTurnNothingStarts) {
+TEST_F(VLLocationServiceTest, SwitchingOffAtOnceStartsNothing) {
     configure(kGeo);
     service->configureLocationUpdates(true);
     service->configureLocationUpdates(false);
@@ -203,7 +208,7 @@ TEST_F(VLLocationServiceTest, SwitchedOffBeforeTheMainQueueHadItsTurnNothingStar
     EXPECT_EQ(debugLines(kSwitchedOn), 0);
 }
 
-TEST_F(VLLocationServiceTest, RegionsNeedServicesAuthorisationAndADeviceThatCanMonitor) {
+TEST_F(VLLocationServiceTest, RegionsNeedServicesAuthorisationAndCapability) {
     configure(kGeo);
     for (const auto& [status, isCapable] : std::vector<std::pair<Status, bool>>{{Status::NotDetermined, true},
                                                                                 {Status::Restricted, false},
@@ -214,7 +219,7 @@ TEST_F(VLLocationServiceTest, RegionsNeedServicesAuthorisationAndADeviceThatCanM
         phone().settle();
         settings->setOldLocation(Dictionary{{"Latitude", 1}, {"Longitude", 2}});
         EXPECT_EQ(capabilities(), std::pair(isCapable, false)) << static_cast<int>(status);
-        // Kept only where regions can be monitored.
+        // Cleared if regions cannot be monitored.
         EXPECT_EQ(settings->oldLocation().has_value(), isCapable) << static_cast<int>(status);
     }
     for (const auto& lacking : {SimulatedLocationManager::Capabilities{.locationServicesEnabled = false},
@@ -227,7 +232,7 @@ TEST_F(VLLocationServiceTest, RegionsNeedServicesAuthorisationAndADeviceThatCanM
     }
 }
 
-TEST_F(VLLocationServiceTest, WithoutTheGeoServiceTheDeviceIsNotAskedAboutRegions) {
+TEST_F(VLLocationServiceTest, DisabledGeoSkipsTheCapabilityCheck) {
     configure(kBeacons);
     manager().setCapabilities({.locationServicesEnabled = false});
     settings->setOldLocation(Dictionary{{"Latitude", 1}, {"Longitude", 2}});
@@ -235,7 +240,7 @@ TEST_F(VLLocationServiceTest, WithoutTheGeoServiceTheDeviceIsNotAskedAboutRegion
     EXPECT_TRUE(settings->oldLocation());
 }
 
-TEST_F(VLLocationServiceTest, BeaconsNeedADeviceThatMonitorsAndRangesThem) {
+TEST_F(VLLocationServiceTest, BeaconsNeedMonitoringAndRanging) {
     configure(kBoth);
     EXPECT_EQ(capabilities(), std::pair(true, true));
     manager().setCapabilities({.beaconMonitoring = false});
@@ -250,15 +255,15 @@ TEST_F(VLLocationServiceTest, BeaconsNeedADeviceThatMonitorsAndRangesThem) {
     EXPECT_EQ(log().linesContaining("Beacon ranging").size(), 1U);
 }
 
-TEST_F(VLLocationServiceWithoutBackgroundModeTest, RangingIsDisabledWithAReason) {
+TEST_F(VLLocationServiceWithoutBackgroundModeTest, LogsWhyRangingIsDisabled) {
     start(kBoth);
     EXPECT_FALSE(manager().allowsBackgroundLocationUpdates());
     EXPECT_EQ(log().count(kNoBackgroundModeText, VLLogLevel::Error), 1);
     EXPECT_FALSE(service->rangingCapable());
-    EXPECT_EQ(significantChanges, std::vector<bool>{true});  // regions do not need it
+    EXPECT_EQ(significantChanges, std::vector<bool>{true});  // not needed for geofences
 }
 
-TEST_F(VLLocationServiceWithoutUsageKeyTest, NothingStartsAndTheHandlerIsNeverCalled) {
+TEST_F(VLLocationServiceWithoutUsageKeyTest, NothingStartsAndHandlerIsNeverCalled) {
     start(kBoth);
     EXPECT_TRUE(service->isLocationTrackingEnabled());
     EXPECT_EQ(log().count(kNoUsageKeyText, VLLogLevel::Error), 1);
@@ -269,7 +274,7 @@ TEST_F(VLLocationServiceWithoutUsageKeyTest, NothingStartsAndTheHandlerIsNeverCa
     EXPECT_EQ(debugLines(kSwitchedOn), 0);
 }
 
-TEST_F(VLLocationServiceWithoutUsageKeyTest, ADeviceThatIsIncapableIsFoundOutFirst) {
+TEST_F(VLLocationServiceWithoutUsageKeyTest, CapabilityIsCheckedFirst) {
     start(kGeo);
     log().clear();
     manager().setCapabilities({.regionMonitoring = false});
@@ -277,7 +282,7 @@ TEST_F(VLLocationServiceWithoutUsageKeyTest, ADeviceThatIsIncapableIsFoundOutFir
     EXPECT_EQ(log().count(kNoUsageKeyText, VLLogLevel::Error), 0);
 }
 
-TEST_F(VLLocationServiceTest, AnUpdateWithoutTrackingOrCapabilityIsDoneAtOnce) {
+TEST_F(VLLocationServiceTest, UpdateWithoutTrackingOrCapabilitySucceeds) {
     EXPECT_EQ(update(true, true), true);
     start(kGeo);
     log().clear();
@@ -290,7 +295,7 @@ TEST_F(VLLocationServiceTest, AnUpdateWithoutTrackingOrCapabilityIsDoneAtOnce) {
     service->configUpdateWithBeacons(true, true, nullptr);
 }
 
-TEST_F(VLLocationServiceTest, AnUpdateStartsWhatItIsAskedFor) {
+TEST_F(VLLocationServiceTest, UpdateStartsTheRequestedFeatures) {
     start(kBoth);
     significantChanges.clear();
     EXPECT_EQ(update(false, false), true);
@@ -304,7 +309,7 @@ TEST_F(VLLocationServiceTest, AnUpdateStartsWhatItIsAskedFor) {
     EXPECT_EQ(significantChanges, (std::vector<bool>{true, true}));
 }
 
-TEST_F(VLLocationServiceTest, BeaconsAloneAreMonitoredWithoutSignificantChanges) {
+TEST_F(VLLocationServiceTest, BeaconsAloneStartNoSignificantChanges) {
     start(kBeacons);
     EXPECT_TRUE(service->isLocationTrackingEnabled());
     EXPECT_TRUE(significantChanges.empty());
@@ -312,16 +317,16 @@ TEST_F(VLLocationServiceTest, BeaconsAloneAreMonitoredWithoutSignificantChanges)
     EXPECT_EQ(manager().monitoredRegions()[0]->identifier(), kUUID + "_1_2");
 }
 
-TEST_F(VLLocationServiceTest, WhatTheBeaconServiceTellsIsPassedOn) {
+TEST_F(VLLocationServiceTest, PassesTheFlagOfTheBeaconServiceOn) {
     start(kBeacons);
     EXPECT_EQ(update(true, false), true);
-    start(R"({"services":{"beacon":true}})");  // without a configuration it tells 2, which is no less than yes
+    start(R"({"services":{"beacon":true}})");  // no configuration: flag 2 counts as success
     EXPECT_EQ(update(true, false), true);
 }
 
-TEST_F(VLLocationServiceTest, InTheBackgroundBeaconsAreUpdatedWhenTheirConfigurationIsStale) {
+TEST_F(VLLocationServiceTest, BackgroundUpdatesStaleBeaconsOnly) {
     application().setApplicationState(UIApplicationState::background);
-    start(kBeacons);  // never updated before
+    start(kBeacons);  // never updated, so stale
     EXPECT_EQ(manager().monitoredRegions().size(), 1U);
     manager().stopMonitoringForRegion(manager().monitoredRegions()[0]);
     service->configureLocationUpdates(true);
@@ -333,7 +338,7 @@ TEST_F(VLLocationServiceTest, InTheBackgroundBeaconsAreUpdatedWhenTheirConfigura
     EXPECT_EQ(manager().monitoredRegions().size(), 1U);
 }
 
-TEST_F(VLLocationServiceTest, OnlyAnAuthorisationThatAllowsConfiguresTracking) {
+TEST_F(VLLocationServiceTest, OnlyGrantedAuthorisationConfiguresTracking) {
     configure(kGeo);
     for (const auto status : {Status::NotDetermined, Status::Restricted, Status::Denied}) {
         manager().setAuthorizationStatus(status);
@@ -353,7 +358,7 @@ TEST_F(VLLocationServiceTest, OnlyAnAuthorisationThatAllowsConfiguresTracking) {
     EXPECT_TRUE(service->isLocationTrackingEnabled());
 }
 
-TEST_F(VLLocationServiceTest, StatesAreLogged) {
+TEST_F(VLLocationServiceTest, LogsStates) {
     for (const auto& region : {circle, std::static_pointer_cast<CLRegion>(shop)}) {
         for (const auto event : {RegionEvent::inside, RegionEvent::outside, RegionEvent::unknown})
             happens(event, region);
@@ -361,11 +366,11 @@ TEST_F(VLLocationServiceTest, StatesAreLogged) {
         EXPECT_EQ(debugLines("## Outside of Region - " + region->identifier()), 1);
         EXPECT_EQ(debugLines("## Unknown state Region - " + region->identifier()), 1);
     }
-    // Only the beacon service has a use for being inside.
+    // Only beacon regions reach the beacon service.
     EXPECT_EQ(log().linesContaining("Inside beacon region but did not record an enter event:").size(), 1U);
 }
 
-TEST_F(VLLocationServiceTest, TheStartAndTheFailureOfMonitoringAreLogged) {
+TEST_F(VLLocationServiceTest, LogsStartAndFailureOfMonitoring) {
     manager().startMonitoringForRegion(circle);
     happens(RegionEvent::failed, circle);
     EXPECT_EQ(log().count("Started monitoring region: circle", VLLogLevel::Info), 1);
@@ -376,19 +381,19 @@ TEST_F(VLLocationServiceTest, TheStartAndTheFailureOfMonitoringAreLogged) {
               1);
 }
 
-TEST_F(VLLocationServiceTest, EnteringAGeofenceGoesToTheGeoServiceUnderABackgroundTask) {
+TEST_F(VLLocationServiceTest, EnteringAGeofenceOpensABackgroundTask) {
     happens(RegionEvent::enter, circle);
     EXPECT_EQ(debugLines("************** INSIDE GEOFENCE - ENTERED REGION circle *****************"), 1);
     EXPECT_TRUE(log().linesContaining("DidEnterRegion called for region").empty());
     EXPECT_EQ(application().backgroundTasks().size(), 1U);
     happens(RegionEvent::exit, circle);
     EXPECT_EQ(debugLines("************** OUTSIDE GEOFENCE - EXITED REGION  circle *****************"), 1);
-    EXPECT_EQ(application().backgroundTasks().size(), 1U);  // ended by its expiry alone
+    EXPECT_EQ(application().backgroundTasks().size(), 1U);  // ended by its expiry only
     application().expireBackgroundTasks();
     EXPECT_TRUE(application().backgroundTasks().empty());
 }
 
-TEST_F(VLLocationServiceTest, EachEnterHasABackgroundTaskThatItsExpiryEnds) {
+TEST_F(VLLocationServiceTest, ExpiryEndsTheTaskOfEachEnter) {
     happens(RegionEvent::enter, circle);
     happens(RegionEvent::enter, circle);
     EXPECT_EQ(application().backgroundTasks().size(), 2U);
@@ -401,7 +406,7 @@ TEST_F(VLLocationServiceTest, EachEnterHasABackgroundTaskThatItsExpiryEnds) {
     EXPECT_TRUE(application().backgroundTasks().empty());
 }
 
-TEST_F(VLLocationServiceTest, EnteringAndLeavingABeaconRegionGoToTheBeaconService) {
+TEST_F(VLLocationServiceTest, BeaconRegionEventsReachTheBeaconService) {
     happens(RegionEvent::enter, shop);
     EXPECT_EQ(debugLines("************** INSIDE BEACON DELEGATE- ENTERED REGION shop *****************"), 1);
     EXPECT_EQ(log().linesContaining("DidEnterRegion called for region:").size(), 1U);
@@ -414,7 +419,7 @@ TEST_F(VLLocationServiceTest, EnteringAndLeavingABeaconRegionGoToTheBeaconServic
     EXPECT_TRUE(log().linesContaining("GEOFENCE").empty());
 }
 
-TEST_F(VLLocationServiceTest, RangingIsLoggedWithTheTimeThatRemains) {
+TEST_F(VLLocationServiceTest, LogsRangingWithTheRemainingTime) {
     manager().deliverRanging({{kUUID, 1, 2, CLProximity::Near, 1.5}}, shop);
     application().setBackgroundTimeRemaining(12.5);
     manager().deliverRanging({}, shop);
@@ -427,14 +432,14 @@ TEST_F(VLLocationServiceTest, RangingIsLoggedWithTheTimeThatRemains) {
     EXPECT_EQ(log().linesContaining("Beacons Found: ").size(), 3U);
 }
 
-TEST_F(VLLocationServiceTest, LocationsGoToTheGeoService) {
+TEST_F(VLLocationServiceTest, LocationsReachTheGeoService) {
     manager().deliverLocations({{{59.9, 10.7}, 50, phone().now()}, {{59.91, 10.75}, 5, phone().now()}});
     phone().settle();
     EXPECT_NE(session().lastRequest("/geo/regions").request.URL.absoluteString().find("latitude=59.91"),
               std::string::npos);
 }
 
-TEST_F(VLLocationServiceTest, AServiceThatIsGoneIsNotMissed) {
+TEST_F(VLLocationServiceTest, DestroyedServiceReceivesNothing) {
     configure(kGeo);
     service->configureLocationUpdates(true);
     service.reset();
@@ -445,7 +450,7 @@ TEST_F(VLLocationServiceTest, AServiceThatIsGoneIsNotMissed) {
     EXPECT_TRUE(significantChanges.empty());
 }
 
-TEST_F(VLLocationServiceTest, ADeviceThatCannotRangeMonitorsNoBeaconRegions) {
+TEST_F(VLLocationServiceTest, NoRangingMeansNoBeaconRegions) {
     const std::string both =
         R"({"services":{"geo_regions":true,"beacon":true},"configs":{"beacon":{"beacon_data":[{"type":"data",)"
         R"("beacon_type":"ibeacon","uuid":"B9407F30-F5F8-466E-AFF9-25556B57FE6D","major":1,"minor":2}]}}})";
@@ -459,7 +464,7 @@ TEST_F(VLLocationServiceTest, ADeviceThatCannotRangeMonitorsNoBeaconRegions) {
     EXPECT_EQ(manager().monitoredRegions().size(), 1U);
 }
 
-TEST_F(VLLocationServiceTest, Mode1WithBeaconsFetchesRegionsWhereTheyCanBeMonitored) {
+TEST_F(VLLocationServiceTest, Mode1WithBeaconsFetchesRegions) {
     const std::string mode1 =
         R"({"services":{"geo_regions":true,"beacon":true},"configs":{"geo_regions":{"geo_mode":1}}})";
     manager().setCapabilities({.regionMonitoring = false});
@@ -472,6 +477,60 @@ TEST_F(VLLocationServiceTest, Mode1WithBeaconsFetchesRegionsWhereTheyCanBeMonito
     manager().deliverLocations({{{59.9, 10.7}, 5, phone().now()}});
     phone().settle();
     EXPECT_EQ(session().requests("/geo/regions").size(), 1U);
+}
+
+TEST_F(VLLocationServiceTest, PropertiesReturnTheComponents) {
+    EXPECT_EQ(service->settings(), settings);
+    EXPECT_EQ(service->configService(), components->getComponent<VLConfigService>());
+    EXPECT_EQ(service->beacons(), components->getComponent<VLBeaconService>());
+    EXPECT_EQ(service->geoService(), components->getComponent<VLGeoService>());
+    EXPECT_EQ(service->locationManager().get(), &manager());
+    EXPECT_TRUE(service->locationHelper()->isAppEnabledForBackgroundLocation());
+}
+
+TEST_F(VLLocationServiceTest, WrittenPropertiesTakeEffect) {
+    configure(kGeo);
+    const auto other = std::make_shared<VLSettings>(phone().device());
+    service->setSettings(other);
+    other->setOldLocation(Dictionary{{"Latitude", 1}, {"Longitude", 2}});
+    const auto noKeys = std::make_shared<NSBundle>(Dictionary{});
+    service->setLocationHelper(std::make_shared<VLLocationHelper>(noKeys, phone().locationManager()));
+    service->setIsLocationTrackingEnabled(true);
+    EXPECT_TRUE(service->isLocationTrackingEnabled());
+    EXPECT_EQ(update(false, true), std::nullopt);
+    EXPECT_EQ(log().count(kNoUsageKeyText, VLLogLevel::Error), 1);
+
+    const auto fake = std::make_shared<FakeLocationManager>();
+    fake->setStatus(Status::Denied);
+    service->setLocationManager(fake);
+    EXPECT_FALSE(service->checkGeoRegionMonitoringCapability());
+    EXPECT_FALSE(other->oldLocation());
+
+    const auto geo = components->getComponent<VLGeoService>();
+    service->setGeoService(
+        std::make_shared<VLGeoService>(phone().locationManager(), settings, nullptr, nullptr, nullptr));
+    service->setBeacons(std::make_shared<VLBeaconService>(nullptr, nullptr, nullptr, nullptr, nullptr));
+    EXPECT_NE(service->geoService(), geo);
+    service->setConfigService(std::weak_ptr<VLConfigService>());
+    EXPECT_EQ(service->configService(), nullptr);
+    service->startWithConfig();
+    EXPECT_FALSE(service->isLocationTrackingEnabled());
+}
+
+TEST_F(VLLocationServiceTest, HoldsSettingsAndConfigurationWeakly) {
+    auto own = std::make_shared<VLSettings>(phone().device());
+    auto config = std::make_shared<VLConfigService>(own, nullptr, nullptr);
+    service->setSettings(own);
+    service->setConfigService(config);
+    own.reset();
+    config.reset();
+    EXPECT_EQ(service->configService(), nullptr);
+    EXPECT_EQ(service->settings(), nullptr);
+    EXPECT_EQ(capabilities(), std::pair(false, false));
+    EXPECT_TRUE(service->checkGeoRegionMonitoringCapability());
+    manager().setAuthorizationStatus(Status::AuthorizedAlways);
+    phone().settle();
+    EXPECT_TRUE(service->isLocationTrackingEnabled());
 }
 
 }  // namespace

@@ -21,7 +21,7 @@ const std::string kRegions =
 const std::string kMessage =
     R"({"message":{"appkey":")" + kKey + R"(","pushtext":"Welcome","phash":"P","messagecontent":"%7B%22a%22%3A1%7D"}})";
 
-/// The library as a host sees it: from start-up to the notification of a geofence.
+/// The library from start-up to the notification of a geofence, through its public interface.
 class VorlaneGeoTest : public SimulatedPhoneTest {
 protected:
     VorlaneGeoTest()
@@ -53,14 +53,14 @@ protected:
     std::size_t fetches() { return session().requests("/geo/regions").size(); }
 };
 
-TEST_F(VorlaneGeoTest, TheAuthorisationStatusIsThePlatforms) {
+TEST_F(VorlaneGeoTest, ReturnsThePlatformsAuthorisationStatus) {
     for (const auto status : {0, 1, 2, 3, 4}) {
         manager().setAuthorizationStatus(static_cast<Status>(status));
         EXPECT_EQ(Vorlane::locationAuthorisationStatus(), status);
     }
 }
 
-TEST_F(VorlaneGeoTest, EnteringAGeofenceShowsItsMessageWithThePhash) {
+TEST_F(VorlaneGeoTest, EnteringAGeofenceShowsItsMessage) {
     launch();
     stand(59.9, 10.7);
     happens(RegionEvent::enter);
@@ -70,7 +70,7 @@ TEST_F(VorlaneGeoTest, EnteringAGeofenceShowsItsMessageWithThePhash) {
     EXPECT_EQ(notification.userInfo, (Dictionary{{"a", 1}, {"p", "P"}}));
 }
 
-TEST_F(VorlaneGeoTest, ARegionThatFlapsShowsItsMessageOnce) {
+TEST_F(VorlaneGeoTest, FlappingRegionShowsItsMessageOnce) {
     launch();
     stand(59.9, 10.7);
     for (int i = 0; i < 10; ++i) {
@@ -83,7 +83,7 @@ TEST_F(VorlaneGeoTest, ARegionThatFlapsShowsItsMessageOnce) {
     EXPECT_EQ(shown(), 2U);
 }
 
-TEST_F(VorlaneGeoTest, WithoutAConfigurationNothingOfLocationStarts) {
+TEST_F(VorlaneGeoTest, LocationStaysOffWithoutAConfiguration) {
     session().alwaysFail("/config/application/ios/");
     launch();
     EXPECT_FALSE(manager().isMonitoringSignificantLocationChanges());
@@ -92,7 +92,7 @@ TEST_F(VorlaneGeoTest, WithoutAConfigurationNothingOfLocationStarts) {
     EXPECT_FALSE(manager().isMonitoringSignificantLocationChanges());
 }
 
-TEST_F(VorlaneGeoTest, ACachedConfigurationStartsLocationToo) {
+TEST_F(VorlaneGeoTest, CachedConfigurationStartsLocation) {
     launch();
     manager().stopMonitoringSignificantLocationChanges();
     session().alwaysFail("/config/application/ios/");
@@ -100,7 +100,7 @@ TEST_F(VorlaneGeoTest, ACachedConfigurationStartsLocationToo) {
     EXPECT_TRUE(manager().isMonitoringSignificantLocationChanges());
 }
 
-TEST_F(VorlaneGeoTest, ComingToTheForegroundUpdatesBeaconsAndLeavesSignificantChangesAlone) {
+TEST_F(VorlaneGeoTest, ForegroundLeavesSignificantChangesUnchanged) {
     launch();
     manager().stopMonitoringSignificantLocationChanges();
     log().clear();
@@ -111,11 +111,11 @@ TEST_F(VorlaneGeoTest, ComingToTheForegroundUpdatesBeaconsAndLeavesSignificantCh
     EXPECT_EQ(log().count("App has Location Updates switched ON", VLLogLevel::Debug), 1);
 }
 
-TEST_F(VorlaneGeoTest, AForcedFetchIsForgottenInTheBackground) {
+TEST_F(VorlaneGeoTest, BackgroundClearsAForcedFetch) {
     launch();
     stand(59.9, 10.7);
     EXPECT_EQ(fetches(), 1U);
-    launch();  // in the foreground: forced
+    launch();  // in the foreground, which forces a fetch
     stand(59.9, 10.7);
     EXPECT_EQ(fetches(), 2U);
     launch();
@@ -124,7 +124,7 @@ TEST_F(VorlaneGeoTest, AForcedFetchIsForgottenInTheBackground) {
     EXPECT_EQ(fetches(), 2U);
 }
 
-TEST_F(VorlaneGeoTest, ADeniedPermissionLetsTheNextFetchGoWhateverTheDistance) {
+TEST_F(VorlaneGeoTest, DeniedPermissionClearsTheLastPosition) {
     launch();
     stand(59.9, 10.7);
     manager().setAuthorizationStatus(Status::Denied);
@@ -137,7 +137,7 @@ TEST_F(VorlaneGeoTest, ADeniedPermissionLetsTheNextFetchGoWhateverTheDistance) {
     EXPECT_EQ(fetches(), 2U);
 }
 
-TEST_F(VorlaneGeoTest, AWalkOfTenThousandPositionsFetchesWhereTheConfigurationSays) {
+TEST_F(VorlaneGeoTest, WalkOf10000PositionsFetchesAtTheConfiguredDistance) {
     launch();
     VLLog::sharedInstance().setLogLevel(VLLogLevel::Error);
     constexpr double kMetresInDegree = 6371000.0 * 3.14159265358979323846 / 180;
@@ -150,7 +150,7 @@ TEST_F(VorlaneGeoTest, AWalkOfTenThousandPositionsFetchesWhereTheConfigurationSa
     EXPECT_EQ(manager().monitoredRegions().size(), 1U);
 }
 
-TEST_F(VorlaneGeoTest, ComingToTheForegroundBringsBeaconRegionsUpToDate) {
+TEST_F(VorlaneGeoTest, ForegroundUpdatesBeaconRegions) {
     session().alwaysAnswer("/config/application/ios/", 200,
                            R"({"services":{"geo_regions":true,"beacon":true},"configs":{"geo_regions":{},"beacon":{
                                "beacon_data":[{"type":"data","beacon_type":"ibeacon",
@@ -167,7 +167,7 @@ TEST_F(VorlaneGeoTest, ComingToTheForegroundBringsBeaconRegionsUpToDate) {
     EXPECT_FALSE(manager().isMonitoringSignificantLocationChanges());
 }
 
-TEST_F(VorlaneGeoTest, TerminationForgetsAForcedFetchAlsoInTheBackground) {
+TEST_F(VorlaneGeoTest, TerminationClearsAForcedFetch) {
     const auto forced = [this] {
         const auto stored =
             NSPropertyListSerialization::dictionaryWithContentsOfFile(documentsPath("VLLibSettings.plist"));
