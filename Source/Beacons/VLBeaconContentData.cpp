@@ -21,14 +21,14 @@ constexpr std::int64_t kSecondsPerMinute = 60;
 
 double now() { return Platform::current().clock().now(); }
 
-std::int64_t secondsOf(std::int64_t minutes) {
+std::int64_t secondsIn(std::int64_t minutes) {
     using Limits = std::numeric_limits<std::int64_t>;
     if (minutes > Limits::max() / kSecondsPerMinute) return Limits::max();
     if (minutes < Limits::min() / kSecondsPerMinute) return Limits::min();
     return minutes * kSecondsPerMinute;
 }
 
-std::string textOf(const std::optional<CLBeacon>& beacon) { return beacon ? vl_description(*beacon) : "(null)"; }
+std::string descriptionOf(const std::optional<CLBeacon>& beacon) { return beacon ? vl_description(*beacon) : "(null)"; }
 
 }  // namespace
 
@@ -41,7 +41,7 @@ bool VLBeaconContentData::withinRange() const {
     if (alertRange_ == "any") return true;
     if (alertRange_ == "immediate") return isImmediate;
     if (alertRange_ == "near") return isImmediate || beacon_->proximity == CLProximity::Near;
-    // Not even "far", meant so.
+    // Intended: "far" is out of range too.
     return false;
 }
 
@@ -50,14 +50,14 @@ std::int64_t VLBeaconContentData::coolOffPeriod() {
     if (auto value = settings_->serverConfigValue(kCoolOffPeriodMinutes)) {
         period[kCoolOffPeriodMinutes] = std::move(*value);
     }
-    coolOffPeriod_ = secondsOf(VLBeaconRule::integerIn(period, kCoolOffPeriodMinutes).value_or(0));
+    coolOffPeriod_ = secondsIn(VLBeaconRule::integerIn(period, kCoolOffPeriodMinutes).value_or(0));
     return coolOffPeriod_;
 }
 
 bool VLBeaconContentData::isInCoolOff() {
     const auto start = settings_->coolOffStart();
     if (!start || now() - *start > static_cast<double>(coolOffPeriod())) return false;
-    logMessage(VLLogLevel::Debug, fmt::format("Beacon in cooloff mode: {}", textOf(beacon_)));
+    logMessage(VLLogLevel::Debug, fmt::format("Beacon in cooloff mode: {}", descriptionOf(beacon_)));
     return true;
 }
 
@@ -65,10 +65,10 @@ void VLBeaconContentData::enableCoolOff() { settings_->setCoolOffStart(now()); }
 
 bool VLBeaconContentData::isMessageLimitReached() {
     beginPeriodIfOver();
-    // Strictly, so a period admits one message more than the maximum; meant so.
+    // Intended: the strict comparison admits one message more than the maximum.
     if (settings_->messageDisplayCount() <= maximumMessageCount_) return false;
     logMessage(VLLogLevel::Debug, fmt::format("Maximum message count reached for rule: {}, beacon: {}",
-                                              vl_description(settings_->messageCountRuleId()), textOf(beacon_)));
+                                              vl_description(settings_->messageCountRuleId()), descriptionOf(beacon_)));
     return true;
 }
 

@@ -11,43 +11,44 @@ namespace vorlane {
 
 class VLBeaconsSettings;
 
-/// The settings that the rules give for one ranged beacon, and the limits that follow from them. What the limits count
-/// is kept by the settings under their current beacon and rules, which another beacon may have changed by the time of a
-/// question; meant so. Main queue only.
+/// The values that the rules define for one ranged beacon, and the limits derived from them. Main queue only.
+///
+/// Intended: the counters are stored under the current beacon and rules of the settings, which another beacon may have
+/// changed meanwhile.
 class VLBeaconContentData {
 public:
-    /// `beaconDataWithSettings:` is for the current beacon of the settings.
+    /// `beaconDataWithSettings:` takes the current beacon of the settings.
     explicit VLBeaconContentData(std::shared_ptr<VLBeaconsSettings> settings);
 
-    /// Nothing when the settings had no current beacon.
+    /// `nullopt` if the settings had no current beacon.
     const std::optional<CLBeacon>& beacon() const { return beacon_; }
     const std::shared_ptr<VLBeaconsSettings>& settings() const { return settings_; }
 
-    /// Metres. No decision looks at it.
+    /// Metres. Not used by any decision.
     std::int64_t maxRange() const { return maxRange_; }
     void setMaxRange(std::int64_t metres) { maxRange_ = metres; }
-    /// The text to show when the content request fails; nothing shows none.
+    /// The text to show if the content request fails. `nullopt` shows none.
     const std::optional<std::string>& defaultMessage() const { return defaultMessage_; }
     void setDefaultMessage(std::optional<std::string> message) { defaultMessage_ = std::move(message); }
-    /// Most messages in a period, less one; 0 when no rule tells.
+    /// A period admits one message more than this. 0 if no rule defines it.
     std::int64_t maximumMessageCount() const { return maximumMessageCount_; }
     void setMaximumMessageCount(std::int64_t count) { maximumMessageCount_ = count; }
     /// Seconds.
     double maximumMessageTimePeriod() const { return maximumMessageTimePeriod_; }
     void setMaximumMessageTimePeriod(double seconds) { maximumMessageTimePeriod_ = seconds; }
-    /// "any", "immediate" or "near"; anything else is never reached.
+    /// "any", "immediate" or "near". With any other value, no beacon is within range.
     const std::optional<std::string>& alertRange() const { return alertRange_; }
     void setAlertRange(std::optional<std::string> range) { alertRange_ = std::move(range); }
 
     bool withinRange() const;
 
-    /// The configuration's "cooloff_period_minutes" in seconds; 0 when it has none.
+    /// The configuration's "cooloff_period_minutes" in seconds, or 0 if absent.
     std::int64_t coolOffPeriod();
-    /// Also at the very end of the period.
+    /// True also at the exact end of the period.
     bool isInCoolOff();
     void enableCoolOff();
 
-    /// Begins a new period first when the last one is over. A period admits one message more than the maximum.
+    /// Starts a new period first if the last one is over.
     bool isMessageLimitReached();
     void incrementMessageCount();
 

@@ -26,7 +26,7 @@ constexpr const char* kProximity = "proximity";
 
 std::string timestamp() { return vl_unixTimestampInMilliseconds(Platform::current().clock().now()); }
 
-std::string textOrAny(std::optional<std::uint16_t> number) { return number ? fmt::format("{}", *number) : "*"; }
+std::string stringOrAny(std::optional<std::uint16_t> number) { return number ? fmt::format("{}", *number) : "*"; }
 
 }  // namespace
 
@@ -80,7 +80,7 @@ Dictionary VLBeaconData::beaconsArrayToDictionary(const std::vector<CLBeacon>& b
     return entries;
 }
 
-/// Each beacon's first entry, with the proximity that its results add up to.
+/// The first entry of each beacon, with the proximity computed from all its results.
 Array VLBeaconData::summary() const {
     Dictionary entries;
     std::map<std::string, Counts> proximities;
@@ -98,7 +98,7 @@ Array VLBeaconData::summary() const {
     return list;
 }
 
-/// The least frequent word, whatever the name says; meant so. Of equal counts the first in the alphabet.
+/// Intended: despite the name, the least frequent word. Of equal counts, the alphabetically first.
 std::string VLBeaconData::getMedianProximity(const Counts& counts) {
     const auto least = std::ranges::min_element(counts, {}, &Counts::value_type::second);
     return least == counts.end() ? "" : least->first;
@@ -116,8 +116,8 @@ void VLBeaconData::sendRegionJson(const NSURL& url, const std::string& sessionId
     send(url, {{"timestamp", timestamp()},
                {"sessionId", sessionId},
                {"uuid", region->proximityUUID()},
-               {"major", textOrAny(region->major())},
-               {"minor", textOrAny(region->minor())}});
+               {"major", stringOrAny(region->major())},
+               {"minor", stringOrAny(region->minor())}});
 }
 
 void VLBeaconData::send(const NSURL& url, Dictionary body) {

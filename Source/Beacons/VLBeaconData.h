@@ -18,30 +18,30 @@ class VLSettings;
 class VLURLBuilder;
 class VLURLSession;
 
-/// Collects data in one beacon region: reports when the device's visit begins and ends, and a summary of every 30
-/// ranging results. Results that do not make up a summary wait for the next visit. No request is repeated. Main queue
-/// only.
+/// Collects data in one beacon region: reports the start and end of a visit, and a summary of every 30 ranging results.
+/// Remaining results count towards the next visit. No request is repeated. Main queue only.
 class VLBeaconData {
 public:
     VLBeaconData(std::shared_ptr<VLSettings> settings, std::shared_ptr<VLBeaconRegionSessionData> regionSessionData,
                  std::shared_ptr<VLURLBuilder> urlBuilder, std::shared_ptr<VLURLSession> urlSession,
                  std::shared_ptr<VLPayloadBuilder> payloadBuilder);
 
-    /// Opens a session under a new identifier, also when one is open.
+    /// Opens a session with a new identifier, which replaces an open one.
     void didEnterRegion();
-    /// `rangingBeacons:` counts the result, and sends the summary when it is the last one needed.
+    /// `rangingBeacons:` adds the result, and sends the summary after every `sendInterval()` results.
     void rangingBeacons(const std::vector<CLBeacon>& beacons);
-    /// Closes the open session; without one it says so in the log and does nothing.
+    /// Closes the open session. Only logs a line if there is none.
     void didExitRegion();
 
-    /// How many ranging results make a summary.
+    /// The number of ranging results in a summary.
     std::int64_t sendInterval() const { return 30; }
-    /// How many there are since the last one.
+    /// The number of ranging results since the last summary.
     std::int64_t currentInterval() const { return currentInterval_; }
 
-    /// `beaconToDictionary:` is the beacon's entry in a summary, with its present proximity.
+    /// `beaconToDictionary:` returns the beacon's entry in a summary, with its current proximity.
     static Dictionary beaconToDictionary(const CLBeacon& beacon);
-    /// `beaconsArrayToDictionary:` gives the entries of a ranging result by major and minor; of equal ones the last.
+    /// `beaconsArrayToDictionary:` returns the entries of a ranging result by major and minor. Of equal beacons, the
+    /// last one counts.
     static Dictionary beaconsArrayToDictionary(const std::vector<CLBeacon>& beacons);
 
 private:

@@ -25,10 +25,10 @@ namespace {
 
 constexpr double kUnknownAccuracy = -1;
 
-/// Whatever the proximity; meant so.
+/// Intended: the proximity is not checked.
 bool isAccuracyKnown(const CLBeacon& beacon) { return beacon.accuracy != kUnknownAccuracy; }
 
-/// Infinite when no beacon has one. What is no number is never the least.
+/// Returns infinity if no accuracy is known. NaN is ignored.
 double leastAccuracy(const std::vector<CLBeacon>& beacons) {
     double least = std::numeric_limits<double>::infinity();
     for (const auto& beacon : beacons) {
@@ -79,7 +79,7 @@ bool VLBeaconMessage::getContentForValidBeacon(const std::vector<CLBeacon>& beac
     for (const auto& beacon : beacons) {
         beaconData_ = config_->getBeaconContentData(beacon);
         if (beaconData_->isInCoolOff()) continue;
-        // Also for one that is out of range.
+        // Intended: also for a beacon out of range.
         isBeaconsInCooloff_ = false;
         if (!beaconData_->withinRange()) continue;
         beaconData_->enableCoolOff();
@@ -102,7 +102,7 @@ void VLBeaconMessage::requestContentForBeaconData(const std::shared_ptr<VLBeacon
         urlBuilder_->beaconContentURL(), payload, false,
         [weakSelf = weak_from_this(), data, handler](std::optional<Dictionary> answer, std::int64_t /*status*/,
                                                      std::optional<NSError> error) {
-            // In line with the callbacks of the location manager, so that no two of them interleave.
+            // Serialised with the callbacks of the location manager.
             onMainQueue([weakSelf, data, handler, answer = std::move(answer), error = std::move(error)] {
                 if (const auto self = weakSelf.lock()) self->contentRequestEnded(*data, answer, error);
                 if (handler) handler(true);
@@ -129,7 +129,7 @@ bool VLBeaconMessage::isShowMessage(VLBeaconContentData& data) {
 
 void VLBeaconMessage::contentRequestEnded(VLBeaconContentData& data, const std::optional<Dictionary>& answer,
                                           const std::optional<NSError>& error) {
-    // Asked anew, since other beacons may have had their messages meanwhile.
+    // Checked again, because messages of other beacons may have been shown meanwhile.
     if (!isShowMessage(data)) return;
     if (answer && !error) {
         parseContentResponse(*answer, data);

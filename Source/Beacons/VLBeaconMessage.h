@@ -22,12 +22,12 @@ class VLSettings;
 class VLURLBuilder;
 class VLURLSession;
 
-/// Chooses a beacon among those ranged in one region, asks the service for its message and shows it as a local
+/// Chooses one of the beacons ranged in a region, requests its message from the service and shows it as a local
 /// notification. Main queue only.
 class VLBeaconMessage : public std::enable_shared_from_this<VLBeaconMessage> {
 public:
-    /// Told whether content was asked for. Runs on the main queue: once the request has ended, or before
-    /// `filterBeaconsForContent()` returns when there was none.
+    /// Receives whether content was requested. Called on the main queue after the request has ended, or before
+    /// `filterBeaconsForContent()` returns if there was no request.
     using ContentHandler = std::function<void(bool isRequested)>;
 
     /// `initWithConfig:withSettings:withRegion:withNotificationHelper:urlBuilder:urlSession:payloadBuilder:`, with the
@@ -38,20 +38,20 @@ public:
                     std::shared_ptr<VLPayloadBuilder> payloadBuilder, std::shared_ptr<UIApplication> application);
     ~VLBeaconMessage();
 
-    /// `filterBeaconsForContent:withCompletionHandler:` tries the closest beacons, then the others, and asks for the
-    /// content of the first one that is neither in cool-off nor out of range. While `isBeaconsInCooloff()` holds it
-    /// does nothing, and the handler, which may be empty, is not called.
+    /// `filterBeaconsForContent:withCompletionHandler:` tries the closest beacons, then the others, and requests the
+    /// content of the first beacon that is in range and not in cool-off. Does nothing and does not call the handler
+    /// while `isBeaconsInCooloff()` is true. The handler may be empty.
     void filterBeaconsForContent(const std::vector<CLBeacon>& beacons, const ContentHandler& handler);
 
     void didExitRegion() { isBeaconsInCooloff_ = false; }
 
-    /// Whether the last beacons that were looked at were all in cool-off.
+    /// Whether all beacons of the last attempt were in cool-off.
     bool isBeaconsInCooloff() const { return isBeaconsInCooloff_; }
-    /// Of the beacon that was looked at last; null before the first.
+    /// The data of the beacon tried last. Null before the first.
     const std::shared_ptr<VLBeaconContentData>& beaconData() const { return beaconData_; }
     const std::shared_ptr<CLBeaconRegion>& region() const { return region_; }
 
-    /// `getClosestBeaconArray:` gives the beacons of the least accuracy that is known.
+    /// `getClosestBeaconArray:` returns the beacons with the lowest known accuracy value.
     static std::vector<CLBeacon> getClosestBeaconArray(const std::vector<CLBeacon>& beacons);
 
 private:

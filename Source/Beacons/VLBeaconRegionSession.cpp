@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "Beacons/VLBeaconData.h"
+#include "Beacons/VLBeaconRegionSessionData.h"
 #include "Beacons/VLBeaconsConfig.h"
 #include "Categories/CLBeacon+VLProximity.h"
 #include "Categories/CLBeaconRegion+VLRegionId.h"
@@ -54,7 +55,8 @@ void VLBeaconRegionSession::filterForContent(const std::vector<CLBeacon>& beacon
 }
 
 void VLBeaconRegionSession::didExit() {
-    if (isDataType_) beaconData().didExitRegion();
+    // A visit that an earlier configuration opened gets its end too.
+    if (isDataType_ || regionSessionData_->id()) beaconData().didExitRegion();
     if (isMessageType_) beaconMessage_->didExitRegion();
 }
 

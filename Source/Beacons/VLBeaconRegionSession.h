@@ -18,8 +18,8 @@ class VLSettings;
 class VLURLBuilder;
 class VLURLSession;
 
-/// What is kept for one beacon region: passes what happens in it to the collection of data, to the messages, to both or
-/// to none, by the rules as they are when it is made. Main queue only.
+/// The session of one beacon region. Passes the events of the region to data collection, to messages, to both or to
+/// neither, according to the rules at the time of its construction. Main queue only.
 class VLBeaconRegionSession {
 public:
     /// `initWithRegion:withLocationManager:withConfig:withSettings:withRegionSessionData:withBeaconMessage:urlBuilder:`
@@ -32,13 +32,14 @@ public:
     ~VLBeaconRegionSession();
 
     void didEnter();
-    /// `rangingBeacons:withContentCompletionHandler:`; the handler, which may be empty, is that of
-    /// `VLBeaconMessage::filterBeaconsForContent()`, called for messages alone. Stops ranging when every beacon is in
-    /// cool-off and no data is collected.
+    /// `rangingBeacons:withContentCompletionHandler:` passes the handler, which may be empty, to
+    /// `VLBeaconMessage::filterBeaconsForContent()`. Stops ranging if all beacons are in cool-off and the session does
+    /// not collect data.
     void rangingBeacons(const std::vector<CLBeacon>& beacons, const VLBeaconMessage::ContentHandler& handler);
+    /// Closes an open visit, also if no rule for data covers the region any more.
     void didExit();
 
-    /// Whether a rule for messages, and one for data collection, gives this region.
+    /// Whether a rule for messages covers this region, and whether a rule for data does.
     bool isMessageType() const { return isMessageType_; }
     bool isDataType() const { return isDataType_; }
 

@@ -9,14 +9,14 @@ namespace vorlane {
 class CLBeaconRegion;
 class VLBeaconRegionSessionsData;
 
-/// The stored identifier of one region's open session. Any thread.
+/// The stored identifier of the open session of one region. Any thread.
 class VLBeaconRegionSessionData {
 public:
     /// `initWithRegion:withRegionSessionsData:`
     VLBeaconRegionSessionData(const std::shared_ptr<CLBeaconRegion>& region,
                               std::shared_ptr<VLBeaconRegionSessionsData> regionSessionsData);
 
-    /// Nothing when no session is open.
+    /// `nullopt` if no session is open.
     std::optional<std::string> id() const;
     void setId(const std::string& sessionId);
     void clear();

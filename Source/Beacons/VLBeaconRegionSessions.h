@@ -20,7 +20,8 @@ class VLSettings;
 class VLURLBuilder;
 class VLURLSession;
 
-/// The sessions of the beacon regions, one a region from its first event on, none ever removed. Main queue only.
+/// The sessions of the beacon regions. A region's session is made at its first event and never removed. Main queue
+/// only.
 class VLBeaconRegionSessions : public std::enable_shared_from_this<VLBeaconRegionSessions> {
 public:
     /// `initWithLocationManager:withSettings:withConfig:withNotificationHelper:urlBuilder:urlSession:payloadBuilder:`,
@@ -33,15 +34,15 @@ public:
                            std::shared_ptr<UIApplication> application);
     ~VLBeaconRegionSessions();
 
-    /// `getSessionWithRegion:` gives the session of the region's `vl_getRegionId`, made when there is none. Null when
-    /// it cannot be made because the location manager, the settings or the rules are gone.
+    /// `getSessionWithRegion:` returns the session for the region's `vl_getRegionId`, and makes it if there is none.
+    /// Returns null if the location manager, the settings or the rules are gone.
     std::shared_ptr<VLBeaconRegionSession> getSessionWithRegion(const std::shared_ptr<CLBeaconRegion>& region);
     /// `getBeaconRegionSessionData:`
     std::shared_ptr<VLBeaconRegionSessionData> getBeaconRegionSessionData(
         const std::shared_ptr<CLBeaconRegion>& region) const;
 
-    /// `startBackgroundTaskExtensionTime:` asks for background time while the device is in a region whose session is
-    /// open, unless it has some already. Only its expiry ends it.
+    /// `startBackgroundTaskExtensionTime:` begins a background task if the region's session is open and no such task is
+    /// running. Only its expiry ends it.
     void startBackgroundTaskExtensionTime(const std::shared_ptr<CLBeaconRegion>& region);
 
 private:

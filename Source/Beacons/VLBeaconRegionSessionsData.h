@@ -10,12 +10,12 @@
 namespace vorlane {
 
 /// The identifiers of the open beacon sessions by region, kept in memory and in "VLBeaconRegionSessions.plist" in the
-/// documents folder, so that a session can be closed after a restart. Each change replaces the file whole; after a
-/// failure it stays in memory, and the next change writes it. Any thread.
+/// documents folder, so that a session can be closed after a restart. Each setter replaces the file. If that fails, the
+/// values stay in memory, and the next change writes them. Any thread.
 class VLBeaconRegionSessionsData {
 public:
-    /// Reads the file; a missing or unreadable one means no open session. Writes nothing. What an unreadable file holds
-    /// joins the sessions that were opened meanwhile before the first write that succeeds.
+    /// Reads the file. A missing or unreadable file means that no session is open. The contents of an unreadable file
+    /// join the sessions opened meanwhile before the first write that succeeds.
     VLBeaconRegionSessionsData();
 
     /// `idWithRegionId:`

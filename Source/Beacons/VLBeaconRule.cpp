@@ -19,7 +19,7 @@ namespace {
 constexpr const char* kAny = "*";
 constexpr double kSecondsPerHour = 60.0 * 60.0;
 
-std::optional<std::string> textIn(const Dictionary& rule, const char* key) {
+std::optional<std::string> looseStringIn(const Dictionary& rule, const char* key) {
     return vl_looseText(valueForKey(rule, key));
 }
 
@@ -27,24 +27,24 @@ std::optional<std::string> textIn(const Dictionary& rule, const char* key) {
 
 VLBeaconRule::VLBeaconRule(const Dictionary& rule)
     : ruleId_(vl_regionIdForBeaconRule(rule)),
-      uuid_(textIn(rule, "uuid")),
+      uuid_(looseStringIn(rule, "uuid")),
       major_(patternIn(rule, "major")),
       minor_(patternIn(rule, "minor")),
       maxRange_(integerIn(rule, "max_range_m")),
       isDefaultShown_(boolForKey(rule, "show_default_if_no_network").value_or(true)),
-      defaultMessage_(textIn(rule, "default_message")),
+      defaultMessage_(looseStringIn(rule, "default_message")),
       messageCount_(integerIn(rule, "message_count")),
       timePeriod_(vl_looseNumber(valueForKey(rule, "time_period"))),
-      alertRange_(textIn(rule, "alert_range")) {}
+      alertRange_(looseStringIn(rule, "alert_range")) {}
 
 bool VLBeaconRule::appliesTo(const CLBeacon& beacon) const {
-    return minor_.fits(beacon.minor) && major_.fits(beacon.major) && uuid_ &&
+    return minor_.matches(beacon.minor) && major_.matches(beacon.major) && uuid_ &&
            vl_isEqualToStringCaseInsensitive(*uuid_, beacon.proximityUUID);
 }
 
 void VLBeaconRule::overwrite(VLBeaconContentData& data) const {
     if (maxRange_) data.setMaxRange(*maxRange_);
-    // A rule that has none clears an earlier rule's, meant so.
+    // Intended: a rule without a default message clears that of an earlier rule.
     if (isDefaultShown_) data.setDefaultMessage(defaultMessage_);
     if (messageCount_) {
         data.setMaximumMessageCount(*messageCount_);
@@ -70,13 +70,13 @@ std::uint16_t VLBeaconRule::shortIn(const Dictionary& rule, const char* key) {
 
 bool VLBeaconRule::isAny(const Dictionary& rule, const char* key) { return stringForKey(rule, key) == kAny; }
 
-/// A beacon's number is compared as decimal text, so "007" fits none.
+/// A beacon's number is compared as a decimal string, so "007" matches none.
 VLBeaconRule::Pattern VLBeaconRule::patternIn(const Dictionary& rule, const char* key) {
     if (isAny(rule, key)) return {.isAny = true, .number = std::nullopt};
-    const auto text = textIn(rule, key).value_or("");
+    const auto string = looseStringIn(rule, key).value_or("");
     std::uint16_t number = 0;
-    const auto [stop, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc() || text != fmt::format("{}", number)) return {};
+    const auto [stop, error] = std::from_chars(string.data(), string.data() + string.size(), number);
+    if (error != std::errc() || string != fmt::format("{}", number)) return {};
     return {.isAny = false, .number = number};
 }
 

@@ -11,34 +11,34 @@ namespace vorlane {
 
 class VLBeaconContentData;
 
-/// One rule for messages, read once so that many beacons can be tried by many rules. Immutable.
+/// One rule for messages, parsed once because every ranged beacon is matched against every rule. Immutable.
 ///
-/// Numbers may stand as text and texts as numbers; what is of another kind counts as absent.
+/// Numbers may be given as strings and strings as numbers. A value of another type counts as absent.
 class VLBeaconRule {
 public:
     explicit VLBeaconRule(const Dictionary& rule);
 
     bool appliesTo(const CLBeacon& beacon) const;
 
-    /// Overwrites what the rule tells, and makes it the current rule of the settings for the limit and the period that
-    /// it carries.
+    /// Overwrites the values that the rule defines. Makes it the current rule of the settings for the message count and
+    /// for the period, if it defines them.
     void overwrite(VLBeaconContentData& data) const;
 
-    /// A number, or a text that is one, its fraction cut off and held to the range of 64 bits.
+    /// Reads a number or a numeric string, truncated to an integer and clamped to 64 bits.
     static std::optional<std::int64_t> integerIn(const Dictionary& rule, const char* key);
-    /// The low 16 bits of the integer value; 0 for what has none.
+    /// Returns the low 16 bits of the integer value, or 0 if there is none.
     static std::uint16_t shortIn(const Dictionary& rule, const char* key);
     /// Whether the value is "*".
     static bool isAny(const Dictionary& rule, const char* key);
 
 private:
-    /// What a major or minor has to be.
+    /// Matches a major or minor.
     struct Pattern {
         bool isAny = false;
-        // Nothing fits no beacon.
+        // `nullopt` matches no beacon.
         std::optional<std::uint16_t> number;
 
-        bool fits(std::uint16_t beaconNumber) const { return isAny || number == beaconNumber; }
+        bool matches(std::uint16_t beaconNumber) const { return isAny || number == beaconNumber; }
     };
 
     static Pattern patternIn(const Dictionary& rule, const char* key);

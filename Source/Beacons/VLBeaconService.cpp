@@ -2,10 +2,12 @@
 
 #include <fmt/format.h>
 
-#include <set>
+#include <algorithm>
+#include <map>
 #include <utility>
 
 #include "Beacons/VLBeaconRegionSession.h"
+#include "Beacons/VLBeaconRegionSessionData.h"
 #include "Beacons/VLBeaconRegionSessions.h"
 #include "Beacons/VLBeaconsConfig.h"
 #include "Beacons/VLBeaconsSettings.h"
@@ -23,7 +25,7 @@ namespace vorlane {
 
 namespace {
 
-/// Seconds: more than 41 days and no hour, meant so.
+/// Seconds. Intended: more than 41 days, not an hour.
 constexpr double kConfigLifetime = 3600000.0;
 
 }  // namespace
@@ -44,7 +46,7 @@ void VLBeaconService::getBeaconsConfig(const ConfigHandler& handler) {
     if (config && config_->isBeaconsFound(*config)) addBeaconRegions();
     if (!handler) return;
     if (!config) return handler(std::nullopt, kNoConfig);
-    // What was just stored is always equal; meant so.
+    // Intended: always equal, because it was just stored.
     const bool isStored = config == config_->beaconsSettings()->serverConfig();
     handler(vl_asJSON(*config), isStored ? kConfigIsStored : kConfigDiffers);
 }
@@ -82,15 +84,12 @@ void VLBeaconService::didExitRegion(const std::shared_ptr<CLBeaconRegion>& regio
 
 void VLBeaconService::addBeaconRegions() {
     assertMainQueue();
-    auto wanted = wantedRegions();
-    stopMonitoringStaleRegions(wanted);
-    for (const auto& region : wanted) {
-        // A rule for messages and one for data with the same values share a name: the platform keeps the later, meant
-        // so.
-        region->setNotifyEntryStateOnDisplay(true);
-        locationManager_->startMonitoringForRegion(region);
-        logMessage(VLLogLevel::Debug, fmt::format("Attempting to monitor new beacon region:{}", region->description()));
-    }
+    const auto wanted = wantedRegions();
+    const auto monitored = stopMonitoringStaleRegions(wanted);
+    auto missing = withoutReplacedRegions(wanted);
+    std::erase_if(missing, [&](const auto& region) { return monitored.contains(vl_getRegionId(*region)); });
+    const auto limit = locationManager_->maximumMonitoredRegionCount();
+    startMonitoring(missing, limit - std::min(limit, monitored.size()));
 }
 
 /// The regions of the rules, each `vl_getRegionId` once.
@@ -105,24 +104,62 @@ VLBeaconService::Regions VLBeaconService::wantedRegions() const {
     return wanted;
 }
 
-/// Leaves those wanted that are not monitored yet.
-void VLBeaconService::stopMonitoringStaleRegions(Regions& wanted) {
+/// Returns the `vl_getRegionId` of each wanted region that is monitored.
+std::set<std::string> VLBeaconService::stopMonitoringStaleRegions(const Regions& wanted) {
+    std::set<std::string> wantedIds;
+    for (const auto& region : wanted) wantedIds.insert(vl_getRegionId(*region));
+    std::set<std::string> monitoredIds;
     for (const auto& monitored : locationManager_->monitoredRegions()) {
         const auto region = std::dynamic_pointer_cast<CLBeaconRegion>(monitored);
         if (!region) continue;
-        if (const auto same = vl_findBeaconRegionWithin(*region, wanted)) {
-            std::erase(wanted, same);
+        const auto regionId = vl_getRegionId(*region);
+        const bool isWanted = wantedIds.contains(regionId);
+        if (isWanted && monitoredIds.insert(regionId).second) {
             logMessage(VLLogLevel::Debug,
                        fmt::format("Skipped adding beacon region to monitoring since it's already being monitored:{}",
                                    region->description()));
         } else {
-            locationManager_->stopMonitoringForRegion(region);
-            logMessage(
-                VLLogLevel::Debug,
-                fmt::format("Stopped monitoring beacon region since it is no longer exists within the beacon rules:{}",
-                            region->description()));
+            stopMonitoringStaleRegion(region, isWanted);
         }
     }
+    return monitoredIds;
+}
+
+/// A covered region is monitored under another identifier too, so that a visit there goes on.
+void VLBeaconService::stopMonitoringStaleRegion(const std::shared_ptr<CLBeaconRegion>& region, bool isCovered) {
+    locationManager_->stopMonitoringForRegion(region);
+    logMessage(VLLogLevel::Debug,
+               fmt::format("Stopped monitoring beacon region since it is no longer exists within the beacon rules:{}",
+                           region->description()));
+    if (isCovered || !regionSessions_->getBeaconRegionSessionData(region)->id()) return;
+    locationManager_->stopRangingBeaconsInRegion(region);
+    if (const auto session = regionSessions_->getSessionWithRegion(region)) session->didExit();
+}
+
+/// Drops the regions that another region with the same identifier would replace: of such regions the one of a rule for
+/// data stays, otherwise the last one.
+VLBeaconService::Regions VLBeaconService::withoutReplacedRegions(Regions regions) const {
+    std::map<std::string, std::string> regionIds;
+    for (const auto* list : {&config_->messageBeaconRegions(), &config_->dataBeaconRegions()}) {
+        for (const auto& region : *list) regionIds[region->identifier()] = vl_getRegionId(*region);
+    }
+    std::erase_if(regions,
+                  [&](const auto& region) { return regionIds.at(region->identifier()) != vl_getRegionId(*region); });
+    return regions;
+}
+
+void VLBeaconService::startMonitoring(const Regions& regions, std::size_t slots) {
+    const auto count = std::min(slots, regions.size());
+    for (std::size_t i = 0; i < count; ++i) {
+        regions[i]->setNotifyEntryStateOnDisplay(true);
+        locationManager_->startMonitoringForRegion(regions[i]);
+        logMessage(VLLogLevel::Debug,
+                   fmt::format("Attempting to monitor new beacon region:{}", regions[i]->description()));
+    }
+    if (count == regions.size()) return;
+    logMessage(VLLogLevel::Warn,
+               fmt::format("Could not add {} beacon regions for monitoring due to the platform's limit of {} regions",
+                           regions.size() - count, locationManager_->maximumMonitoredRegionCount()));
 }
 
 }  // namespace vorlane

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -19,17 +21,17 @@ class VLBeaconsConfig;
 class VLConfigService;
 class VLSettings;
 
-/// The entry to the beacon feature: keeps the monitored beacon regions equal to those of the rules, ranges a region's
-/// beacons while the device is in it, and hands each event to the region's session. The location service calls it.
-/// Main queue only.
+/// The entry point of the beacon feature. Monitors the beacon regions of the rules, ranges the beacons of a region
+/// while the device is in it, and passes each event to the region's session. Called by the location service. Main queue
+/// only.
 class VLBeaconService {
 public:
-    /// What `getBeaconsConfig()` says of the configuration that it hands over.
+    /// The flags of `getBeaconsConfig()`.
     static constexpr std::int64_t kConfigDiffers = 0;
     static constexpr std::int64_t kConfigIsStored = 1;
     static constexpr std::int64_t kNoConfig = 2;
 
-    /// The configuration as JSON text, nothing when there is none; and one of the numbers above.
+    /// Receives the configuration as JSON, or `nullopt` if there is none, and one of the flags above.
     using ConfigHandler = std::function<void(std::optional<std::string> config, std::int64_t flag)>;
 
     /// `initWithLocationManager:withSettings:withConfigService:withBeaconsConfig:withBeaconRegionSessions:`
@@ -37,15 +39,15 @@ public:
                     std::shared_ptr<VLConfigService> configService, std::shared_ptr<VLBeaconsConfig> config,
                     std::shared_ptr<VLBeaconRegionSessions> regionSessions);
 
-    /// `getBeaconsConfig:` stores the remote configuration of the beacon feature and monitors the regions of its rules;
-    /// without rules everything stays monitored as it is, and without a configuration nothing changes at all. The
-    /// handler may be empty; it runs once, before this returns.
+    /// `getBeaconsConfig:` stores the remote configuration of the beacon feature and monitors the regions of its rules.
+    /// Without rules the monitored regions stay, and without a configuration nothing changes. The handler may be empty.
+    /// It is called once, before this returns.
     void getBeaconsConfig(const ConfigHandler& handler);
 
-    /// Whether the stored configuration is older than 3600000 seconds, or there is none.
+    /// Whether the stored configuration is older than 3600000 seconds or absent.
     bool isConfigStale() const;
 
-    /// `didDetermineState:forRegion:`; only "inside" leads to anything.
+    /// `didDetermineState:forRegion:` ignores every state but `Inside`.
     void didDetermineState(CLRegionState state, const std::shared_ptr<CLBeaconRegion>& region);
     /// `didEnterRegion:`
     void didEnterRegion(const std::shared_ptr<CLBeaconRegion>& region);
@@ -54,15 +56,23 @@ public:
     /// `didExitRegion:`
     void didExitRegion(const std::shared_ptr<CLBeaconRegion>& region);
 
-    /// Starts to monitor the regions of the rules that are not monitored yet, and stops to monitor the beacon regions
-    /// that no rule gives any more. Regions of other kinds are left alone.
+    /// Starts monitoring the regions of the rules that are not monitored yet, up to the platform's limit, and stops the
+    /// beacon regions that no rule covers any more. An open visit in such a region ends. Regions of other kinds are
+    /// left alone.
+    ///
+    /// A rule for messages and a rule for data can name different regions by one identifier, and the platform monitors
+    /// one region per identifier. The region of the rule for data is monitored, because a visit under way there would
+    /// lose its end if the other region replaced it.
     void addBeaconRegions();
 
 private:
     using Regions = std::vector<std::shared_ptr<CLBeaconRegion>>;
 
     Regions wantedRegions() const;
-    void stopMonitoringStaleRegions(Regions& wanted);
+    std::set<std::string> stopMonitoringStaleRegions(const Regions& wanted);
+    void stopMonitoringStaleRegion(const std::shared_ptr<CLBeaconRegion>& region, bool isCovered);
+    Regions withoutReplacedRegions(Regions regions) const;
+    void startMonitoring(const Regions& regions, std::size_t slots);
 
     // Fixed at construction.
     const std::shared_ptr<CLLocationManager> locationManager_;

@@ -26,7 +26,7 @@ double priorityOf(const Value& rule) {
     return priority.value_or(-std::numeric_limits<double>::infinity());
 }
 
-/// Only what the UUID says.
+/// The region of all beacons with the UUID.
 std::shared_ptr<CLBeaconRegion> wholeRegion(const Dictionary& rule) {
     return std::make_shared<CLBeaconRegion>(stringForKey(rule, VLBeaconsConfig::uuidKey()).value_or(""),
                                             vl_regionIdForBeaconRule(rule));
@@ -79,7 +79,7 @@ const Array& VLBeaconsConfig::beaconDataRules() {
     return *beaconDataRules_;
 }
 
-/// The rules of the configuration that are of the type, or of both.
+/// The rules of the configuration with the type or with both types.
 Array VLBeaconsConfig::rulesOfType(const char* type) {
     const auto configured = beaconsSettings()->serverConfigValue("beacon_data").value_or(Value());
     const auto* rules = configured.get_ptr<const Array*>();
@@ -108,7 +108,7 @@ const VLBeaconsConfig::Regions& VLBeaconsConfig::dataBeaconRegions() {
 }
 
 std::shared_ptr<CLBeaconRegion> VLBeaconsConfig::beaconRegionFromRule(const Dictionary& rule) {
-    // Whatever the minor says.
+    // Intended: the minor is ignored.
     if (VLBeaconRule::isAny(rule, majorKey())) return wholeRegion(rule);
     const auto minor =
         VLBeaconRule::isAny(rule, minorKey()) ? std::nullopt : std::optional(VLBeaconRule::shortIn(rule, minorKey()));

@@ -16,9 +16,9 @@ class VLBeaconRule;
 class VLBeaconsSettings;
 class VLSettings;
 
-/// The rules of the beacon feature's configuration: which regions they ask to monitor, and what they say of a ranged
-/// beacon. Each list is made of the stored configuration on first use and then kept, so a new configuration takes
-/// effect with a new object. Main queue only.
+/// The rules of the beacon configuration: the regions to monitor, and the values for a ranged beacon. Each list is
+/// built from the stored configuration on first use and then kept. A new configuration takes effect with a new object.
+/// Main queue only.
 class VLBeaconsConfig {
 public:
     using Regions = std::vector<std::shared_ptr<CLBeaconRegion>>;
@@ -27,28 +27,29 @@ public:
     explicit VLBeaconsConfig(std::weak_ptr<VLSettings> settings);
     ~VLBeaconsConfig();
 
-    /// `isBeaconsFound:` stores the configuration, and tells whether there is any rule.
+    /// `isBeaconsFound:` stores the configuration, and returns whether there is any rule.
     bool isBeaconsFound(const Dictionary& config);
-    /// Whether messages may be shown at all: "auto_beacon_notify", which is false when absent.
+    /// Whether messages may be shown ("auto_beacon_notify"). False if absent.
     bool isNotify();
 
-    /// The rules for messages, those of the highest "priority" first, one without any last. Equal ones stay in the
-    /// order of the configuration.
+    /// The rules for messages, sorted by descending "priority". Rules without a priority are last. Rules of equal
+    /// priority keep the order of the configuration.
     const Array& beaconMessageRules();
-    /// `setBeaconMessageRules:` sorts rules that differ from the ones that there are. What is no dictionary is dropped.
+    /// `setBeaconMessageRules:` sorts the rules if they differ from the current ones. Elements that are not
+    /// dictionaries are dropped.
     void setBeaconMessageRules(const Array& rules);
     /// The rules for data collection, in the order of the configuration.
     const Array& beaconDataRules();
 
-    /// Regions of the usable rules for messages; of one that is for messages alone, all that has its UUID.
+    /// The regions of the valid rules for messages. A rule for messages only covers all beacons with its UUID.
     const Regions& messageBeaconRegions();
-    /// Regions of the usable rules for data collection.
+    /// The regions of the valid rules for data collection.
     const Regions& dataBeaconRegions();
-    /// `beaconRegionFromRule:` of a rule with a usable UUID. Its identifier is the rule's.
+    /// `beaconRegionFromRule:` takes a rule with a valid UUID. The region has the rule's identifier.
     static std::shared_ptr<CLBeaconRegion> beaconRegionFromRule(const Dictionary& rule);
 
-    /// `getBeaconContentData:` makes the beacon the current one of the settings and lets every rule that applies to it
-    /// overwrite what the ones before it said. The rule of the lowest priority has the last word; meant so.
+    /// `getBeaconContentData:` makes the beacon the current one of the settings, and applies all matching rules.
+    /// Intended: each rule overwrites earlier ones, so the lowest priority wins.
     std::shared_ptr<VLBeaconContentData> getBeaconContentData(const CLBeacon& beacon);
 
     /// Made on first use.

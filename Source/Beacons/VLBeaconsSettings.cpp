@@ -20,7 +20,7 @@ constexpr const char* kCoolDownTimes = "VL_COOLDOWN_TIME_KEY";
 constexpr const char* kPeriodStart = "VL_PERIOD_START";
 constexpr const char* kMessageDisplayCount = "VL_MESSAGE_DISPLAY_COUNT";
 
-/// The dictionary under the key, made when there is none.
+/// Returns the dictionary under the key, and makes it if there is none.
 Dictionary& sectionOf(Dictionary& dictionary, const std::string& key) {
     auto& section = dictionary[key];
     if (!section.is_object()) section = Value::object();
@@ -82,7 +82,7 @@ std::optional<Value> VLBeaconsSettings::serverConfigValue(const std::string& key
 }
 
 void VLBeaconsSettings::setServerConfig(const Dictionary& config) {
-    // So that memory and file agree.
+    // A property list cannot store nulls.
     Value stored(config);
     vl_removeNulls(stored);
     const std::lock_guard lock(mutex_);

@@ -11,47 +11,46 @@
 
 namespace vorlane {
 
-/// The beacon feature's persistent store: the last configuration received, when each beacon's cool-off began, and each
-/// rule's period and count of messages.
+/// The persistent store of the beacon feature: the last configuration received, the start of each beacon's cool-off,
+/// and the period and message count of each rule. Any thread.
 ///
-/// It keeps its values in memory and in "VLLibBeaconsSettings.plist" in the documents folder, which each setter of a
-/// stored value replaces whole. After a failure the values stay in memory, and the next change writes them. Several
-/// stores share the file, and a store sees what another wrote only when it is made. Any thread; a stored value of the
-/// wrong kind reads as absent.
+/// The values are kept in memory and in "VLLibBeaconsSettings.plist" in the documents folder. Each setter of a stored
+/// value replaces the file. If that fails, the values stay in memory, and the next change writes them. Several stores
+/// may share the file; a store reads it only at construction. A stored value of the wrong type counts as absent.
 ///
-/// The current beacon and the current rules are not stored: they choose which entry is read and written, and stay what
-/// they are until they are set again.
+/// The current beacon and the current rules are not stored. They select the entry that is read and written, and remain
+/// until they are set again.
 class VLBeaconsSettings {
 public:
-    /// Reads the file; a missing or unreadable one yields an empty store. Writes nothing. What an unreadable file holds
-    /// joins what was set meanwhile before the first write that succeeds.
+    /// Reads the file. A missing or unreadable file results in an empty store. The contents of an unreadable file join
+    /// the values set meanwhile before the first write that succeeds.
     VLBeaconsSettings();
 
-    /// The beacon whose cool-off is read and written.
+    /// Selects the cool-off that is read and written.
     std::optional<CLBeacon> beacon() const;
     void setBeacon(const std::optional<CLBeacon>& beacon);
-    /// The rule whose period is read and written, by its identifier.
+    /// Selects the period that is read and written, by rule identifier.
     std::optional<std::string> periodStartRuleId() const;
     void setPeriodStartRuleId(const std::optional<std::string>& ruleId);
-    /// The rule whose count of messages is read and written, by its identifier.
+    /// Selects the message count that is read and written, by rule identifier.
     std::optional<std::string> messageCountRuleId() const;
     void setMessageCountRuleId(const std::optional<std::string>& ruleId);
 
     std::optional<Dictionary> serverConfig() const;
-    /// One value of the configuration, without a copy of the whole.
+    /// One value of the configuration, without copying all of it.
     std::optional<Value> serverConfigValue(const std::string& key) const;
-    /// Stores the configuration, without its nulls, and the time.
+    /// Stores the configuration without its nulls, and the current time.
     void setServerConfig(const Dictionary& config);
-    /// Seconds since 1970, as all times here.
+    /// Seconds since 1970, like all times here.
     std::optional<double> lastServerConfigUpdateTime() const;
 
     /// The setter does nothing without a current beacon.
     std::optional<double> coolOffStart() const;
     void setCoolOffStart(double time);
-    /// The setters of the rules' values do nothing without the current rule.
+    /// The setter does nothing without a current rule.
     std::optional<double> periodStart() const;
     void setPeriodStart(double time);
-    /// 0 when absent.
+    /// 0 if absent. The setter does nothing without a current rule.
     std::int64_t messageDisplayCount() const;
     void setMessageDisplayCount(std::int64_t count);
 

@@ -15,8 +15,8 @@ namespace vorlane {
 namespace {
 
 bool isUUID(const Value* value) {
-    const auto* text = value ? value->get_ptr<const std::string*>() : nullptr;
-    return text && CLBeaconRegion::isUUID(*text);
+    const auto* string = value ? value->get_ptr<const std::string*>() : nullptr;
+    return string && CLBeaconRegion::isUUID(*string);
 }
 
 }  // namespace

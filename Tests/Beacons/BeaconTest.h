@@ -20,7 +20,7 @@
 
 namespace vorlane {
 
-/// A scene with the parts of the beacon feature and a shop whose beacons have one UUID.
+/// The parts of the beacon feature, with beacons of one UUID.
 class BeaconTest : public ServicesTest {
 protected:
     explicit BeaconTest(SimulatedPhone::Options options = {}) : ServicesTest(std::move(options)) {}
@@ -36,7 +36,7 @@ protected:
         return {kUUID, 1, minor, proximity, accuracy};
     }
 
-    /// The rule for major 1 and minor 2, with further fields or others; null leaves a field out.
+    /// A rule for major 1 and minor 2. `further` replaces fields, and null removes them.
     static Value rule(const std::string& type, const Dictionary& further = {}) {
         Dictionary rule{{"type", type}, {"beacon_type", "ibeacon"}, {"uuid", kUUID}, {"major", 1},
                         {"minor", 2},   {"alert_range", "any"}};
@@ -72,7 +72,7 @@ protected:
         return std::make_shared<CLBeaconRegion>(kUUID, identifier, major, minor);
     }
 
-    /// What the service answers a request for content with.
+    /// The answer to a content request.
     static std::string message(const std::string& text = "Hello", const std::string& appKey = "K") {
         return Value(Dictionary{{"message", Dictionary{{"appkey", appKey}, {"pushtext", text}, {"phash", "P"}}}})
             .dump();
@@ -83,7 +83,7 @@ protected:
     }
     std::size_t contentRequests() { return session().requests(kContentPath).size(); }
 
-    /// The texts of what was shown, in order.
+    /// The texts of the notifications shown, in order.
     std::vector<std::string> shown() {
         std::vector<std::string> texts;
         phone().settle();
@@ -93,7 +93,7 @@ protected:
         return texts;
     }
 
-    /// The root of a property list in the documents folder; null when there is none.
+    /// The root of a property list in the documents folder, or null if there is none.
     Value file(const std::string& name) {
         const auto root = NSPropertyListSerialization::dictionaryWithContentsOfFile(documentsPath(name));
         return root ? Value(*root) : Value();
@@ -111,7 +111,7 @@ protected:
         return bytes ? std::string(bytes->begin(), bytes->end()) : "(none)";
     }
 
-    /// How often the line was logged at the level of the fine detail.
+    /// How often the line was logged at level Debug.
     int logged(const std::string& text) { return log().count(text, VLLogLevel::Debug); }
     int loggedPart(const std::string& part) { return static_cast<int>(log().linesContaining(part).size()); }
 

@@ -42,7 +42,7 @@ protected:
     }
 };
 
-TEST_F(VLBeaconContentDataTest, EachRangeReachesItsProximities) {
+TEST_F(VLBeaconContentDataTest, AlertRangesIncludeTheirProximities) {
     using enum CLProximity;
     for (const auto proximity : {Unknown, Immediate, Near, Far, static_cast<CLProximity>(9)}) {
         EXPECT_TRUE(isWithin("any", proximity));
@@ -55,7 +55,7 @@ TEST_F(VLBeaconContentDataTest, EachRangeReachesItsProximities) {
     }
 }
 
-TEST_F(VLBeaconContentDataTest, TheCoolOffPeriodIsToldInMinutes) {
+TEST_F(VLBeaconContentDataTest, CoolOffPeriodIsConfiguredInMinutes) {
     EXPECT_EQ(dataOf().coolOffPeriod(), 0);
     EXPECT_EQ(coolOffOf(10), 600);
     EXPECT_EQ(coolOffOf("10"), 600);
@@ -68,7 +68,7 @@ TEST_F(VLBeaconContentDataTest, TheCoolOffPeriodIsToldInMinutes) {
     }
 }
 
-TEST_F(VLBeaconContentDataTest, ABeaconIsInCoolOffUntilThePeriodIsOver) {
+TEST_F(VLBeaconContentDataTest, CoolOffLastsUntilThePeriodIsOver) {
     store->setServerConfig({{"cooloff_period_minutes", 10}});
     auto data = dataOf();
     EXPECT_FALSE(data.isInCoolOff());
@@ -85,7 +85,7 @@ TEST_F(VLBeaconContentDataTest, ABeaconIsInCoolOffUntilThePeriodIsOver) {
     EXPECT_EQ(logged(std::string("Beacon in cooloff mode: ") + kText), 3);
 }
 
-TEST_F(VLBeaconContentDataTest, WithoutAPeriodOnlyTheSameInstantIsInCoolOff) {
+TEST_F(VLBeaconContentDataTest, CoolOffWithoutAPeriodLastsAnInstant) {
     auto data = dataOf();
     data.enableCoolOff();
     EXPECT_TRUE(data.isInCoolOff());
@@ -93,7 +93,7 @@ TEST_F(VLBeaconContentDataTest, WithoutAPeriodOnlyTheSameInstantIsInCoolOff) {
     EXPECT_FALSE(data.isInCoolOff());
 }
 
-TEST_F(VLBeaconContentDataTest, ACoolOffIsThatOfItsBeaconAndSurvivesARestart) {
+TEST_F(VLBeaconContentDataTest, CoolOffBelongsToItsBeaconAndSurvivesARestart) {
     store->setServerConfig({{"cooloff_period_minutes", 10}});
     dataOf(beacon(2)).enableCoolOff();
     EXPECT_FALSE(dataOf(beacon(3)).isInCoolOff());
@@ -104,7 +104,7 @@ TEST_F(VLBeaconContentDataTest, ACoolOffIsThatOfItsBeaconAndSurvivesARestart) {
     EXPECT_FALSE(dataOf(beacon(2)).isInCoolOff());
 }
 
-TEST_F(VLBeaconContentDataTest, AFirstQuestionBeginsAPeriod) {
+TEST_F(VLBeaconContentDataTest, FirstCheckStartsAPeriod) {
     auto data = limited(2, 3600);
     EXPECT_FALSE(data.isMessageLimitReached());
     EXPECT_EQ(settingsFile()["VL_BEACON_RULES_KEY"],
@@ -112,7 +112,7 @@ TEST_F(VLBeaconContentDataTest, AFirstQuestionBeginsAPeriod) {
                                {"C", Dictionary{{"VL_MESSAGE_DISPLAY_COUNT", 0}}}}));
 }
 
-TEST_F(VLBeaconContentDataTest, APeriodAdmitsOneMessageMoreThanTheMaximum) {
+TEST_F(VLBeaconContentDataTest, PeriodAdmitsOneMessageMoreThanTheMaximum) {
     auto data = limited(2, 3600);
     for (int shown = 0; shown < 3; ++shown) {
         EXPECT_FALSE(data.isMessageLimitReached()) << shown;
@@ -124,7 +124,7 @@ TEST_F(VLBeaconContentDataTest, APeriodAdmitsOneMessageMoreThanTheMaximum) {
     EXPECT_EQ(settingsFile()["VL_BEACON_RULES_KEY"]["C"]["VL_MESSAGE_DISPLAY_COUNT"], Value(3));
 }
 
-TEST_F(VLBeaconContentDataTest, ALimitHoldsUntilItsPeriodIsOverAndSurvivesARestart) {
+TEST_F(VLBeaconContentDataTest, LimitAppliesUntilThePeriodIsOver) {
     auto data = limited(0, 3600);
     EXPECT_FALSE(data.isMessageLimitReached());
     data.incrementMessageCount();
@@ -139,7 +139,7 @@ TEST_F(VLBeaconContentDataTest, ALimitHoldsUntilItsPeriodIsOverAndSurvivesAResta
     EXPECT_EQ(store->messageDisplayCount(), 0);
 }
 
-TEST_F(VLBeaconContentDataTest, WithoutALengthEveryQuestionBeginsAPeriod) {
+TEST_F(VLBeaconContentDataTest, EveryCheckStartsAPeriodOfNoLength) {
     auto data = limited(0, 0);
     for (int i = 0; i < 3; ++i) {
         EXPECT_FALSE(data.isMessageLimitReached());
@@ -147,7 +147,7 @@ TEST_F(VLBeaconContentDataTest, WithoutALengthEveryQuestionBeginsAPeriod) {
     }
 }
 
-TEST_F(VLBeaconContentDataTest, WithoutRulesNothingIsLimitedAndNothingWritten) {
+TEST_F(VLBeaconContentDataTest, NoRuleMeansNoLimit) {
     auto data = dataOf();
     data.setMaximumMessageTimePeriod(3600);
     for (int i = 0; i < 3; ++i) {
@@ -157,19 +157,19 @@ TEST_F(VLBeaconContentDataTest, WithoutRulesNothingIsLimitedAndNothingWritten) {
     EXPECT_TRUE(settingsFile().is_null());
 }
 
-TEST_F(VLBeaconContentDataTest, ANegativeMaximumAdmitsNothing) {
+TEST_F(VLBeaconContentDataTest, NegativeMaximumAdmitsNoMessage) {
     auto data = limited(-1, 3600);
     EXPECT_TRUE(data.isMessageLimitReached());
 }
 
-TEST_F(VLBeaconContentDataTest, ACountStaysAtTheLargestNumber) {
+TEST_F(VLBeaconContentDataTest, CountStopsAtTheLargestInteger) {
     auto data = limited(2, 3600);
     store->setMessageDisplayCount(std::numeric_limits<std::int64_t>::max());
     data.incrementMessageCount();
     EXPECT_EQ(store->messageDisplayCount(), std::numeric_limits<std::int64_t>::max());
 }
 
-TEST_F(VLBeaconContentDataTest, TheCountsAreThoseOfTheRulesThatAreCurrentByThen) {
+TEST_F(VLBeaconContentDataTest, CountsBelongToTheCurrentRules) {
     auto data = limited(0, 3600);
     EXPECT_FALSE(data.isMessageLimitReached());
     store->setMessageCountRuleId("another");

@@ -21,7 +21,7 @@ class VLBeaconDataTest : public BeaconTest {
 protected:
     VLBeaconDataTest() { restart(); }
 
-    /// A new process: only the file is left.
+    /// Starts a process. Only the file remains.
     void restart(std::shared_ptr<CLBeaconRegion> given = region(1, 2)) {
         watched = std::move(given);
         sessionsData = std::make_shared<VLBeaconRegionSessionsData>();
@@ -31,7 +31,7 @@ protected:
     void range(int times, const std::vector<CLBeacon>& beacons) {
         for (int i = 0; i < times; ++i) data->rangingBeacons(beacons);
     }
-    /// Those that end with the path, since one path begins like another.
+    /// The payloads of requests whose URL ends with the path.
     std::vector<Value> payloads(const std::string& path) {
         std::vector<Value> found;
         for (const auto& request : session().requests(path)) {
@@ -57,7 +57,7 @@ protected:
     std::unique_ptr<VLBeaconData> data;
 };
 
-TEST_F(VLBeaconDataTest, AVisitHasOneIdentifierFromItsStartToItsEnd) {
+TEST_F(VLBeaconDataTest, VisitKeepsItsIdentifier) {
     data->didEnterRegion();
     const auto stored = sessionsFile();
     const auto id = stored[std::string(kUUID) + "_1_2"]["REGION_SESSION_ID"];
@@ -79,7 +79,7 @@ TEST_F(VLBeaconDataTest, AVisitHasOneIdentifierFromItsStartToItsEnd) {
     EXPECT_EQ(session().requests().size(), 2U);
 }
 
-TEST_F(VLBeaconDataTest, WhatARegionLeavesOpenIsToldAsAStar) {
+TEST_F(VLBeaconDataTest, AnyMajorAndMinorAreSentAsAStar) {
     restart(region());
     data->didEnterRegion();
     const auto id = sessionsFile()[std::string(kUUID) + "_*_*"]["REGION_SESSION_ID"];
@@ -92,7 +92,7 @@ TEST_F(VLBeaconDataTest, WhatARegionLeavesOpenIsToldAsAStar) {
     EXPECT_EQ(session().lastRequest().payload()["minor"], Value("*"));
 }
 
-TEST_F(VLBeaconDataTest, AnExitAfterARestartEndsTheVisit) {
+TEST_F(VLBeaconDataTest, ExitAfterARestartEndsTheVisit) {
     data->didEnterRegion();
     const auto id = session().lastRequest().payload()["sessionId"];
     restart();
@@ -103,7 +103,7 @@ TEST_F(VLBeaconDataTest, AnExitAfterARestartEndsTheVisit) {
     EXPECT_EQ(payloads(kExitPath).size(), 1U);
 }
 
-TEST_F(VLBeaconDataTest, AnExitWithoutAnEnterIsLoggedAndSendsNothing) {
+TEST_F(VLBeaconDataTest, ExitWithoutAnEnterIsOnlyLogged) {
     data->didExitRegion();
     EXPECT_EQ(logged("No previous beacon region session data found for region:CLBeaconRegion (identifier:'R', "
                      "uuid:B9407F30-F5F8-466E-AFF9-25556B57FE6D, major:1, minor:2)"),
@@ -112,7 +112,7 @@ TEST_F(VLBeaconDataTest, AnExitWithoutAnEnterIsLoggedAndSendsNothing) {
     EXPECT_FALSE(NSFileManager::fileExistsAtPath(documentsPath("VLBeaconRegionSessions.plist")));
 }
 
-TEST_F(VLBeaconDataTest, ASecondEnterBeginsASessionUnderANewIdentifier) {
+TEST_F(VLBeaconDataTest, SecondEnterStartsANewSession) {
     data->didEnterRegion();
     data->didEnterRegion();
     const auto starts = payloads(kEntryPath);
@@ -123,7 +123,7 @@ TEST_F(VLBeaconDataTest, ASecondEnterBeginsASessionUnderANewIdentifier) {
     EXPECT_EQ(payloads(kExitPath).size(), 1U);
 }
 
-TEST_F(VLBeaconDataTest, AFailedRequestIsNotRepeated) {
+TEST_F(VLBeaconDataTest, FailedRequestIsNotRetried) {
     session().alwaysFail("");
     data->didEnterRegion();
     range(30, {beacon()});
@@ -134,7 +134,7 @@ TEST_F(VLBeaconDataTest, AFailedRequestIsNotRepeated) {
     EXPECT_EQ(sessionsFile(), Value(Dictionary{}));
 }
 
-TEST_F(VLBeaconDataTest, EveryThirtiethResultSendsASummary) {
+TEST_F(VLBeaconDataTest, Every30thResultSendsASummary) {
     EXPECT_EQ(data->sendInterval(), 30);
     data->didEnterRegion();
     const auto id = session().lastRequest().payload()["sessionId"];
@@ -156,7 +156,7 @@ TEST_F(VLBeaconDataTest, EveryThirtiethResultSendsASummary) {
     EXPECT_EQ(payloads(kSummaryPath)[1]["beacons"], Value(Array{entry(3, "near")}));
 }
 
-TEST_F(VLBeaconDataTest, ResultsThatMakeNoSummaryWaitForTheNextVisit) {
+TEST_F(VLBeaconDataTest, RemainingResultsCountTowardsTheNextVisit) {
     data->didEnterRegion();
     range(20, {beacon(1)});
     data->didExitRegion();
@@ -169,7 +169,7 @@ TEST_F(VLBeaconDataTest, ResultsThatMakeNoSummaryWaitForTheNextVisit) {
     EXPECT_EQ(payloads(kSummaryPath)[0]["sessionId"], id);
 }
 
-TEST_F(VLBeaconDataTest, ASummaryWithoutAnOpenSessionNamesNone) {
+TEST_F(VLBeaconDataTest, SummaryWithoutASessionHasNoIdentifier) {
     range(30, {beacon()});
     EXPECT_EQ(payloads(kSummaryPath).front(),
               Value(Dictionary{{"beacons", Array{entry(2, "near")}},
@@ -177,7 +177,7 @@ TEST_F(VLBeaconDataTest, ASummaryWithoutAnOpenSessionNamesNone) {
                                {"deviceData", payloadBuilder->deviceData()}}));
 }
 
-TEST_F(VLBeaconDataTest, ResultsWithoutBeaconsCountToo) {
+TEST_F(VLBeaconDataTest, EmptyResultsCount) {
     range(30, {});
     EXPECT_EQ(payloads(kSummaryPath).front()["beacons"], Value(Array{}));
     range(29, {});
@@ -185,7 +185,7 @@ TEST_F(VLBeaconDataTest, ResultsWithoutBeaconsCountToo) {
     EXPECT_EQ(payloads(kSummaryPath).back()["beacons"], Value(Array{entry(2, "near")}));
 }
 
-TEST_F(VLBeaconDataTest, TheProximityIsTheLeastFrequentWord) {
+TEST_F(VLBeaconDataTest, ProximityIsTheLeastFrequentWord) {
     range(20, {beacon(2, Near)});
     range(10, {beacon(2, Far)});
     EXPECT_EQ(payloads(kSummaryPath).back()["beacons"], Value(Array{entry(2, "far")}));
@@ -195,7 +195,7 @@ TEST_F(VLBeaconDataTest, TheProximityIsTheLeastFrequentWord) {
     EXPECT_EQ(payloads(kSummaryPath).back()["beacons"], Value(Array{entry(2, "immediate")}));
 }
 
-TEST_F(VLBeaconDataTest, OfEquallyFrequentWordsTheFirstInTheAlphabetCounts) {
+TEST_F(VLBeaconDataTest, EquallyFrequentWordsAreOrderedAlphabetically) {
     range(10, {beacon(2, Unknown)});
     range(10, {beacon(2, Near)});
     range(10, {beacon(2, Immediate)});
@@ -205,7 +205,7 @@ TEST_F(VLBeaconDataTest, OfEquallyFrequentWordsTheFirstInTheAlphabetCounts) {
     EXPECT_EQ(payloads(kSummaryPath).back()["beacons"], Value(Array{entry(2, "far")}));
 }
 
-TEST_F(VLBeaconDataTest, EachBeaconIsCountedOverTheResultsThatItIsIn) {
+TEST_F(VLBeaconDataTest, BeaconsAreCountedSeparately) {
     range(1, {beacon(1, Far), beacon(2, Near)});
     range(2, {beacon(2, Far)});
     range(27, {beacon(3, Immediate)});
@@ -213,7 +213,7 @@ TEST_F(VLBeaconDataTest, EachBeaconIsCountedOverTheResultsThatItIsIn) {
               Value(Array{entry(1, "far"), entry(2, "near"), entry(3, "immediate")}));
 }
 
-TEST_F(VLBeaconDataTest, AnEntryIsThatOfTheFirstResult) {
+TEST_F(VLBeaconDataTest, EntryIsTakenFromTheFirstResult) {
     CLBeacon other = beacon(2, Near);
     other.proximityUUID = kOtherUUID;
     range(1, {beacon(2, Near)});
@@ -221,7 +221,7 @@ TEST_F(VLBeaconDataTest, AnEntryIsThatOfTheFirstResult) {
     EXPECT_EQ(payloads(kSummaryPath).back()["beacons"], Value(Array{entry(2, "near")}));
 }
 
-TEST_F(VLBeaconDataTest, InOneResultALaterBeaconReplacesOneOfEqualMajorAndMinor) {
+TEST_F(VLBeaconDataTest, LastOfEqualBeaconsInAResultCounts) {
     CLBeacon other = beacon(2, Far);
     other.proximityUUID = kOtherUUID;
     const auto result = VLBeaconData::beaconsArrayToDictionary({beacon(2, Near), beacon(3, Immediate), other});
@@ -232,7 +232,7 @@ TEST_F(VLBeaconDataTest, InOneResultALaterBeaconReplacesOneOfEqualMajorAndMinor)
     EXPECT_EQ(Value(VLBeaconData::beaconToDictionary(beacon(9, Unknown))), Value(entry(9, "unknown")));
 }
 
-TEST_F(VLBeaconDataTest, AProximityWithoutAWordCountsAsUnknown) {
+TEST_F(VLBeaconDataTest, UnnamedProximityCountsAsUnknown) {
     range(30, {beacon(2, static_cast<CLProximity>(7))});
     EXPECT_EQ(payloads(kSummaryPath).back()["beacons"], Value(Array{entry(2, "unknown")}));
     EXPECT_EQ(loggedPart("Unknown proximity value \"7\" for beacon: "), 30);
@@ -240,7 +240,7 @@ TEST_F(VLBeaconDataTest, AProximityWithoutAWordCountsAsUnknown) {
 
 class VLBeaconRegionSessionsDataTest : public VLBeaconDataTest {};
 
-TEST_F(VLBeaconRegionSessionsDataTest, TheWritersRewriteTheFileAndAReaderMakesNone) {
+TEST_F(VLBeaconRegionSessionsDataTest, OnlySettersWriteTheFile) {
     EXPECT_FALSE(sessionsData->idWithRegionId("A"));
     EXPECT_FALSE(NSFileManager::fileExistsAtPath(documentsPath("VLBeaconRegionSessions.plist")));
     EXPECT_EQ(VLBeaconRegionSessionsData::getFilePath(), documentsPath("VLBeaconRegionSessions.plist"));
@@ -258,7 +258,7 @@ TEST_F(VLBeaconRegionSessionsDataTest, TheWritersRewriteTheFileAndAReaderMakesNo
     EXPECT_EQ(sessionsFile(), Value(Dictionary{{"B", Dictionary{{"REGION_SESSION_ID", "2"}}}}));
 }
 
-TEST_F(VLBeaconRegionSessionsDataTest, TheFileIsReadableAndForItsOwnerAlone) {
+TEST_F(VLBeaconRegionSessionsDataTest, FileIsAPrivatePropertyList) {
     sessionsData->setId("I", "A_*_*");
     EXPECT_EQ(bytesOf("VLBeaconRegionSessions.plist"),
               "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
@@ -270,7 +270,7 @@ TEST_F(VLBeaconRegionSessionsDataTest, TheFileIsReadableAndForItsOwnerAlone) {
               std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
 }
 
-TEST_F(VLBeaconRegionSessionsDataTest, AnUnreadableFileMeansNoOpenSessions) {
+TEST_F(VLBeaconRegionSessionsDataTest, MalformedFileMeansNoOpenSession) {
     for (const auto* bytes : {"", "no property list", "<plist><array/></plist>"}) {
         writeBytes("VLBeaconRegionSessions.plist", bytes);
         VLBeaconRegionSessionsData broken;
@@ -280,7 +280,7 @@ TEST_F(VLBeaconRegionSessionsDataTest, AnUnreadableFileMeansNoOpenSessions) {
     }
 }
 
-TEST_F(VLBeaconRegionSessionsDataTest, EntriesOfTheWrongKindReadAsAbsent) {
+TEST_F(VLBeaconRegionSessionsDataTest, MistypedEntriesCountAsAbsent) {
     for (const Value& wrong :
          {Value("text"), Value(1), Value(true), Value(Array{"1"}), Value(Dictionary{}),
           Value(Dictionary{{"REGION_SESSION_ID", 1}}), Value(Dictionary{{"REGION_SESSION_ID", Array{"1"}}})}) {
@@ -292,7 +292,7 @@ TEST_F(VLBeaconRegionSessionsDataTest, EntriesOfTheWrongKindReadAsAbsent) {
     }
 }
 
-TEST_F(VLBeaconRegionSessionsDataTest, ARegionsDataReadsWritesAndRemovesItsOwnEntry) {
+TEST_F(VLBeaconRegionSessionsDataTest, DataAccessesOnlyItsOwnEntry) {
     sessionsData->setId("other", "another region");
     EXPECT_EQ(sessionData->regionId(), vl_getRegionId(*watched));
     EXPECT_EQ(sessionData->region(), watched);
@@ -303,13 +303,13 @@ TEST_F(VLBeaconRegionSessionsDataTest, ARegionsDataReadsWritesAndRemovesItsOwnEn
     EXPECT_EQ(sessionsFile(), Value(Dictionary{{"another region", Dictionary{{"REGION_SESSION_ID", "other"}}}}));
 }
 
-TEST_F(VLBeaconRegionSessionsDataTest, RegionsDataDoesNotKeepItsRegion) {
+TEST_F(VLBeaconRegionSessionsDataTest, DataHoldsItsRegionWeakly) {
     const VLBeaconRegionSessionData alone(region(5, 6), sessionsData);
     EXPECT_EQ(alone.region(), nullptr);
     EXPECT_EQ(alone.regionId(), std::string(kUUID) + "_5_6");
 }
 
-TEST_F(VLBeaconRegionSessionsDataTest, AFailedWriteIsSilentAndWhatIsInMemoryStays) {
+TEST_F(VLBeaconRegionSessionsDataTest, ValuesStayInEffectAfterAFailedWrite) {
     std::filesystem::create_directories(documentsPath("VLBeaconRegionSessions.plist") + "/in the way");
     data->didEnterRegion();
     const auto id = session().lastRequest().payload()["sessionId"];
@@ -320,7 +320,7 @@ TEST_F(VLBeaconRegionSessionsDataTest, AFailedWriteIsSilentAndWhatIsInMemoryStay
     EXPECT_TRUE(sessionsFile().is_null());
 }
 
-TEST_F(VLBeaconRegionSessionsDataTest, ThreadsMayReadAndWriteAtOnce) {
+TEST_F(VLBeaconRegionSessionsDataTest, ThreadsReadAndWriteAtOnce) {
     const auto write = [this](const std::string& regionId) {
         for (int i = 0; i < 25; ++i) {
             sessionsData->setId(std::to_string(i), regionId);

@@ -29,7 +29,7 @@ protected:
     void filter(const std::vector<CLBeacon>& beacons) {
         messages->filterBeaconsForContent(beacons, [this](bool requested) { answers.push_back(requested); });
     }
-    /// The minor of the beacon that each request was for.
+    /// The minor of the beacon in each content request.
     std::vector<int> requestedMinors() {
         std::vector<int> minors;
         for (const auto& request : session().requests(kContentPath)) {
@@ -49,7 +49,7 @@ protected:
     std::vector<bool> answers;
 };
 
-TEST_F(VLBeaconMessageTest, TheRequestTellsTheBeaconTheStateAndTheDevice) {
+TEST_F(VLBeaconMessageTest, SendsBeaconStateAndDeviceData) {
     use({rule("message")});
     filter({beacon()});
     const auto request = session().lastRequest();
@@ -65,7 +65,7 @@ TEST_F(VLBeaconMessageTest, TheRequestTellsTheBeaconTheStateAndTheDevice) {
     EXPECT_EQ(messages->beaconData()->beacon(), beacon());
 }
 
-TEST_F(VLBeaconMessageTest, AnActiveApplicationMayHaveAnInterstitial) {
+TEST_F(VLBeaconMessageTest, ActiveApplicationAllowsInterstitials) {
     use({rule("message", {{"minor", "*"}})});
     const auto typeIn = [this](UIApplicationState state, std::uint16_t minor) {
         phone().application()->setApplicationState(state);
@@ -77,7 +77,7 @@ TEST_F(VLBeaconMessageTest, AnActiveApplicationMayHaveAnInterstitial) {
     EXPECT_EQ(typeIn(UIApplicationState::background, 3), "local");
 }
 
-TEST_F(VLBeaconMessageTest, TheMessageOfTheAnswerIsShownAndCounted) {
+TEST_F(VLBeaconMessageTest, MessageIsShownAndCounted) {
     use({rule("message", {{"message_count", 2}, {"time_period", 1}})});
     filter({beacon()});
     EXPECT_TRUE(answers.empty());
@@ -98,7 +98,7 @@ TEST_F(VLBeaconMessageTest, TheMessageOfTheAnswerIsShownAndCounted) {
     EXPECT_EQ(beaconsConfig->beaconsSettings()->messageDisplayCount(), 1);
 }
 
-TEST_F(VLBeaconMessageTest, AFailureShowsTheDefaultMessageSilentlyAndIsNotRepeated) {
+TEST_F(VLBeaconMessageTest, FailureShowsTheDefaultMessage) {
     use({rule("message", {{"default_message", "Welcome"}, {"message_count", 2}, {"time_period", 1}})});
     filter({beacon()});
     session().fail(kContentPath);
@@ -117,7 +117,7 @@ TEST_F(VLBeaconMessageTest, AFailureShowsTheDefaultMessageSilentlyAndIsNotRepeat
     EXPECT_EQ(contentRequests(), 1U);
 }
 
-TEST_F(VLBeaconMessageTest, AFailureWithoutADefaultMessageShowsNothing) {
+TEST_F(VLBeaconMessageTest, FailureWithoutADefaultMessageShowsNothing) {
     use({rule("message", {{"default_message", "no"}, {"show_default_if_no_network", false}})});
     filter({beacon()});
     session().answer(kContentPath, 500, message());
@@ -127,7 +127,7 @@ TEST_F(VLBeaconMessageTest, AFailureWithoutADefaultMessageShowsNothing) {
     EXPECT_EQ(beaconsConfig->beaconsSettings()->messageDisplayCount(), 0);
 }
 
-TEST_F(VLBeaconMessageTest, AHostileAnswerCountsAsAFailure) {
+TEST_F(VLBeaconMessageTest, MalformedAnswerCountsAsAFailure) {
     use({rule("message", {{"minor", "*"}, {"default_message", "Welcome"}})});
     std::uint16_t minor = 0;
     for (const auto* body : {"", "no JSON", "[]", "\"text\"", "{\"message\":"}) {
@@ -138,7 +138,7 @@ TEST_F(VLBeaconMessageTest, AHostileAnswerCountsAsAFailure) {
     EXPECT_EQ(answers, std::vector<bool>(5, true));
 }
 
-TEST_F(VLBeaconMessageTest, AnAnswerWithoutAMessageForThisApplicationShowsNotEvenTheDefault) {
+TEST_F(VLBeaconMessageTest, AnswerWithoutAMessageShowsNoDefault) {
     use({rule("message", {{"minor", "*"}, {"default_message", "Welcome"}})});
     std::uint16_t minor = 0;
     for (const auto& body : {std::string("{}"), std::string(R"({"message":null})"), std::string(R"({"message":"Hi"})"),
@@ -151,7 +151,7 @@ TEST_F(VLBeaconMessageTest, AnAnswerWithoutAMessageForThisApplicationShowsNotEve
     EXPECT_EQ(answers, std::vector<bool>(5, true));
 }
 
-TEST_F(VLBeaconMessageTest, WhereMessagesAreNotToBeShownTheRequestGoesOutAndNothingIsShown) {
+TEST_F(VLBeaconMessageTest, DisabledMessagesAreRequestedButNotShown) {
     for (const Value& notify : {Value(false), Value(nullptr)}) {
         session().forgetRules();
         useConfig(configOf(
@@ -170,11 +170,11 @@ TEST_F(VLBeaconMessageTest, WhereMessagesAreNotToBeShownTheRequestGoesOutAndNoth
     EXPECT_EQ(answers, std::vector<bool>(4, true));
     EXPECT_EQ(loggedPart("beacon content"), 0);
     EXPECT_EQ(loggedPart("Beacon Content"), 0);
-    // Nor does a period begin.
+    // No period starts.
     EXPECT_EQ(settingsFile()["VL_BEACON_RULES_KEY"], Value(Dictionary{}));
 }
 
-TEST_F(VLBeaconMessageTest, ACountOfTwoShowsThreeMessagesAndRefusesTheFourth) {
+TEST_F(VLBeaconMessageTest, CountOf2ShowsThreeMessages) {
     use({rule("message", {{"message_count", 2}, {"time_period", 1}})});
     for (int i = 0; i < 4; ++i) {
         filter({beacon()});
@@ -183,7 +183,7 @@ TEST_F(VLBeaconMessageTest, ACountOfTwoShowsThreeMessagesAndRefusesTheFourth) {
         phone().advance(1);
     }
     EXPECT_EQ(shown(), (std::vector<std::string>{"Message 0", "Message 1", "Message 2"}));
-    // Once for the request, once for its answer.
+    // Once for the request and once for the answer.
     EXPECT_EQ(loggedPart("Maximum message count reached for rule: " + std::string(kUUID) + "_1_2, beacon: CLBeacon"),
               2);
     phone().advance(3595);
@@ -197,7 +197,7 @@ TEST_F(VLBeaconMessageTest, ACountOfTwoShowsThreeMessagesAndRefusesTheFourth) {
     EXPECT_EQ(shown().back(), "Again");
 }
 
-TEST_F(VLBeaconMessageTest, ALimitThatIsReachedMeanwhileHoldsForTheAnswer) {
+TEST_F(VLBeaconMessageTest, LimitReachedMeanwhileAppliesToTheAnswer) {
     use({rule("message", {{"minor", "*"}, {"message_count", 0}, {"time_period", 1}})});
     filter({beacon(1)});
     filter({beacon(2)});
@@ -207,7 +207,7 @@ TEST_F(VLBeaconMessageTest, ALimitThatIsReachedMeanwhileHoldsForTheAnswer) {
     EXPECT_EQ(shown(), std::vector<std::string>{"first"});
 }
 
-TEST_F(VLBeaconMessageTest, TheClosestAreThoseOfTheLeastKnownAccuracy) {
+TEST_F(VLBeaconMessageTest, ClosestBeaconsHaveTheLowestKnownAccuracy) {
     const auto closest = [](const std::vector<CLBeacon>& beacons) {
         return minorsOf(VLBeaconMessage::getClosestBeaconArray(beacons));
     };
@@ -216,14 +216,14 @@ TEST_F(VLBeaconMessageTest, TheClosestAreThoseOfTheLeastKnownAccuracy) {
               (std::vector{2, 4}));
     EXPECT_EQ(closest({beacon(1, Immediate, -1), beacon(2, Far, 30)}), std::vector{2});
     EXPECT_EQ(closest({beacon(1, Immediate, -1)}), std::vector<int>{});
-    // A proximity drops none.
+    // The proximity is ignored.
     EXPECT_EQ(closest({beacon(1, Unknown, 0.5), beacon(2, Near, 1)}), std::vector{1});
     EXPECT_EQ(closest({beacon(1, Far, 0.5), beacon(2, Near, 1)}), std::vector{1});
     EXPECT_EQ(closest({beacon(1, Near, 0), beacon(2, Near, std::nan("")), beacon(3, Near, 1e308)}), std::vector{1});
     EXPECT_EQ(closest({beacon(1, Near, std::nan(""))}), std::vector<int>{});
 }
 
-TEST_F(VLBeaconMessageTest, TheClosestBeaconIsTriedFirstAndThenTheOthersInTheirOrder) {
+TEST_F(VLBeaconMessageTest, ClosestBeaconIsTriedFirst) {
     use({rule("message", {{"minor", "*"}})}, {{"cooloff_period_minutes", 10}});
     const std::vector ranged{beacon(1, Near, 3), beacon(2, Near, -1), beacon(3, Near, 1), beacon(4, Near, 2)};
     for (int i = 0; i < 5; ++i) filter(ranged);
@@ -233,21 +233,21 @@ TEST_F(VLBeaconMessageTest, TheClosestBeaconIsTriedFirstAndThenTheOthersInTheirO
     EXPECT_EQ(loggedPart("Beacon in cooloff mode: "), 1 + 2 + 3 + 4);
 }
 
-TEST_F(VLBeaconMessageTest, ALoneBeaconOfUnknownAccuracyIsStillTried) {
+TEST_F(VLBeaconMessageTest, SingleBeaconOfUnknownAccuracyIsTried) {
     use({rule("message")});
     filter({beacon(2, Near, -1)});
     EXPECT_EQ(requestedMinors(), std::vector{2});
 }
 
-TEST_F(VLBeaconMessageTest, OnlyABeaconWithinItsRangeIsAskedFor) {
+TEST_F(VLBeaconMessageTest, OnlyBeaconsWithinRangeAreRequested) {
     use({rule("message", {{"minor", "*"}, {"alert_range", "near"}})});
     filter({beacon(1, Far, 1), beacon(2, Unknown, 2), beacon(3, Near, 3), beacon(4, Immediate, 4)});
     EXPECT_EQ(requestedMinors(), std::vector{3});
-    // One out of range is not cooled off.
+    // A beacon out of range has no cool-off.
     EXPECT_EQ(settingsFile()["VL_COOLDOWN_TIME_KEY"].size(), 1U);
 }
 
-TEST_F(VLBeaconMessageTest, OutOfRangeNothingIsAskedForAndTheHandlerSaysSo) {
+TEST_F(VLBeaconMessageTest, HandlerReceivesFalseWhenOutOfRange) {
     use({rule("message", {{"alert_range", "far"}})});
     for (const auto proximity : {Unknown, Immediate, Near, Far}) filter({beacon(2, proximity)});
     EXPECT_EQ(contentRequests(), 0U);
@@ -256,7 +256,7 @@ TEST_F(VLBeaconMessageTest, OutOfRangeNothingIsAskedForAndTheHandlerSaysSo) {
     EXPECT_EQ(settingsFile()["VL_COOLDOWN_TIME_KEY"], Value(Dictionary{}));
 }
 
-TEST_F(VLBeaconMessageTest, WithoutBeaconsThePassEndsInCoolOff) {
+TEST_F(VLBeaconMessageTest, NoBeaconsSetTheCoolOffFlag) {
     use({rule("message")});
     filter({});
     EXPECT_EQ(answers, std::vector{false});
@@ -265,7 +265,7 @@ TEST_F(VLBeaconMessageTest, WithoutBeaconsThePassEndsInCoolOff) {
     EXPECT_FALSE(messages->isBeaconsInCooloff());
 }
 
-TEST_F(VLBeaconMessageTest, ASecondRequestForABeaconWaitsForTheEndOfItsCoolOff) {
+TEST_F(VLBeaconMessageTest, SecondRequestWaitsForTheCoolOff) {
     use({rule("message")}, {{"cooloff_period_minutes", 10}});
     filter({beacon()});
     EXPECT_FALSE(messages->isBeaconsInCooloff());
@@ -279,7 +279,7 @@ TEST_F(VLBeaconMessageTest, ASecondRequestForABeaconWaitsForTheEndOfItsCoolOff) 
     EXPECT_EQ(contentRequests(), 2U);
 }
 
-TEST_F(VLBeaconMessageTest, OnceAllAreInCoolOffLaterResultsAreIgnoredUntilTheExit) {
+TEST_F(VLBeaconMessageTest, ResultsAreIgnoredFromCoolOffUntilExit) {
     use({rule("message", {{"minor", "*"}})}, {{"cooloff_period_minutes", 10}});
     filter({beacon(1)});
     filter({beacon(1)});
@@ -293,7 +293,7 @@ TEST_F(VLBeaconMessageTest, OnceAllAreInCoolOffLaterResultsAreIgnoredUntilTheExi
     EXPECT_EQ(requestedMinors(), (std::vector{1, 2}));
 }
 
-TEST_F(VLBeaconMessageTest, ABeaconOutOfRangeLeavesTheOthersInCoolOffAlone) {
+TEST_F(VLBeaconMessageTest, BeaconOutOfRangeClearsTheCoolOffFlag) {
     use({rule("message", {{"minor", "*"}, {"alert_range", "near"}})}, {{"cooloff_period_minutes", 10}});
     filter({beacon(1)});
     filter({beacon(1), beacon(2, Far, 9)});
@@ -301,7 +301,7 @@ TEST_F(VLBeaconMessageTest, ABeaconOutOfRangeLeavesTheOthersInCoolOffAlone) {
     EXPECT_FALSE(messages->isBeaconsInCooloff());
 }
 
-TEST_F(VLBeaconMessageTest, CoolOffsHoldForEveryMessageAndAfterARestart) {
+TEST_F(VLBeaconMessageTest, CoolOffsApplyToAllRegionsAndSurviveARestart) {
     use({rule("message", {{"minor", "*"}})}, {{"cooloff_period_minutes", 10}});
     filter({beacon(1)});
     messages = makeMessage();
@@ -313,13 +313,13 @@ TEST_F(VLBeaconMessageTest, CoolOffsHoldForEveryMessageAndAfterARestart) {
     EXPECT_TRUE(messages->isBeaconsInCooloff());
 }
 
-TEST_F(VLBeaconMessageTest, ACoolOffIsStoredBeforeItsRequestIsAnswered) {
+TEST_F(VLBeaconMessageTest, CoolOffIsStoredBeforeTheAnswer) {
     use({rule("message")}, {{"cooloff_period_minutes", 10}});
     filter({beacon()});
     EXPECT_EQ(settingsFile()["VL_COOLDOWN_TIME_KEY"], Value(Dictionary{{std::string(kUUID) + "_1_2", phone().now()}}));
 }
 
-TEST_F(VLBeaconMessageTest, AHandlerMayBeEmpty) {
+TEST_F(VLBeaconMessageTest, HandlerMayBeEmpty) {
     use({rule("message", {{"alert_range", "near"}})});
     messages->filterBeaconsForContent({beacon(2, Far)}, nullptr);
     messages->filterBeaconsForContent({beacon()}, nullptr);
@@ -327,7 +327,7 @@ TEST_F(VLBeaconMessageTest, AHandlerMayBeEmpty) {
     EXPECT_EQ(shown(), std::vector<std::string>{"Hello"});
 }
 
-TEST_F(VLBeaconMessageTest, AnAnswerForMessagesThatAreGoneShowsNothingAndIsStillTold) {
+TEST_F(VLBeaconMessageTest, HandlerIsCalledAfterDestruction) {
     use({rule("message")});
     filter({beacon()});
     messages.reset();
@@ -336,20 +336,20 @@ TEST_F(VLBeaconMessageTest, AnAnswerForMessagesThatAreGoneShowsNothingAndIsStill
     EXPECT_EQ(answers, std::vector{true});
 }
 
-TEST_F(VLBeaconMessageTest, ARuleForNoBeaconInSightAsksForNothing) {
+TEST_F(VLBeaconMessageTest, UnmatchedRuleRequestsNothing) {
     use({rule("message", {{"minor", 9}})});
     filter({beacon(1), beacon(2)});
     EXPECT_EQ(contentRequests(), 0U);
     EXPECT_EQ(answers, std::vector{false});
 }
 
-TEST_F(VLBeaconMessageTest, OnlyMinusOneIsAnUnknownAccuracy) {
+TEST_F(VLBeaconMessageTest, OnlyMinus1IsAnUnknownAccuracy) {
     const auto closest =
         VLBeaconMessage::getClosestBeaconArray({beacon(1, Near, 0.5), beacon(2, Near, -5), beacon(3, Near, -1)});
     EXPECT_EQ(minorsOf(closest), std::vector{2});
 }
 
-TEST_F(VLBeaconMessageTest, ADefaultMessageIsRefusedAtTheLimit) {
+TEST_F(VLBeaconMessageTest, LimitAppliesToTheDefaultMessage) {
     use({rule("message", {{"default_message", "Welcome"}, {"message_count", 0}, {"time_period", 1}})});
     for (int i = 0; i < 2; ++i) {
         filter({beacon()});
@@ -362,7 +362,7 @@ TEST_F(VLBeaconMessageTest, ADefaultMessageIsRefusedAtTheLimit) {
     EXPECT_EQ(answers, std::vector<bool>(2, true));
 }
 
-TEST_F(VLBeaconMessageTest, TheEndOfARequestWaitsForItsTurnOnTheMainQueue) {
+TEST_F(VLBeaconMessageTest, HandlesAnswersOnTheMainQueue) {
     use({rule("message")});
     std::vector<std::string> order;
     messages->filterBeaconsForContent({beacon()}, [&order](bool /*requested*/) {

@@ -14,7 +14,7 @@ using enum CLProximity;
 
 class VLBeaconRegionSessionTest : public BeaconTest {
 protected:
-    /// The session of a region that is being ranged.
+    /// The session of a ranged region.
     std::shared_ptr<VLBeaconRegionSession> sessionOf(const std::shared_ptr<CLBeaconRegion>& watched,
                                                      const Array& rules) {
         beaconsConfig = config(rules, {{"cooloff_period_minutes", 10}});
@@ -40,7 +40,7 @@ protected:
 
 using Texts = std::vector<std::string>;
 
-TEST_F(VLBeaconRegionSessionTest, ItsTypesAreThoseOfTheRulesThatGiveTheRegion) {
+TEST_F(VLBeaconRegionSessionTest, TypesFollowTheRules) {
     const Array rules{rule("message"), rule("data", {{"minor", 3}}), rule("message;data", {{"minor", 4}})};
     const auto typesOf = [&](std::optional<std::uint16_t> major, std::optional<std::uint16_t> minor) {
         const auto made = sessionOf(region(major, minor), rules);
@@ -53,13 +53,13 @@ TEST_F(VLBeaconRegionSessionTest, ItsTypesAreThoseOfTheRulesThatGiveTheRegion) {
     EXPECT_EQ(typesOf(1, std::nullopt), std::pair(false, false));
 }
 
-TEST_F(VLBeaconRegionSessionTest, ItsTypesStayWhateverTheConfigurationBecomes) {
+TEST_F(VLBeaconRegionSessionTest, TypesSurviveANewConfiguration) {
     const auto made = sessionOf(region(1, 2), {rule("data")});
     beaconsConfig->isBeaconsFound(configured({}));
     EXPECT_TRUE(made->isDataType());
 }
 
-TEST_F(VLBeaconRegionSessionTest, ARegionForDataReportsItsVisitAndNoMessages) {
+TEST_F(VLBeaconRegionSessionTest, DataRegionReportsItsVisit) {
     const auto made = sessionOf(region(1, 2), {rule("data")});
     made->didEnter();
     for (int i = 0; i < 30; ++i) made->rangingBeacons({beacon()}, handler);
@@ -69,7 +69,7 @@ TEST_F(VLBeaconRegionSessionTest, ARegionForDataReportsItsVisitAndNoMessages) {
     EXPECT_TRUE(isRanged());
 }
 
-TEST_F(VLBeaconRegionSessionTest, ARegionForMessagesAsksForContentAndReportsNoVisit) {
+TEST_F(VLBeaconRegionSessionTest, MessageRegionRequestsContent) {
     const auto made = sessionOf(region(), {rule("message")});
     made->didEnter();
     EXPECT_TRUE(session().requests().empty());
@@ -83,7 +83,7 @@ TEST_F(VLBeaconRegionSessionTest, ARegionForMessagesAsksForContentAndReportsNoVi
     EXPECT_EQ(loggedPart("No previous beacon region session data"), 0);
 }
 
-TEST_F(VLBeaconRegionSessionTest, ARegionForBothDoesBoth) {
+TEST_F(VLBeaconRegionSessionTest, RegionOfBothTypesDoesBoth) {
     const auto made = sessionOf(region(1, 2), {rule("message;data")});
     made->didEnter();
     for (int i = 0; i < 30; ++i) made->rangingBeacons({beacon()}, handler);
@@ -91,12 +91,12 @@ TEST_F(VLBeaconRegionSessionTest, ARegionForBothDoesBoth) {
     EXPECT_EQ(requestedPaths(),
               (Texts{"session/beacon/region/entry", "ibeacon", "session/beacon", "session/beacon/region/exit"}));
     EXPECT_EQ(made->beaconData().currentInterval(), 0);
-    // All in cool-off, but ranged for the data.
+    // All beacons are in cool-off, but the data needs ranging.
     EXPECT_TRUE(isRanged());
     EXPECT_EQ(loggedPart("Stopping ranging"), 0);
 }
 
-TEST_F(VLBeaconRegionSessionTest, ARegionOfNoRuleDoesNothing) {
+TEST_F(VLBeaconRegionSessionTest, RegionWithoutARuleDoesNothing) {
     const auto made = sessionOf(region(9, 9), {rule("message;data")});
     made->didEnter();
     made->rangingBeacons({beacon()}, handler);
@@ -118,7 +118,7 @@ TEST_F(VLBeaconRegionSessionTest, RangingStopsOnceAllBeaconsAreInCoolOff) {
               1);
 }
 
-TEST_F(VLBeaconRegionSessionTest, ABeaconThatIsNotInCoolOffKeepsRangingUp) {
+TEST_F(VLBeaconRegionSessionTest, BeaconNotInCoolOffKeepsRangingOn) {
     const auto made = sessionOf(region(), {rule("message", {{"minor", "*"}, {"alert_range", "near"}})});
     made->rangingBeacons({beacon(1)}, handler);
     made->rangingBeacons({beacon(1), beacon(2, Far, 20)}, handler);
@@ -126,7 +126,7 @@ TEST_F(VLBeaconRegionSessionTest, ABeaconThatIsNotInCoolOffKeepsRangingUp) {
     EXPECT_EQ(answers, std::vector{false});
 }
 
-TEST_F(VLBeaconRegionSessionTest, AResultWithoutBeaconsLeadsToNothingForMessages) {
+TEST_F(VLBeaconRegionSessionTest, EmptyResultIsIgnoredForMessages) {
     const auto made = sessionOf(region(), {rule("message")});
     made->rangingBeacons({}, handler);
     EXPECT_FALSE(made->beaconMessage()->isBeaconsInCooloff());
@@ -134,12 +134,12 @@ TEST_F(VLBeaconRegionSessionTest, AResultWithoutBeaconsLeadsToNothingForMessages
     EXPECT_TRUE(answers.empty());
 }
 
-TEST_F(VLBeaconRegionSessionTest, RangingThatStartsAgainBeforeTheExitIsStoppedAgain) {
+TEST_F(VLBeaconRegionSessionTest, RangingStopsAgainBeforeTheExit) {
     const auto made = sessionOf(region(), {rule("message", {{"minor", "*"}})});
     made->rangingBeacons({beacon(1)}, handler);
     made->rangingBeacons({beacon(1)}, handler);
     manager().startRangingBeaconsInRegion(made->region());
-    // One that is new comes too late.
+    // A new beacon is ignored until the exit.
     made->rangingBeacons({beacon(2)}, handler);
     EXPECT_FALSE(isRanged());
     EXPECT_EQ(contentRequests(), 1U);
@@ -149,7 +149,7 @@ TEST_F(VLBeaconRegionSessionTest, RangingThatStartsAgainBeforeTheExitIsStoppedAg
     EXPECT_EQ(contentRequests(), 2U);
 }
 
-TEST_F(VLBeaconRegionSessionTest, CountsAreKeptFromOneVisitToTheNext) {
+TEST_F(VLBeaconRegionSessionTest, CountsCarryOverToTheNextVisit) {
     const auto watched = region(1, 2);
     const auto made = sessionOf(watched, {rule("message;data")});
     made->didEnter();
@@ -162,7 +162,7 @@ TEST_F(VLBeaconRegionSessionTest, CountsAreKeptFromOneVisitToTheNext) {
     EXPECT_EQ(requestedPaths().back(), "session/beacon");
 }
 
-TEST_F(VLBeaconRegionSessionTest, TheCoolOffFlagOutlivesAnEnterAndEndsWithTheExit) {
+TEST_F(VLBeaconRegionSessionTest, ExitClearsTheCoolOffFlag) {
     const auto made = sessionOf(region(), {rule("message", {{"minor", "*"}})});
     for (int i = 0; i < 2; ++i) made->rangingBeacons({beacon(1)}, nullptr);
     made->didEnter();
@@ -179,7 +179,7 @@ protected:
     std::size_t tasks() { return phone().application()->backgroundTasks().size(); }
 };
 
-TEST_F(VLBeaconRegionSessionsTest, EachRegionHasOneSessionByWhatItCovers) {
+TEST_F(VLBeaconRegionSessionsTest, EqualRegionsShareASession) {
     sessionOf(region(), {rule("message")});
     const auto made = sessions->getSessionWithRegion(region(1, 2));
     EXPECT_EQ(sessions->getSessionWithRegion(region(1, 2, "another")), made);
@@ -189,14 +189,14 @@ TEST_F(VLBeaconRegionSessionsTest, EachRegionHasOneSessionByWhatItCovers) {
     EXPECT_NE(sessions->getSessionWithRegion(region(1))->beaconMessage(), made->beaconMessage());
 }
 
-TEST_F(VLBeaconRegionSessionsTest, WithoutRulesThereIsNoSession) {
+TEST_F(VLBeaconRegionSessionsTest, NoSessionWithoutRules) {
     beaconsConfig = config({rule("message")});
     sessions = makeSessions(beaconsConfig);
     beaconsConfig.reset();
     EXPECT_EQ(sessions->getSessionWithRegion(region(1, 2)), nullptr);
 }
 
-TEST_F(VLBeaconRegionSessionsTest, InsideARegionWithAnOpenSessionBackgroundTimeIsAskedForOnce) {
+TEST_F(VLBeaconRegionSessionsTest, OpenSessionBeginsOneBackgroundTask) {
     sessionOf(region(), {rule("data")});
     open(region(1, 2));
     open(region(1, 3));
@@ -205,14 +205,14 @@ TEST_F(VLBeaconRegionSessionsTest, InsideARegionWithAnOpenSessionBackgroundTimeI
     EXPECT_EQ(logged("started background task."), 1);
     sessions->startBackgroundTaskExtensionTime(region(1, 2));
     sessions->startBackgroundTaskExtensionTime(region(1, 3));
-    // Nor is anything said of one without a session.
+    // A region without a session is not logged while a task is running.
     sessions->startBackgroundTaskExtensionTime(region(1, 9));
     EXPECT_EQ(tasks(), 1U);
     EXPECT_EQ(logged("started background task."), 1);
     EXPECT_EQ(loggedPart("Inside beacon region but did not record"), 0);
 }
 
-TEST_F(VLBeaconRegionSessionsTest, BackgroundTimeEndsByItsExpiryAndCanBeAskedForAgain) {
+TEST_F(VLBeaconRegionSessionsTest, BackgroundTaskEndsWithItsExpiry) {
     sessionOf(region(), {rule("data")});
     open(region(1, 2));
     sessions->startBackgroundTaskExtensionTime(region(1, 2));
@@ -228,7 +228,7 @@ TEST_F(VLBeaconRegionSessionsTest, BackgroundTimeEndsByItsExpiryAndCanBeAskedFor
     EXPECT_EQ(tasks(), 1U);
 }
 
-TEST_F(VLBeaconRegionSessionsTest, InsideARegionWithoutAnEnterNoBackgroundTimeIsAskedFor) {
+TEST_F(VLBeaconRegionSessionsTest, NoBackgroundTaskWithoutAnEnter) {
     sessionOf(region(), {rule("data")});
     sessions->startBackgroundTaskExtensionTime(region(1, 2));
     EXPECT_EQ(tasks(), 0U);
@@ -237,7 +237,7 @@ TEST_F(VLBeaconRegionSessionsTest, InsideARegionWithoutAnEnterNoBackgroundTimeIs
               1);
 }
 
-TEST_F(VLBeaconRegionSessionsTest, AnEnterBeforeARestartStillCounts) {
+TEST_F(VLBeaconRegionSessionsTest, EnterBeforeARestartCounts) {
     sessionOf(region(), {rule("data")});
     open(region(1, 2));
     sessions = makeSessions(beaconsConfig);
@@ -245,7 +245,7 @@ TEST_F(VLBeaconRegionSessionsTest, AnEnterBeforeARestartStillCounts) {
     EXPECT_EQ(tasks(), 1U);
 }
 
-TEST_F(VLBeaconRegionSessionsTest, AnExpiryAfterTheEndOfTheSessionsIsHarmless) {
+TEST_F(VLBeaconRegionSessionsTest, ExpiryAfterDestructionIsHarmless) {
     sessionOf(region(), {rule("data")});
     open(region(1, 2));
     sessions->startBackgroundTaskExtensionTime(region(1, 2));

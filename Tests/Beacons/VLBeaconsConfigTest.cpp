@@ -14,7 +14,7 @@ class VLBeaconsConfigTest : public BeaconTest {
 protected:
     using Texts = std::vector<std::string>;
 
-    /// One field of each rule.
+    /// The values of one field of all rules.
     static Texts fieldOf(const Array& rules, const char* key) {
         Texts texts;
         for (const auto& rule : rules) texts.push_back(rule[key].get<std::string>());
@@ -32,7 +32,7 @@ protected:
     }
     static std::string id(const std::string& rest) { return kUUID + rest; }
 
-    /// What the rules say of the beacon with major 1 and minor 2.
+    /// The content data for a beacon under these rules.
     std::shared_ptr<VLBeaconContentData> dataOf(const Array& rules, const CLBeacon& ranged = beacon()) {
         current = config(rules);
         return current->getBeaconContentData(ranged);
@@ -44,14 +44,14 @@ protected:
     std::shared_ptr<VLBeaconsConfig> current;
 };
 
-TEST_F(VLBeaconsConfigTest, TheKeysHaveTheirNames) {
+TEST_F(VLBeaconsConfigTest, KeysHaveTheirNames) {
     EXPECT_STREQ(VLBeaconsConfig::ibeaconKey(), "beacon");
     EXPECT_STREQ(VLBeaconsConfig::uuidKey(), "uuid");
     EXPECT_STREQ(VLBeaconsConfig::majorKey(), "major");
     EXPECT_STREQ(VLBeaconsConfig::minorKey(), "minor");
 }
 
-TEST_F(VLBeaconsConfigTest, BeaconsAreFoundWhenThereIsAnyRuleAndTheConfigurationIsStored) {
+TEST_F(VLBeaconsConfigTest, AnyRuleMeansBeaconsAreFound) {
     EXPECT_TRUE(VLBeaconsConfig(settings).isBeaconsFound(configured({rule("message")})));
     EXPECT_TRUE(VLBeaconsConfig(settings).isBeaconsFound(configured({rule("data")})));
     EXPECT_TRUE(VLBeaconsConfig(settings).isBeaconsFound(configured({rule("message;data")})));
@@ -62,7 +62,7 @@ TEST_F(VLBeaconsConfigTest, BeaconsAreFoundWhenThereIsAnyRuleAndTheConfiguration
     EXPECT_EQ(settingsFile()["VL_SERVER_CONFIG"], Value(Dictionary{}));
 }
 
-TEST_F(VLBeaconsConfigTest, MessagesAreShownOnlyWhenTheConfigurationSaysSo) {
+TEST_F(VLBeaconsConfigTest, NotifyFollowsTheConfiguration) {
     EXPECT_FALSE(VLBeaconsConfig(settings).isNotify());
     EXPECT_FALSE(configOf(settings, {})->isNotify());
     EXPECT_TRUE(configOf(settings, {{"auto_beacon_notify", true}})->isNotify());
@@ -74,7 +74,7 @@ TEST_F(VLBeaconsConfigTest, MessagesAreShownOnlyWhenTheConfigurationSaysSo) {
     }
 }
 
-TEST_F(VLBeaconsConfigTest, RulesAreSortedOutByTheirType) {
+TEST_F(VLBeaconsConfigTest, RulesAreSelectedByType) {
     const auto rules =
         config({rule("message", {{"name", "a"}}), rule("data", {{"name", "b"}}), rule("message;data", {{"name", "c"}}),
                 rule("data;message", {{"name", "d"}}), rule("MESSAGE", {{"name", "e"}}), rule("", {{"name", "f"}}),
@@ -83,7 +83,7 @@ TEST_F(VLBeaconsConfigTest, RulesAreSortedOutByTheirType) {
     EXPECT_EQ(fieldOf(rules->beaconDataRules(), "name"), (Texts{"b", "c"}));
 }
 
-TEST_F(VLBeaconsConfigTest, RulesForMessagesComeByPriorityAndOfEqualOnesInTheirOrder) {
+TEST_F(VLBeaconsConfigTest, MessageRulesAreSortedByPriority) {
     const auto rules =
         config({rule("message;data", {{"name", "five"}, {"priority", 5}}), rule("message;data", {{"name", "none"}}),
                 rule("message;data", {{"name", "ten"}, {"priority", "10"}}),
@@ -97,7 +97,7 @@ TEST_F(VLBeaconsConfigTest, RulesForMessagesComeByPriorityAndOfEqualOnesInTheirO
               (Texts{"five", "none", "ten", "five again", "no number", "below", "between"}));
 }
 
-TEST_F(VLBeaconsConfigTest, RulesThatAreSetAreSortedAndUsed) {
+TEST_F(VLBeaconsConfigTest, SetRulesAreSortedAndUsed) {
     const auto rules = config({rule("message", {{"alert_range", "near"}})});
     const Array others{rule("message", {{"name", "low"}, {"alert_range", "any"}, {"priority", 1}}), Value("no rule"),
                        rule("message", {{"name", "high"}, {"alert_range", "immediate"}, {"priority", 2}})};
@@ -109,7 +109,7 @@ TEST_F(VLBeaconsConfigTest, RulesThatAreSetAreSortedAndUsed) {
     EXPECT_EQ(rules->beaconMessageRules(), sorted);
 }
 
-TEST_F(VLBeaconsConfigTest, ListsAreMadeOnceAndANewConfigurationNeedsANewObject) {
+TEST_F(VLBeaconsConfigTest, ListsAreBuiltOnce) {
     const auto first = config({rule("message;data")});
     EXPECT_EQ(regionIds(first->messageBeaconRegions()), Texts{id("_1_2")});
     EXPECT_EQ(regionIds(first->dataBeaconRegions()), Texts{id("_1_2")});
@@ -121,20 +121,20 @@ TEST_F(VLBeaconsConfigTest, ListsAreMadeOnceAndANewConfigurationNeedsANewObject)
     EXPECT_TRUE(second.dataBeaconRegions().empty());
 }
 
-TEST_F(VLBeaconsConfigTest, AfterARestartTheRulesAreThoseThatWereStored) {
+TEST_F(VLBeaconsConfigTest, StoredRulesApplyAfterARestart) {
     config({rule("message", {{"minor", 9}})});
     VLBeaconsConfig again(settings);
     EXPECT_EQ(identifiers(again.messageBeaconRegions()), Texts{id("_1_9")});
 }
 
-TEST_F(VLBeaconsConfigTest, ARuleForMessagesAloneGivesTheWholeUUID) {
+TEST_F(VLBeaconsConfigTest, MessageRuleCoversTheWholeUUID) {
     const auto rules = config({rule("message"), rule("message;data", {{"minor", 3}, {"priority", -1}})});
     const auto& regions = rules->messageBeaconRegions();
     EXPECT_EQ(identifiers(regions), (Texts{id("_1_3"), id("_1_2")}));
     EXPECT_EQ(regionIds(regions), (Texts{id("_1_3"), id("_*_*")}));
 }
 
-TEST_F(VLBeaconsConfigTest, RegionsNarrowFromTheLeft) {
+TEST_F(VLBeaconsConfigTest, MinorNeedsAMajor) {
     const auto regionOf = [](const Dictionary& fields) {
         return VLBeaconsConfig::beaconRegionFromRule(rule("data", fields).get_ref<const Dictionary&>());
     };
@@ -146,7 +146,7 @@ TEST_F(VLBeaconsConfigTest, RegionsNarrowFromTheLeft) {
     EXPECT_FALSE(regionOf({})->notifyEntryStateOnDisplay());
 }
 
-TEST_F(VLBeaconsConfigTest, OfAMajorAndAMinorTheLowSixteenBitsCount) {
+TEST_F(VLBeaconsConfigTest, RegionsUseTheLow16Bits) {
     const auto regionOf = [](const Value& major, const Value& minor) {
         const auto region = VLBeaconsConfig::beaconRegionFromRule(
             rule("data", {{"major", major}, {"minor", minor}}).get_ref<const Dictionary&>());
@@ -161,7 +161,7 @@ TEST_F(VLBeaconsConfigTest, OfAMajorAndAMinorTheLowSixteenBitsCount) {
     EXPECT_EQ(regionOf(1e300, 18446744073709551615U).first, id("_65535_65535"));
 }
 
-TEST_F(VLBeaconsConfigTest, ARuleIdentifierIsMadeOfTheValuesAsTheyStand) {
+TEST_F(VLBeaconsConfigTest, RuleIdentifierUsesTheValuesUnchanged) {
     const auto idOf = [](const Dictionary& rule) { return VLBeaconsConfig::getRuleIdForIndex(rule); };
     EXPECT_EQ(idOf({{"uuid", "u"}, {"major", 1}, {"minor", 2}}), "u_1_2");
     EXPECT_EQ(idOf({{"uuid", "U"}, {"major", "*"}, {"minor", "*"}}), "U_*_*");
@@ -170,7 +170,7 @@ TEST_F(VLBeaconsConfigTest, ARuleIdentifierIsMadeOfTheValuesAsTheyStand) {
     EXPECT_EQ(idOf({}), "(null)_(null)_(null)");
 }
 
-TEST_F(VLBeaconsConfigTest, OnlyRulesForBeaconsOfTheKindWithAUUIDAreValid) {
+TEST_F(VLBeaconsConfigTest, ValidRulesNeedTypeAndUUID) {
     const auto isValid = [](const Dictionary& fields) {
         return validIBeaconRule(rule("message", fields).get_ref<const Dictionary&>());
     };
@@ -194,14 +194,14 @@ TEST_F(VLBeaconsConfigTest, OnlyRulesForBeaconsOfTheKindWithAUUIDAreValid) {
     EXPECT_FALSE(isValid({{"uuid", std::string(kUUID) + '\0'}}));
 }
 
-TEST_F(VLBeaconsConfigTest, InvalidRulesGiveNoRegion) {
+TEST_F(VLBeaconsConfigTest, InvalidRulesHaveNoRegion) {
     const auto rules = config({rule("message;data", {{"uuid", "bad"}}), rule("message", {{"beacon_type", "other"}}),
                                rule("data", {{"minor", 5}}), rule("data", {{"beacon_type", nullptr}})});
     EXPECT_TRUE(rules->messageBeaconRegions().empty());
     EXPECT_EQ(identifiers(rules->dataBeaconRegions()), Texts{id("_1_5")});
 }
 
-TEST_F(VLBeaconsConfigTest, ContentDataIsForTheBeaconThatBecomesTheCurrentOne) {
+TEST_F(VLBeaconsConfigTest, ContentDataMakesItsBeaconCurrent) {
     const auto data = dataOf({rule("message", {{"max_range_m", 20},
                                                {"default_message", "Hi"},
                                                {"message_count", 2},
@@ -219,7 +219,7 @@ TEST_F(VLBeaconsConfigTest, ContentDataIsForTheBeaconThatBecomesTheCurrentOne) {
     EXPECT_EQ(current->beaconsSettings()->periodStartRuleId(), id("_1_2"));
 }
 
-TEST_F(VLBeaconsConfigTest, WithoutARuleThereAreNoLimitsAndNoRange) {
+TEST_F(VLBeaconsConfigTest, ContentDataWithoutARuleIsEmpty) {
     const auto data = dataOf({rule("data"), rule("message", {{"minor", 3}, {"message_count", 2}})});
     EXPECT_EQ(data->maxRange(), 0);
     EXPECT_FALSE(data->defaultMessage());
@@ -230,16 +230,16 @@ TEST_F(VLBeaconsConfigTest, WithoutARuleThereAreNoLimitsAndNoRange) {
     EXPECT_FALSE(current->beaconsSettings()->periodStartRuleId());
 }
 
-TEST_F(VLBeaconsConfigTest, ARuleAppliesByItsUUIDWhateverItsCase) {
+TEST_F(VLBeaconsConfigTest, RulesMatchUUIDsIgnoringCase) {
     EXPECT_TRUE(applies({{"uuid", "b9407f30-f5f8-466e-aff9-25556b57fe6d"}}));
     EXPECT_FALSE(applies({{"uuid", kOtherUUID}}));
     EXPECT_FALSE(applies({{"uuid", nullptr}}));
     EXPECT_FALSE(applies({{"uuid", Array{kUUID}}}));
-    // The kind of beacon only matters for regions.
+    // "beacon_type" only matters for regions.
     EXPECT_TRUE(applies({{"beacon_type", nullptr}}));
 }
 
-TEST_F(VLBeaconsConfigTest, ARuleAppliesByMajorAndMinorAsDecimalText) {
+TEST_F(VLBeaconsConfigTest, RulesMatchMajorAndMinorAsDecimalStrings) {
     EXPECT_TRUE(applies({{"major", "1"}, {"minor", "2"}}));
     EXPECT_TRUE(applies({{"major", 1.0}, {"minor", "*"}}));
     EXPECT_TRUE(applies({{"major", "*"}, {"minor", 2}}));
@@ -249,7 +249,7 @@ TEST_F(VLBeaconsConfigTest, ARuleAppliesByMajorAndMinorAsDecimalText) {
     EXPECT_FALSE(applies({{"minor", 3}}));
     EXPECT_TRUE(applies({{"minor", 65535}}, beacon(65535)));
     EXPECT_TRUE(applies({{"minor", 0}}, beacon(0)));
-    // The region takes the low bits, a comparison does not.
+    // Only regions use the low 16 bits.
     EXPECT_FALSE(applies({{"minor", 65538}}));
     for (const Value& wrong : {Value("02"), Value("+2"), Value(" 2"), Value("2 "), Value("2x"), Value(""), Value("**"),
                                Value(2.5), Value(true), Value(nullptr), Value(Array{2}), Value(Dictionary{})}) {
@@ -258,13 +258,13 @@ TEST_F(VLBeaconsConfigTest, ARuleAppliesByMajorAndMinorAsDecimalText) {
     }
 }
 
-TEST_F(VLBeaconsConfigTest, OfTwoRulesTheOneOfTheLowerPriorityHasTheLastWord) {
+TEST_F(VLBeaconsConfigTest, RuleOfLowestPriorityWins) {
     const auto data = dataOf({rule("message", {{"priority", 5}, {"alert_range", "near"}}),
                               rule("message", {{"priority", 10}, {"alert_range", "immediate"}})});
     EXPECT_EQ(data->alertRange(), "near");
 }
 
-TEST_F(VLBeaconsConfigTest, ARuleOverwritesOnlyWhatItCarries) {
+TEST_F(VLBeaconsConfigTest, RuleOverwritesOnlyItsOwnValues) {
     const auto data = dataOf({rule("message", {{"priority", 3},
                                                {"max_range_m", 1},
                                                {"message_count", 1},
@@ -290,13 +290,13 @@ TEST_F(VLBeaconsConfigTest, ARuleOverwritesOnlyWhatItCarries) {
     EXPECT_EQ(current->beaconsSettings()->periodStartRuleId(), id("_1_2"));
 }
 
-TEST_F(VLBeaconsConfigTest, ARuleWithoutADefaultMessageClearsAnEarlierOnes) {
+TEST_F(VLBeaconsConfigTest, RuleWithoutADefaultMessageClearsIt) {
     EXPECT_FALSE(
         dataOf({rule("message", {{"priority", 2}, {"default_message", "first"}}), rule("message", {{"priority", 1}})})
             ->defaultMessage());
 }
 
-TEST_F(VLBeaconsConfigTest, OnlyFalseItselfKeepsTheDefaultMessageBack) {
+TEST_F(VLBeaconsConfigTest, OnlyFalseSuppressesTheDefaultMessage) {
     const auto messageWith = [this](const Value& show) {
         return dataOf({rule("message", {{"default_message", "Hi"}, {"show_default_if_no_network", show}})})
             ->defaultMessage();
@@ -308,7 +308,7 @@ TEST_F(VLBeaconsConfigTest, OnlyFalseItselfKeepsTheDefaultMessageBack) {
     }
 }
 
-TEST_F(VLBeaconsConfigTest, NumbersMayStandAsTextAndTextAsNumbers) {
+TEST_F(VLBeaconsConfigTest, ReadsNumbersAsStringsAndStringsAsNumbers) {
     const auto data = dataOf({rule(
         "message", {{"max_range_m", "20"}, {"default_message", 5}, {"message_count", "2"}, {"time_period", "0.5"}})});
     EXPECT_EQ(data->maxRange(), 20);
@@ -317,7 +317,7 @@ TEST_F(VLBeaconsConfigTest, NumbersMayStandAsTextAndTextAsNumbers) {
     EXPECT_EQ(data->maximumMessageTimePeriod(), 1800);
 }
 
-TEST_F(VLBeaconsConfigTest, ValuesOfTheWrongKindReadAsAbsent) {
+TEST_F(VLBeaconsConfigTest, MistypedValuesCountAsAbsent) {
     for (const Value& wrong : {Value(nullptr), Value(true), Value("text"), Value(Array{1}), Value(Dictionary{})}) {
         const auto data =
             dataOf({rule("message", {{"max_range_m", wrong}, {"message_count", wrong}, {"time_period", wrong}})});
@@ -334,7 +334,7 @@ TEST_F(VLBeaconsConfigTest, ValuesOfTheWrongKindReadAsAbsent) {
     }
 }
 
-TEST_F(VLBeaconsConfigTest, RulesAndListsOfTheWrongKindArePassedOver) {
+TEST_F(VLBeaconsConfigTest, MistypedRulesAreSkipped) {
     for (const Value& wrong :
          {Value(nullptr), Value(1), Value("text"), Value(true), Value(Dictionary{{"type", "data"}})}) {
         EXPECT_FALSE(VLBeaconsConfig(settings).isBeaconsFound({{"beacon_data", wrong}})) << wrong;
@@ -346,13 +346,13 @@ TEST_F(VLBeaconsConfigTest, RulesAndListsOfTheWrongKindArePassedOver) {
     EXPECT_EQ(identifiers(rules->messageBeaconRegions()), Texts{id("_1_4")});
 }
 
-TEST_F(VLBeaconsConfigTest, HugeNumbersAreHeldToTheirRange) {
+TEST_F(VLBeaconsConfigTest, HugeNumbersAreClamped) {
     const auto data = dataOf({rule("message", {{"max_range_m", 1e300}, {"message_count", -1e300}})});
     EXPECT_EQ(data->maxRange(), std::numeric_limits<std::int64_t>::max());
     EXPECT_EQ(data->maximumMessageCount(), std::numeric_limits<std::int64_t>::min());
 }
 
-TEST_F(VLBeaconsConfigTest, ARuleWithoutALimitOfItsOwnUsesTheOneOfTheBeaconBefore) {
+TEST_F(VLBeaconsConfigTest, RuleWithoutALimitUsesThePreviousRule) {
     const auto rules =
         config({rule("message", {{"message_count", 1}, {"time_period", 1}}), rule("message", {{"minor", 3}})});
     rules->getBeaconContentData(beacon(2));

@@ -29,7 +29,7 @@ protected:
     }
 };
 
-TEST_F(VLBeaconsSettingsTest, AFirstUseReadsAsEmptyAndWritesNothing) {
+TEST_F(VLBeaconsSettingsTest, FirstUseIsEmptyAndWritesNoFile) {
     EXPECT_EQ(Value(store.allSettings()), Value(empty()));
     EXPECT_FALSE(store.serverConfig());
     EXPECT_FALSE(store.serverConfigValue("beacon_data"));
@@ -43,11 +43,11 @@ TEST_F(VLBeaconsSettingsTest, AFirstUseReadsAsEmptyAndWritesNothing) {
     EXPECT_FALSE(NSFileManager::fileExistsAtPath(documentsPath(kFile)));
 }
 
-TEST_F(VLBeaconsSettingsTest, TheFileLiesDirectlyInTheDocumentsFolder) {
+TEST_F(VLBeaconsSettingsTest, FileIsInTheDocumentsFolder) {
     EXPECT_EQ(VLBeaconsSettings::getFilePath(), documentsPath(kFile));
 }
 
-TEST_F(VLBeaconsSettingsTest, TheFirstSetterWritesTheEmptySectionsBesidesWhatWasSet) {
+TEST_F(VLBeaconsSettingsTest, FirstSetterWritesEmptySections) {
     store.setBeacon(beacon());
     store.setCoolOffStart(1234.5);
     EXPECT_EQ(settingsFile(), with({{"VL_COOLDOWN_TIME_KEY", Dictionary{{std::string(kUUID) + "_1_2", 1234.5}}}}));
@@ -58,7 +58,7 @@ TEST_F(VLBeaconsSettingsTest, TheFirstSetterWritesTheEmptySectionsBesidesWhatWas
               with({{"VL_SERVER_CONFIG", Dictionary{{"a", 1}}}, {"VL_LAST_SERVER_CONFIG_UPDATE_TIME", phone().now()}}));
 }
 
-TEST_F(VLBeaconsSettingsTest, TheFileIsAReadablePropertyListForItsOwnerAlone) {
+TEST_F(VLBeaconsSettingsTest, FileIsAPrivatePropertyList) {
     store.setMessageCountRuleId("R_*_*");
     store.setMessageDisplayCount(3);
     EXPECT_EQ(bytesOf(kFile),
@@ -72,7 +72,7 @@ TEST_F(VLBeaconsSettingsTest, TheFileIsAReadablePropertyListForItsOwnerAlone) {
     EXPECT_EQ(mode, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
 }
 
-TEST_F(VLBeaconsSettingsTest, TheConfigurationIsStoredWithItsTime) {
+TEST_F(VLBeaconsSettingsTest, ConfigurationIsStoredWithItsTime) {
     const Dictionary config{{"beacon_data", Array{Dictionary{{"uuid", kUUID}}}}, {"auto_beacon_notify", true}};
     store.setServerConfig(config);
     EXPECT_EQ(store.serverConfig(), config);
@@ -88,14 +88,14 @@ TEST_F(VLBeaconsSettingsTest, TheConfigurationIsStoredWithItsTime) {
     EXPECT_EQ(again.lastServerConfigUpdateTime(), phone().now());
 }
 
-TEST_F(VLBeaconsSettingsTest, NullsAreDroppedInMemoryAndInTheFile) {
+TEST_F(VLBeaconsSettingsTest, NullsAreDropped) {
     store.setServerConfig({{"a", nullptr}, {"b", Array{1, nullptr, Dictionary{{"c", nullptr}, {"d", 2}}}}});
     const Dictionary kept{{"b", Array{1, Dictionary{{"d", 2}}}}};
     EXPECT_EQ(store.serverConfig(), kept);
     EXPECT_EQ(settingsFile()["VL_SERVER_CONFIG"], Value(kept));
 }
 
-TEST_F(VLBeaconsSettingsTest, BeaconsThatDifferInAnyPartHaveCoolOffsOfTheirOwn) {
+TEST_F(VLBeaconsSettingsTest, DifferentBeaconsHaveSeparateCoolOffs) {
     const std::vector<CLBeacon> beacons{
         {kUUID, 1, 2}, {kUUID, 1, 3}, {kUUID, 2, 2}, {kOtherUUID, 1, 2}, {kUUID, 65535, 0}};
     for (std::size_t i = 0; i < beacons.size(); ++i) {
@@ -111,14 +111,14 @@ TEST_F(VLBeaconsSettingsTest, BeaconsThatDifferInAnyPartHaveCoolOffsOfTheirOwn) 
     EXPECT_EQ(settingsFile()["VL_COOLDOWN_TIME_KEY"][std::string(kUUID) + "_65535_0"], Value(1004.0));
 }
 
-TEST_F(VLBeaconsSettingsTest, ACoolOffIsToldByTheBeaconAndNotByHowNearItIs) {
+TEST_F(VLBeaconsSettingsTest, CoolOffIgnoresTheProximity) {
     store.setBeacon(beacon(2, CLProximity::Near, 1));
     store.setCoolOffStart(5);
     store.setBeacon(beacon(2, CLProximity::Far, 30));
     EXPECT_EQ(store.coolOffStart(), 5);
 }
 
-TEST_F(VLBeaconsSettingsTest, ARulesEntryIsMadeWhenItIsMissing) {
+TEST_F(VLBeaconsSettingsTest, MissingRuleEntryIsCreated) {
     store.setMessageCountRuleId("new");
     store.setMessageDisplayCount(3);
     EXPECT_EQ(store.messageDisplayCount(), 3);
@@ -132,7 +132,7 @@ TEST_F(VLBeaconsSettingsTest, ARulesEntryIsMadeWhenItIsMissing) {
                                {"other", Dictionary{{"VL_PERIOD_START", 77.5}}}}));
 }
 
-TEST_F(VLBeaconsSettingsTest, TheTwoRulesMayBeTheSameOrDiffer) {
+TEST_F(VLBeaconsSettingsTest, CurrentRulesMayDiffer) {
     store.setMessageCountRuleId("A");
     store.setPeriodStartRuleId("A");
     store.setPeriodStart(1.5);
@@ -144,7 +144,7 @@ TEST_F(VLBeaconsSettingsTest, TheTwoRulesMayBeTheSameOrDiffer) {
     EXPECT_EQ(store.messageDisplayCount(), 7);
 }
 
-TEST_F(VLBeaconsSettingsTest, AWriteWithoutItsKeyIsRejected) {
+TEST_F(VLBeaconsSettingsTest, SettersWithoutAKeyAreIgnored) {
     store.setPeriodStart(1);
     store.setMessageDisplayCount(2);
     store.setCoolOffStart(3);
@@ -160,7 +160,7 @@ TEST_F(VLBeaconsSettingsTest, AWriteWithoutItsKeyIsRejected) {
     EXPECT_EQ(settingsFile()["VL_BEACON_RULES_KEY"], Value(Dictionary{{"A", Dictionary{{"VL_PERIOD_START", 1.0}}}}));
 }
 
-TEST_F(VLBeaconsSettingsTest, WhatIsCurrentIsNotStored) {
+TEST_F(VLBeaconsSettingsTest, CurrentBeaconAndRulesAreNotStored) {
     store.setBeacon(beacon());
     store.setPeriodStartRuleId("A");
     store.setMessageCountRuleId("B");
@@ -174,7 +174,7 @@ TEST_F(VLBeaconsSettingsTest, WhatIsCurrentIsNotStored) {
     EXPECT_FALSE(again.messageCountRuleId());
 }
 
-TEST_F(VLBeaconsSettingsTest, EverySetterIsThereAfterARestart) {
+TEST_F(VLBeaconsSettingsTest, ValuesSurviveARestart) {
     store.setServerConfig({{"cooloff_period_minutes", 10}});
     store.setBeacon(beacon());
     store.setCoolOffStart(1'700'000'000.125);
@@ -192,18 +192,18 @@ TEST_F(VLBeaconsSettingsTest, EverySetterIsThereAfterARestart) {
     EXPECT_EQ(again.messageDisplayCount(), std::numeric_limits<std::int64_t>::max());
 }
 
-TEST_F(VLBeaconsSettingsTest, AnInstanceSeesAnothersWritesOnlyOnceItIsMade) {
+TEST_F(VLBeaconsSettingsTest, StoreReadsTheFileOnlyAtConstruction) {
     VLBeaconsSettings other;
     store.setServerConfig({{"a", 1}});
     EXPECT_FALSE(other.serverConfig());
     EXPECT_EQ(VLBeaconsSettings().serverConfig(), (Dictionary{{"a", 1}}));
-    // And takes them away by its own: the file is written whole.
+    // Its own write replaces the whole file.
     other.setMessageCountRuleId("R");
     other.setMessageDisplayCount(1);
     EXPECT_FALSE(VLBeaconsSettings().serverConfig());
 }
 
-TEST_F(VLBeaconsSettingsTest, AnUnreadableFileGivesAnEmptyStore) {
+TEST_F(VLBeaconsSettingsTest, MalformedFileMeansAnEmptyStore) {
     for (const auto* bytes : {"", "no property list", "<plist><array/></plist>", "<plist><dict><key>a</key>"}) {
         writeBytes(kFile, bytes);
         VLBeaconsSettings broken;
@@ -215,7 +215,7 @@ TEST_F(VLBeaconsSettingsTest, AnUnreadableFileGivesAnEmptyStore) {
     }
 }
 
-TEST_F(VLBeaconsSettingsTest, StoredValuesOfTheWrongKindReadAsAbsent) {
+TEST_F(VLBeaconsSettingsTest, MistypedValuesCountAsAbsent) {
     for (const Value& wrong : {Value("text"), Value(true), Value(Array{1}), Value(Dictionary{{"a", 1}})}) {
         writeFile(kFile,
                   {{"VL_LAST_SERVER_CONFIG_UPDATE_TIME", wrong},
@@ -233,7 +233,7 @@ TEST_F(VLBeaconsSettingsTest, StoredValuesOfTheWrongKindReadAsAbsent) {
     }
 }
 
-TEST_F(VLBeaconsSettingsTest, SectionsOfTheWrongKindAreMadeAnew) {
+TEST_F(VLBeaconsSettingsTest, MistypedSectionsAreReplaced) {
     for (const Value& wrong : {Value("text"), Value(1), Value(Array{1})}) {
         writeFile(kFile,
                   {{"VL_SERVER_CONFIG", wrong}, {"VL_BEACON_RULES_KEY", wrong}, {"VL_COOLDOWN_TIME_KEY", wrong}});
@@ -253,7 +253,7 @@ TEST_F(VLBeaconsSettingsTest, SectionsOfTheWrongKindAreMadeAnew) {
     }
 }
 
-TEST_F(VLBeaconsSettingsTest, WhatElseTheFileHoldsIsKept) {
+TEST_F(VLBeaconsSettingsTest, OtherKeysOfTheFileAreKept) {
     writeFile(kFile, {{"of a later version", "kept"}});
     VLBeaconsSettings again;
     again.setMessageCountRuleId("R");
@@ -261,7 +261,7 @@ TEST_F(VLBeaconsSettingsTest, WhatElseTheFileHoldsIsKept) {
     EXPECT_EQ(settingsFile()["of a later version"], Value("kept"));
 }
 
-TEST_F(VLBeaconsSettingsTest, AFailedWriteIsSilentAndWhatIsInMemoryStays) {
+TEST_F(VLBeaconsSettingsTest, ValuesStayInEffectAfterAFailedWrite) {
     std::filesystem::create_directories(documentsPath(kFile) + "/in the way");
     store.setServerConfig({{"a", 1}});
     store.setMessageCountRuleId("R");
@@ -271,7 +271,7 @@ TEST_F(VLBeaconsSettingsTest, AFailedWriteIsSilentAndWhatIsInMemoryStays) {
     EXPECT_TRUE(log().lines().empty());
 }
 
-TEST_F(VLBeaconsSettingsTest, ThreadsMayReadAndWriteAtOnce) {
+TEST_F(VLBeaconsSettingsTest, ThreadsReadAndWriteAtOnce) {
     store.setMessageCountRuleId("R");
     std::thread other([this] {
         for (int i = 0; i < 50; ++i) store.setServerConfig({{"a", i}, {"b", i}});
