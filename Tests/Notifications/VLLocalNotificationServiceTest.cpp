@@ -128,7 +128,7 @@ TEST_F(VLLocalNotificationServiceTest, WithoutADateTheSplitIsRequestedAtOnce) {
     EXPECT_EQ(log().count("Local notification: due in 0 seconds, get the phash now", VLLogLevel::Debug), 1);
 }
 
-TEST_F(VLLocalNotificationServiceTest, DueIn89SecondsTheSplitIsRequestedAtOnce) {
+TEST_F(VLLocalNotificationServiceTest, DueIn89SecondsASplitIsRequested) {
     schedule(89, std::nullopt, std::nullopt);
     ASSERT_EQ(splits().size(), 1U);
     EXPECT_FALSE(splits()[0].payload().contains("campaigntoken"));
@@ -524,7 +524,7 @@ public:
     }
 };
 
-TEST_F(VLLocalNotificationServiceTest, TheExpirationHandlerOfAPassEndsItsOwnTask) {
+TEST_F(VLLocalNotificationServiceTest, AnExpirationHandlerEndsItsOwnTask) {
     const auto unforgiving = std::make_shared<UnforgivingApplication>(phone().notificationCenter());
     service = makeService(unforgiving);
     service->createPhashForOutstandingNotificationDueIn(60);

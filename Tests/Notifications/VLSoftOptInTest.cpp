@@ -130,7 +130,7 @@ TEST_F(VLSoftOptInTest, AQueuedSoftOptInWaitsForTheStart) {
     EXPECT_EQ(settings->lastPermissionInterstitial(), kStart + 3600);
 }
 
-TEST_F(VLSoftOptInTest, ASecondSoftOptInWithinADayIsRefused) {
+TEST_F(VLSoftOptInTest, SoftOptInsWithinADayAreRefused) {
     start();
     EXPECT_THAT(softOptIn(), ElementsAre("Notification Prompt"));
     answer(answerWithPage("May we?"));

@@ -44,7 +44,7 @@ TEST(VLUserNotificationSettingsTest, SettingsInRangeRoundTrip) {
     }
 }
 
-TEST(VLUserNotificationSettingsTest, ASettingOutOfRangeReadsBackAsMinus1) {
+TEST(VLUserNotificationSettingsTest, OutOfRangeSettingsReadBackAsMinus1) {
     Settings settings;
     settings.sound = 7;
     EXPECT_EQ(settings.toDictionary().at("sound"), Value("unknown"));

@@ -8,14 +8,14 @@ namespace vorlane {
 
 namespace {
 
-std::optional<Value> listOf(const std::vector<Dictionary>& dictionaries) {
+Data listOf(const std::vector<Dictionary>& dictionaries) {
     std::vector<std::string> elements;
     for (const auto& dictionary : dictionaries) elements.push_back(PropertyListElements::element(dictionary));
     const std::vector<std::string_view> views(elements.begin(), elements.end());
-    return NSPropertyListSerialization::propertyListWithData(PropertyListElements::listOf("entries", views));
+    return PropertyListElements::listOf("entries", views);
 }
 
-TEST(PropertyListElementsTest, TheListReadsAsIfWrittenWhole) {
+TEST(PropertyListElementsTest, TheBytesAreThoseOfTheWholeList) {
     const std::vector<Dictionary> dictionaries = {
         {{"name", "a"}, {"number", 7}},
         {},
@@ -23,15 +23,18 @@ TEST(PropertyListElementsTest, TheListReadsAsIfWrittenWhole) {
         {{"list", Array{1.5, true, Value(Dictionary{{"list", Array()}})}}}};
     Array whole;
     for (const auto& dictionary : dictionaries) whole.emplace_back(dictionary);
-    EXPECT_EQ(listOf(dictionaries), Value(Dictionary{{"entries", whole}}));
+    EXPECT_EQ(listOf(dictionaries), NSPropertyListSerialization::dataWithPropertyList(Dictionary{{"entries", whole}}));
 }
 
-TEST(PropertyListElementsTest, AListMayBeEmpty) { EXPECT_EQ(listOf({}), Value(Dictionary{{"entries", Array()}})); }
+TEST(PropertyListElementsTest, AListMayBeEmpty) {
+    EXPECT_EQ(NSPropertyListSerialization::propertyListWithData(listOf({})), Value(Dictionary{{"entries", Array()}}));
+}
 
 TEST(PropertyListElementsTest, NestingBeyondTheReadersLimitIsLeftOut) {
     Value nested = 1;
     for (int level = 0; level < 600; ++level) nested = Array{nested};
-    const auto list = listOf({{{"nested", nested}}, {{"name", "a"}}});
+    const auto list =
+        NSPropertyListSerialization::propertyListWithData(listOf({{{"nested", nested}}, {{"name", "a"}}}));
     ASSERT_TRUE(list);
     EXPECT_EQ((*list)["entries"].size(), 2U);
     EXPECT_EQ((*list)["entries"][1], Value(Dictionary{{"name", "a"}}));

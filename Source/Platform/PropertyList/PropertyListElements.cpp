@@ -1,42 +1,54 @@
 #include "Platform/PropertyList/PropertyListElements.h"
 
-#include "Platform/PropertyList/PropertyListWriter.h"
+#include <cstdint>
+#include <utility>
+
+#include "Platform/NSPropertyListSerialization.h"
 
 namespace vorlane {
 
 namespace {
 
-/// A list nested deeper than 512 is not read back; the element stands in an array in a dictionary.
-constexpr int kDeepestElement = 510;
-
-constexpr std::string_view kPlaceholder = "<string>element</string>";
-
 std::string_view textOf(const Data& bytes) { return {reinterpret_cast<const char*>(bytes.data()), bytes.size()}; }
 
-void append(Data& bytes, std::string_view text) { bytes.insert(bytes.end(), text.begin(), text.end()); }
+void append(Data& bytes, std::string_view text) {
+    const auto* const first = reinterpret_cast<const std::uint8_t*>(text.data());
+    bytes.insert(bytes.end(), first, first + text.size());
+}
+
+/// The property list of a dictionary whose only key holds an array of one element.
+Data frameOf(const std::string& key, Value element) {
+    Array array;
+    array.push_back(std::move(element));
+    return NSPropertyListSerialization::dataWithPropertyList(Dictionary{{key, std::move(array)}});
+}
+
+/// The offset of the line after the one at `offset`.
+std::size_t nextLine(std::string_view text, std::size_t offset) { return text.find('\n', offset) + 1; }
 
 }  // namespace
 
-std::string PropertyListElements::element(const Dictionary& fields) {
-    const auto document = PropertyListWriter::write(fields, kDeepestElement);
-    const auto text = textOf(document);
-    const auto start = text.find("<dict");
-    const auto end = text.rfind("</plist>");
-    if (start >= end || end == std::string_view::npos) return {};
+std::string PropertyListElements::element(Dictionary fields) {
+    // In its final position, so that the limit of nesting is that of the whole list.
+    const auto frame = frameOf("elements", std::move(fields));
+    const auto text = textOf(frame);
+    const auto start = nextLine(text, text.find("<array>"));
+    const auto end = text.rfind('\n', text.rfind("</array>")) + 1;
     return std::string(text.substr(start, end - start));
 }
 
 Data PropertyListElements::listOf(const std::string& key, const std::vector<std::string_view>& elements) {
-    const auto frame = PropertyListWriter::write(Dictionary{{key, Array{"element"}}}, 2);
+    const auto frame = frameOf(key, "element");
     const auto text = textOf(frame);
-    const auto place = text.find(kPlaceholder);
+    const auto start = nextLine(text, text.find("<array>"));
+    const auto end = nextLine(text, text.find("element</string>", start));
     std::size_t length = text.size();
     for (const auto element : elements) length += element.size();
     Data bytes;
     bytes.reserve(length);
-    append(bytes, text.substr(0, place));
+    append(bytes, text.substr(0, start));
     for (const auto element : elements) append(bytes, element);
-    append(bytes, text.substr(place + kPlaceholder.size()));
+    append(bytes, text.substr(end));
     return bytes;
 }
 

@@ -15,7 +15,7 @@ class VORLANE_EXPORT PropertyListElements {
 public:
     /// The dictionary as an XML element. Arrays and dictionaries nested so deep that the list could not be read back
     /// are left out.
-    static std::string element(const Dictionary& fields);
+    static std::string element(Dictionary fields);
 
     /// The property list of a dictionary whose only key, `key`, holds the array of these elements.
     static Data listOf(const std::string& key, const std::vector<std::string_view>& elements);

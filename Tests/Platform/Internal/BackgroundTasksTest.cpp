@@ -24,7 +24,7 @@ TEST(BackgroundTasksTest, IdentifiersAreNeverReused) {
     EXPECT_GT(tasks.begin("second", nullptr), first);
 }
 
-TEST(BackgroundTasksTest, AHandlerIsTakenOnceAndTheTaskStaysOpen) {
+TEST(BackgroundTasksTest, AHandlerIsTakenOnlyOnce) {
     BackgroundTasks tasks;
     int runs = 0;
     const auto identifier = tasks.begin("task", [&runs] { ++runs; });
