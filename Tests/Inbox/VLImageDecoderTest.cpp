@@ -60,7 +60,7 @@ TEST(JPEGHeaderTest, ComponentsOneAfterAnotherAreSeveralScans) {
     auto bytes = testJPEG(8, 8);
     EXPECT_FALSE(JPEGHeader::headerWithData(bytes)->hasSeveralScans);
     const Data marker{0xFF, 0xDA};
-    const auto scan = std::ranges::search(bytes, marker).begin();
+    const auto scan = std::search(bytes.begin(), bytes.end(), marker.begin(), marker.end());
     scan[4] = 1;  // the number of components in the scan
     EXPECT_TRUE(JPEGHeader::headerWithData(bytes)->hasSeveralScans);
 }
@@ -68,7 +68,7 @@ TEST(JPEGHeaderTest, ComponentsOneAfterAnotherAreSeveralScans) {
 TEST(JPEGHeaderTest, NoCutOffHeaderIsAHeader) {
     const auto bytes = testJPEG(8, 8);
     const Data marker{0xFF, 0xDA};
-    const auto scan = std::ranges::search(bytes, marker).begin();
+    const auto scan = std::search(bytes.begin(), bytes.end(), marker.begin(), marker.end());
     for (auto end = bytes.begin(); end <= scan; ++end)
         EXPECT_FALSE(JPEGHeader::headerWithData(Data(bytes.begin(), end)));
     EXPECT_FALSE(JPEGHeader::headerWithData(Data{0xFF, 0xD8, 0xFF, 0xC0, 0x00, 0x01}));

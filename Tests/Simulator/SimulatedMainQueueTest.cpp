@@ -195,6 +195,9 @@ TEST_F(SimulatedMainQueueTest, WhenStoppedItDropsEverythingAndTakesNothingMore) 
 
 TEST_F(SimulatedMainQueueTest, WhatADroppedTaskHoldsMayPost) {
     struct PostsAtTheEnd {
+        explicit PostsAtTheEnd(std::shared_ptr<SimulatedMainQueue> mainQueue) : queue(std::move(mainQueue)) {}
+        PostsAtTheEnd(const PostsAtTheEnd&) = delete;
+        PostsAtTheEnd& operator=(const PostsAtTheEnd&) = delete;
         std::shared_ptr<SimulatedMainQueue> queue;
         ~PostsAtTheEnd() {
             queue->post([] {});
