@@ -30,8 +30,8 @@ void playTags(Stage& stage) {
                                                                missing[1]["domain"] == Value("vorlane.sdk.tag"));
 
     stage.call("two tags at once", "batchSetTags:completionHandler:",
-               {Array{Dictionary{{"name", "colour"}, {"value", "red"}, {"type", "string"}},
-                      Dictionary{{"name", "size"}, {"value", "43"}, {"type", "numeric"}}}});
+               {Value(Array{Dictionary{{"name", "colour"}, {"value", "red"}, {"type", "string"}},
+                            Dictionary{{"name", "size"}, {"value", "43"}, {"type", "numeric"}}})});
     const auto changed = stage.call("read the tag size again", kGet, {"size"});
     stage.promise("a batch changes what is there and adds what is not",
                   changed == Array{"43", nullptr} && storedTags(stage) == 4);

@@ -66,7 +66,7 @@ TEST_F(LibraryAgainstServiceTest, EveryOperationWorksByItsLabelledName) {
     phone->call("getTag:completionHandler:", {"size"});
     EXPECT_EQ(lastResult(), Value(Array{"42", nullptr}));
     phone->call("batchSetTags:completionHandler:",
-                {Array{Dictionary{{"name", "colour"}, {"value", "red"}, {"type", "string"}}}});
+                {Value(Array{Dictionary{{"name", "colour"}, {"value", "red"}, {"type", "string"}}})});
     EXPECT_EQ(lastResult(), Value(Array{nullptr}));
     EXPECT_EQ(stored("tags"), 2U);
     phone->call("deleteAllTagsWithCompletionHandler:");

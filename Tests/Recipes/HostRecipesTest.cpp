@@ -2,10 +2,12 @@
 
 #include <filesystem>
 #include <fstream>
+#include <future>
 #include <iterator>
 #include <stdexcept>
 
 #include "Public/VLFileLogger.h"
+#include "Tests/Platform/Linux/Curl/LoopbackServer.h"
 #include "Tests/Recipes/RecipeTest.h"
 
 namespace vorlane {
@@ -42,15 +44,19 @@ TEST_F(HostRecipesTest, ASystemServiceKeepsItsFilesInTheStateDirectory) {
     EXPECT_EQ(Vorlane::deviceId(), deviceId);
 }
 
-TEST_F(HostRecipesTest, AProxyOptionOverridesTheEnvironment) {
-    // The local service stands in for the proxy: only the proxied host's requests can reach it.
+TEST_F(HostRecipesTest, AProxyOptionIsUsed) {
+    std::promise<std::string> target;
+    const LoopbackServer proxy(LoopbackServer::answering([&](const LoopbackServer::Request& request) {
+        target.set_value(request.target);
+        return LoopbackServer::answer(200, "ok");
+    }));
     auto options = optionsWithFolder();
-    options.proxy = server.origin();
+    options.proxy = proxy.url("");
     install(options);
     Vorlane::setURLs(VLURLsProduction::URLsWithOrigin(*NSURL::URLWithString("http://service.invalid")));
     Vorlane::registerEventWithType("Browse", "shoes");
     EXPECT_TRUE(platform->runUntilIdle(10));
-    EXPECT_EQ(store().events({}).size(), 1U);
+    EXPECT_TRUE(target.get_future().get().starts_with("http://service.invalid/0.8/register_app_event"));
 }
 
 TEST_F(HostRecipesTest, AFileLoggerKeepsTheLog) {
