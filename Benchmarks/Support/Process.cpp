@@ -27,6 +27,24 @@ std::int64_t statusNumber(const std::string& name) {
     return 0;
 }
 
+/// Returns pointers to the strings, and a null pointer at the end.
+std::vector<char*> pointersTo(const std::vector<std::string>& strings) {
+    std::vector<char*> pointers;
+    pointers.reserve(strings.size() + 1);
+    for (const auto& string : strings) pointers.push_back(const_cast<char*>(string.c_str()));
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
+std::string readToTheEnd(int file) {
+    std::string output;
+    std::array<char, 256> chunk{};
+    for (ssize_t count = 0; (count = read(file, chunk.data(), chunk.size())) > 0;) {
+        output.append(chunk.data(), static_cast<std::size_t>(count));
+    }
+    return output;
+}
+
 double seconds(const timeval& time) {
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
 }
@@ -41,25 +59,18 @@ double figureOf(const std::string& program, const std::vector<std::string>& argu
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
     posix_spawn_file_actions_addclose(&actions, ends[0]);
-    std::vector<char*> argv{const_cast<char*>(program.c_str())};
-    for (const auto& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
-    argv.push_back(nullptr);
-    std::vector<char*> envp;
-    for (const auto& entry : environment) envp.push_back(const_cast<char*>(entry.c_str()));
-    for (char** entry = environ; *entry; ++entry) envp.push_back(*entry);
-    envp.push_back(nullptr);
+    auto argv = pointersTo(arguments);
+    argv.insert(argv.begin(), const_cast<char*>(program.c_str()));
+    auto envp = pointersTo(environment);
+    for (char** entry = environ; *entry; ++entry) envp.insert(envp.begin(), *entry);
     pid_t child = 0;
-    const int failed = posix_spawn(&child, program.c_str(), &actions, nullptr, argv.data(), envp.data());
+    const int failure = posix_spawn(&child, program.c_str(), &actions, nullptr, argv.data(), envp.data());
     posix_spawn_file_actions_destroy(&actions);
     close(ends[1]);
-    std::string output;
-    std::array<char, 256> chunk{};
-    for (ssize_t count = 0; !failed && (count = read(ends[0], chunk.data(), chunk.size())) > 0;) {
-        output.append(chunk.data(), static_cast<std::size_t>(count));
-    }
+    const auto output = failure == 0 ? readToTheEnd(ends[0]) : "";
     close(ends[0]);
     int status = 1;
-    if (!failed) waitpid(child, &status, 0);
+    if (failure == 0) waitpid(child, &status, 0);
     if (status != 0 || output.empty()) throw std::runtime_error(program + " failed");
     return std::stod(output);
 }
