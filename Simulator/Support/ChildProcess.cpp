@@ -58,7 +58,7 @@ std::vector<std::string> environmentWith(const ChildProcess::Environment& change
         if (!changes.contains(std::string(view.substr(0, view.find('='))))) entries.emplace_back(view);
     }
     for (const auto& [name, value] : changes) {
-        if (!value.empty()) entries.push_back(name + "=" + value);
+        if (!value.empty()) entries.emplace_back(name).append("=").append(value);
     }
     return entries;
 }

@@ -347,7 +347,7 @@ TEST_F(VLSettingsTest, NumbersBeyondTheRangeAreHeldToIt) {
 
 TEST_F(VLSettingsTest, TextThatAFileCannotHoldLeavesTheFileReadable) {
     const auto settings = open();
-    settings->setTrackingId(std::string("a\0b\x01\xff\xef\xbf\xbf<&>\"", 13));
+    settings->setTrackingId(std::string("a\0b\x01\xff\xef\xbf\xbf<&>\"", 12));
     settings->setAppKey("kept");
     EXPECT_EQ(open()->appKey(), "kept");
     EXPECT_TRUE(open()->trackingId().starts_with("a"));
