@@ -4,7 +4,21 @@ needed=$(objdump -p "$LIBRARY" | sed -n 's/^ *NEEDED *//p' | grep -vE '^(lib(c|m
 rows=$(grep -v '^#' "$SOURCE/Scripts/dependencies")
 [[ -n $rows ]] || fail "the table is empty"
 
+# A library that is loaded when first used is named in the sources and not linked.
+check_loaded() {
+    local file
+    pkg-config --exists "${2#headers:}" || fail "pkg-config does not know ${2#headers:}"
+    for file in $(dpkg-query --listfiles "$3" | sed -n 's#.*/\(lib[^/]*\.so\.[0-9]*\)$#\1#p'); do
+        if grep -rqF "\"$file\"" "$SOURCE/Source"; then return; fi
+    done
+    fail "no source loads a library of $3"
+}
+
 while read -r package finder _ option; do
+    if [[ $finder == headers:* ]]; then
+        check_loaded "$package" "$finder" "$option"
+        continue
+    fi
     [[ " $(dpkg-query --listfiles "$package" | xargs) " == *"/lib${option#-l}.so "* ]] || fail "$package has no lib${option#-l}.so"
     if [[ $finder == module:* ]]; then
         [[ " $(pkg-config --libs "${finder#module:}") " == *" $option "* ]] || fail "${finder#module:} has no $option"

@@ -10,7 +10,7 @@ development=$folder/libvorlane-dev_${VERSION}_$architecture.deb
 field() { dpkg-deb --field "$1" "$2"; }
 [[ $(field "$runtime" Package) == libvorlane ]]
 [[ $(field "$development" Package) == libvorlane-dev ]]
-for package in libcurl4 libfmt9 libplist3 libuuid1 libsystemd0 libssl3 libc6; do
+for package in libcurl4 libfmt9 libplist3 libuuid1 libsystemd0 libssl3 libpng16-16 libturbojpeg0 libwebp7 libc6; do
     [[ " $(field "$runtime" Depends)," =~ " $package"[,\ ] ]] || fail "libvorlane does not depend on $package"
 done
 for package in "libvorlane (= $VERSION)" nlohmann-json3-dev libcurl4-openssl-dev libsqlite3-dev libplist-dev; do
