@@ -15,26 +15,29 @@ namespace vorlane {
 
 class UIApplication;
 
-/// The one door to the servers: numbers and logs every request, protects it by a background task of the application,
-/// and hands back the answer. Nothing is retried or queued. Any thread.
+/// Sends every request of the library: numbers and logs it, and protects it by a background task of the application. It
+/// neither retries nor queues requests. Any thread.
 ///
-/// Each operation returns the started task. Its handler may be empty; it runs exactly once, on the platform session's
-/// own queue and never inside the call, also when this object is gone by then. The status code is -1 when no HTTP
-/// response came. Errors: those of the platform (no connection, time-out, cancelled); `VLErrorDomainNetwork` with code
-/// 1 for an answer that is not HTTP, and with the status as its code for a status outside 200 to 299, whose body is
-/// dropped.
+/// Each operation returns the started task. The handler may be empty. It runs once, on the platform session's own
+/// queue, never inside the call, even if this object has been destroyed. The status code is -1 without an HTTP
+/// response. Errors: `NSURLErrorDomain` for no connection, a time-out or a cancelled request; `VLErrorDomainNetwork`
+/// code 1 for an answer that is not HTTP; `VLErrorDomainNetwork` with the HTTP status as its code for a status outside
+/// 200 to 299, whose body is dropped.
 class VLURLSession {
 public:
-    /// The answer's text, which is nothing for an empty body and for one that is not UTF-8; or an error.
+    /// Receives the body as a string, or an error. The string is `nullopt` for a body that is empty or not UTF-8.
     using TextHandler =
         std::function<void(std::optional<std::string> text, std::int64_t statusCode, std::optional<NSError> error)>;
-    /// Either the object that the answer holds, or an error: further `VLErrorDomainNetwork` code 0 for an answer
-    /// without text, and `NSCocoaErrorDomain` for one that is not a JSON object.
+    /// Receives the JSON object of the body, or an error: additionally `VLErrorDomainNetwork` code 0 for a body that is
+    /// empty or not UTF-8, and `NSCocoaErrorDomain` code 3840 for one that is not a JSON object.
     using JSONHandler =
         std::function<void(std::optional<Dictionary> answer, std::int64_t statusCode, std::optional<NSError> error)>;
     using DataTask = std::shared_ptr<NSURLSessionDataTask>;
 
-    /// `initWithSession:application:`. Without an application requests run unprotected.
+    /// The one time-out of the library: a request fails after this many seconds without progress.
+    static constexpr TimeInterval kTimeoutIntervalForRequest = 10.0;
+
+    /// `initWithSession:application:`. Without an application requests have no background task.
     VLURLSession(std::shared_ptr<NSURLSession> session, std::weak_ptr<UIApplication> application);
 
     /// `GET:completionHandler:`
@@ -44,8 +47,8 @@ public:
     /// `DELETE:completionHandler:`
     DataTask DELETE(const NSURL& url, TextHandler completionHandler);
 
-    /// `POST:payload:isFormSubmit:completionHandler:` sends the payload as the form field "payload" that holds its
-    /// JSON, or as JSON. A payload that JSON cannot hold is logged and sent as empty text.
+    /// `POST:payload:isFormSubmit:completionHandler:` sends the payload as JSON, in the form field "payload" if
+    /// `isFormSubmit` is true. A payload that JSON cannot represent is logged and sent as an empty string.
     DataTask POST(const NSURL& url, Dictionary payload, bool isFormSubmit, TextHandler completionHandler);
     /// `POSTWithJSONResponse:payload:isFormSubmit:completionHandler:`
     DataTask POSTWithJSONResponse(const NSURL& url, Dictionary payload, bool isFormSubmit,

@@ -20,6 +20,11 @@ std::shared_ptr<VLBootstrap> VLBootstrap::bootstrapWithURLs(const std::shared_pt
 VLBootstrap::VLBootstrap() = default;
 VLBootstrap::~VLBootstrap() = default;
 
+void VLBootstrap::addComponent(Factory<void> factory, const std::string& name) {
+    if (!createBlocks_.contains(name)) registeredNames_.push_back(name);
+    createBlocks_[name] = std::move(factory);
+}
+
 std::shared_ptr<void> VLBootstrap::getComponent(const std::type_info* type) {
     return type ? getComponentForString(typeName(*type)) : nullptr;
 }

@@ -1,6 +1,7 @@
 #include "Core/Startup/VLIOSComponents.h"
 
 #include "Core/Startup/VLBootstrap.h"
+#include "Network/VLURLSession.h"
 #include "Platform/CLLocationManager.h"
 #include "Platform/NSBundle.h"
 #include "Platform/NSNotificationCenter.h"
@@ -15,11 +16,10 @@ namespace vorlane {
 namespace {
 
 constexpr double kFirstVersionWithNotificationCenter = 10.0;
-constexpr TimeInterval kTimeoutIntervalForRequest = 10.0;
 
 std::shared_ptr<NSURLSession> createURLSession() {
     NSURLSessionConfiguration configuration;
-    configuration.timeoutIntervalForRequest = kTimeoutIntervalForRequest;
+    configuration.timeoutIntervalForRequest = VLURLSession::kTimeoutIntervalForRequest;
     return Platform::current().makeURLSession(configuration);
 }
 

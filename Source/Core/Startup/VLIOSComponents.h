@@ -4,15 +4,16 @@ namespace vorlane {
 
 class VLBootstrap;
 
-/// Registers the platform's objects with the registry, each under its class name.
+/// Registers the platform objects, each under its class name.
 class VLIOSComponents {
 public:
     explicit VLIOSComponents(VLBootstrap& bootstrap) : bootstrap_(bootstrap) {}
 
-    /// The URL session (10 s without progress is a time-out), the device, the application, the notification centre, the
-    /// bundle; on platforms from 10 on the notification centre.
+    /// Registers the URL session, the device, the application, the notification centre and the main bundle, and on
+    /// platform 10.0 or later the user notification centre. The URL session's time-out is
+    /// `VLURLSession::kTimeoutIntervalForRequest`.
     void defaultUIKitDependencies();
-    /// The location manager, which all services share.
+    /// Registers the location manager that all services share.
     void defaultCoreLocationDependencies();
 
 private:

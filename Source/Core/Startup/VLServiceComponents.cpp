@@ -1,6 +1,5 @@
 #include "Core/Startup/VLServiceComponents.h"
 
-#include <type_traits>
 #include <utility>
 
 #include "Beacons/VLBeaconRegionSessions.h"
@@ -50,160 +49,18 @@ namespace {
 constexpr double kNotificationCenterVersion = 10.0;
 constexpr double kProvisionalVersion = 12.0;
 
-std::shared_ptr<VLSettings> createSettings(VLBootstrap& components) {
-    return std::make_shared<VLSettings>(components.getComponent<UIDevice>());
+/// Makes a T from the registry's shared instances of its dependencies, in the order of T's constructor or of its
+/// `Collaborators`.
+template <class T, class... Dependencies>
+std::shared_ptr<T> make(VLBootstrap& components) {
+    if constexpr (requires { typename T::Collaborators; }) {
+        return T::serviceWith({components.getComponent<Dependencies>()...});
+    } else {
+        return std::make_shared<T>(components.getComponent<Dependencies>()...);
+    }
 }
 
-std::shared_ptr<VLPayloadBuilder> createPayloadBuilder(VLBootstrap& components) {
-    return std::make_shared<VLPayloadBuilder>(components.getComponent<UIDevice>(),
-                                              components.getComponent<VLSettings>());
-}
-
-std::shared_ptr<VLURLSession> vlURLSession(VLBootstrap& components) {
-    return std::make_shared<VLURLSession>(components.getComponent<NSURLSession>(),
-                                          components.getComponent<UIApplication>());
-}
-
-std::shared_ptr<VLEventService> createEventService(VLBootstrap& components) {
-    return std::make_shared<VLEventService>(
-        components.getComponent<VLSettings>(), components.getComponent<VLURLBuilder>(),
-        components.getComponent<VLPayloadBuilder>(), components.getComponent<VLURLSession>());
-}
-
-std::shared_ptr<VLConfigService> createConfigService(VLBootstrap& components) {
-    return std::make_shared<VLConfigService>(components.getComponent<VLSettings>(),
-                                             components.getComponent<VLURLBuilder>(),
-                                             components.getComponent<VLURLSession>());
-}
-
-std::shared_ptr<VLTagsService> createTagsService(VLBootstrap& components) {
-    return std::make_shared<VLTagsService>(
-        components.getComponent<VLSettings>(), components.getComponent<VLURLBuilder>(),
-        components.getComponent<VLPayloadBuilder>(), components.getComponent<VLURLSession>());
-}
-
-std::shared_ptr<VLSessionService> createSessionService(VLBootstrap& components) {
-    return std::make_shared<VLSessionService>(
-        components.getComponent<VLSettings>(), components.getComponent<VLRemoteNotificationService>(),
-        components.getComponent<VLURLSession>(), components.getComponent<VLURLBuilder>(),
-        components.getComponent<VLPayloadBuilder>(), components.getComponent<NSBundle>());
-}
-
-std::shared_ptr<VLLifeCycleManager> createLifeCycleManager(VLBootstrap& components) {
-    return std::make_shared<VLLifeCycleManager>(
-        components.getComponent<VLSettings>(), components.getComponent<VLSessionService>(),
-        components.getComponent<VLLocationService>(), components.getComponent<VLPermissionService>(),
-        components.getComponent<VLConfigService>(), components.getComponent<NSNotificationCenter>(),
-        components.getComponent<NSBundle>());
-}
-
-std::shared_ptr<VLInterstitialService> createInterstitialService(VLBootstrap& components) {
-    return VLInterstitialService::serviceWith({.settings = components.getComponent<VLSettings>(),
-                                               .urlBuilder = components.getComponent<VLURLBuilder>(),
-                                               .urlSession = components.getComponent<VLURLSession>(),
-                                               .payloadBuilder = components.getComponent<VLPayloadBuilder>(),
-                                               .application = components.getComponent<UIApplication>(),
-                                               .notificationCenter = components.getComponent<NSNotificationCenter>()});
-}
-
-std::shared_ptr<VLPermissionService> createPermissionService(VLBootstrap& components) {
-    return std::make_shared<VLPermissionService>(
-        components.getComponent<VLUserNotificationCentre>(), components.getComponent<CLLocationManager>(),
-        components.getComponent<VLSettings>(), components.getComponent<VLInterstitialService>(),
-        components.getComponent<VLRemoteNotificationService>());
-}
-
-std::shared_ptr<VLURLActions> createURLActions(VLBootstrap& components) {
-    return std::make_shared<VLURLActions>(components.getComponent<VLPermissionService>(),
-                                          components.getComponent<UIApplication>());
-}
-
-std::shared_ptr<VLNotificationHelper> createNotificationHelper(VLBootstrap& components) {
-    return std::make_shared<VLNotificationHelper>(components.getComponent<UIApplication>(),
-                                                  components.getComponent<UIDevice>(),
-                                                  components.getComponent<NSBundle>());
-}
-
-std::shared_ptr<VLRemoteNotificationService> remoteNotificationService(VLBootstrap& components) {
-    return VLRemoteNotificationService::serviceWith(
-        {.settings = components.getComponent<VLSettings>(),
-         .notificationCenter = components.getComponent<NSNotificationCenter>(),
-         .application = components.getComponent<UIApplication>(),
-         .urlSession = components.getComponent<VLURLSession>(),
-         .urlBuilder = components.getComponent<VLURLBuilder>(),
-         .payloadBuilder = components.getComponent<VLPayloadBuilder>(),
-         .vlUserNotificationCentre = components.getComponent<VLUserNotificationCentre>(),
-         .backgroundRefreshHelper = components.getComponent<VLBackgroundRefreshHelper>()});
-}
-
-std::shared_ptr<VLLocalNotificationService> createLocalNotificationService(VLBootstrap& components) {
-    return VLLocalNotificationService::serviceWith(
-        {.settings = components.getComponent<VLSettings>(),
-         .notificationHelper = components.getComponent<VLNotificationHelper>(),
-         .application = components.getComponent<UIApplication>(),
-         .urlBuilder = components.getComponent<VLURLBuilder>(),
-         .urlSession = components.getComponent<VLURLSession>(),
-         .payloadBuilder = components.getComponent<VLPayloadBuilder>(),
-         .notificationCenter = components.getComponent<NSNotificationCenter>()});
-}
-
-std::shared_ptr<VLGeoRegionContent> createGeoRegionContent(VLBootstrap& components) {
-    return std::make_shared<VLGeoRegionContent>(
-        components.getComponent<VLSettings>(), components.getComponent<UIApplication>(),
-        components.getComponent<VLNotificationHelper>(), components.getComponent<VLURLBuilder>(),
-        components.getComponent<VLURLSession>(), components.getComponent<VLPayloadBuilder>());
-}
-
-std::shared_ptr<VLGeoService> createGeoService(VLBootstrap& components) {
-    return std::make_shared<VLGeoService>(
-        components.getComponent<CLLocationManager>(), components.getComponent<VLSettings>(),
-        components.getComponent<VLGeoRegionContent>(), components.getComponent<VLURLBuilder>(),
-        components.getComponent<VLURLSession>());
-}
-
-std::shared_ptr<VLInboxService> createInboxService(VLBootstrap& components) {
-    return VLInboxService::serviceWith({.settings = components.getComponent<VLSettings>(),
-                                        .eventService = components.getComponent<VLEventService>(),
-                                        .configService = components.getComponent<VLConfigService>(),
-                                        .urlBuilder = components.getComponent<VLURLBuilder>(),
-                                        .urlSession = components.getComponent<VLURLSession>(),
-                                        .imageSession = components.getComponent<NSURLSession>()});
-}
-
-std::shared_ptr<VLLocationService> createLocationService(VLBootstrap& components) {
-    return VLLocationService::serviceWith({.settings = components.getComponent<VLSettings>(),
-                                           .configService = components.getComponent<VLConfigService>(),
-                                           .beacons = components.getComponent<VLBeaconService>(),
-                                           .locationManager = components.getComponent<CLLocationManager>(),
-                                           .geoService = components.getComponent<VLGeoService>(),
-                                           .mainBundle = components.getComponent<NSBundle>(),
-                                           .application = components.getComponent<UIApplication>()});
-}
-
-std::shared_ptr<VLBeaconsConfig> createBeaconsConfig(VLBootstrap& components) {
-    return std::make_shared<VLBeaconsConfig>(components.getComponent<VLSettings>());
-}
-
-std::shared_ptr<VLBeaconRegionSessions> createBeaconRegionSessions(VLBootstrap& components) {
-    return std::make_shared<VLBeaconRegionSessions>(
-        components.getComponent<CLLocationManager>(), components.getComponent<VLSettings>(),
-        components.getComponent<VLBeaconsConfig>(), components.getComponent<VLNotificationHelper>(),
-        components.getComponent<VLURLBuilder>(), components.getComponent<VLURLSession>(),
-        components.getComponent<VLPayloadBuilder>(), components.getComponent<UIApplication>());
-}
-
-std::shared_ptr<VLBeaconService> createBeaconService(VLBootstrap& components) {
-    return std::make_shared<VLBeaconService>(
-        components.getComponent<CLLocationManager>(), components.getComponent<VLSettings>(),
-        components.getComponent<VLConfigService>(), components.getComponent<VLBeaconsConfig>(),
-        components.getComponent<VLBeaconRegionSessions>());
-}
-
-std::shared_ptr<VLBackgroundRefreshHelper> createBackgroundRefreshHelper(VLBootstrap& components) {
-    return std::make_shared<VLBackgroundRefreshHelper>(components.getComponent<UIApplication>());
-}
-
-/// Null on a platform that has no use for it.
+/// Null on a platform below 10.0.
 std::shared_ptr<VLAuthorisationHelper> authorisationHelper(VLBootstrap& /*components*/) {
     const double version = Platform::current().systemVersion();
     if (version >= kProvisionalVersion) return std::make_shared<VLAuthorisationHelper_iOS12Plus>();
@@ -213,14 +70,10 @@ std::shared_ptr<VLAuthorisationHelper> authorisationHelper(VLBootstrap& /*compon
 
 std::shared_ptr<VLUserNotificationCentre> vlUserNotificationCentre(VLBootstrap& components) {
     if (Platform::current().systemVersion() < kNotificationCenterVersion) {
-        return std::make_shared<VLUserNotificationCentre_iOS8To9>(components.getComponent<UIApplication>(),
-                                                                  components.getComponent<VLSettings>(),
-                                                                  components.getComponent<VLBackgroundRefreshHelper>());
+        return make<VLUserNotificationCentre_iOS8To9, UIApplication, VLSettings, VLBackgroundRefreshHelper>(components);
     }
-    return std::make_shared<VLUserNotificationCentre_iOS10Plus>(
-        components.getComponent<UNUserNotificationCenter>(), components.getComponent<UIApplication>(),
-        components.getComponent<VLAuthorisationHelper>(), components.getComponent<VLBackgroundRefreshHelper>(),
-        components.getComponent<VLSettings>());
+    return make<VLUserNotificationCentre_iOS10Plus, UNUserNotificationCenter, UIApplication, VLAuthorisationHelper,
+                VLBackgroundRefreshHelper, VLSettings>(components);
 }
 
 }  // namespace
@@ -232,43 +85,56 @@ VLServiceComponents::~VLServiceComponents() = default;
 
 void VLServiceComponents::defaultVLServices(const std::shared_ptr<VLURLs>& urls) {
     defaultVLServiceDependencies(urls);
-    add(createPayloadBuilder);
-    add(vlURLSession);
-    add(createEventService);
-    add(createConfigService);
-    add(createInterstitialService);
-    add(createNotificationHelper);
-    add(createPermissionService);
-    add(remoteNotificationService);
-    add(createTagsService);
-    add(createBeaconsConfig);
-    add(createBeaconRegionSessions);
-    add(createBeaconService);
-    add(createSessionService);
-    add(createLifeCycleManager);
-    add(createLocalNotificationService);
-    add(createGeoRegionContent);
-    add(createGeoService);
-    add(createInboxService);
-    add(createLocationService);
-    add(createBackgroundRefreshHelper);
-    add(authorisationHelper);
-    add(vlUserNotificationCentre);
-    add(createURLActions);
+    add<VLPayloadBuilder, UIDevice, VLSettings>();
+    add<VLURLSession, NSURLSession, UIApplication>();
+    add<VLEventService, VLSettings, VLURLBuilder, VLPayloadBuilder, VLURLSession>();
+    add<VLConfigService, VLSettings, VLURLBuilder, VLURLSession>();
+    add<VLInterstitialService, VLSettings, VLURLBuilder, VLURLSession, VLPayloadBuilder, UIApplication,
+        NSNotificationCenter>();
+    add<VLNotificationHelper, UIApplication, UIDevice, NSBundle>();
+    add<VLPermissionService, VLUserNotificationCentre, CLLocationManager, VLSettings, VLInterstitialService,
+        VLRemoteNotificationService>();
+    add<VLGeoRegionContent, VLSettings, UIApplication, VLNotificationHelper, VLURLBuilder, VLURLSession,
+        VLPayloadBuilder>();
+    add<VLGeoService, CLLocationManager, VLSettings, VLGeoRegionContent, VLURLBuilder, VLURLSession>();
+    add<VLRemoteNotificationService, VLSettings, NSNotificationCenter, UIApplication, VLURLSession, VLURLBuilder,
+        VLPayloadBuilder, VLUserNotificationCentre, VLBackgroundRefreshHelper>();
+    add<VLTagsService, VLSettings, VLURLBuilder, VLPayloadBuilder, VLURLSession>();
+    add<VLBeaconsConfig, VLSettings>();
+    add<VLBeaconRegionSessions, CLLocationManager, VLSettings, VLBeaconsConfig, VLNotificationHelper, VLURLBuilder,
+        VLURLSession, VLPayloadBuilder, UIApplication>();
+    add<VLBeaconService, CLLocationManager, VLSettings, VLConfigService, VLBeaconsConfig, VLBeaconRegionSessions>();
+    add<VLLocationService, VLSettings, VLConfigService, VLBeaconService, CLLocationManager, VLGeoService, NSBundle,
+        UIApplication>();
+    add<VLSessionService, VLSettings, VLRemoteNotificationService, VLURLSession, VLURLBuilder, VLPayloadBuilder,
+        NSBundle>();
+    add<VLLifeCycleManager, VLSettings, VLSessionService, VLLocationService, VLPermissionService, VLConfigService,
+        NSNotificationCenter, NSBundle>();
+    add<VLLocalNotificationService, VLSettings, VLNotificationHelper, UIApplication, VLURLBuilder, VLURLSession,
+        VLPayloadBuilder, NSNotificationCenter>();
+    add<VLInboxService, VLSettings, VLEventService, VLConfigService, VLURLBuilder, VLURLSession, NSURLSession>();
+    add<VLBackgroundRefreshHelper, UIApplication>();
+    addFactory<VLAuthorisationHelper>(authorisationHelper);
+    addFactory<VLUserNotificationCentre>(vlUserNotificationCentre);
+    add<VLURLActions, VLPermissionService, UIApplication>();
 }
 
 void VLServiceComponents::defaultVLServiceDependencies(const std::shared_ptr<VLURLs>& urls) {
     iosComponents_->defaultUIKitDependencies();
     iosComponents_->defaultCoreLocationDependencies();
-    add(createSettings);
-    add([urls](VLBootstrap& components) {
+    add<VLSettings, UIDevice>();
+    addFactory<VLURLBuilder>([urls](VLBootstrap& components) {
         return std::make_shared<VLURLBuilder>(urls, components.getComponent<VLSettings>());
     });
 }
 
-template <class Make>
-void VLServiceComponents::add(Make make) {
-    using T = typename std::invoke_result_t<Make, VLBootstrap&>::element_type;
+template <class T, class... Dependencies>
+void VLServiceComponents::add() {
+    addFactory<T>(make<T, Dependencies...>);
+}
+
+template <class T, class Make>
+void VLServiceComponents::addFactory(Make make) {
     bootstrap_.addComponent<T>([components = bootstrap_.weak_from_this(), make]() -> std::shared_ptr<T> {
         const auto registry = components.lock();
         return registry ? make(*registry) : nullptr;

@@ -49,11 +49,11 @@ protected:
     std::shared_ptr<VLBootstrap> bootstrap = VLBootstrap::bootstrapWithURLs(std::make_shared<VLURLsProduction>());
 };
 
-TEST_F(VLBootstrapTest, TwoRequestsForAClassGiveTheSameObject) {
+TEST_F(VLBootstrapTest, RequestsForOneClassReturnOneObject) {
     EXPECT_EQ(bootstrap->getComponent<VLSettings>(), bootstrap->getComponent<VLSettings>());
 }
 
-TEST_F(VLBootstrapTest, CreatingAComponentTwiceGivesTwoObjectsAndLeavesTheSharedOne) {
+TEST_F(VLBootstrapTest, CreateComponentReturnsANewObjectEachTime) {
     const auto shared = bootstrap->getComponent<VLTagsService>();
     const auto first = bootstrap->createComponent<VLTagsService>();
     const auto second = bootstrap->createComponent<VLTagsService>();
@@ -62,13 +62,13 @@ TEST_F(VLBootstrapTest, CreatingAComponentTwiceGivesTwoObjectsAndLeavesTheShared
     EXPECT_EQ(bootstrap->getComponent<VLTagsService>(), shared);
 }
 
-TEST_F(VLBootstrapTest, AnInstancePlacedBeforeTheFirstRequestReplacesWhatTheFactoryWouldMake) {
+TEST_F(VLBootstrapTest, AnAddedInstanceReplacesTheFactory) {
     const auto own = bootstrap->createComponent<VLSettings>();
     bootstrap->addComponentInstance<VLSettings>(own);
     EXPECT_EQ(bootstrap->getComponent<VLSettings>(), own);
 }
 
-TEST_F(VLBootstrapTest, AnInstancePlacedWithoutANameGoesByItsOwnClass) {
+TEST_F(VLBootstrapTest, AnInstanceIsStoredUnderItsMostDerivedClass) {
     const std::shared_ptr<Greeter> greeter = std::make_shared<PoliteGreeter>();
     bootstrap->addComponent(greeter);
     EXPECT_EQ(bootstrap->getComponent<PoliteGreeter>(), greeter);
@@ -81,21 +81,21 @@ TEST_F(VLBootstrapTest, AnInstancePlacedWithoutANameGoesByItsOwnClass) {
     EXPECT_EQ(bootstrap->getComponent<Number>(), number);
 }
 
-TEST_F(VLBootstrapTest, NoClassGivesNothing) { EXPECT_EQ(bootstrap->getComponent(nullptr), nullptr); }
+TEST_F(VLBootstrapTest, ANullTypeReturnsNull) { EXPECT_EQ(bootstrap->getComponent(nullptr), nullptr); }
 
-TEST_F(VLBootstrapTest, AClassIsFoundByItsTypeAndByItsName) {
+TEST_F(VLBootstrapTest, AClassIsFoundByTypeAndByName) {
     const std::shared_ptr<void> settings = bootstrap->getComponent<VLSettings>();
     EXPECT_EQ(bootstrap->getComponent(&typeid(VLSettings)), settings);
     EXPECT_EQ(bootstrap->getComponentForString("VLSettings"), settings);
 }
 
-TEST_F(VLBootstrapTest, NothingIsMadeBeforeItIsAskedFor) {
+TEST_F(VLBootstrapTest, RegistrationMakesNoInstance) {
     EXPECT_FALSE(NSFileManager::fileExistsAtPath(documentsPath("VLLibSettings.plist")));
     bootstrap->getComponent<VLSettings>();
     EXPECT_TRUE(NSFileManager::fileExistsAtPath(documentsPath("VLLibSettings.plist")));
 }
 
-TEST_F(VLBootstrapTest, TheLifeCycleManagerBringsEveryServiceThatItNeeds) {
+TEST_F(VLBootstrapTest, TheLifeCycleManagerMakesEveryServiceItNeeds) {
     int made = 0;
     const auto settings = bootstrap->createComponent<VLSettings>();
     bootstrap->addComponent<VLSettings>([&] {
@@ -105,7 +105,7 @@ TEST_F(VLBootstrapTest, TheLifeCycleManagerBringsEveryServiceThatItNeeds) {
     bootstrap->getComponent<VLLifeCycleManager>();
     EXPECT_EQ(made, 1);
 
-    // What exists now does not come from its factory any more.
+    // An existing instance is returned without a call of its factory.
     const auto mustNotRun = [](auto* type) {
         using T = std::remove_pointer_t<decltype(type)>;
         return [] {
@@ -139,7 +139,81 @@ TEST_F(VLBootstrapTest, TheLifeCycleManagerBringsEveryServiceThatItNeeds) {
     EXPECT_TRUE(bootstrap->getComponent<VLBeaconService>());
 }
 
-TEST_F(VLBootstrapTest, ThePlatformsObjectsAreThoseOfThePlatform) {
+TEST_F(VLBootstrapTest, TypesAreRegisteredInTheDesignedOrder) {
+    const std::vector<std::string> expected{"NSURLSession",
+                                            "UIDevice",
+                                            "UIApplication",
+                                            "NSNotificationCenter",
+                                            "NSBundle",
+                                            "UNUserNotificationCenter",
+                                            "CLLocationManager",
+                                            "VLSettings",
+                                            "VLURLBuilder",
+                                            "VLPayloadBuilder",
+                                            "VLURLSession",
+                                            "VLEventService",
+                                            "VLConfigService",
+                                            "VLInterstitialService",
+                                            "VLNotificationHelper",
+                                            "VLPermissionService",
+                                            "VLGeoRegionContent",
+                                            "VLGeoService",
+                                            "VLRemoteNotificationService",
+                                            "VLTagsService",
+                                            "VLBeaconsConfig",
+                                            "VLBeaconRegionSessions",
+                                            "VLBeaconService",
+                                            "VLLocationService",
+                                            "VLSessionService",
+                                            "VLLifeCycleManager",
+                                            "VLLocalNotificationService",
+                                            "VLInboxService",
+                                            "VLBackgroundRefreshHelper",
+                                            "VLAuthorisationHelper",
+                                            "VLUserNotificationCentre",
+                                            "VLURLActions"};
+    EXPECT_EQ(bootstrap->registeredNames(), expected);
+    bootstrap->addComponent<VLSettings>([] { return std::shared_ptr<VLSettings>(); });
+    EXPECT_EQ(bootstrap->registeredNames(), expected);
+}
+
+TEST_F(VLBootstrapTest, EveryRegisteredTypeCanBeMade) {
+    for (const auto& name : bootstrap->registeredNames()) EXPECT_TRUE(bootstrap->getComponentForString(name)) << name;
+}
+
+/// A phone that records the time-out of each URL session.
+class WatchedPhone : public SimulatedPhone {
+public:
+    std::shared_ptr<NSURLSession> makeURLSession(const NSURLSessionConfiguration& configuration) override {
+        timeouts.push_back(configuration.timeoutIntervalForRequest);
+        return SimulatedPhone::makeURLSession(configuration);
+    }
+
+    std::vector<TimeInterval> timeouts;
+};
+
+TEST(VLIOSComponentsTest, TheURLSessionTimesOutAfter10Seconds) {
+    const auto phone = std::make_shared<WatchedPhone>();
+    Platform::install(phone);
+    VLBootstrap::bootstrapWithURLs(std::make_shared<VLURLsProduction>())->getComponent<NSURLSession>();
+    EXPECT_EQ(phone->timeouts, std::vector<TimeInterval>{10.0});
+    Platform::install(nullptr);
+}
+
+/// A phone of the platform generation without a user notification centre.
+class VLBootstrapOldPhoneTest : public SimulatedPhoneTest {
+protected:
+    VLBootstrapOldPhoneTest() : SimulatedPhoneTest({.systemVersion = 9.3}) {}
+};
+
+TEST_F(VLBootstrapOldPhoneTest, TheUserNotificationCenterIsNotRegistered) {
+    const auto bootstrap = VLBootstrap::bootstrapWithURLs(std::make_shared<VLURLsProduction>());
+    EXPECT_THROW(bootstrap->getComponentForString("UNUserNotificationCenter"), NSException);
+    EXPECT_EQ(bootstrap->getComponentForString("VLAuthorisationHelper"), nullptr);
+    EXPECT_TRUE(bootstrap->getComponentForString("VLUserNotificationCentre"));
+}
+
+TEST_F(VLBootstrapTest, PlatformObjectsComeFromThePlatform) {
     EXPECT_EQ(bootstrap->getComponent<UIApplication>(), phone().application());
     EXPECT_EQ(bootstrap->getComponent<UIDevice>(), phone().device());
     EXPECT_EQ(bootstrap->getComponent<NSBundle>(), phone().mainBundle());
@@ -153,13 +227,13 @@ TEST_F(VLBootstrapTest, AProtocolIsRegisteredLikeAClass) {
     EXPECT_EQ(bootstrap->getComponent<Greeter>(), bootstrap->getComponent<Greeter>());
 }
 
-TEST_F(VLBootstrapTest, ALaterFactoryLeavesAnInstanceThatExists) {
+TEST_F(VLBootstrapTest, ALaterFactoryKeepsAnExistingInstance) {
     const auto settings = bootstrap->getComponent<VLSettings>();
     bootstrap->addComponent<VLSettings>([] { return std::shared_ptr<VLSettings>(); });
     EXPECT_EQ(bootstrap->getComponent<VLSettings>(), settings);
 }
 
-TEST_F(VLBootstrapTest, OverridingWithAFactoryCallsItAtOnce) {
+TEST_F(VLBootstrapTest, OverrideComponentWithBlockCallsTheFactoryAtOnce) {
     int calls = 0;
     bootstrap->overrideComponentWithBlock<Greeter>([&] {
         ++calls;
@@ -170,7 +244,7 @@ TEST_F(VLBootstrapTest, OverridingWithAFactoryCallsItAtOnce) {
     EXPECT_EQ(calls, 1);
 }
 
-TEST_F(VLBootstrapTest, AFactoryThatGivesNothingIsAskedAgain) {
+TEST_F(VLBootstrapTest, ANullResultIsNotStored) {
     int calls = 0;
     bootstrap->addComponent<Greeter>([&] {
         ++calls;
@@ -181,11 +255,11 @@ TEST_F(VLBootstrapTest, AFactoryThatGivesNothingIsAskedAgain) {
     EXPECT_EQ(calls, 2);
 }
 
-TEST_F(VLBootstrapTest, AnUnregisteredTypeIsAMistakeThatIsTold) {
+TEST_F(VLBootstrapTest, AnUnregisteredTypeThrows) {
     EXPECT_THROW(bootstrap->getComponentForString("NoSuchType"), NSException);
 }
 
-TEST_F(VLBootstrapTest, OverridingWithNothingStoresNothing) {
+TEST_F(VLBootstrapTest, OverridingWithNullIsIgnored) {
     bootstrap->addComponent<Greeter>([] { return std::make_shared<PoliteGreeter>(); });
     bootstrap->overrideComponentWithBlock<Greeter>([] { return std::shared_ptr<Greeter>(); });
     EXPECT_TRUE(bootstrap->getComponent<Greeter>());
