@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Platform/DispatchSemaphore.h"
+#include "Platform/Internal/InstallObservers.h"
 #include "Platform/Internal/ProcessWide.h"
 #include "Platform/Internal/StorageFlusher.h"
 #include "Platform/Internal/StorageFolder.h"
@@ -52,6 +53,7 @@ void Platform::install(std::shared_ptr<Platform> platform) {
     // First: the previous platform's tasks use the objects that are reset next.
     shutdown();
     resetProcessWideObjects();
+    announcePlatformInstall();
     auto& holder = platformHolder();
     const std::lock_guard lock(holder.mutex);
     currentPlatform = platform.get();

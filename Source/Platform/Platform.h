@@ -32,10 +32,12 @@ class VORLANE_EXPORT Platform {
 public:
     virtual ~Platform();
 
-    /// Installs the host's own platform; to be called before the first use of `Vorlane`. Installing another platform
-    /// later shuts the library down, under the conditions of `shutdown()`: the library's shared objects are destroyed,
-    /// and made again on next use. Reinstalling the current platform has no effect. Null: the Linux platform is made on
-    /// next use.
+    /// Installs a platform of the host's own, before the first use of `Vorlane`. The first installation keeps the
+    /// endpoint set, the log's threshold and the log's sinks that the host has set before.
+    ///
+    /// Installing another platform later shuts the library down, as `shutdown()` does and where that may be called, and
+    /// starts it afresh: its shared objects are destroyed, and made again on next use. Reinstalling the current
+    /// platform has no effect. Null stands for the Linux platform, which is made on first use.
     static void install(std::shared_ptr<Platform> platform);
 
     /// Returns the installed platform, or makes the Linux platform if there is none. The platform lives until another
