@@ -9,7 +9,8 @@ import re
 import sys
 
 LAYERS = [  # lowest first
-    ["Public/VLExport.h", "Public/VLTypes.h", "Public/VLValue.h"],
+    ["Public/VLExport.h", "Public/VLTypes.h"],
+    ["Public/VLValue.h"],
     ["Platform"],
     ["Public"],
     ["Categories"],
@@ -23,8 +24,8 @@ LAYERS = [  # lowest first
 ]
 # Implementations of the platform: each stands on these rooms alone, and only the exceptions below include it.
 PLATFORMS = {
-    "Platform/Linux": ["Platform", *LAYERS[0]],
-    "Simulator/Platform": ["Platform", "Public", "Platform/Linux", *LAYERS[0]],
+    "Platform/Linux": ["Platform", *LAYERS[0], *LAYERS[1]],
+    "Simulator/Platform": ["Platform", "Public", "Platform/Linux", *LAYERS[0], *LAYERS[1]],
 }
 # A file that includes upwards by design, and the one header that it includes.
 EXCEPTIONS = {

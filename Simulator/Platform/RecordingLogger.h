@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "Public/VLLogger.h"
+#include "Public/VLValue.h"
 
 namespace vorlane {
 

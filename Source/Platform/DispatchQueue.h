@@ -3,7 +3,7 @@
 #include <functional>
 
 #include "Public/VLExport.h"
-#include "Public/VLValue.h"
+#include "Public/VLTypes.h"
 
 namespace vorlane {
 

@@ -1,10 +1,11 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 
 #include "Public/VLExport.h"
-#include "Public/VLValue.h"
+#include "Public/VLTypes.h"
 
 namespace vorlane {
 
@@ -46,11 +47,12 @@ inline constexpr std::int64_t NSPropertyListReadCorruptError = 3840;
 /// An error: a domain, a code in that domain, and additional information. An immutable value.
 class VORLANE_EXPORT NSError {
 public:
-    NSError(std::string domain, std::int64_t code, Dictionary userInfo = {});
+    NSError(std::string domain, std::int64_t code);
+    NSError(std::string domain, std::int64_t code, Dictionary userInfo);
 
     const std::string& domain() const { return domain_; }
     std::int64_t code() const { return code_; }
-    const Dictionary& userInfo() const { return userInfo_; }
+    const Dictionary& userInfo() const;
 
     /// Returns the string under `NSLocalizedDescriptionKey`; without one, a sentence with the domain and the code.
     std::string localizedDescription() const;
@@ -58,12 +60,13 @@ public:
     /// Returns `Error Domain=D Code=C "description"`.
     std::string description() const;
 
-    bool operator==(const NSError&) const = default;
+    bool operator==(const NSError& other) const;
 
 private:
     std::string domain_;
     std::int64_t code_;
-    Dictionary userInfo_;
+    // Null for an empty dictionary.
+    std::shared_ptr<const Dictionary> userInfo_;
 };
 
 }  // namespace vorlane

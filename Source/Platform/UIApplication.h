@@ -12,7 +12,7 @@
 #include "Platform/UILocalNotification.h"
 #include "Platform/UIUserNotificationSettings.h"
 #include "Public/VLExport.h"
-#include "Public/VLValue.h"
+#include "Public/VLTypes.h"
 
 namespace vorlane {
 

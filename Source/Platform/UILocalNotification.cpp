@@ -8,6 +8,8 @@
 #include <limits>
 #include <tuple>
 
+#include "Public/VLValue.h"
+
 namespace vorlane {
 
 namespace {
@@ -54,6 +56,11 @@ auto fieldsOf(const UILocalNotification& notification) {
 }  // namespace
 
 UILocalNotification::UILocalNotification() : identity_(newIdentity()) {}
+UILocalNotification::UILocalNotification(const UILocalNotification&) = default;
+UILocalNotification::UILocalNotification(UILocalNotification&&) noexcept = default;
+UILocalNotification& UILocalNotification::operator=(const UILocalNotification&) = default;
+UILocalNotification& UILocalNotification::operator=(UILocalNotification&&) noexcept = default;
+UILocalNotification::~UILocalNotification() = default;
 
 bool UILocalNotification::operator==(const UILocalNotification& other) const {
     return fieldsOf(*this) == fieldsOf(other);

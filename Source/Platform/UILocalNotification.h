@@ -5,7 +5,7 @@
 #include <string>
 
 #include "Public/VLExport.h"
-#include "Public/VLValue.h"
+#include "Public/VLTypes.h"
 
 namespace vorlane {
 
@@ -19,6 +19,12 @@ inline constexpr const char* UILocalNotificationDefaultSoundName = "UILocalNotif
 class VORLANE_EXPORT UILocalNotification {
 public:
     UILocalNotification();
+    // Defined in the source file, where `Dictionary` is a complete type.
+    UILocalNotification(const UILocalNotification&);
+    UILocalNotification(UILocalNotification&&) noexcept;
+    UILocalNotification& operator=(const UILocalNotification&);
+    UILocalNotification& operator=(UILocalNotification&&) noexcept;
+    ~UILocalNotification();
 
     /// Seconds since 1970. A notification without a fire date is due immediately.
     std::optional<double> fireDate;

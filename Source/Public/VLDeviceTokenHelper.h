@@ -3,17 +3,17 @@
 #include <string>
 
 #include "Public/VLExport.h"
-#include "Public/VLValue.h"
+#include "Public/VLTypes.h"
 
 namespace vorlane {
 
-/// For hosts whose push transport gives the token as text.
+/// Converts push tokens for hosts whose push transport delivers them as hexadecimal strings. Any thread.
 class VORLANE_EXPORT VLDeviceTokenHelper {
 public:
-    /// `hexStringToData:` gives the bytes that the text's pairs of hexadecimal digits spell. What is no digit is
-    /// skipped; a pair whose second character is no digit counts its first one alone ("az" is 0x0A); a single character
-    /// at the end is dropped.
-    static Data hexStringToData(const std::string& text);
+    /// `hexStringToData:` returns the bytes that the pairs of hexadecimal digits denote. Other characters between pairs
+    /// are skipped. A pair with an invalid second character has the value of its first one: "az" is 0x0A. A single
+    /// character at the end is ignored.
+    static Data hexStringToData(const std::string& string);
 };
 
 }  // namespace vorlane

@@ -9,45 +9,46 @@
 
 #include "Public/VLExport.h"
 #include "Public/VLImage.h"
-#include "Public/VLValue.h"
+#include "Public/VLTypes.h"
 
 namespace vorlane {
 
 class VLInboxService;
 
-/// One message of the rich inbox, as the application shows it. What it says is as it was when the list was made. Any
+/// One message of the rich inbox. Its content does not change: it is that of the time when the list was made. Any
 /// thread.
 class VORLANE_EXPORT VLInboxMessage : public std::enable_shared_from_this<VLInboxMessage> {
 public:
-    /// Null when there is no image, or none that could be loaded.
+    /// Receives the image, or null if the message has none or it could not be loaded.
     using ImageHandler = std::function<void(std::shared_ptr<const VLImage> image)>;
 
-    /// What a message says. What the service did not send is nothing, or 0.
+    /// The content of a message. A field that the service did not send is `nullopt` or 0. Include `VLValue.h` to make
+    /// one.
     struct Content {
         std::uint64_t messageId = 0;
         std::optional<std::string> subject;
-        /// The page to show: HTML with a viewport tag in front.
+        /// The HTML page to show. It starts with `VIEWPORT_META_TAG`.
         std::optional<std::string> htmlContent;
         std::optional<std::string> label;
         std::optional<std::string> url;
         std::optional<std::string> phash;
-        /// 0 unread, 1 read.
+        /// 0 if unread, 1 if read.
         std::int64_t read = 0;
-        /// Seconds since 1970.
+        /// When the message was created and when it expires, in seconds since 1970.
         double created = 0;
         double end = 0;
         /// The URL of the card's image.
         std::optional<std::string> cardImage;
         std::string cardBackgroundColor = "#FFFFFF";
         std::string cardForegroundColor = "#000000";
-        /// Free data of whoever sent the message.
+        /// Free data of the sender.
         Dictionary metadata;
     };
 
     VLInboxMessage();
     /// `initWithNotifID:fromService:subject:content:label:url:phash:read:created:end:cardUrl:backgoundColor:
-    /// foregroundColor:withMetadata:`. A colour that is not "#" and six characters from "0" to "F" (":" to "@" among
-    /// them) or "a" to "f" leaves the default.
+    /// foregroundColor:withMetadata:`. A colour is "#" and six characters from "0" to "F" (which includes ":" to "@")
+    /// or "a" to "f"; any other string is replaced by the default.
     VLInboxMessage(Content content, std::weak_ptr<VLInboxService> service);
     ~VLInboxMessage();
 
@@ -64,16 +65,17 @@ public:
     const std::string& cardBackgroundColor() const { return content_.cardBackgroundColor; }
     const std::string& cardForegroundColor() const { return content_.cardForegroundColor; }
     const Dictionary& metadata() const { return content_.metadata; }
-    /// The service that made it; empty for a message of the host's own.
+    /// The service that made the message; empty for a message that the application made.
     const std::weak_ptr<VLInboxService>& service() const { return service_; }
-    /// The card's image once it was loaded; null before.
+    /// The card's image, or null before it has been loaded.
     std::shared_ptr<const VLImage> loadedImage() const;
 
-    /// `loadImageWithCompletion:` gives the card's image: the one loaded before, else the one in the database, else it
-    /// downloads it (over https, or from the service itself) and keeps it there. The handler may be empty; it runs
-    /// once, on the main queue.
+    /// `loadImageWithCompletion:` loads the card's image: the one loaded before, otherwise the one in the database,
+    /// otherwise it is downloaded (over https, or from the service itself) and stored there. The handler may be empty.
+    /// It runs once, on the main queue.
     void loadImageWithCompletion(ImageHandler completionHandler);
-    /// `loadExternalImage:` does so past the database. A load of either kind that is under way serves both callers.
+    /// `loadExternalImage:` downloads the card's image without reading or writing the database. A load of either kind
+    /// that is under way serves both callers.
     void loadExternalImage(ImageHandler completionHandler);
 
 private:

@@ -8,14 +8,12 @@
 
 #include "Public/VLExport.h"
 #include "Public/VLLogger.h"
-#include "Public/VLValue.h"
+#include "Public/VLTypes.h"
 
 namespace vorlane {
 
-class DispatchQueue;
-
-/// The one log that all of the library writes to: filters by level, then hands each line to the sinks on the serial
-/// queue "vorlane.sdk.logger", whose thread starts with the first line that passes. Any thread.
+/// The one log of the library. It filters lines by level and passes each to the sinks on the serial queue
+/// "vorlane.sdk.logger", whose thread starts with the first line that passes. Any thread.
 class VORLANE_EXPORT VLLog {
 public:
     using Loggers = std::vector<std::shared_ptr<VLLogger>>;
@@ -25,38 +23,45 @@ public:
     VLLog();
     ~VLLog();
 
-    /// The threshold; a line of a higher level is dropped. `Info` until it is set; start-up sets it from
-    /// `VLSDKOptions`.
+    /// The threshold. A line of a higher level is dropped. Initially `Info`; start-up sets it from `VLSDKOptions`.
     VLLogLevel logLevel() const { return logLevel_.load(std::memory_order_relaxed); }
     void setLogLevel(VLLogLevel level) { logLevel_.store(level, std::memory_order_relaxed); }
 
-    /// Whether lines of that level pass the threshold.
+    /// Whether lines of this level pass the threshold.
     bool logs(VLLogLevel level) const { return level <= logLevel(); }
 
-    /// Adds a sink, nothing for null. A line that was logged before may still reach it; what a sink throws is dropped.
+    /// Adds a sink; null is ignored. The sink may still receive lines that were logged before. Exceptions of a sink are
+    /// ignored.
     void addLogger(std::shared_ptr<VLLogger> logger);
+    /// Removes a sink; an unknown one is ignored. Lines that are being written may still reach it.
     void removeLogger(const std::shared_ptr<VLLogger>& logger);
-    /// The sinks, in order. At first the system log's alone (the console's on a platform below 10.0).
+    /// The sinks, in the order of calls. Initially the sink of the system log alone, or that of the console on a
+    /// platform below 10.0.
     Loggers loggers() const;
 
     /// `logMessage:payload:level:` queues one line for the sinks, unless its level is above the threshold.
     void logMessage(std::string message, std::optional<Value> payload, VLLogLevel level);
 
-    /// `logLevelToString:` gives "ERROR", "WARN", "INFO" or "DEBUG", and "OFF" for any other value.
+    /// `logLevelToString:` returns "ERROR", "WARN", "INFO" or "DEBUG", and "OFF" for any other value.
     static const char* logLevelToString(VLLogLevel level);
-    /// `stringToLogLevel:` compares exactly; every unknown text, "OFF" included, gives `Debug`.
-    static VLLogLevel stringToLogLevel(const std::string& text);
+    /// `stringToLogLevel:` compares exactly. It returns `Debug` for every unknown string, including "OFF".
+    static VLLogLevel stringToLogLevel(const std::string& string);
 
 private:
-    struct Sinks;
+    class Sinks;
+    class Queue;
 
-    std::atomic<VLLogLevel> logLevel_ = VLLogLevel::Info;
-    // Fixed at construction. Lines that wait share the sinks, so that they are still written when the log goes.
+    void platformInstalled(bool isFirst);
+
+    std::atomic<VLLogLevel> logLevel_;
+    // Fixed at construction. Waiting lines share the sinks, so they are written even if the log is destroyed first.
     const std::shared_ptr<Sinks> sinks_;
-    const std::shared_ptr<DispatchQueue> queue_;
+    const std::unique_ptr<Queue> queue_;
 };
 
-/// Logs to the shared log. Any thread.
-VORLANE_EXPORT void logMessage(VLLogLevel level, std::string message, std::optional<Value> payload = std::nullopt);
+/// Logs one line to the shared log. Any thread.
+VORLANE_EXPORT void logMessage(VLLogLevel level, std::string message);
+/// Logs one line with further detail.
+VORLANE_EXPORT void logMessage(VLLogLevel level, std::string message, std::optional<Value> payload);
 
 }  // namespace vorlane

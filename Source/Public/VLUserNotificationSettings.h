@@ -5,14 +5,17 @@
 #include <string>
 
 #include "Public/VLExport.h"
-#include "Public/VLValue.h"
+#include "Public/VLTypes.h"
 
 namespace vorlane {
 
-/// What the user has allowed for notifications. A value.
+/// What the user allows for notifications. A value.
 ///
-/// Authorisation scale: -1 prompted, 0 not determined, 1 denied, 2 authorised, 3 provisional. Setting scale: -1
-/// unknown, 0 not supported, 1 disabled, 2 enabled. Alert-style scale: -1 unknown, 0 none, 1 banner, 2 alert.
+/// | Scale | -1 | 0 | 1 | 2 | 3 |
+/// |---|---|---|---|---|---|
+/// | authorisation | prompted | not determined | denied | authorised | provisional |
+/// | setting | unknown | not supported | disabled | enabled | |
+/// | alert style | unknown | none | banner | alert | |
 struct VORLANE_EXPORT VLUserNotificationSettings {
     std::int64_t authorisationStatus = 0;
     std::int64_t sound = 0;
@@ -29,27 +32,29 @@ struct VORLANE_EXPORT VLUserNotificationSettings {
         std::int64_t authorisation, std::int64_t sound, std::int64_t badge, std::int64_t alert, std::int64_t silentPush,
         std::int64_t notificationCentre, std::int64_t lockScreen, std::int64_t carPlay, std::int64_t alertStyle);
 
-    /// `settingsFromDictionary:` reads the dictionary form; a missing or unknown text reads as its scale's fallback.
+    /// `settingsFromDictionary:` reads the dictionary form. A missing or unknown string reads as the value 0 of the
+    /// authorisation scale, or -1 of the other scales.
     static VLUserNotificationSettings settingsFromDictionary(const Dictionary& dictionary);
-    /// The nine-key form of texts that is stored and sent.
+    /// The dictionary form that is stored and sent: nine keys with string values.
     Dictionary toDictionary() const;
 
-    /// `isEqualToSettings:`; nothing never equals.
+    /// `isEqualToSettings:` returns false for `nullopt`.
     bool isEqualToSettings(const std::optional<VLUserNotificationSettings>& other) const;
     bool operator==(const VLUserNotificationSettings&) const = default;
-    /// h = 1, then h = 31h + field for each field in order, wrapping.
+    /// h = 1, then h = 31h + field for each field in order, modulo 2^64.
     std::uint64_t hash() const;
 
-    /// Authorised or provisional, with the lock screen, the notification centre or alerts enabled.
+    /// Whether the user sees notifications: authorised or provisional, with the lock screen, the notification centre or
+    /// alerts enabled.
     bool willNotificationsBeVisible() const;
     bool isProvisionallyAuthorised() const;
 
     static std::string authorisationStatusToString(std::int64_t status);
-    static std::int64_t stringToAuthorisationStatus(const std::string& text);
+    static std::int64_t stringToAuthorisationStatus(const std::string& string);
     static std::string notificationSettingToString(std::int64_t setting);
-    static std::int64_t stringToNotificationSetting(const std::string& text);
+    static std::int64_t stringToNotificationSetting(const std::string& string);
     static std::string alertStyleToString(std::int64_t style);
-    static std::int64_t stringToAlertStyle(const std::string& text);
+    static std::int64_t stringToAlertStyle(const std::string& string);
 };
 
 }  // namespace vorlane

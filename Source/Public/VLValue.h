@@ -1,21 +1,13 @@
 #pragma once
 
-#include <cstdint>
 #include <nlohmann/json.hpp>
-#include <vector>
+#include <type_traits>
 
+#include "Public/VLTypes.h"
+
+/// Defines what `VLTypes.h` declares: `Value`, `Dictionary` and `Array`.
 namespace vorlane {
 
-/// Any JSON or property-list value: null, boolean, number, string, data (its binary kind), array, dictionary.
-using Value = nlohmann::json;
-/// A dictionary with text keys.
-using Dictionary = Value::object_t;
-/// A list of values.
-using Array = Value::array_t;
-/// Raw bytes.
-using Data = std::vector<std::uint8_t>;
-
-/// A length of time in seconds.
-using TimeInterval = double;
+static_assert(std::is_same_v<Dictionary, Value::object_t> && std::is_same_v<Array, Value::array_t>);
 
 }  // namespace vorlane

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "Public/VLValue.h"
+
 namespace vorlane {
 
 namespace {

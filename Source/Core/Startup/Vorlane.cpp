@@ -14,7 +14,9 @@
 #include "Notifications/VLRemoteNotificationService.h"
 #include "Notifications/VLUserNotificationCentre.h"
 #include "Platform/CLLocationManager.h"
+#include "Platform/Internal/InstallObservers.h"
 #include "Platform/Internal/ProcessWide.h"
+#include "Public/VLValue.h"
 #include "Tracking/VLEventService.h"
 #include "Tracking/VLSessionService.h"
 #include "Tracking/VLTagsService.h"
@@ -29,14 +31,62 @@ constexpr const char* kNoFetchHandlerReason =
     "                                               Ensure that a valid completionHandler block is passed to the"
     "                                               Vorlane.performFetchWithCompletionHandler() method.";
 
-/// The class-wide endpoint set.
-struct EndpointSet {
-    std::mutex mutex;
-    // Guarded by mutex.
-    std::shared_ptr<VLURLs> urls;
+/// The class-wide endpoint set. The one that the host sets before it installs its first platform is kept.
+class EndpointSet {
+public:
+    /// Never destroyed: a late thread or a host's static object may still use it.
+    static EndpointSet& shared() {
+        static auto* const set = [] {
+            observePlatformInstalls([](bool isFirst) { shared().platformInstalled(isFirst); });
+            return new EndpointSet;
+        }();
+        return *set;
+    }
+
+    std::shared_ptr<VLURLs> urls() const {
+        const std::lock_guard lock(mutex_);
+        return urls_;
+    }
+
+    /// Returns false if the services have been made with another set.
+    bool setURLs(std::shared_ptr<VLURLs> urls) {
+        // The previous set is destroyed outside the lock.
+        const std::lock_guard lock(mutex_);
+        urls_.swap(urls);
+        isHostsOwn_ = true;
+        return !isInUse_;
+    }
+
+    /// The set for the services: the host's own or, without one, the production set.
+    std::shared_ptr<VLURLs> use() {
+        auto production = std::make_shared<VLURLsProduction>();
+        const std::lock_guard lock(mutex_);
+        isInUse_ = true;
+        if (!urls_) {
+            urls_ = std::move(production);
+            isHostsOwn_ = false;
+        }
+        return urls_;
+    }
+
+private:
+    EndpointSet() = default;
+
+    void platformInstalled(bool isFirst) {
+        std::shared_ptr<VLURLs> previous;
+        const std::lock_guard lock(mutex_);
+        isInUse_ = false;
+        if (!isFirst || !isHostsOwn_) previous.swap(urls_);
+    }
+
+    mutable std::mutex mutex_;
+    // Guarded by mutex_.
+    std::shared_ptr<VLURLs> urls_;
+    bool isHostsOwn_ = false;
+    bool isInUse_ = false;
 };
 
-/// Leaves the message out, which the host has.
+/// Drops the message, which the host has.
 VLInboxService::MessageHandler errorOnly(Vorlane::ErrorHandler completionHandler) {
     if (!completionHandler) return nullptr;
     return [handler = std::move(completionHandler)](const std::shared_ptr<VLInboxMessage>& /*message*/,
@@ -44,7 +94,6 @@ VLInboxService::MessageHandler errorOnly(Vorlane::ErrorHandler completionHandler
 }
 
 constinit ProcessWide<Vorlane> sharedVorlane;
-constinit ProcessWide<EndpointSet> endpointSet;
 
 }  // namespace
 
@@ -53,8 +102,7 @@ Vorlane& Vorlane::sharedInstance() {
 }
 
 Vorlane::Vorlane() {
-    if (!getURLs()) setURLs(std::make_shared<VLURLsProduction>());
-    bootstrap_ = VLBootstrap::bootstrapWithURLs(getURLs());
+    bootstrap_ = VLBootstrap::bootstrapWithURLs(EndpointSet::shared().use());
     settings_ = bootstrap_->getComponent<VLSettings>();
     interstitialService_ = bootstrap_->getComponent<VLInterstitialService>();
     tagsService_ = bootstrap_->getComponent<VLTagsService>();
@@ -72,27 +120,23 @@ Vorlane::Vorlane() {
 Vorlane::~Vorlane() = default;
 
 void Vorlane::initialiseSDKWithApplication(const std::shared_ptr<UIApplication>& application,
-                                           const std::optional<Dictionary>& launchOptions,
+                                           const VLOptionalDictionaryArgument& launchOptions,
                                            const VLSDKOptions& sdkOptions) {
     VLLog::sharedInstance().setLogLevel(sdkOptions.logLevel());
-    sharedInstance().lifeCycleManager_->initialiseSDKWithApplication(application, launchOptions, sdkOptions);
+    sharedInstance().lifeCycleManager_->initialiseSDKWithApplication(application, launchOptions.dictionary(),
+                                                                     sdkOptions);
 }
 
 void Vorlane::setURLs(std::shared_ptr<VLURLs> urls) {
-    auto& set = endpointSet.get();
-    const std::lock_guard lock(set.mutex);
-    // What was there before is let go of outside the lock.
-    set.urls.swap(urls);
+    if (EndpointSet::shared().setURLs(std::move(urls))) return;
+    logMessage(VLLogLevel::Warn,
+               "setURLs() was called after the first use. The services keep the endpoint set they were made with.");
 }
 
-std::shared_ptr<VLURLs> Vorlane::getURLs() {
-    auto& set = endpointSet.get();
-    const std::lock_guard lock(set.mutex);
-    return set.urls;
-}
+std::shared_ptr<VLURLs> Vorlane::getURLs() { return EndpointSet::shared().urls(); }
 
-void Vorlane::setTrackingId(const std::optional<std::string>& trackingId) {
-    sharedInstance().sessionService_->setTrackingID(trackingId);
+void Vorlane::setTrackingId(const VLOptionalStringArgument& trackingId) {
+    sharedInstance().sessionService_->setTrackingID(trackingId.string());
 }
 
 std::string Vorlane::trackingId() { return sharedInstance().settings_->trackingId(); }
@@ -103,35 +147,35 @@ std::string Vorlane::deviceId() { return sharedInstance().settings_->deviceId();
 
 std::optional<Data> Vorlane::deviceToken() { return sharedInstance().settings_->deviceToken(); }
 
-void Vorlane::setPhash(const std::optional<std::string>& phash) { sharedInstance().settings_->setPhash(phash); }
+void Vorlane::setPhash(const VLOptionalStringArgument& phash) { sharedInstance().settings_->setPhash(phash.string()); }
 
 std::optional<std::string> Vorlane::phash() { return sharedInstance().settings_->phash(); }
 
-void Vorlane::registerEventWithType(const std::string& type, const std::optional<std::string>& label) {
-    sharedInstance().eventService_->registerEventWithType(type, label);
+void Vorlane::registerEventWithType(const VLStringArgument& type, const VLOptionalStringArgument& label) {
+    sharedInstance().eventService_->registerEventWithType(type.string(), label.string());
 }
 
-void Vorlane::registerEventWithType(const std::string& type, const std::optional<std::string>& label,
-                                    const std::optional<std::string>& phash) {
-    sharedInstance().eventService_->registerEventWithType(type, label, phash);
+void Vorlane::registerEventWithType(const VLStringArgument& type, const VLOptionalStringArgument& label,
+                                    const VLOptionalStringArgument& phash) {
+    sharedInstance().eventService_->registerEventWithType(type.string(), label.string(), phash.string());
 }
 
-void Vorlane::registerEventWithType(const std::string& type, const Dictionary& data) {
-    sharedInstance().eventService_->registerEventWithType(type, data);
+void Vorlane::registerEventWithType(const VLStringArgument& type, const VLDictionaryArgument& data) {
+    sharedInstance().eventService_->registerEventWithType(type.string(), data.dictionary());
 }
 
-void Vorlane::registerEventWithType(const std::string& type, const Dictionary& data,
-                                    const std::optional<std::string>& phash) {
-    sharedInstance().eventService_->registerEventWithType(type, data, phash);
+void Vorlane::registerEventWithType(const VLStringArgument& type, const VLDictionaryArgument& data,
+                                    const VLOptionalStringArgument& phash) {
+    sharedInstance().eventService_->registerEventWithType(type.string(), data.dictionary(), phash.string());
 }
 
-void Vorlane::getTag(const std::optional<std::string>& name, TagHandler completionHandler) {
-    sharedInstance().tagsService_->getTag(name, std::move(completionHandler));
+void Vorlane::getTag(const VLOptionalStringArgument& name, TagHandler completionHandler) {
+    sharedInstance().tagsService_->getTag(name.string(), std::move(completionHandler));
 }
 
-void Vorlane::setTag(const std::optional<std::string>& name, const std::optional<std::string>& value, VLTagType type,
+void Vorlane::setTag(const VLOptionalStringArgument& name, const VLOptionalStringArgument& value, VLTagType type,
                      ErrorHandler completionHandler) {
-    sharedInstance().tagsService_->setTag(name, value, type, std::move(completionHandler));
+    sharedInstance().tagsService_->setTag(name.string(), value.string(), type, std::move(completionHandler));
 }
 
 void Vorlane::batchSetTags(const Value& tags, ErrorHandler completionHandler) {
@@ -176,13 +220,13 @@ void Vorlane::getNotificationSettingsWithCompletionHandler(NotificationSettingsH
         std::move(completionHandler));
 }
 
-std::optional<UILocalNotification> Vorlane::scheduleLocalNotification(const std::string& text, std::int64_t badge,
-                                                                      const std::optional<std::string>& campaign,
+std::optional<UILocalNotification> Vorlane::scheduleLocalNotification(const VLStringArgument& text, std::int64_t badge,
+                                                                      const VLOptionalStringArgument& campaign,
                                                                       std::optional<double> date,
-                                                                      const std::optional<Dictionary>& metadata,
-                                                                      const std::optional<std::string>& action) {
-    return sharedInstance().localNotificationService_->scheduleLocalNotification(text, badge, campaign, date, metadata,
-                                                                                 action);
+                                                                      const VLOptionalDictionaryArgument& metadata,
+                                                                      const VLOptionalStringArgument& action) {
+    return sharedInstance().localNotificationService_->scheduleLocalNotification(
+        text.string(), badge, campaign.string(), date, metadata.dictionary(), action.string());
 }
 
 void Vorlane::cancelPendingLocalNotification(const UILocalNotification& notification) {
@@ -235,12 +279,12 @@ void Vorlane::deleteInboxMessage(const std::shared_ptr<VLInboxMessage>& message,
     sharedInstance().inboxService_->deleteInboxMessage(message, errorOnly(std::move(completionHandler)));
 }
 
-void Vorlane::setContainer(const std::optional<std::string>& name, const std::optional<std::string>& version,
-                           const std::optional<std::string>& vlSdkVersion) {
+void Vorlane::setContainer(const VLOptionalStringArgument& name, const VLOptionalStringArgument& version,
+                           const VLOptionalStringArgument& vlSdkVersion) {
     const auto& settings = sharedInstance().settings_;
-    settings->setContainerName(name);
-    settings->setContainerVersion(version);
-    settings->setContainerVlSdkVersion(vlSdkVersion);
+    settings->setContainerName(name.string());
+    settings->setContainerVersion(version.string());
+    settings->setContainerVlSdkVersion(vlSdkVersion.string());
 }
 
 void Vorlane::addCommonJsonData(Dictionary& json) {
