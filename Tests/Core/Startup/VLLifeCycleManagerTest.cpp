@@ -24,7 +24,7 @@ VLSDKOptions optionsWithKey(const std::optional<std::string>& key) {
     return options;
 }
 
-/// The text that tells a missing or invalid key, built here piece by piece.
+/// The reason of the exception for a missing or invalid key.
 std::string invalidKeyText(const std::string& foundKey) {
     return "The Vorlane Project Key is missing or invalid - found key \"" + foundKey + "\"." + std::string(34, ' ') +
            "Check that the 32 character Project Key is present in the Info.plist with key" + std::string(33, ' ') +
@@ -65,7 +65,7 @@ TEST_F(VLLifeCycleManagerTest, AKeyOf33CharactersIsRefused) { expectRefused(opti
 
 TEST_F(VLLifeCycleManagerTest, AnAbsentKeyIsRefused) { expectRefused(optionsWithKey(std::nullopt), "(null)"); }
 
-TEST_F(VLLifeCycleManagerTest, AnEmptyKeyInTheOptionsIsAKeyOfTheWrongLength) { expectRefused(optionsWithKey(""), ""); }
+TEST_F(VLLifeCycleManagerTest, AnEmptyKeyInTheOptionsIsRefused) { expectRefused(optionsWithKey(""), ""); }
 
 TEST_F(VLLifeCycleManagerTest, AKeyOfAny32CharactersIsAccepted) {
     std::string key;
@@ -74,7 +74,7 @@ TEST_F(VLLifeCycleManagerTest, AKeyOfAny32CharactersIsAccepted) {
     EXPECT_EQ(Vorlane::appKey(), key);
 }
 
-TEST_F(VLLifeCycleManagerTest, AStartUpRemovesWhatAKillInTheMiddleOfAWriteLeft) {
+TEST_F(VLLifeCycleManagerTest, StartUpRemovesAbandonedTemporaryFiles) {
     const auto abandoned = phone().documentsFolder() + "/VLLibSettings.plist.vorlane-aB3xYz";
     ASSERT_TRUE(NSFileManager::writeToFile({1, 2, 3}, abandoned));
     phone().setClock(4e9);
@@ -82,7 +82,7 @@ TEST_F(VLLifeCycleManagerTest, AStartUpRemovesWhatAKillInTheMiddleOfAWriteLeft) 
     EXPECT_FALSE(NSFileManager::fileExistsAtPath(abandoned));
 }
 
-TEST_F(VLLifeCycleManagerTest, AStartUpLeavesTheApplicationsOwnFilesAlone) {
+TEST_F(VLLifeCycleManagerTest, StartUpKeepsTheApplicationsOwnFiles) {
     const std::vector<std::string> own{"notes.plist.backup", "VLLibSettings.plist.backup", "shop.plist.010126"};
     for (const auto& name : own) ASSERT_TRUE(NSFileManager::writeToFile({1}, documentsPath(name)));
     phone().setClock(4e9);
@@ -90,7 +90,7 @@ TEST_F(VLLifeCycleManagerTest, AStartUpLeavesTheApplicationsOwnFilesAlone) {
     for (const auto& name : own) EXPECT_TRUE(NSFileManager::fileExistsAtPath(documentsPath(name))) << name;
 }
 
-TEST_F(VLLifeCycleManagerTest, AWriteThatMayBeUnderWayIsLeftAlone) {
+TEST_F(VLLifeCycleManagerTest, StartUpKeepsRecentTemporaryFiles) {
     const auto underWay = phone().documentsFolder() + "/VLLibSettings.plist.vorlane-aB3xYz";
     ASSERT_TRUE(NSFileManager::writeToFile({1, 2, 3}, underWay));
     phone().setClock(NSFileManager::creationDateOfItemAtPath(underWay).value() + 3000);
@@ -98,7 +98,7 @@ TEST_F(VLLifeCycleManagerTest, AWriteThatMayBeUnderWayIsLeftAlone) {
     EXPECT_TRUE(NSFileManager::fileExistsAtPath(underWay));
 }
 
-TEST_F(VLLifeCycleManagerTest, ARefusedStartUpSetsTheLogLevelAndNothingElse) {
+TEST_F(VLLifeCycleManagerTest, ARefusedStartUpSetsOnlyTheLogLevel) {
     Vorlane::setPhash("kept");
     auto options = optionsWithKey("short");
     options.setLogLevel(VLLogLevel::Error);
@@ -118,17 +118,17 @@ protected:
         : VLLifeCycleManagerTest({.infoDictionary = {{"VL_App_Key", "info-key-info-key-info-key-info-"}}}) {}
 };
 
-TEST_F(VLLifeCycleManagerInfoKeyTest, TheInfoDictionarysKeyIsTakenWhenTheOptionsHaveNone) {
+TEST_F(VLLifeCycleManagerInfoKeyTest, WithoutAKeyInTheOptionsTheInfoKeyIsUsed) {
     launch(optionsWithKey(std::nullopt));
     EXPECT_EQ(Vorlane::appKey(), "info-key-info-key-info-key-info-");
 }
 
-TEST_F(VLLifeCycleManagerInfoKeyTest, TheOptionsKeyWinsOverTheInfoDictionarys) {
+TEST_F(VLLifeCycleManagerInfoKeyTest, TheOptionsKeyWinsOverTheInfoKey) {
     launch();
     EXPECT_EQ(Vorlane::appKey(), kKey);
 }
 
-TEST_F(VLLifeCycleManagerInfoKeyTest, AnInvalidOptionsKeyIsNotReplacedByTheInfoDictionarys) {
+TEST_F(VLLifeCycleManagerInfoKeyTest, AnInvalidOptionsKeyIsNotReplacedByTheInfoKey) {
     expectRefused(optionsWithKey("short"), "short");
 }
 
@@ -142,6 +142,24 @@ TEST_F(VLLifeCycleManagerShortInfoKeyTest, AnInfoKeyOf31CharactersIsRefused) {
     expectRefused(optionsWithKey(std::nullopt), "info-key-info-key-info-key-info");
 }
 
+class VLLifeCycleManagerLongInfoKeyTest : public VLLifeCycleManagerTest {
+protected:
+    VLLifeCycleManagerLongInfoKeyTest()
+        : VLLifeCycleManagerTest({.infoDictionary = {{"VL_App_Key", "info-key-info-key-info-key-info-k"}}}) {}
+};
+
+TEST_F(VLLifeCycleManagerLongInfoKeyTest, AnInfoKeyOf33CharactersIsRefused) {
+    expectRefused(optionsWithKey(std::nullopt), "info-key-info-key-info-key-info-k");
+}
+
+TEST_F(VLLifeCycleManagerTest, StartUpAppliesTheLogLevel0) {
+    auto options = VLSDKOptions();
+    options.setAppKey(kKey);
+    launch(options);
+    EXPECT_EQ(VLLog::sharedInstance().logLevel(), VLLogLevel::Off);
+    EXPECT_TRUE(log().lines().empty());
+}
+
 class VLLifeCycleManagerNumberInfoKeyTest : public VLLifeCycleManagerTest {
 protected:
     VLLifeCycleManagerNumberInfoKeyTest() : VLLifeCycleManagerTest({.infoDictionary = {{"VL_App_Key", 12345}}}) {}
@@ -151,24 +169,24 @@ TEST_F(VLLifeCycleManagerNumberInfoKeyTest, AnInfoKeyThatIsNoStringIsRefused) {
     expectRefused(optionsWithKey(std::nullopt), "12345");
 }
 
-TEST_F(VLLifeCycleManagerTest, StartUpTellsTheKeyAndTheLaunchOptions) {
+TEST_F(VLLifeCycleManagerTest, StartUpLogsTheKeyAndTheLaunchOptions) {
     launch(optionsWithKey(kKey), Dictionary{{"source", "icon"}});
     EXPECT_EQ(log().count("Vorlane SDK initialised with app key: " + kKey, VLLogLevel::Info), 1);
     EXPECT_EQ(log().count(R"(launchOptions: {"source":"icon"})", VLLogLevel::Info), 1);
 }
 
-TEST_F(VLLifeCycleManagerTest, NoLaunchOptionsPrintAsNothing) {
+TEST_F(VLLifeCycleManagerTest, MissingLaunchOptionsAreLoggedAsNull) {
     launch();
     EXPECT_EQ(log().count("launchOptions: (null)", VLLogLevel::Info), 1);
 }
 
-TEST_F(VLLifeCycleManagerTest, StartUpForgetsThePhashOfTheLastRun) {
+TEST_F(VLLifeCycleManagerTest, StartUpClearsThePhashOfTheLastRun) {
     Vorlane::setPhash("old");
     launch();
     EXPECT_EQ(Vorlane::phash(), std::nullopt);
 }
 
-TEST_F(VLLifeCycleManagerTest, ARemoteNotificationThatLaunchedTheApplicationLeavesItsPhash) {
+TEST_F(VLLifeCycleManagerTest, APhashOfARemoteLaunchNotificationIsStored) {
     launch(optionsWithKey(kKey),
            Dictionary{{UIApplicationLaunchOptionsRemoteNotificationKey, Dictionary{{"p", "hash-1"}}}});
     EXPECT_EQ(Vorlane::phash(), "hash-1");
@@ -178,7 +196,7 @@ TEST_F(VLLifeCycleManagerTest, ARemoteNotificationThatLaunchedTheApplicationLeav
               1);
 }
 
-TEST_F(VLLifeCycleManagerTest, ALocalNotificationThatLaunchedTheApplicationLeavesItsPhash) {
+TEST_F(VLLifeCycleManagerTest, APhashOfALocalLaunchNotificationIsStored) {
     UILocalNotification notification;
     notification.alertBody = "Hello";
     notification.userInfo = Dictionary{{"p", "hash-2"}};
@@ -188,7 +206,7 @@ TEST_F(VLLifeCycleManagerTest, ALocalNotificationThatLaunchedTheApplicationLeave
     EXPECT_EQ(log().count("App launched via local notification: " + notification.description(), VLLogLevel::Info), 1);
 }
 
-TEST_F(VLLifeCycleManagerTest, OfARemoteAndALocalLaunchNotificationOnlyTheRemoteOneIsRead) {
+TEST_F(VLLifeCycleManagerTest, ARemoteLaunchNotificationWinsOverALocalOne) {
     UILocalNotification notification;
     notification.userInfo = Dictionary{{"p", "local"}};
     launch(optionsWithKey(kKey),
@@ -198,13 +216,13 @@ TEST_F(VLLifeCycleManagerTest, OfARemoteAndALocalLaunchNotificationOnlyTheRemote
     EXPECT_TRUE(log().linesContaining("App launched via local notification").empty());
 }
 
-TEST_F(VLLifeCycleManagerTest, ALaunchPhashThatIsANumberIsDroppedSilently) {
+TEST_F(VLLifeCycleManagerTest, ALaunchPhashThatIsANumberIsIgnored) {
     launch(optionsWithKey(kKey), Dictionary{{UIApplicationLaunchOptionsRemoteNotificationKey, Dictionary{{"p", 7}}}});
     EXPECT_EQ(Vorlane::phash(), std::nullopt);
     EXPECT_TRUE(log().linesContaining("Storing notification phash").empty());
 }
 
-TEST_F(VLLifeCycleManagerTest, LaunchNotificationsOfTheWrongKindAreHarmless) {
+TEST_F(VLLifeCycleManagerTest, LaunchNotificationsOfAnotherKindAreIgnored) {
     for (const auto* key :
          {UIApplicationLaunchOptionsRemoteNotificationKey, UIApplicationLaunchOptionsLocalNotificationKey}) {
         for (const auto& value : {Value(1), Value("p"), Value(nullptr), Value(Array{}), Value(true)}) {
@@ -214,7 +232,7 @@ TEST_F(VLLifeCycleManagerTest, LaunchNotificationsOfTheWrongKindAreHarmless) {
     }
 }
 
-TEST_F(VLLifeCycleManagerTest, ThePushTokenAndTheDailyFetchAreAskedForAfterStartUpReturns) {
+TEST_F(VLLifeCycleManagerTest, PushTokenAndFetchIntervalAreRequestedAfterStartUp) {
     launch();
     EXPECT_EQ(phone().simulatedApplication().remoteNotificationRegistrations(), 0);
     phone().runMainQueue();
@@ -244,13 +262,13 @@ TEST_F(VLLifeCycleManagerTest, WithAConfigurationNoErrorIsLogged) {
     EXPECT_TRUE(log().linesContaining("SDK cannot launch").empty());
 }
 
-TEST_F(VLLifeCycleManagerTest, AnApplicationThatIsActiveAtLaunchStartsItsSessionAtOnce) {
+TEST_F(VLLifeCycleManagerTest, AnActiveApplicationStartsItsSessionAtLaunch) {
     phone().simulatedApplication().setApplicationState(UIApplicationState::active);
     launch();
     EXPECT_EQ(sessionStarts(), 1U);
 }
 
-TEST_F(VLLifeCycleManagerTest, AnInactiveApplicationStartsItsSessionWhenItBecomesActive) {
+TEST_F(VLLifeCycleManagerTest, AnInactiveApplicationStartsItsSessionLater) {
     launch();
     EXPECT_EQ(sessionStarts(), 0U);
     application().didBecomeActive();
@@ -258,7 +276,7 @@ TEST_F(VLLifeCycleManagerTest, AnInactiveApplicationStartsItsSessionWhenItBecome
     EXPECT_EQ(log().count("App Entering Foreground.", VLLogLevel::Debug), 1);
 }
 
-TEST_F(VLLifeCycleManagerTest, BecomingActiveTwiceInARowStartsOneSession) {
+TEST_F(VLLifeCycleManagerTest, BecomingActiveTwiceStartsOneSession) {
     launch();
     application().didBecomeActive();
     application().willResignActive();
@@ -266,7 +284,7 @@ TEST_F(VLLifeCycleManagerTest, BecomingActiveTwiceInARowStartsOneSession) {
     EXPECT_EQ(sessionStarts(), 1U);
 }
 
-TEST_F(VLLifeCycleManagerTest, BecomingActiveAgainAfterTheBackgroundStartsASecondSession) {
+TEST_F(VLLifeCycleManagerTest, BecomingActiveAfterTheBackgroundStartsASecondSession) {
     launch();
     application().didBecomeActive();
     application().didEnterBackground();
@@ -284,7 +302,7 @@ TEST_F(VLLifeCycleManagerTest, TerminationInTheForegroundEndsTheSession) {
     EXPECT_EQ(log().count("App Terminated.", VLLogLevel::Debug), 1);
 }
 
-TEST_F(VLLifeCycleManagerTest, TerminationInTheBackgroundDoesNotEndTheSessionAgain) {
+TEST_F(VLLifeCycleManagerTest, TerminationInTheBackgroundSendsNoSecondEnd) {
     launch();
     application().didBecomeActive();
     application().didEnterBackground();
@@ -314,7 +332,7 @@ TEST_F(VLLifeCycleManagerTest, BecomingActiveClearsTheNotificationOpenFlag) {
     EXPECT_FALSE(Vorlane::sharedInstance().isNotificationOpen());
 }
 
-TEST_F(VLLifeCycleManagerTest, ASecondBecomeActiveInARowLeavesTheNotificationOpenFlag) {
+TEST_F(VLLifeCycleManagerTest, ASecondBecomeActiveKeepsTheNotificationOpenFlag) {
     launch();
     application().didBecomeActive();
     Vorlane::sharedInstance().setNotificationOpen(true);
@@ -322,7 +340,7 @@ TEST_F(VLLifeCycleManagerTest, ASecondBecomeActiveInARowLeavesTheNotificationOpe
     EXPECT_TRUE(Vorlane::sharedInstance().isNotificationOpen());
 }
 
-TEST_F(VLLifeCycleManagerTest, ASecondStartUpObservesEachStateOnceAndLoadsTheConfigurationAgain) {
+TEST_F(VLLifeCycleManagerTest, ASecondStartUpObservesEachStateOnce) {
     launch();
     launch();
     EXPECT_EQ(session().requests(kConfigPath).size(), 2U);
@@ -346,7 +364,7 @@ TEST_F(VLLifeCycleManagerTest, DevelopmentOptionsLogAtDebug) {
     EXPECT_EQ(log().linesContaining("App Entering Foreground.").size(), 1U);
 }
 
-TEST_F(VLLifeCycleManagerTest, PlainOptionsLogNothingAtAll) {
+TEST_F(VLLifeCycleManagerTest, PlainOptionsLogNoLine) {
     VLSDKOptions options;
     options.setAppKey(kKey);
     VLLog::sharedInstance().setLogLevel(VLLogLevel::Off);
@@ -356,7 +374,7 @@ TEST_F(VLLifeCycleManagerTest, PlainOptionsLogNothingAtAll) {
     EXPECT_TRUE(log().lines().empty());
 }
 
-TEST_F(VLLifeCycleManagerTest, AnApplicationThatWentAwayIsHarmless) {
+TEST_F(VLLifeCycleManagerTest, ANullApplicationIsAccepted) {
     Vorlane::initialiseSDKWithApplication(nullptr, std::nullopt, optionsWithKey(kKey));
     phone().runMainQueue();
     EXPECT_EQ(session().requests(kConfigPath).size(), 1U);

@@ -13,6 +13,8 @@ namespace vorlane {
 namespace {
 
 const std::string kAppKey = "0123456789abcdef0123456789abcdef";
+const std::string kLateURLsWarning =
+    "setURLs() was called after the first use. The services keep the endpoint set they were made with.";
 
 class VorlaneTest : public SimulatedPhoneTest {
 protected:
@@ -39,29 +41,31 @@ TEST_F(VorlaneTest, TheFirstUseMakesTheFacadeAndTheSettingsFile) {
     EXPECT_TRUE(NSFileManager::fileExistsAtPath(documentsPath("VLLibSettings.plist")));
 }
 
-TEST_F(VorlaneTest, TheURLsAreNothingBeforeTheFirstUseAndTheProductionSetAfterIt) {
+TEST_F(VorlaneTest, TheProductionURLsAreSetByTheFirstUse) {
     EXPECT_EQ(Vorlane::getURLs(), nullptr);
     Vorlane::trackingId();
     EXPECT_TRUE(std::dynamic_pointer_cast<VLURLsProduction>(Vorlane::getURLs()));
 }
 
-TEST_F(VorlaneTest, URLsSetBeforeTheFirstUseAreTheServices) {
+TEST_F(VorlaneTest, URLsSetBeforeTheFirstUseAreUsed) {
     Vorlane::setURLs(VLURLsProduction::URLsWithOrigin(*NSURL::URLWithString("http://127.0.0.1:9")));
     launch();
+    EXPECT_EQ(log().count(kLateURLsWarning, VLLogLevel::Warn), 0);
     EXPECT_EQ(session().requests("http://127.0.0.1:9/config/application/ios/").size(), 1U);
 }
 
-TEST_F(VorlaneTest, URLsSetAfterTheFirstUseChangeTheSetButNotTheServices) {
+TEST_F(VorlaneTest, URLsSetAfterTheFirstUseAreNotUsed) {
     Vorlane::trackingId();
     const auto urls = VLURLsProduction::URLsWithOrigin(*NSURL::URLWithString("http://127.0.0.1:9"));
     Vorlane::setURLs(urls);
     EXPECT_EQ(Vorlane::getURLs(), urls);
+    EXPECT_EQ(log().count(kLateURLsWarning, VLLogLevel::Warn), 1);
     launch();
     EXPECT_TRUE(session().requests("127.0.0.1").empty());
     EXPECT_EQ(session().requests("/config/application/ios/").size(), 1U);
 }
 
-TEST_F(VorlaneTest, URLsThatAreReplacedMayAskForTheNewOnes) {
+TEST_F(VorlaneTest, TheDestructorOfReplacedURLsSeesTheNewSet) {
     class Leaving : public VLURLsProduction {
     public:
         explicit Leaving(std::shared_ptr<VLURLs>& seen) : seen_(seen) {}
@@ -92,7 +96,7 @@ TEST_F(VorlaneTest, TheDeviceIdIsMadeOnceAndTheTokenIsAbsent) {
     EXPECT_EQ(Vorlane::deviceToken(), std::nullopt);
 }
 
-TEST_F(VorlaneTest, ThePhashIsWhatWasSetAndCanBeForgotten) {
+TEST_F(VorlaneTest, ThePhashCanBeSetAndCleared) {
     EXPECT_EQ(Vorlane::phash(), std::nullopt);
     Vorlane::setPhash("hash");
     EXPECT_EQ(Vorlane::phash(), "hash");
@@ -100,7 +104,7 @@ TEST_F(VorlaneTest, ThePhashIsWhatWasSetAndCanBeForgotten) {
     EXPECT_EQ(Vorlane::phash(), std::nullopt);
 }
 
-TEST_F(VorlaneTest, AChangedTrackingIdIsToldToTheService) {
+TEST_F(VorlaneTest, AChangedTrackingIdIsReportedToTheService) {
     launch();
     const auto before = Vorlane::trackingId();
     Vorlane::setTrackingId("anna");
@@ -110,7 +114,7 @@ TEST_F(VorlaneTest, AChangedTrackingIdIsToldToTheService) {
     EXPECT_EQ(payload["prev_tracking_id"], Value(before));
 }
 
-TEST_F(VorlaneTest, EventsCarryTheirLabelTheirDataAndTheirPhash) {
+TEST_F(VorlaneTest, EventsCarryLabelDataAndPhash) {
     Vorlane::registerEventWithType("buy", "shoes");
     EXPECT_EQ(lastEvent()["event_type"], Value("buy"));
     EXPECT_EQ(lastEvent()["event_label"], Value("shoes"));
@@ -149,14 +153,14 @@ TEST_F(VorlaneTest, TagOperationsReachTheService) {
     EXPECT_EQ(done, (std::vector<std::string>{"set", "batch", "delete"}));
 }
 
-TEST_F(VorlaneTest, AContainerIsNamedInTheReportedVersion) {
+TEST_F(VorlaneTest, TheReportedVersionNamesTheContainer) {
     Vorlane::setContainer("N", "V", "1.2");
     Dictionary json;
     Vorlane::sharedInstance().addCommonJsonData(json);
     EXPECT_EQ(json["lv"], Value("2.0.1-N-V"));
 }
 
-TEST_F(VorlaneTest, TheCommonFieldsAreAddedToABodyUnderConstruction) {
+TEST_F(VorlaneTest, AddCommonJsonDataAddsThreeFields) {
     phone().setDocumentsCreationDate(1'600'000'000.25);
     Dictionary json{{"own", 1}, {"sid", "replaced"}};
     Vorlane::sharedInstance().addCommonJsonData(json);
@@ -164,13 +168,13 @@ TEST_F(VorlaneTest, TheCommonFieldsAreAddedToABodyUnderConstruction) {
     EXPECT_EQ(json, (Dictionary{{"own", 1}, {"sid", lastEvent()["sid"]}, {"lv", "2.0.1"}, {"acit", "1600000000250"}}));
 }
 
-TEST_F(VorlaneTest, AnOperationBeforeStartUpWorksWithoutAnAppKey) {
+TEST_F(VorlaneTest, AnEventBeforeStartUpHasNoAppKey) {
     Vorlane::registerEventWithType("early", "bird");
     EXPECT_EQ(session().requests("register_app_event?app_key=(null)").size(), 1U);
     EXPECT_FALSE(lastEvent().contains("app_key"));
 }
 
-TEST_F(VorlaneTest, AskingForTheLocationAuthorisationMakesTheFacadeToo) {
+TEST_F(VorlaneTest, LocationAuthorisationStatusMakesTheFacade) {
     EXPECT_FALSE(NSFileManager::fileExistsAtPath(documentsPath("VLLibSettings.plist")));
     EXPECT_EQ(Vorlane::locationAuthorisationStatus(), 0);
     EXPECT_TRUE(NSFileManager::fileExistsAtPath(documentsPath("VLLibSettings.plist")));
