@@ -7,6 +7,12 @@ file(GLOB VORLANE_PLATFORM_HEADERS CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/Sourc
 file(GLOB VORLANE_SIMULATOR_HEADERS CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/Simulator/Platform/*.h)
 file(GLOB VORLANE_LINUX_HEADERS CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/Source/Platform/Linux/*.h)
 
+# The version of nlohmann/json that the library is built with, which the staged VLTypes.h records.
+string(REGEX MATCHALL "[0-9]+" json_version "${nlohmann_json_VERSION}")
+list(GET json_version 0 json_major)
+list(GET json_version 1 json_minor)
+list(GET json_version 2 json_patch)
+
 # Rewrites includes from Source/ (or from the root, for the simulated phone) to <vorlane/…>.
 function(vorlane_stage_header header folder)
     get_filename_component(name ${header} NAME)
@@ -15,6 +21,11 @@ function(vorlane_stage_header header folder)
     file(READ ${header} text)
     string(REGEX REPLACE "#include \"Public/([^\"]+)\"" "#include <vorlane/\\1>" text "${text}")
     string(REGEX REPLACE "#include \"((Simulator/)?Platform/[^\"]+)\"" "#include <vorlane/\\1>" text "${text}")
+    foreach(part major minor patch)
+        string(TOUPPER ${part} PART)
+        string(REPLACE "#define VORLANE_JSON_VERSION_${PART} NLOHMANN_JSON_VERSION_${PART}"
+               "#define VORLANE_JSON_VERSION_${PART} ${json_${part}}" text "${text}")
+    endforeach()
     set(before "")
     if(EXISTS ${staged})
         file(READ ${staged} before)

@@ -55,6 +55,10 @@ set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "Client library of a hosted engagement s
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libvorlane-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 list(JOIN VORLANE_DEVELOPMENT_PACKAGES ", " packages)
+# The library links only with the version of nlohmann/json that it was built with.
+math(EXPR next_json_patch "${json_patch} + 1")
+string(REPLACE "nlohmann-json3-dev" "nlohmann-json3-dev (>= ${nlohmann_json_VERSION}), nlohmann-json3-dev (<< \
+${json_major}.${json_minor}.${next_json_patch})" packages "${packages}")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libvorlane (= ${PROJECT_VERSION}), ${packages}")
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
     "Client library of a hosted engagement service: headers, static library and the simulated phone for tests.")

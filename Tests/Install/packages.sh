@@ -13,7 +13,7 @@ field() { dpkg-deb --field "$1" "$2"; }
 for package in libcurl4 libfmt9 libplist3 libuuid1 libsystemd0 libssl3 libpng16-16 libturbojpeg0 libwebp7 libc6; do
     [[ " $(field "$runtime" Depends)," =~ " $package"[,\ ] ]] || fail "libvorlane does not depend on $package"
 done
-for package in "libvorlane (= $VERSION)" nlohmann-json3-dev libcurl4-openssl-dev libsqlite3-dev libplist-dev; do
+for package in "libvorlane (= $VERSION)" "nlohmann-json3-dev (>= $JSON_VERSION)" libcurl4-openssl-dev libsqlite3-dev libplist-dev; do
     [[ " $(field "$development" Depends)," == *" $package,"* ]] || fail "libvorlane-dev does not depend on $package"
 done
 
