@@ -16,6 +16,10 @@ namespace vorlane {
 
 namespace {
 
+/// The serialiser's number for a string that is not UTF-8.
+constexpr int kInvalidUTF8ExceptionId = 316;
+/// The code in `NSCocoaErrorDomain` of an object that cannot be written.
+constexpr std::int64_t kWriteInvalidErrorCode = 3852;
 constexpr const char* kTooDeepDescription = "(nested too deep)";
 
 template <class Visit>
@@ -110,13 +114,21 @@ bool isValidJSONObject(const Dictionary& dictionary) {
     return isValid;
 }
 
+void logSerialisationFailure(const Value& object, const Value::exception& exception) {
+    if (exception.id == kInvalidUTF8ExceptionId) {
+        logMessage(VLLogLevel::Error, "Error converting dictionary to JSON string - NSData was not a valid UTF8 string",
+                   object);
+        return;
+    }
+    const auto error = VLError::errorWithDomain(NSCocoaErrorDomain, kWriteInvalidErrorCode, exception.what());
+    logMessage(VLLogLevel::Error, fmt::format("Error converting dictionary to JSON string: {}", error.description()));
+}
+
 std::string textOf(const Value& object) {
     try {
         return object.dump();
-    } catch (const Value::exception&) {
-        // The one thing left that the serialiser refuses is text that is not UTF-8.
-        logMessage(VLLogLevel::Error, "Error converting dictionary to JSON string - NSData was not a valid UTF8 string",
-                   object);
+    } catch (const Value::exception& exception) {
+        logSerialisationFailure(object, exception);
         return {};
     }
 }
