@@ -11,8 +11,8 @@ namespace {
 
 constexpr std::uint64_t kSnakeCaseSeparator = 1;
 
-/// Nothing for a number that names no key.
-const char* deviceDataKeyText(std::uint64_t key) {
+/// Null for an unknown number.
+const char* deviceDataKeyName(std::uint64_t key) {
     switch (key) {
         case VLPayloadOptions::kDeviceKey:
             return "device";
@@ -38,10 +38,10 @@ Dictionary VLPayloadBuilder::payloadWithOptions(const Configuration& configure) 
 
     Dictionary common;
     if (options.includeBasicData) common = basicDataWithSeparator(options.basicDataSeparator);
-    const char* deviceKey = deviceDataKeyText(options.deviceDataKey);
+    const char* deviceKey = deviceDataKeyName(options.deviceDataKey);
     if (options.includeDeviceData && deviceKey) common.emplace(deviceKey, Value(deviceData()));
 
-    // Merging leaves what is there already: the caller's fields win.
+    // Merging keeps existing fields, so the caller's fields win.
     Dictionary payload = std::move(options.body);
     payload.merge(common);
     return payload;

@@ -12,10 +12,9 @@ namespace vorlane {
 class UIDevice;
 class VLSettings;
 
-/// Assembles the fields that most request bodies share, read afresh from the settings and the device at each call. Any
-/// thread.
+/// Builds the fields that most request bodies share. Each call reads the settings and the device anew. Any thread.
 ///
-/// A settings value that is absent leaves its key out, but for "phash", which is then the empty text.
+/// The key of an absent settings value is left out, except "phash", which is "" then.
 class VLPayloadBuilder {
 public:
     using Configuration = std::function<void(VLPayloadOptions& options)>;
@@ -23,13 +22,13 @@ public:
     /// `initWithDevice:settings:`
     VLPayloadBuilder(std::shared_ptr<UIDevice> device, std::shared_ptr<VLSettings> settings);
 
-    /// `payloadWithOptions:` lets `configure` fill fresh options, within this call, and gives the payload that they ask
-    /// for.
+    /// `payloadWithOptions:` calls `configure` with default options, within this call, and returns the payload for
+    /// them.
     Dictionary payloadWithOptions(const Configuration& configure) const;
 
-    /// `basicDataWithSeparator:` gives the basic fields; `separator` as in VLPayloadOptions.
+    /// `basicDataWithSeparator:` returns the basic fields. `separator` as in `VLPayloadOptions`.
     Dictionary basicDataWithSeparator(std::uint64_t separator) const;
-    /// The device fields.
+    /// Returns the device fields.
     Dictionary deviceData() const;
 
 private:

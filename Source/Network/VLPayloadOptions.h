@@ -6,18 +6,18 @@
 
 namespace vorlane {
 
-/// What a request's payload is to hold. Fresh options ask for nothing.
+/// The contents of a request's payload. Default options stand for an empty payload.
 struct VLPayloadOptions {
-    /// The caller's own fields, added last: they replace a basic or device field of the same key.
+    /// The caller's own fields. They replace basic and device fields of the same key.
     Dictionary body = {};
-    /// Add the basic fields: who the application, the user, the device and the session are.
+    /// Whether to add the basic fields, which identify the application, the user, the device and the session.
     bool includeBasicData = false;
-    /// How two of the basic keys are spelt: 1 gives "app_key" and "tracking_id", any other value "appkey" and
+    /// The spelling of two basic keys: 1 for "app_key" and "tracking_id", any other value for "appkey" and
     /// "trackingid".
     std::uint64_t basicDataSeparator = 0;
-    /// Add the device fields as a nested dictionary.
+    /// Whether to add the device fields as a nested dictionary.
     bool includeDeviceData = false;
-    /// The key of that dictionary: 0 gives "device", 1 "deviceData"; any other value adds nothing.
+    /// The key of that dictionary: 0 for "device", 1 for "deviceData". With any other value it is not added.
     std::uint64_t deviceDataKey = 0;
 
     static constexpr std::uint64_t kDeviceKey = 0;

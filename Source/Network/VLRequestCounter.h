@@ -4,7 +4,7 @@
 
 namespace vorlane {
 
-/// Numbers the requests of the process: 1, 2, …, 9999, and again from 1. Any thread.
+/// Numbers the requests of the process from 1 to 9999, then again from 1. Any thread.
 class VLRequestCounter {
 public:
     static std::uint32_t incrementAndGetCounter();

@@ -75,7 +75,7 @@ void VLRequestInFlight::succeed(std::optional<std::string> text, const NSHTTPURL
 }
 
 void VLRequestInFlight::logSuccess(const std::optional<std::string>& text, const NSHTTPURLResponse& response) const {
-    // Of a line that will be dropped nothing is built: an answer may be large.
+    // A line that will be dropped is not built: the answer may be large.
     if (!VLLog::sharedInstance().logs(VLLogLevel::Debug)) return;
     logMessage(VLLogLevel::Debug,
                fmt::format("RSPN{:04} {} SUCCESS {} {}", requestId_, method_, response.statusCode(),
@@ -94,7 +94,7 @@ void VLRequestInFlight::endBackgroundTask() {
     UIBackgroundTaskIdentifier backgroundTask = UIBackgroundTaskInvalid;
     {
         const std::lock_guard lock(mutex_);
-        // Ended already when the background time was over first.
+        // The background time expired first and has ended the task.
         if (std::exchange(phase_, Phase::ended) == Phase::ended) return;
         backgroundTask = backgroundTask_;
     }
@@ -106,7 +106,7 @@ void VLRequestInFlight::backgroundTimeExpired() {
     {
         const std::lock_guard lock(mutex_);
         if (phase_ == Phase::beginning) {
-            // The time was over before start() learnt the identifier; start() sees to the rest.
+            // start() does not know the identifier yet; it stops the request when it does.
             phase_ = Phase::expiredWhileBeginning;
             return;
         }
@@ -126,7 +126,7 @@ void VLRequestInFlight::forceStop(UIBackgroundTaskIdentifier backgroundTask) {
     if (const auto application = application_.lock()) application->endBackgroundTask(backgroundTask);
 }
 
-// The "d" is meant: the name is the number and this letter.
+// Intended: the name is the number followed by the letter "d".
 std::string VLRequestInFlight::backgroundTaskName() const { return fmt::format("{}d", requestId_); }
 
 }  // namespace vorlane

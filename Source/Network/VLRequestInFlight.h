@@ -15,8 +15,8 @@
 
 namespace vorlane {
 
-/// One request of VLURLSession from its start to its end: its background task, its closing log line and its handler.
-/// Kept alive by the data task's completion handler and by the background task's expiration handler. Any thread.
+/// One request of `VLURLSession` from its start to its end: its background task, its final log line and its handler.
+/// Kept alive by the data task's completion handler and the background task's expiration handler. Any thread.
 class VLRequestInFlight : public std::enable_shared_from_this<VLRequestInFlight> {
 public:
     using TextHandler =
@@ -25,10 +25,11 @@ public:
     VLRequestInFlight(const NSURLRequest& request, std::uint32_t requestId, std::weak_ptr<UIApplication> application,
                       TextHandler completionHandler);
 
-    /// Begins the background task, then resumes the data task. Once.
+    /// Begins the background task, then resumes the data task. Called once.
     void start(const std::shared_ptr<NSURLSessionDataTask>& dataTask);
 
-    /// What the data task ended with: logs it, calls the handler, ends the background task. Once, after `start()`.
+    /// Receives the result of the data task: logs it, calls the handler and ends the background task. Called once,
+    /// after `start()`.
     void complete(const std::optional<Data>& data, const NSURLResponse* response, std::optional<NSError> error);
 
 private:
@@ -49,7 +50,7 @@ private:
     const std::uint32_t requestId_;
     const std::weak_ptr<UIApplication> application_;
     const TextHandler completionHandler_;
-    // Set once by start(), before anything else can look at it.
+    // Set by start() before another thread can read it.
     std::weak_ptr<NSURLSessionDataTask> dataTask_;
 
     std::mutex mutex_;

@@ -18,7 +18,7 @@ namespace {
 
 constexpr const char* kScheme = "vorlane";
 
-/// A link's host, and what it does.
+/// The host of a link and its action.
 struct Action {
     const char* host;
     bool (VLURLActions::*operation)();

@@ -10,18 +10,18 @@ namespace vorlane {
 class UIApplication;
 class VLPermissionService;
 
-/// Does what the links of the library's own scheme say: "vorlane://notification-yes" and its like, as the buttons of
-/// interstitials carry them. Main queue only.
+/// Follows links of the library's own scheme, such as "vorlane://notification-yes", which the buttons of interstitials
+/// carry. Main queue only.
 class VLURLActions {
 public:
     /// `initWithPermissionService:application:`
     VLURLActions(std::shared_ptr<VLPermissionService> permissionService, std::weak_ptr<UIApplication> application);
 
-    /// `handleVorlaneActionURL:` tells whether the link was one of the library's and was followed. The scheme's case
-    /// does not matter, that of the host does; path, query and fragment are ignored.
+    /// `handleVorlaneActionURL:` follows a link of the library. Returns false for any other link and for `nullopt`. The
+    /// scheme is compared without case, the host with case. Path, query and fragment are ignored.
     bool handleVorlaneActionURL(const std::optional<NSURL>& url);
 
-    // What each link does; always true.
+    // The action of each link. Each returns true.
     bool onNotificationYes();
     bool onNotificationNo();
     bool onLocationYes();

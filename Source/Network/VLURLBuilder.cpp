@@ -34,8 +34,8 @@ NSURL resolve(const NSURL& base, const std::string& path, const std::vector<NSUR
     return components.URLRelativeToURL(base);
 }
 
-/// A coordinate as decimal text, the shortest that reads back the same: "52", "51.5074".
-std::string numberText(double number) { return stringValue(Value(number)).value_or("nan"); }
+/// The shortest decimal string that reads back as the same number: "52", "51.5074".
+std::string decimalString(double number) { return stringValue(Value(number)).value_or("nan"); }
 
 }  // namespace
 
@@ -71,7 +71,7 @@ NSURL VLURLBuilder::updateTagURL() const { return resolve(urls_->setTagUrl(), ta
 NSURL VLURLBuilder::deleteAllTagsURL() const { return resolve(urls_->deleteTagUrl(), tagsPath() + "/tag/*"); }
 
 NSURL VLURLBuilder::inboxStateURLWithTrackingId(const std::string& trackingId, const std::string& stateHash) const {
-    // Encoded here and once more as a query value: the server decodes it twice.
+    // Encoded here and once more as a query value: the service decodes it twice.
     const std::string timezone =
         stringByAddingPercentEncoding(settings_->timezoneOffSetFromGMT(), alphanumericCharacterSet());
     return resolve(
@@ -104,8 +104,8 @@ NSURL VLURLBuilder::interstitialURLWithPlacement(const std::string& placement) c
 
 NSURL VLURLBuilder::geoRegionsURLWithLocation(double latitude, double longitude, std::int64_t maxGeoRegions) const {
     return resolve(urls_->geoRegionsUrl(), userPath("/geo/regions"),
-                   {{"latitude", numberText(latitude)},
-                    {"longitude", numberText(longitude)},
+                   {{"latitude", decimalString(latitude)},
+                    {"longitude", decimalString(longitude)},
                     {"max", std::to_string(maxGeoRegions)}});
 }
 

@@ -11,11 +11,10 @@ namespace vorlane {
 class VLSettings;
 class VLURLs;
 
-/// Makes the full URL of every request out of a base URL, the settings of that moment and the caller's arguments. Any
-/// thread.
+/// Makes the URL of every request from a base URL, the current settings and the caller's arguments. Any thread.
 ///
-/// No operation fails: a settings value that is absent stands in the URL as "(null)". Paths and query values are
-/// percent-encoded; a "/" inside of a value stays a separator.
+/// No operation fails: an absent settings value is written as "(null)". Paths and query values are percent-encoded. A
+/// "/" in an id or a tag name separates path segments, and "../" removes the segment before it.
 class VLURLBuilder {
 public:
     /// `initWithURLs:settings:`
@@ -25,7 +24,7 @@ public:
     NSURL sessionEndURL() const;
     NSURL changeTrackingIdURL() const;
 
-    /// Built by the process's first call and kept from then on, also when the application key or the base URL changes.
+    /// Intended: built by the first call of the process and never again, even if the app key or the base URL changes.
     NSURL registerEventURL() const;
 
     /// `tagURLWithTagName:`
@@ -33,13 +32,13 @@ public:
     NSURL updateTagURL() const;
     NSURL deleteAllTagsURL() const;
 
-    /// `inboxStateURLWithTrackingId:stateHash:`. The time zone stands in the query encoded twice ("%252B600"), as the
-    /// server expects it.
+    /// `inboxStateURLWithTrackingId:stateHash:`. Intended: the time zone is encoded twice ("%252B600"), as the service
+    /// expects it.
     NSURL inboxStateURLWithTrackingId(const std::string& trackingId, const std::string& stateHash) const;
     /// `inboxMessageURLWithNotificationId:trackingId:`
     NSURL inboxMessageURLWithNotificationId(std::uint64_t notificationId, const std::string& trackingId) const;
 
-    /// Its path is absolute: a path of the base URL does not count.
+    /// The path is absolute: it replaces the path of the base URL.
     NSURL configURL() const;
     NSURL deviceRegistrationURL() const;
     NSURL MDNURL() const;
@@ -47,7 +46,7 @@ public:
     /// `interstitialURLWithPlacement:`
     NSURL interstitialURLWithPlacement(const std::string& placement) const;
 
-    /// `geoRegionsURLWithLocation:maxGeoRegions:`, the location in degrees.
+    /// `geoRegionsURLWithLocation:maxGeoRegions:`. Latitude and longitude in degrees.
     NSURL geoRegionsURLWithLocation(double latitude, double longitude, std::int64_t maxGeoRegions) const;
     NSURL geoContentURL() const;
 
@@ -58,7 +57,7 @@ public:
 
 private:
     std::string appKey() const;
-    /// "{application key}/{tracking id}" and then `rest`.
+    /// Returns "{app key}/{tracking id}" followed by `rest`.
     std::string userPath(const char* rest) const;
     std::string tagsPath() const;
 

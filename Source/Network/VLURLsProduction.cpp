@@ -7,7 +7,7 @@
 namespace vorlane {
 namespace {
 
-static_assert(sizeof(VORLANE_SERVICE_DOMAIN) > 1, "the service's domain must be named");
+static_assert(sizeof(VORLANE_SERVICE_DOMAIN) > 1, "VORLANE_SERVICE_DOMAIN must not be empty");
 
 enum Role : std::size_t {
     deviceRegistration,
@@ -53,13 +53,13 @@ constexpr std::array<Endpoint, roleCount> kEndpoints = {{{"device-registration",
                                                          {"api", "/0.8/session/tracking_id"}}};
 
 NSURL productionURL(const Endpoint& endpoint) {
-    // Fixed text, so it is always a URL.
+    // Always a URL: the parts are constants.
     return NSURL::URLWithString(std::string("https://") + endpoint.host + "." VORLANE_SERVICE_DOMAIN + endpoint.path)
         .value();
 }
 
-/// Scheme and authority, without the "/" that ends them.
-std::string originText(const NSURL& url) {
+/// The scheme and authority of a URL, without a "/" at the end.
+std::string originOf(const NSURL& url) {
     NSURLComponents root;
     root.setPath("/");
     std::string text = root.URLRelativeToURL(url).absoluteString();
@@ -122,7 +122,7 @@ NSURL VLURLsProduction::url(std::size_t role) const {
 NSURL VLURLsProduction::defaultURL(std::size_t role) const {
     const auto& endpoint = kEndpoints[role];
     if (!origin_) return productionURL(endpoint);
-    return NSURL::URLWithString(originText(*origin_) + endpoint.path).value_or(*origin_);
+    return NSURL::URLWithString(originOf(*origin_) + endpoint.path).value_or(*origin_);
 }
 
 void VLURLsProduction::setURL(std::size_t role, NSURL url) {

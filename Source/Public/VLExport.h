@@ -1,4 +1,4 @@
 #pragma once
 
-/// Marks what the library exports. It is built with hidden symbol visibility, so everything else stays inside.
+/// Exports a class or function from the shared library, which is built with hidden symbol visibility.
 #define VORLANE_EXPORT __attribute__((visibility("default")))

@@ -4,7 +4,7 @@
 
 namespace vorlane {
 
-/// The places of an application where the service may show an interstitial.
+/// The places in an application where the service may show an interstitial.
 enum class VLInterstitialPlacement : std::uint64_t {
     AppOpen = 0,
     Feedback = 1,

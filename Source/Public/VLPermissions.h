@@ -4,7 +4,7 @@
 
 namespace vorlane {
 
-/// What the library can ask the user for.
+/// The permissions that the library can ask the user for.
 enum class VLPermissions : std::uint64_t { Notifications = 0, LocationAlways = 1, LocationWhenInUse = 2 };
 
 }  // namespace vorlane

@@ -12,34 +12,34 @@ namespace vorlane {
 
 class NSObject;
 
-/// The application's choices at start-up. A value.
+/// The options of start-up. A value.
 class VORLANE_EXPORT VLSDKOptions {
 public:
-    /// The options of a released application: logs at INFO.
+    /// The options of a released application: log level `Info`.
     static VLSDKOptions defaultOptions();
-    /// The options to develop with: logs at DEBUG.
+    /// The options for development: log level `Debug`.
     static VLSDKOptions developmentOptions();
 
-    /// Nothing set, and no log at all.
+    /// Every option unset, and log level `Off`.
     VLSDKOptions() = default;
 
-    /// The application's project key, 32 characters. Nothing: the Info dictionary's "VL_App_Key" is taken.
+    /// The application's project key of 32 characters. `nullopt` stands for "VL_App_Key" of the Info dictionary.
     const std::optional<std::string>& appKey() const { return appKey_; }
     void setAppKey(std::optional<std::string> appKey) { appKey_ = std::move(appKey); }
 
-    /// The view controller (a `UIViewController` that is a `VLInterstitialViewController`) of an interstitial that is
-    /// shown each time the application comes to the foreground, unless a push notification with an alert arrived, or a
-    /// local one was opened, since it last did. Null: none is.
+    /// The view controller of an interstitial that is shown each time the application comes to the foreground: both a
+    /// `UIViewController` and a `VLInterstitialViewController`. Null stands for no interstitial. None is shown if a
+    /// push notification with an alert has arrived, or a local notification was opened, since the last time.
     const std::shared_ptr<NSObject>& appOpenInterstitial() const { return appOpenInterstitial_; }
     void setAppOpenInterstitial(std::shared_ptr<NSObject> viewController) {
         appOpenInterstitial_ = std::move(viewController);
     }
 
-    /// Whether the application has a notification settings screen of its own, which the system may then link to.
+    /// Whether the application has a notification settings screen of its own that the system may link to.
     bool providesAppNotificationSettings() const { return providesAppNotificationSettings_; }
     void setProvidesAppNotificationSettings(bool provides) { providesAppNotificationSettings_ = provides; }
 
-    /// The log's threshold.
+    /// The threshold of the log.
     VLLogLevel logLevel() const { return logLevel_; }
     void setLogLevel(VLLogLevel level) { logLevel_ = level; }
 

@@ -4,7 +4,7 @@
 
 namespace vorlane {
 
-/// What a tag's value is.
+/// The type of a tag's value.
 enum class VLTagType : std::uint64_t { String = 0, Numeric = 1, Timestamp = 2 };
 
 }  // namespace vorlane

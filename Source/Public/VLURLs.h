@@ -5,7 +5,7 @@
 
 namespace vorlane {
 
-/// The base URL of every role of the service. A host that talks to another fleet gives its own set to
+/// The base URL of every role of the service. A host that uses other servers passes its own set to
 /// `Vorlane::setURLs()`.
 class VORLANE_EXPORT VLURLs {
 public:

@@ -13,15 +13,15 @@
 
 namespace vorlane {
 
-/// The service's own endpoints: one host a role, always https, below the domain that the library was built for. Any
-/// thread.
+/// The production endpoints: one https host for each role, in the domain that the library was built for (the CMake
+/// option `VORLANE_SERVICE_DOMAIN`). Any thread.
 class VORLANE_EXPORT VLURLsProduction : public VLURLs {
 public:
     VLURLsProduction();
     ~VLURLsProduction() override;
 
-    /// The same endpoints on one origin, for a local service. Of `origin` the scheme, the authority and nothing else
-    /// counts; each endpoint keeps the path that it stores.
+    /// Returns the same endpoints on one origin, for a local service or a proxy of the host's own. Only scheme and
+    /// authority of `origin` count; each endpoint keeps its own path.
     static std::shared_ptr<VLURLsProduction> URLsWithOrigin(const NSURL& origin);
 
     NSURL deviceRegistrationUrl() const override;
@@ -65,11 +65,11 @@ private:
 
     NSURL defaultURL(std::size_t role) const;
 
-    // Set before anyone else knows of the object; nothing: each role's own host.
+    // Set before the object is shared. `nullopt` stands for the host of each role.
     std::optional<NSURL> origin_;
 
     mutable std::mutex mutex_;
-    // Guarded by mutex_; made when first asked for.
+    // Guarded by mutex_. Each URL is made on first use.
     mutable std::array<std::optional<NSURL>, kRoles> urls_;
 };
 

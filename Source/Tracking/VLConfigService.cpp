@@ -17,13 +17,13 @@ namespace {
 
 constexpr const char* kFileName = "VLConfig.plist";
 
-/// The object under the key of a document that may not be there.
+/// The dictionary under `key`, or null. `config` may be null.
 const Dictionary* sectionOf(const std::shared_ptr<const Dictionary>& config, const char* key) {
     return config ? dictionaryForKey(*config, key) : nullptr;
 }
 
 /// A document as the cache stores it, and as a later read of the cache returns it: without null, and without the few
-/// characters that the file cannot hold. A launch without a network then finds exactly what was in force.
+/// characters that the file cannot hold. A launch without a network then uses the same document.
 struct CachedDocument {
     explicit CachedDocument(Dictionary config) : root(std::move(config)) {
         vl_removeNulls(root);

@@ -15,13 +15,13 @@ class VLSettings;
 class VLURLBuilder;
 class VLURLSession;
 
-/// The remote configuration: which features the service has switched on for this application, and how they are tuned.
-/// Fetched once per start-up, kept in memory, and cached in "VLConfig.plist" for runs without a network.
+/// The remote configuration: the features that the service has enabled for this application, and their parameters. It
+/// is fetched once per start-up, kept in memory, and cached in "VLConfig.plist" for runs without a network.
 ///
-/// Any thread; a reader sees the old or the new document, never a mixture. Before the first load every service is off.
+/// Any thread. A reader sees the old or the new document, never a mixture. Every feature is off before the first load.
 class VLConfigService : public std::enable_shared_from_this<VLConfigService> {
 public:
-    /// Where the configuration in force came from.
+    /// The source of the current configuration.
     enum class LoadStatus : std::int64_t { fetched = 0, cached = 1, unavailable = 2 };
     using LoadHandler = std::function<void(LoadStatus status)>;
 
@@ -29,26 +29,27 @@ public:
     VLConfigService(std::shared_ptr<VLSettings> settings, std::shared_ptr<VLURLBuilder> urlBuilder,
                     std::shared_ptr<VLURLSession> urlSession);
 
-    /// `loadConfigWithCompletion:` fetches the configuration, and falls back to the cached copy when that fails. The
-    /// handler runs once, on the queue on which the HTTP layer calls back; it may be empty.
+    /// `loadConfigWithCompletion:` fetches the configuration, or reads the cached copy if that fails. The handler may
+    /// be empty. It runs once, on the queue of the HTTP layer's handlers.
     void loadConfigWithCompletion(LoadHandler completionHandler);
 
-    /// `serviceEnabled:`; false for what the configuration does not tell.
+    /// `serviceEnabled:` returns false for a service that the configuration does not name.
     bool serviceEnabled(const std::string& name) const;
-    /// `serviceConfig:` gives the service's own configuration; nothing when there is none.
+    /// `serviceConfig:` returns the parameters of a service, or `nullopt` if the configuration has none.
     std::optional<Dictionary> serviceConfig(const std::string& name) const;
 
     /// `objectForService:andKey:withDefault:`
     Value objectForService(const std::string& name, const std::string& key, const Value& defaultValue) const;
-    /// `numberForService:andKey:withDefault:`; a value that is no number is passed over in favour of the default.
+    /// `numberForService:andKey:withDefault:` returns the default for a value that is not a number.
     Value numberForService(const std::string& name, const std::string& key, const Value& defaultNumber) const;
     /// `integerForService:andKey:withDefault:`
     std::int64_t integerForService(const std::string& name, const std::string& key, std::int64_t defaultInteger) const;
 
-    /// The document in force; null before the first load and after one that found nothing.
+    /// The current document. Null before the first load, and after a load that found neither an answer nor a cached
+    /// copy.
     std::shared_ptr<const Dictionary> configDictonary() const;
 
-    /// `getFilePath` is the full path of the cached copy.
+    /// `getFilePath` returns the full path of the cached copy.
     std::string getFilePath() const;
 
 private:
@@ -62,7 +63,7 @@ private:
     const std::shared_ptr<VLURLSession> urlSession_;
 
     mutable std::mutex mutex_;
-    // Guarded by mutex_, and replaced whole. Spelt so.
+    // Guarded by mutex_, and replaced whole. Intended: the spelling.
     std::shared_ptr<const Dictionary> configDictonary_;
 };
 

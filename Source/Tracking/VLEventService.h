@@ -15,7 +15,7 @@ class VLSettings;
 class VLURLBuilder;
 class VLURLSession;
 
-/// Sends each event at once, as one request of its own; an event sent while offline is lost. Called by the facade. Any
+/// Sends each event at once, in a request of its own. An event whose request fails is lost. Called by the facade. Any
 /// thread.
 class VLEventService {
 public:
@@ -36,9 +36,9 @@ public:
     void registerEventWithType(const std::string& type, const Dictionary& data,
                                const std::optional<std::string>& phash);
 
-    /// `registerEventWithType:labelObject:phash:completionHandler:` sends the event; no label is sent as "". The phash,
-    /// when given, replaces the stored one. The handler may be empty; it runs on the main queue once the request has
-    /// ended. Errors: those of the HTTP layer.
+    /// `registerEventWithType:labelObject:phash:completionHandler:` sends an event. A label of `nullopt` is sent as "".
+    /// A phash replaces the stored one; `nullopt` stands for the stored one. The handler may be empty. It runs on the
+    /// main queue when the request has ended. Errors: those of the HTTP layer.
     void registerEventWithType(const std::string& type, std::optional<Value> labelObject,
                                const std::optional<std::string>& phash, CompletionHandler completionHandler);
 

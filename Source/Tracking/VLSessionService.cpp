@@ -22,18 +22,18 @@ namespace {
 
 double now() { return Platform::current().clock().now(); }
 
-/// Cut off towards zero, and held to the range of 64 bits.
+/// Truncated towards zero and clamped to the range of 64 bits.
 std::int64_t wholeSeconds(TimeInterval length) { return integerValue(Value(length)).value_or(0); }
 
-/// Wraps around as the platform's integers do.
+/// The sum modulo 2^64, as the platform's integers have it.
 std::int64_t wrappingSum(std::int64_t a, std::int64_t b) {
     return static_cast<std::int64_t>(static_cast<std::uint64_t>(a) + static_cast<std::uint64_t>(b));
 }
 
-/// 0 for a count that nothing can be divided by.
+/// 0 for a count of 0.
 std::int64_t quotient(std::int64_t total, std::int64_t count) {
     if (count == 0) return 0;
-    // The one quotient that does not fit wraps around to the total itself.
+    // The only quotient out of range wraps around to the total.
     const bool overflows = total == std::numeric_limits<std::int64_t>::min() && count == -1;
     return overflows ? total : total / count;
 }
@@ -76,7 +76,7 @@ void VLSessionService::sessionEnd() {
     sessionLength_ = now() - startDate_;
     addSessionToTotals(*settings, sessionLength_);
     hasActiveSession_ = false;
-    // The body is built before the session's own values are forgotten.
+    // The body is built before the session's values are cleared.
     postSessionToUrl(urlBuilder->sessionEndURL());
     settings->setPhash(std::nullopt);
     settings->setPrevTrackingId(std::nullopt);
@@ -106,7 +106,7 @@ void VLSessionService::setTrackingID(const std::optional<std::string>& trackingI
     settings->setPrevTrackingId(current);
     settings->setTrackingId(trackingId);
     const auto url = urlBuilder->changeTrackingIdURL();
-    // The URL is logged, not the id; meant so.
+    // Intended: the line contains the URL, not the id.
     logMessage(VLLogLevel::Debug, fmt::format("Changing tracking id: {}", url.absoluteString()));
     postSessionToUrl(url);
     registerDeviceTokenAgain(*settings);
@@ -129,7 +129,7 @@ void VLSessionService::postSessionToUrl(const NSURL& url) {
         options.includeDeviceData = true;
         options.deviceDataKey = VLPayloadOptions::kDeviceKey;
     });
-    // The platform is told beside the device, not in it.
+    // The platform stands beside the device fields, not among them.
     if (const auto device = payload.find("device"); device != payload.end()) device->second.erase("platform");
     urlSession_->POST(url, std::move(payload), true, nullptr);
 }

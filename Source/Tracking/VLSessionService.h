@@ -16,38 +16,37 @@ class VLSettings;
 class VLURLBuilder;
 class VLURLSession;
 
-/// Reports the start and the end of each stretch of the application in the foreground, keeps their count and total
-/// length, and tells the service of a change of the tracking id. Called by the lifecycle manager and the facade; main
-/// queue only.
+/// Reports the start and the end of each session, counts the sessions and their total length, and reports a change of
+/// the tracking id. A session is a time in the foreground. Called by the lifecycle manager and the facade. Main queue
+/// only.
 ///
-/// The result of a session request is ignored: a report that fails is lost, and changes no state.
+/// The result of a session request is ignored: a report that fails is lost and changes no state.
 class VLSessionService {
 public:
-    /// `initWithSettings:remoteNotificationService:urlSession:urlBuilder:payloadBuilder:`, with the application's
-    /// bundle.
+    /// `initWithSettings:remoteNotificationService:urlSession:urlBuilder:payloadBuilder:`, with the main bundle.
     VLSessionService(std::weak_ptr<VLSettings> settings,
                      std::weak_ptr<VLRemoteNotificationService> remoteNotificationService,
                      std::shared_ptr<VLURLSession> urlSession, std::weak_ptr<VLURLBuilder> urlBuilder,
                      std::shared_ptr<VLPayloadBuilder> payloadBuilder, std::shared_ptr<NSBundle> mainBundle);
 
-    /// Starts a session unless one is running.
+    /// Starts a session if none is running.
     void startSessionIfNotActive();
-    /// Starts a session; while one is running, restarts its clock and sends another start.
+    /// Starts a session. If one is running, it restarts its clock and sends another start.
     void sessionStart();
-    /// Ends the running session; without one only logs a warning.
+    /// Ends the running session. Without one it only logs a warning.
     void sessionEnd();
 
-    /// `setTrackingID:` changes the user. Nothing or "" is ignored; the id in force is stored again without a request.
-    /// A push token that is stored is registered again, for the new user.
+    /// `setTrackingID:` changes the user and registers a stored push token again, for the new user. `nullopt` and ""
+    /// are ignored. The current id is stored again without a request.
     void setTrackingID(const std::optional<std::string>& trackingId);
 
-    /// `postSessionToUrl:` sends the session's body, built now.
+    /// `postSessionToUrl:` sends the session's current values.
     void postSessionToUrl(const NSURL& url);
 
     bool hasActiveSession() const { return hasActiveSession_; }
-    /// Seconds; 0 while a session runs.
+    /// The length of the last session; 0 while one is running.
     TimeInterval sessionLength() const { return sessionLength_; }
-    /// Seconds; 0 while a session runs.
+    /// The average length of all sessions; 0 while one is running.
     TimeInterval averageSessionLength() const { return averageSessionLength_; }
 
 private:

@@ -28,7 +28,7 @@ NSError tagError(TagError code, const std::string& description) {
 
 bool isBlank(const std::optional<std::string>& name) { return !name || name->empty(); }
 
-/// A boolean is a number on the wire's other side, and prints as one.
+/// The value as a string. A boolean is a number for the service: "1" or "0".
 std::string textOf(const Value& value) {
     if (value.is_boolean()) return value.get<bool>() ? "1" : "0";
     return stringValue(value).value_or(vl_description(value));
@@ -51,7 +51,7 @@ void completeWithAnswer(const Dictionary& answer, const std::string& name, const
     completeOnMainQueue(handler, textOf(*value), std::nullopt);
 }
 
-/// A text handler that passes on nothing but the error.
+/// A text handler that passes on only the error.
 VLURLSession::TextHandler errorOnly(VLTagsService::ErrorHandler handler) {
     return [handler = std::move(handler)](const std::optional<std::string>& /*text*/, std::int64_t /*statusCode*/,
                                           const std::optional<NSError>& error) { completeOnMainQueue(handler, error); };

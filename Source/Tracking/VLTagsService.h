@@ -16,8 +16,9 @@ class VLSettings;
 class VLURLBuilder;
 class VLURLSession;
 
-/// Reads, sets and deletes the tags that the service keeps for the current user. Nothing is kept on the device. Called
-/// by the facade. Any thread; every handler may be empty and runs once, on the main queue, after the call has returned.
+/// Reads, sets and deletes the tags that the service keeps for the current user. Nothing is stored on the device.
+/// Called by the facade. Any thread. Every handler may be empty. It runs once, on the main queue, after the call has
+/// returned.
 class VLTagsService {
 public:
     using TagHandler = std::function<void(std::optional<std::string> value, std::optional<NSError> error)>;
@@ -27,14 +28,14 @@ public:
     VLTagsService(std::shared_ptr<VLSettings> settings, std::shared_ptr<VLURLBuilder> urlBuilder,
                   std::shared_ptr<VLPayloadBuilder> postBuilder, std::shared_ptr<VLURLSession> urlSession);
 
-    /// `getTag:completionHandler:` gives the value as text, or neither value nor error when the answer has neither.
-    /// Errors: `VLErrorDomainTag` 0 blank name, 1 tracking id unknown to the service, 2 no such tag; those of the HTTP
-    /// layer.
+    /// `getTag:completionHandler:` reads one tag. The handler receives the value as a string, or an error, or neither
+    /// if the answer has neither. Errors: `VLErrorDomainTag` code 0 for a name that is `nullopt` or empty, 1 for a
+    /// tracking id that the service does not know, 2 for a tag that does not exist; those of the HTTP layer.
     void getTag(const std::optional<std::string>& name, TagHandler completionHandler);
 
-    /// `setTag:value:type:completionHandler:`; no value leaves the field out.
-    /// Errors: `VLErrorDomainTag` 0 blank name; those of the HTTP layer. Throws an `NSException` named "Invalid Tag
-    /// Type Exception".
+    /// `setTag:value:type:completionHandler:` sets one tag. A value of `nullopt` is left out. Errors:
+    /// `VLErrorDomainTag` code 0 for a name that is `nullopt` or empty; those of the HTTP layer. Throws an
+    /// `NSException` named "Invalid Tag Type Exception".
     void setTag(const std::optional<std::string>& name, const std::optional<std::string>& value, VLTagType type,
                 ErrorHandler completionHandler);
 
@@ -44,7 +45,7 @@ public:
     /// `deleteAllTagsWithCompletionHandler:`. Errors: those of the HTTP layer.
     void deleteAllTagsWithCompletionHandler(ErrorHandler completionHandler);
 
-    /// `tagTypeToString:` gives "string", "numeric" or "timestamp". Throws as `setTag()` does.
+    /// `tagTypeToString:` returns "string", "numeric" or "timestamp". Throws like `setTag()`.
     static std::string tagTypeToString(VLTagType type);
 
 private:

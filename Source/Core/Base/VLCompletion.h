@@ -7,7 +7,7 @@
 
 namespace vorlane {
 
-/// Calls `handler` with `arguments` on the main queue, never inside this call; nothing for an empty handler.
+/// Calls `handler` with `arguments` on the main queue, never inside this call. An empty handler is ignored.
 template <class... Parameters, class... Arguments>
 void completeOnMainQueue(const std::function<void(Parameters...)>& handler, Arguments&&... arguments) {
     if (!handler) return;

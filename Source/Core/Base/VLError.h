@@ -9,7 +9,7 @@
 
 namespace vorlane {
 
-/// Builds the errors that the library reports. No state.
+/// Makes the errors that the library reports. Any thread.
 class VLError {
 public:
     /// `errorWithDomain:code:description:`
@@ -17,7 +17,7 @@ public:
     /// `errorWithDomain:code:description:userInfo:`
     static NSError errorWithDomain(const std::string& domain, std::int64_t code, const std::string& description,
                                    const Dictionary& userInfo);
-    /// `initWithDomain:code:description:userInfo:` makes the error; the description replaces any that `userInfo` holds.
+    /// `initWithDomain:code:description:userInfo:` makes the error. The description replaces the one in `userInfo`.
     static NSError initWithDomain(const std::string& domain, std::int64_t code, const std::string& description,
                                   Dictionary userInfo);
 };

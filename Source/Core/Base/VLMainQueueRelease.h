@@ -7,8 +7,8 @@
 
 namespace vorlane {
 
-/// A reference to a host's object for tasks on other queues: whichever of its copies goes last, the object itself is
-/// let go of on the main queue, where a host's screens expect to end. Null for null.
+/// Returns a reference to a host's object for tasks on other queues. Its last copy releases the object on the main
+/// queue, where a host's screens expect to be destroyed. Returns null for null.
 template <class T>
 std::shared_ptr<T> releasedOnMainQueue(std::shared_ptr<T> object) {
     if (!object) return nullptr;

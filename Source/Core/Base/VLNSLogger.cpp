@@ -10,8 +10,8 @@ namespace vorlane {
 
 namespace {
 
-void writeLine(const char* levelName, const std::string& text) {
-    Platform::current().NSLog(fmt::format("vorlane.sdk [{}]: {}", levelName, text));
+void writeLine(const char* levelName, const std::string& line) {
+    Platform::current().NSLog(fmt::format("vorlane.sdk [{}]: {}", levelName, line));
 }
 
 }  // namespace
@@ -20,7 +20,7 @@ void VLNSLogger::logMessage(const std::string& message, const std::optional<Valu
     if (level < VLLogLevel::Error || level > VLLogLevel::Debug) return;
     const auto text = payload ? message + "\n" + vl_description(*payload) : message;
     writeLine(VLLog::logLevelToString(level), text);
-    // A warning is written once more as an error; meant so.
+    // Intended: a warning is written a second time, as an error.
     if (level == VLLogLevel::Warn) writeLine(VL_LOG_STRING_ERROR, text);
 }
 

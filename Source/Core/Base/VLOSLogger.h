@@ -8,7 +8,7 @@ namespace vorlane {
 
 class OSLog;
 
-/// The sink that writes to the system's log, under the subsystem "vorlane.sdk" and the category "VL".
+/// The sink that writes to the system's log, with the subsystem "vorlane.sdk" and the category "VL".
 class VLOSLogger : public VLLogger {
 public:
     /// Throws an `NSException` named "VLOSLogger Usage Exception" on a platform below 10.0.

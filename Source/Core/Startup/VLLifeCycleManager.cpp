@@ -38,7 +38,7 @@ constexpr const char* kNoConfigText =
     "                        cached config to fall back on. Check device connectivity.";
 constexpr TimeInterval kBackgroundFetchInterval = 86400.0;
 
-// No write takes as long, so a temporary file that is older has been abandoned.
+// No write takes this long: an older temporary file was left by a process that was killed.
 constexpr TimeInterval kLongestWrite = 3600.0;
 
 void removeAbandonedFiles() {
@@ -47,8 +47,8 @@ void removeAbandonedFiles() {
                                                          platform.clock().now() - kLongestWrite);
 }
 
-/// Logs what launched the application and gives the value under "p"; null when it was no notification, or one without
-/// it.
+/// Logs the notification that launched the application and returns its value under "p". Returns null without a
+/// notification or without that value.
 const Value* launchPhash(const Value* remote, const Value* local, Dictionary& localUserInfo) {
     if (remote) {
         logMessage(VLLogLevel::Info, fmt::format("App launched via remote notification: {}", vl_description(*remote)));
@@ -174,7 +174,7 @@ void VLLifeCycleManager::loadConfig() {
             const auto config = weakConfig.lock();
             const auto permissionService = weakPermissions.lock();
             if (config && permissionService) permissionService->startWithConfig(*config, providesSettings);
-            // In line with the callbacks of the location manager.
+            // The location manager calls back on the main queue, too.
             onMainQueue([weakLocation] {
                 if (const auto locationService = weakLocation.lock()) locationService->startWithConfig();
             });
@@ -184,7 +184,7 @@ void VLLifeCycleManager::loadConfig() {
 void VLLifeCycleManager::applicationDidBecomeActive() {
     assertMainQueue();
     logMessage(VLLogLevel::Debug, "App Entering Foreground.");
-    // A system alert makes the application inactive without a background in between; that is no new session.
+    // A system alert makes the application inactive without a background in between. That starts no new session.
     if (isAppInForeground_) return;
     isAppInForeground_ = true;
     presentAppOpenInterstitial();
@@ -192,7 +192,7 @@ void VLLifeCycleManager::applicationDidBecomeActive() {
     if (const auto sessionService = sessionService_.lock()) sessionService->sessionStart();
 }
 
-/// Unless a notification opened the application, whose own content would be covered.
+/// Shows nothing if a notification opened the application: the interstitial would cover the notification's content.
 void VLLifeCycleManager::presentAppOpenInterstitial() const {
     if (!appOpenInterstitial_ || Vorlane::sharedInstance().isNotificationOpen()) return;
     Vorlane::presentInterstitialWithPlacement(VLInterstitialPlacement::AppOpen, appOpenInterstitial_, true, nullptr);
@@ -211,7 +211,7 @@ void VLLifeCycleManager::applicationWillTerminate() {
     logMessage(VLLogLevel::Debug, "App Terminated.");
     isAppInForeground_ = false;
     const auto application = application_.lock();
-    // In the background the session has been ended already.
+    // In the background the session has ended already.
     if (!application || application->applicationState() != UIApplicationState::background) endSession();
     if (const auto settings = settings_.lock()) settings->setForceGeoConfigUpdate(false);
 }

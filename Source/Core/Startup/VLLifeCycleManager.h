@@ -21,12 +21,12 @@ class VLPermissionService;
 class VLSessionService;
 class VLSettings;
 
-/// Starts the library and turns the application's changes of state into session starts and ends. Called by the facade
-/// and the notification centre; main queue only.
+/// Starts the library, and starts and ends sessions when the application's state changes. Called by the facade and by
+/// the notification centre. Main queue only.
 class VLLifeCycleManager : public std::enable_shared_from_this<VLLifeCycleManager> {
 public:
     /// `initWithSettings:sessionService:locationService:permissionService:configService:`, with the platform's objects.
-    /// The services are held weakly: the registry owns them.
+    /// The services are held weakly because the registry owns them.
     VLLifeCycleManager(std::weak_ptr<VLSettings> settings, std::weak_ptr<VLSessionService> sessionService,
                        std::weak_ptr<VLLocationService> locationService,
                        std::weak_ptr<VLPermissionService> permissionService,
@@ -34,8 +34,8 @@ public:
                        std::shared_ptr<NSNotificationCenter> notificationCenter, std::shared_ptr<NSBundle> mainBundle);
     ~VLLifeCycleManager();
 
-    /// `initialiseSDKWithApplication:launchOptions:sdkOptions:` may be called again; it observes the states once all
-    /// the same. Throws an `NSException` named "Missing / Invalid Project Key".
+    /// `initialiseSDKWithApplication:launchOptions:sdkOptions:` starts the library. A second call starts it again and
+    /// still observes each state once. Throws an `NSException` named "Missing / Invalid Project Key".
     void initialiseSDKWithApplication(const std::shared_ptr<UIApplication>& application,
                                       const std::optional<Dictionary>& launchOptions, const VLSDKOptions& options);
 
@@ -45,7 +45,7 @@ public:
     void applicationWillEnterForeground();
 
     bool isAppInForeground() const { return isAppInForeground_; }
-    /// The options of the last start-up, refused or not.
+    /// The options of the last start-up, even if its app key was refused.
     const VLSDKOptions& options() const { return options_; }
 
 private:
