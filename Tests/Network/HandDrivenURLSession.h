@@ -11,8 +11,8 @@
 
 namespace vorlane {
 
-/// A network of one request, completed by the test itself on the test's thread. It writes down what is done to a task,
-/// and keeps none alive unless it is told to.
+/// A network with one request, which the test completes on its own thread. It records the calls of its tasks, and keeps
+/// no task alive before `keepTasks()`.
 class HandDrivenURLSession : public NSURLSession {
 public:
     explicit HandDrivenURLSession(std::vector<std::string>& events) : events_(events) {}
@@ -26,12 +26,12 @@ public:
         return task;
     }
 
-    /// From now on keeps every task alive, as a real network does while one is on its way.
+    /// Keeps every task alive from now on, as a real network keeps a running task.
     void keepTasks() { keepsTasks_ = true; }
 
     const NSURLRequest& request() const { return *request_; }
 
-    /// Completes the request, which then is forgotten.
+    /// Completes the request. Once.
     void complete(std::optional<Data> data, std::shared_ptr<const NSURLResponse> response,
                   std::optional<NSError> error) {
         std::exchange(*handler_, nullptr)(std::move(data), std::move(response), std::move(error));

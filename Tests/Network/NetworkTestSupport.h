@@ -9,7 +9,7 @@
 
 namespace vorlane {
 
-/// What a handler was called with.
+/// The arguments of one call of a handler.
 template <class Result>
 struct Answer {
     std::optional<Result> result;
@@ -20,7 +20,7 @@ struct Answer {
 using TextAnswer = Answer<std::string>;
 using JSONAnswer = Answer<Dictionary>;
 
-/// A handler that writes down each of its calls.
+/// A handler that records its calls.
 inline VLURLSession::TextHandler into(std::vector<TextAnswer>& answers) {
     return [&answers](auto text, auto status, auto error) { answers.push_back({text, status, error}); };
 }
@@ -29,6 +29,6 @@ inline VLURLSession::JSONHandler into(std::vector<JSONAnswer>& answers) {
     return [&answers](auto answer, auto status, auto error) { answers.push_back({answer, status, error}); };
 }
 
-inline NSURL urlOf(const std::string& text) { return NSURL::URLWithString(text).value(); }
+inline NSURL urlOf(const std::string& string) { return NSURL::URLWithString(string).value(); }
 
 }  // namespace vorlane

@@ -40,7 +40,7 @@ protected:
     VLPayloadBuilder builder{phone().device(), settings};
 };
 
-TEST_F(VLPayloadBuilderTest, FreshOptionsAskForNothing) {
+TEST_F(VLPayloadBuilderTest, DefaultOptionsMakeAnEmptyPayload) {
     const VLPayloadOptions options;
     EXPECT_TRUE(options.body.empty());
     EXPECT_FALSE(options.includeBasicData);
@@ -50,11 +50,11 @@ TEST_F(VLPayloadBuilderTest, FreshOptionsAskForNothing) {
     EXPECT_EQ(builder.payloadWithOptions([](VLPayloadOptions&) {}), Dictionary());
 }
 
-TEST_F(VLPayloadBuilderTest, NoConfigurationGivesAnEmptyPayload) {
+TEST_F(VLPayloadBuilderTest, AnEmptyConfigurationMakesAnEmptyPayload) {
     EXPECT_EQ(builder.payloadWithOptions({}), Dictionary());
 }
 
-TEST_F(VLPayloadBuilderTest, EachCallConfiguresFreshOptionsOnceWithinTheCall) {
+TEST_F(VLPayloadBuilderTest, ConfigureRunsOncePerCallWithDefaultOptions) {
     int calls = 0;
     for (int i = 0; i < 2; ++i)
         builder.payloadWithOptions([&](VLPayloadOptions& options) {
@@ -67,13 +67,13 @@ TEST_F(VLPayloadBuilderTest, EachCallConfiguresFreshOptionsOnceWithinTheCall) {
     EXPECT_EQ(calls, 2);
 }
 
-TEST_F(VLPayloadBuilderTest, TheBasicFieldsIdentifyTheApplicationTheUserTheDeviceAndTheSession) {
+TEST_F(VLPayloadBuilderTest, TheBasicFieldsAreComplete) {
     EXPECT_EQ(builder.payloadWithOptions([](VLPayloadOptions& options) { options.includeBasicData = true; }),
               expectedBasicData());
     EXPECT_EQ(builder.basicDataWithSeparator(0), expectedBasicData());
 }
 
-TEST_F(VLPayloadBuilderTest, SeparatorOneSpellsTwoKeysInSnakeCase) {
+TEST_F(VLPayloadBuilderTest, Separator1SpellsTwoKeysInSnakeCase) {
     Dictionary expected = expectedBasicData();
     expected.erase("appkey");
     expected.erase("trackingid");
@@ -87,24 +87,24 @@ TEST_F(VLPayloadBuilderTest, SeparatorOneSpellsTwoKeysInSnakeCase) {
     EXPECT_EQ(builder.basicDataWithSeparator(1), expected);
 }
 
-TEST_F(VLPayloadBuilderTest, AnyOtherSeparatorSpellsThemAsZeroDoes) {
+TEST_F(VLPayloadBuilderTest, AnyOtherSeparatorIsTheSameAs0) {
     EXPECT_EQ(builder.basicDataWithSeparator(2), expectedBasicData());
 }
 
-TEST_F(VLPayloadBuilderTest, ThePhashIsThatOfTheNotificationThatOpenedTheApplication) {
+TEST_F(VLPayloadBuilderTest, TheStoredPhashIsSent) {
     settings->setPhash("0123abcd");
     Dictionary expected = expectedBasicData();
     expected["phash"] = "0123abcd";
     EXPECT_EQ(builder.basicDataWithSeparator(0), expected);
 }
 
-TEST_F(VLPayloadBuilderTest, WithoutANotificationThePhashIsTheEmptyText) {
+TEST_F(VLPayloadBuilderTest, WithoutAPhashAnEmptyStringIsSent) {
     settings->setPhash(std::nullopt);
     EXPECT_EQ(builder.basicDataWithSeparator(0).at("phash"), Value(""));
     EXPECT_EQ(builder.basicDataWithSeparator(1).at("phash"), Value(""));
 }
 
-TEST_F(VLPayloadBuilderTest, ThePreviousTrackingIdIsThereOnlyWhileItIsSet) {
+TEST_F(VLPayloadBuilderTest, ThePreviousTrackingIdIsSentWhileItIsSet) {
     settings->setPrevTrackingId("before");
     Dictionary expected = expectedBasicData();
     expected["prev_tracking_id"] = "before";
@@ -114,7 +114,7 @@ TEST_F(VLPayloadBuilderTest, ThePreviousTrackingIdIsThereOnlyWhileItIsSet) {
     EXPECT_EQ(builder.basicDataWithSeparator(0), expectedBasicData());
 }
 
-TEST_F(VLPayloadBuilderTest, WithoutAnApplicationKeyItsFieldIsLeftOut) {
+TEST_F(VLPayloadBuilderTest, AMissingAppKeyIsLeftOut) {
     settings->setAppKey(std::nullopt);
     Dictionary expected = expectedBasicData();
     expected.erase("appkey");
@@ -122,7 +122,7 @@ TEST_F(VLPayloadBuilderTest, WithoutAnApplicationKeyItsFieldIsLeftOut) {
     EXPECT_FALSE(builder.basicDataWithSeparator(1).contains("app_key"));
 }
 
-TEST_F(VLPayloadBuilderTest, EveryCallReadsTheSettingsAfresh) {
+TEST_F(VLPayloadBuilderTest, EveryCallReadsTheSettings) {
     builder.basicDataWithSeparator(0);
     settings->setSessionId("S2");
     settings->setTrackingId("T2");
@@ -135,28 +135,26 @@ TEST_F(VLPayloadBuilderTest, EveryCallReadsTheSettingsAfresh) {
     EXPECT_EQ(builder.basicDataWithSeparator(0), expected);
 }
 
-TEST_F(VLPayloadBuilderTest, TheDeviceFieldsTellTheDeviceAndItsUsersPreferences) {
-    EXPECT_EQ(builder.deviceData(), expectedDeviceData());
-}
+TEST_F(VLPayloadBuilderTest, TheDeviceFieldsAreComplete) { EXPECT_EQ(builder.deviceData(), expectedDeviceData()); }
 
-TEST_F(VLPayloadBuilderTest, TheTimeZoneWestOfGreenwichHasAMinus) {
+TEST_F(VLPayloadBuilderTest, ATimeZoneWestOfGreenwichHasAMinus) {
     phone().simulatedDevice().setLocalTimeZone({"America/New_York", -18000});
     EXPECT_EQ(builder.deviceData().at("timezone"), Value("-300"));
 }
 
-TEST_F(VLPayloadBuilderTest, WithoutAnyPreferredLanguageTheFieldIsLeftOut) {
+TEST_F(VLPayloadBuilderTest, AMissingLanguageIsLeftOut) {
     phone().simulatedDevice().setPreferredLanguages({});
     Dictionary expected = expectedDeviceData();
     expected.erase("language");
     EXPECT_EQ(builder.deviceData(), expected);
 }
 
-TEST_F(VLPayloadBuilderTest, DeviceDataKeyZeroNestsTheDeviceFieldsUnderDevice) {
+TEST_F(VLPayloadBuilderTest, DeviceDataKey0NestsTheFieldsUnderDevice) {
     EXPECT_EQ(builder.payloadWithOptions([](VLPayloadOptions& options) { options.includeDeviceData = true; }),
               (Dictionary{{"device", Value(expectedDeviceData())}}));
 }
 
-TEST_F(VLPayloadBuilderTest, DeviceDataKeyOneNestsTheDeviceFieldsUnderDeviceData) {
+TEST_F(VLPayloadBuilderTest, DeviceDataKey1NestsTheFieldsUnderDeviceData) {
     EXPECT_EQ(builder.payloadWithOptions([](VLPayloadOptions& options) {
         options.includeDeviceData = true;
         options.deviceDataKey = 1;
@@ -176,7 +174,7 @@ TEST_F(VLPayloadBuilderTest, ADeviceDataKeyAloneAddsNothing) {
     EXPECT_EQ(builder.payloadWithOptions([](VLPayloadOptions& options) { options.deviceDataKey = 1; }), Dictionary());
 }
 
-TEST_F(VLPayloadBuilderTest, BasicDeviceAndOwnFieldsStandSideBySide) {
+TEST_F(VLPayloadBuilderTest, BasicDeviceAndOwnFieldsAreCombined) {
     Dictionary expected = expectedBasicData();
     expected["device"] = Value(expectedDeviceData());
     expected["own"] = {{"list", {1, 2.5, true, nullptr}}};
@@ -188,7 +186,7 @@ TEST_F(VLPayloadBuilderTest, BasicDeviceAndOwnFieldsStandSideBySide) {
               expected);
 }
 
-TEST_F(VLPayloadBuilderTest, ABodyFieldReplacesTheBasicFieldOfTheSameKey) {
+TEST_F(VLPayloadBuilderTest, ABodyFieldReplacesABasicField) {
     Dictionary expected = expectedBasicData();
     expected["sid"] = "mine";
     EXPECT_EQ(builder.payloadWithOptions([](VLPayloadOptions& options) {

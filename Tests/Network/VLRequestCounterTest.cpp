@@ -12,13 +12,13 @@ namespace {
 
 class VLRequestCounterTest : public SimulatedPhoneTest {};
 
-TEST_F(VLRequestCounterTest, CountsFromOneToNineThousandNineHundredAndNinetyNineAndStartsAgain) {
+TEST_F(VLRequestCounterTest, RequestIdsWrapFrom9999To1) {
     for (int round = 0; round < 2; ++round)
         for (std::uint32_t expected = 1; expected <= 9999; ++expected)
             ASSERT_EQ(VLRequestCounter::incrementAndGetCounter(), expected);
 }
 
-TEST_F(VLRequestCounterTest, ThreadsAtOnceNeverShareANumberNorLeaveOneOut) {
+TEST_F(VLRequestCounterTest, ConcurrentThreadsReceiveDistinctIds) {
     constexpr int kThreads = 8;
     constexpr int kNumbersEach = 2500;
     std::mutex mutex;
@@ -33,13 +33,13 @@ TEST_F(VLRequestCounterTest, ThreadsAtOnceNeverShareANumberNorLeaveOneOut) {
         });
     for (std::thread& thread : threads) thread.join();
 
-    // 20,000 numbers: twice around, and two more.
+    // 20,000 ids: the range twice, and 2 more.
     std::map<std::uint32_t, int> expected;
     for (std::uint32_t number = 1; number <= 9999; ++number) expected[number] = number <= 2 ? 3 : 2;
     EXPECT_EQ(handedOut, expected);
 }
 
-TEST_F(VLRequestCounterTest, StartsAgainWithAnotherPlatform) {
+TEST_F(VLRequestCounterTest, AnotherPlatformRestartsTheIds) {
     EXPECT_EQ(VLRequestCounter::incrementAndGetCounter(), 1u);
     EXPECT_EQ(VLRequestCounter::incrementAndGetCounter(), 2u);
     Platform::install(std::make_shared<SimulatedPhone>());

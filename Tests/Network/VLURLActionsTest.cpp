@@ -35,7 +35,7 @@ protected:
         return wasHandled;
     }
 
-    /// A link that is handled, and what it does.
+    /// A link and its action.
     std::vector<std::string> handled(const std::string& text) {
         done.clear();
         EXPECT_TRUE(handle(text)) << text;
@@ -53,7 +53,7 @@ protected:
     VLURLActions actions{permissions, phone().application()};
 };
 
-TEST_F(VLURLActionsTest, EachHostDoesWhatItSays) {
+TEST_F(VLURLActionsTest, EachHostHasItsAction) {
     EXPECT_THAT(handled("vorlane://notification-yes"), ElementsAre("notifications"));
     EXPECT_THAT(handled("vorlane://notification-no"), IsEmpty());
     EXPECT_THAT(handled("vorlane://location-yes"), ElementsAre("locationAlways"));
@@ -63,8 +63,8 @@ TEST_F(VLURLActionsTest, EachHostDoesWhatItSays) {
     EXPECT_THAT(handled("vorlane://notification-location-no"), IsEmpty());
 }
 
-TEST_F(VLURLActionsTest, BothPermissionsAreAskedForNotificationsFirst) {
-    // Both wait in a queue that is closed, so that what comes first is not by chance.
+TEST_F(VLURLActionsTest, NotificationsAreAskedForBeforeLocation) {
+    // Both requests wait until the service starts, so that their order is known.
     permissions = makeService();
     VLURLActions waiting(permissions, phone().application());
     EXPECT_TRUE(waiting.handleVorlaneActionURL(NSURL::URLWithString("vorlane://notification-location-yes")));
@@ -74,7 +74,7 @@ TEST_F(VLURLActionsTest, BothPermissionsAreAskedForNotificationsFirst) {
     EXPECT_THAT(done, ElementsAre("notifications", "locationAlways"));
 }
 
-TEST_F(VLURLActionsTest, TheCaseOfTheSchemeDoesNotMatterThatOfTheHostDoes) {
+TEST_F(VLURLActionsTest, OnlyTheSchemeIgnoresCase) {
     EXPECT_THAT(handled("VORLANE://notification-yes"), ElementsAre("notifications"));
     EXPECT_THAT(handled("VorLane://location-settings-yes"), ElementsAre("open app-settings:"));
     done.clear();
@@ -89,7 +89,7 @@ TEST_F(VLURLActionsTest, PathQueryFragmentUserAndPortAreIgnored) {
     }
 }
 
-TEST_F(VLURLActionsTest, AnUnknownHostAndNoHostAreIgnoredSilently) {
+TEST_F(VLURLActionsTest, UnknownAndMissingHostsAreIgnoredSilently) {
     for (const auto* text : {"vorlane://", "vorlane:///notification-yes", "vorlane:notification-yes", "vorlane:",
                              "vorlane:/notification-yes", "vorlane://notification", "vorlane://notification-yes-please",
                              "vorlane://notification-yes.", "vorlane://yes/notification-yes"}) {
@@ -97,7 +97,7 @@ TEST_F(VLURLActionsTest, AnUnknownHostAndNoHostAreIgnoredSilently) {
     }
 }
 
-TEST_F(VLURLActionsTest, AWebLinkIsIgnoredWithALineThatNamesIt) {
+TEST_F(VLURLActionsTest, AWebLinkIsIgnoredAndLogged) {
     EXPECT_FALSE(handle("https://vorlane.example/notification-yes?a=b#c"));
     EXPECT_EQ(log().count("Vorlane ignored URL https://vorlane.example/notification-yes?a=b#c because it does not use "
                           "the vorlane:// scheme",
@@ -111,12 +111,12 @@ TEST_F(VLURLActionsTest, AWebLinkIsIgnoredWithALineThatNamesIt) {
     EXPECT_THAT(done, IsEmpty());
 }
 
-TEST_F(VLURLActionsTest, NoURLIsIgnoredWithALine) {
+TEST_F(VLURLActionsTest, NulloptIsIgnoredAndLogged) {
     EXPECT_FALSE(actions.handleVorlaneActionURL(std::nullopt));
     EXPECT_EQ(log().count("Vorlane ignored a nil URL", VLLogLevel::Info), 1);
 }
 
-TEST_F(VLURLActionsTest, EachOperationSaysThatItWasDone) {
+TEST_F(VLURLActionsTest, EachActionReturnsTrue) {
     EXPECT_TRUE(actions.onNotificationYes());
     EXPECT_TRUE(actions.onNotificationNo());
     EXPECT_TRUE(actions.onLocationYes());
@@ -126,13 +126,13 @@ TEST_F(VLURLActionsTest, EachOperationSaysThatItWasDone) {
     EXPECT_TRUE(actions.onNotificationAndLocationNo());
 }
 
-TEST_F(VLURLActionsTest, AnApplicationThatIsGoneOpensNothing) {
+TEST_F(VLURLActionsTest, ADestroyedApplicationOpensNoURL) {
     VLURLActions alone(permissions, std::weak_ptr<UIApplication>());
     EXPECT_TRUE(alone.handleVorlaneActionURL(NSURL::URLWithString("vorlane://location-settings-yes")));
     EXPECT_THAT(done, IsEmpty());
 }
 
-TEST_F(VLURLActionsTest, AHostIsComparedDecoded) {
+TEST_F(VLURLActionsTest, APercentEncodedHostIsDecoded) {
     EXPECT_THAT(handled("vorlane://notification%2Dyes"), ElementsAre("notifications"));
 }
 

@@ -15,7 +15,7 @@
 namespace vorlane {
 namespace {
 
-/// A set of endpoints with a host of its own for each role.
+/// A set of endpoints with one host for each role.
 std::shared_ptr<VLURLsProduction> distinctURLs() {
     auto urls = std::make_shared<VLURLsProduction>();
     urls->setDeviceRegistrationUrl(urlOf("https://device.test/v1/device"));
@@ -46,7 +46,7 @@ protected:
         settings->setSessionId("S");
     }
 
-    /// The text of every operation's URL, by the operation's name.
+    /// The URL of every operation by the name of the operation.
     std::map<std::string, std::string> allURLs(const std::string& trackingId, const std::string& tagName,
                                                const std::string& stateHash, const std::string& placement) const {
         return {{"sessionStartURL", builder.sessionStartURL().absoluteString()},
@@ -82,7 +82,7 @@ protected:
     VLURLBuilder builder{urls, settings};
 };
 
-TEST_F(VLURLBuilderTest, EveryOperationGivesItsURL) {
+TEST_F(VLURLBuilderTest, EveryOperationReturnsItsURL) {
     const std::string deviceId = settings->deviceId();
     const std::map<std::string, std::string> expected = {
         {"sessionStartURL", "https://start.test/0.8/session"},
@@ -110,7 +110,7 @@ TEST_F(VLURLBuilderTest, EveryOperationGivesItsURL) {
     EXPECT_EQ(allURLs("T2", "colour", "d41d8cd9", "home"), expected);
 }
 
-TEST_F(VLURLBuilderTest, WhatMayNotStandInAPathOrAQueryIsPercentEncoded) {
+TEST_F(VLURLBuilderTest, PathsAndQueriesArePercentEncoded) {
     settings->setAppKey("a b?#%+&=:\xC3\xA4");
     settings->setTrackingId("@VL@;[x]'\"+=&");
     settings->setSessionId("s&i=d+#%/? ");
@@ -145,7 +145,7 @@ TEST_F(VLURLBuilderTest, WhatMayNotStandInAPathOrAQueryIsPercentEncoded) {
     EXPECT_EQ(allURLs("u|v", "a b/c?d%2e\xE2\x82\xAC", "h&x=1", "p ^`"), expected);
 }
 
-TEST_F(VLURLBuilderTest, AMissingApplicationKeyStandsInTheURLAsNull) {
+TEST_F(VLURLBuilderTest, AMissingAppKeyIsWrittenAsNull) {
     settings->setAppKey(std::nullopt);
     EXPECT_EQ(builder.updateTagURL().absoluteString(), "https://settag.test/api/apps/(null)/tracking/T");
     EXPECT_EQ(builder.registerEventURL().absoluteString(), "https://events.test/0.8/register_app_event?app_key=(null)");
@@ -155,7 +155,7 @@ TEST_F(VLURLBuilderTest, AMissingApplicationKeyStandsInTheURLAsNull) {
     EXPECT_TRUE(builder.configURL().absoluteString().starts_with("https://config.test/config/application/ios/(null)?"));
 }
 
-TEST_F(VLURLBuilderTest, AnApplicationKeyIsNeverTakenForASchemeOrAHost) {
+TEST_F(VLURLBuilderTest, AnAppKeyIsNeverASchemeOrAHost) {
     settings->setAppKey("javascript:alert(1)");
     EXPECT_EQ(builder.geoContentURL().absoluteString(), "https://geocontent.test/javascript:alert(1)/T/geo");
     settings->setAppKey("//evil.test");
@@ -168,6 +168,25 @@ TEST_F(VLURLBuilderTest, ASlashInATagNameStaysASeparator) {
               "https://gettag.test/api/apps/K/tracking/T/tag/a%20b/c");
 }
 
+TEST_F(VLURLBuilderTest, DotDotInATrackingIdRemovesASegment) {
+    settings->setTrackingId("../x");
+    EXPECT_EQ(builder.updateTagURL().absoluteString(), "https://settag.test/api/apps/K/x");
+    EXPECT_EQ(builder.deleteAllTagsURL().absoluteString(), "https://deletetag.test/api/apps/K/x/tag/*");
+    EXPECT_EQ(builder.cancelPhashURL().absoluteString(), "https://content.test/x/phash/cancel");
+    EXPECT_EQ(builder.inboxStateURLWithTrackingId("../x", "h").path(), "/x/rich/mailbox");
+    EXPECT_NE(builder.configURL().query()->find("trackingId=../x"), std::string::npos);
+}
+
+TEST_F(VLURLBuilderTest, DotDotNeverLeavesTheHost) {
+    settings->setTrackingId("../../../../../../evil.test/x");
+    EXPECT_EQ(builder.updateTagURL().absoluteString(), "https://settag.test/evil.test/x");
+    EXPECT_EQ(builder.tagURLWithTagName("../../../../../../../../a").absoluteString(), "https://gettag.test/a");
+}
+
+TEST_F(VLURLBuilderTest, DotDotInATagNameRemovesASegment) {
+    EXPECT_EQ(builder.tagURLWithTagName("../a").absoluteString(), "https://gettag.test/api/apps/K/tracking/T/a");
+}
+
 TEST_F(VLURLBuilderTest, ARelativePathReplacesTheLastSegmentOfTheBasePath) {
     urls->setSetTagUrl(urlOf("https://settag.test/v1/"));
     EXPECT_EQ(builder.updateTagURL().absoluteString(), "https://settag.test/v1/api/apps/K/tracking/T");
@@ -177,18 +196,18 @@ TEST_F(VLURLBuilderTest, ARelativePathReplacesTheLastSegmentOfTheBasePath) {
     EXPECT_EQ(builder.updateTagURL().absoluteString(), "http://127.0.0.1:8080/api/apps/K/tracking/T");
 }
 
-TEST_F(VLURLBuilderTest, TheConfigurationURLIgnoresThePathOfItsBase) {
+TEST_F(VLURLBuilderTest, TheConfigurationURLIgnoresTheBasePath) {
     urls->setConfigUrl(urlOf("https://config.test/some/base/"));
     EXPECT_EQ(builder.configURL().path(), "/config/application/ios/K");
 }
 
-TEST_F(VLURLBuilderTest, TheConfigurationURLNamesTheContainersVersion) {
+TEST_F(VLURLBuilderTest, TheConfigurationURLContainsTheContainersVersion) {
     settings->setContainerName("N");
     settings->setContainerVersion("1.0");
     EXPECT_EQ(builder.configURL().query(), "sdkVersion=2.0.1-N-1.0&trackingId=T&deviceId=" + settings->deviceId());
 }
 
-TEST_F(VLURLBuilderTest, ANotificationIdIsUnsignedAndKeepsAllItsDigits) {
+TEST_F(VLURLBuilderTest, ANotificationIdIsUnsigned) {
     EXPECT_EQ(builder.inboxMessageURLWithNotificationId(std::numeric_limits<std::uint64_t>::max(), "T").path(),
               "/K/T/rich/mailbox/messages/18446744073709551615");
     EXPECT_EQ(builder.inboxMessageURLWithNotificationId(0, "T").path(), "/K/T/rich/mailbox/messages/0");
@@ -207,7 +226,7 @@ TEST_F(VLURLBuilderTest, TheInboxTimeZoneIsEncodedTwice) {
     }
 }
 
-TEST_F(VLURLBuilderTest, CoordinatesAreWrittenAsTheShortestTextThatReadsBackTheSame) {
+TEST_F(VLURLBuilderTest, CoordinatesAreTheShortestExactDecimals) {
     EXPECT_EQ(geoRegionsQuery(52.0, -0.0001, 100), "latitude=52&longitude=-0.0001&max=100");
     EXPECT_EQ(geoRegionsQuery(0.1 + 0.2, 180, 0), "latitude=0.30000000000000004&longitude=180&max=0");
     EXPECT_EQ(geoRegionsQuery(-90, 0, -1), "latitude=-90&longitude=0&max=-1");
@@ -215,7 +234,7 @@ TEST_F(VLURLBuilderTest, CoordinatesAreWrittenAsTheShortestTextThatReadsBackTheS
               "latitude=1e-07&longitude=2.5&max=-9223372036854775808");
 }
 
-TEST_F(VLURLBuilderTest, TheSettingsAndTheEndpointsAreReadAfreshAtEachCall) {
+TEST_F(VLURLBuilderTest, EachCallReadsSettingsAndEndpoints) {
     builder.updateTagURL();
     settings->setAppKey("K2");
     settings->setTrackingId("T2");
@@ -223,7 +242,7 @@ TEST_F(VLURLBuilderTest, TheSettingsAndTheEndpointsAreReadAfreshAtEachCall) {
     EXPECT_EQ(builder.updateTagURL().absoluteString(), "https://other.test/api/apps/K2/tracking/T2");
 }
 
-TEST_F(VLURLBuilderTest, TheEventURLKeepsTheFirstApplicationKeyAndBase) {
+TEST_F(VLURLBuilderTest, TheEventURLKeepsTheFirstAppKeyAndBase) {
     const NSURL first = builder.registerEventURL();
     settings->setAppKey("K2");
     urls->setEventsUrl(urlOf("https://other.test"));
@@ -232,14 +251,14 @@ TEST_F(VLURLBuilderTest, TheEventURLKeepsTheFirstApplicationKeyAndBase) {
               "https://events.test/0.8/register_app_event?app_key=K");
 }
 
-TEST_F(VLURLBuilderTest, AnotherPlatformForgetsTheEventURL) {
+TEST_F(VLURLBuilderTest, AnotherPlatformResetsTheEventURL) {
     builder.registerEventURL();
     settings->setAppKey("K2");
     Platform::install(std::make_shared<SimulatedPhone>());
     EXPECT_EQ(builder.registerEventURL().absoluteString(), "https://events.test/0.8/register_app_event?app_key=K2");
 }
 
-TEST_F(VLURLBuilderTest, ThreadsAtOnceAllGetTheEventURL) {
+TEST_F(VLURLBuilderTest, ConcurrentThreadsReceiveOneEventURL) {
     std::vector<std::string> texts(8);
     std::vector<std::thread> threads;
     for (std::string& text : texts)

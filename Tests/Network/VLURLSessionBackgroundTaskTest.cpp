@@ -15,7 +15,7 @@ namespace {
 
 using Events = std::vector<std::string>;
 
-/// A request driven by hand, and everything that happens to it and to its background task, in order.
+/// A request completed by hand, and the events of the request and of its background task, in order.
 class VLURLSessionBackgroundTaskTest : public SimulatedPhoneTest {
 protected:
     VLURLSessionBackgroundTaskTest() {
@@ -61,7 +61,7 @@ protected:
     VLURLSession urlSession{handDriven, phone().application()};
 };
 
-TEST_F(VLURLSessionBackgroundTaskTest, BeginsBeforeTheRequestIsSentAndEndsAfterTheHandlerRan) {
+TEST_F(VLURLSessionBackgroundTaskTest, BeginsBeforeTheRequestAndEndsAfterTheHandler) {
     urlSession.GET(url, handler());
     EXPECT_EQ(events, (Events{"begin 1d", "resume"}));
     succeed();
@@ -69,7 +69,7 @@ TEST_F(VLURLSessionBackgroundTaskTest, BeginsBeforeTheRequestIsSentAndEndsAfterT
     EXPECT_TRUE(application().backgroundTasks().empty());
 }
 
-TEST_F(VLURLSessionBackgroundTaskTest, AlsoEndsAfterTheHandlerOfAFailure) {
+TEST_F(VLURLSessionBackgroundTaskTest, EndsAfterTheHandlerOfAFailure) {
     urlSession.GET(url, handler());
     handDriven->complete(std::nullopt, std::make_shared<NSHTTPURLResponse>(url, 500), std::nullopt);
     urlSession.GET(url, handler());
@@ -81,7 +81,7 @@ TEST_F(VLURLSessionBackgroundTaskTest, AlsoEndsAfterTheHandlerOfAFailure) {
     EXPECT_TRUE(application().backgroundTasks().empty());
 }
 
-TEST_F(VLURLSessionBackgroundTaskTest, IsNamedByTheRequestsNumberAndALetter) {
+TEST_F(VLURLSessionBackgroundTaskTest, IsNamedByTheRequestIdAndALetter) {
     for (int i = 0; i < 12; ++i) {
         urlSession.GET(url, {});
         if (i < 11) succeed();
@@ -106,7 +106,7 @@ TEST_F(VLURLSessionBackgroundTaskTest, EveryOperationHasOne) {
     EXPECT_TRUE(application().backgroundTasks().empty());
 }
 
-TEST_F(VLURLSessionBackgroundTaskTest, EndsTogetherWithItsTimeByCancellingTheRequest) {
+TEST_F(VLURLSessionBackgroundTaskTest, ExpiryCancelsTheRequest) {
     handDriven->keepTasks();
     urlSession.GET(url, handler());
     const UIBackgroundTaskIdentifier identifier = application().backgroundTasks().begin()->first;
@@ -125,7 +125,7 @@ TEST_F(VLURLSessionBackgroundTaskTest, EndsTogetherWithItsTimeByCancellingTheReq
     EXPECT_EQ(log().linesContaining("RSPN").size(), 1u);
 }
 
-TEST_F(VLURLSessionBackgroundTaskTest, TheEndOfItsTimeCancelsEveryOpenRequestAndNoOther) {
+TEST_F(VLURLSessionBackgroundTaskTest, ExpiryCancelsEveryOpenRequestOnly) {
     VLURLSession scripted(phone().makeURLSession({10.0}), phone().application());
     std::vector<TextAnswer> first, second, third;
     scripted.GET(urlOf("https://one.test/"), into(first));
@@ -144,8 +144,8 @@ TEST_F(VLURLSessionBackgroundTaskTest, TheEndOfItsTimeCancelsEveryOpenRequestAnd
     EXPECT_TRUE(application().backgroundTasks().empty());
 }
 
-TEST_F(VLURLSessionBackgroundTaskTest, TimeThatEndsBeforeTheRequestIsSentCancelsItTheMomentItIs) {
-    // As the platform does for a task on its way.
+TEST_F(VLURLSessionBackgroundTaskTest, ExpiryBeforeTheRequestIsSentCancelsIt) {
+    // As the platform keeps a running task.
     handDriven->keepTasks();
     afterBegin = [this] {
         afterBegin = {};
@@ -164,7 +164,7 @@ TEST_F(VLURLSessionBackgroundTaskTest, TimeThatEndsBeforeTheRequestIsSentCancels
     EXPECT_EQ(lines[0].message.find("with id 0 "), std::string::npos);
 }
 
-TEST_F(VLURLSessionBackgroundTaskTest, TimeThatEndsInsideTheHandlerFindsNothingToCancel) {
+TEST_F(VLURLSessionBackgroundTaskTest, ExpiryInsideTheHandlerCancelsNothing) {
     urlSession.GET(url, [this](auto, auto, auto) { application().expireBackgroundTasks(); });
     succeed();
     EXPECT_TRUE(application().backgroundTasks().empty());
@@ -179,7 +179,7 @@ TEST_F(VLURLSessionBackgroundTaskTest, DoesNotKeepTheRequestAlive) {
     EXPECT_TRUE(application().backgroundTasks().empty());
 }
 
-TEST_F(VLURLSessionBackgroundTaskTest, WithoutAnApplicationRequestsRunUnprotected) {
+TEST_F(VLURLSessionBackgroundTaskTest, WithoutAnApplicationThereIsNoTask) {
     auto shortLived = std::make_shared<SimulatedApplication>(phone().notificationCenter());
     VLURLSession orphan(handDriven, shortLived);
     shortLived.reset();
@@ -188,7 +188,7 @@ TEST_F(VLURLSessionBackgroundTaskTest, WithoutAnApplicationRequestsRunUnprotecte
     EXPECT_EQ(events, (Events{"resume", "handler"}));
 }
 
-TEST_F(VLURLSessionBackgroundTaskTest, AnApplicationThatGoesAwayMeanwhileDoesNoHarm) {
+TEST_F(VLURLSessionBackgroundTaskTest, TheApplicationMayBeDestroyedMeanwhile) {
     auto shortLived = std::make_shared<SimulatedApplication>(phone().notificationCenter());
     VLURLSession orphaned(handDriven, shortLived);
     orphaned.GET(url, handler());

@@ -15,7 +15,7 @@ namespace {
 
 class VLURLSessionLogTest : public SimulatedPhoneTest {
 protected:
-    /// The only line with this part.
+    /// The only line that contains `part`.
     RecordingLogger::Line line(const std::string& part) {
         const auto lines = log().linesContaining(part);
         EXPECT_EQ(lines.size(), 1u) << part;
@@ -52,19 +52,19 @@ TEST_F(VLURLSessionLogTest, ARequestWithABodyIsLoggedWithItsJSON) {
     expectLine("RQST0003", VLLogLevel::Debug, "RQST0003 PUT https://h.test/a?b=c", "{}");
 }
 
-TEST_F(VLURLSessionLogTest, APayloadThatJSONCannotHoldIsLoggedAsAnErrorAndAsEmptyText) {
+TEST_F(VLURLSessionLogTest, AnInvalidPayloadIsLoggedAsAnError) {
     urlSession.POST(url, {{"a", std::numeric_limits<double>::infinity()}}, true, {});
     expectLine("dictionary", VLLogLevel::Error, "The dictionary is not a valid JSON object!", std::nullopt);
     expectLine("RQST0001", VLLogLevel::Debug, "RQST0001 POST https://h.test/a?b=c", "");
 }
 
-TEST_F(VLURLSessionLogTest, ASuccessIsLoggedWithTheTextOfTheAnswer) {
+TEST_F(VLURLSessionLogTest, ASuccessIsLoggedWithItsBody) {
     urlSession.GET(url, {});
     session().answer("h.test", 200, R"({"x":1})");
     expectLine("RSPN", VLLogLevel::Debug, "RSPN0001 GET SUCCESS 200 https://h.test/a?b=c", R"({"x":1})");
 }
 
-TEST_F(VLURLSessionLogTest, ASuccessWithoutATextIsLoggedWithoutAPayload) {
+TEST_F(VLURLSessionLogTest, AnEmptySuccessIsLoggedWithoutAPayload) {
     urlSession.PUT(url, {}, {});
     session().answerData("h.test", 204, std::nullopt);
     urlSession.DELETE(url, {});
@@ -73,7 +73,7 @@ TEST_F(VLURLSessionLogTest, ASuccessWithoutATextIsLoggedWithoutAPayload) {
     expectLine("RSPN0002", VLLogLevel::Debug, "RSPN0002 DELETE SUCCESS 200 https://h.test/a?b=c", std::nullopt);
 }
 
-TEST_F(VLURLSessionLogTest, ASuccessNamesTheURLThatAnsweredAndAFailureTheURLThatWasAsked) {
+TEST_F(VLURLSessionLogTest, SuccessLogsTheAnsweringURLFailureTheRequestedURL) {
     std::vector<std::string> events;
     const auto handDriven = std::make_shared<HandDrivenURLSession>(events);
     const auto redirected = urlOf("https://elsewhere.test/");
@@ -102,7 +102,7 @@ TEST_F(VLURLSessionLogTest, AFailureIsLoggedAsAnErrorWithItsReason) {
                std::nullopt);
 }
 
-TEST_F(VLURLSessionLogTest, ATransportErrorIsLoggedAsThePlatformTellsIt) {
+TEST_F(VLURLSessionLogTest, ATransportErrorIsLoggedUnchanged) {
     NSError received("", 0);
     urlSession.GET(url, [&](auto, auto, auto error) { received = error.value(); });
     session().fail("h.test", NSURLError::timedOut);
@@ -121,7 +121,7 @@ TEST_F(VLURLSessionLogTest, AtLevelInfoOnlyFailuresAreLogged) {
     EXPECT_EQ(log().linesContaining("RSPN0002").size(), 1u);
 }
 
-TEST_F(VLURLSessionLogTest, RequestsAreNumberedToNineThousandNineHundredAndNinetyNineAndThenFromOne) {
+TEST_F(VLURLSessionLogTest, RequestIdsWrapFrom9999To1) {
     session().alwaysAnswer("h.test", 204);
     VLLog::sharedInstance().setLogLevel(VLLogLevel::Off);
     for (int i = 1; i <= 9998; ++i) urlSession.GET(url, {});

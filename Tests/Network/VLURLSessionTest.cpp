@@ -24,7 +24,7 @@ constexpr const char* kNoHTTPResponse =
 class VLURLSessionTest : public SimulatedPhoneTest {
 protected:
     ~VLURLSessionTest() override {
-        // The handlers of requests left open write into this object.
+        // The handlers of open requests write into this object.
         session().invalidateAndCancel();
         phone().settle();
     }
@@ -69,7 +69,7 @@ TEST_F(VLURLSessionTest, DELETESendsNoBodyAndSetsNoHeader) {
     EXPECT_FALSE(lastRequest().HTTPBody);
 }
 
-TEST_F(VLURLSessionTest, POSTAsAFormSendsTheEncodedJSONInOneField) {
+TEST_F(VLURLSessionTest, AFormHoldsTheEncodedJSONInOneField) {
     EXPECT_NE(urlSession.POST(url, {{"a", "b c"}}, true, into(texts)), nullptr);
     EXPECT_EQ(lastRequest().URL, url);
     EXPECT_EQ(lastRequest().HTTPMethod, "POST");
@@ -77,13 +77,13 @@ TEST_F(VLURLSessionTest, POSTAsAFormSendsTheEncodedJSONInOneField) {
     EXPECT_EQ(session().lastRequest().bodyText(), "payload=%7B%22a%22%3A%22b%20c%22%7D");
 }
 
-TEST_F(VLURLSessionTest, AFormLeavesOnlyLettersDigitsAndFourSignsUnencoded) {
+TEST_F(VLURLSessionTest, AFormEncodesAllButLettersDigitsAnd4Signs) {
     urlSession.POST(url, {{"-_.*", "Az09~!'()+&=%/\xC3\xA9"}}, true, into(texts));
     EXPECT_EQ(session().lastRequest().bodyText(),
               "payload=%7B%22-_.*%22%3A%22Az09%7E%21%27%28%29%2B%26%3D%25%2F%C3%A9%22%7D");
 }
 
-TEST_F(VLURLSessionTest, POSTAsJSONSendsTheCompactText) {
+TEST_F(VLURLSessionTest, POSTAsJSONSendsCompactJSON) {
     EXPECT_NE(urlSession.POST(url, {{"a", "b c"}, {"n", {{"x", {1, 2.5, true, nullptr}}}}}, false, into(texts)),
               nullptr);
     EXPECT_EQ(lastRequest().URL, url);
@@ -116,7 +116,7 @@ TEST_F(VLURLSessionTest, AnEmptyPayloadIsAnEmptyObject) {
     EXPECT_EQ(session().lastRequest().bodyText(), "{}");
 }
 
-TEST_F(VLURLSessionTest, APayloadThatJSONCannotHoldIsSentAsEmptyTextAndAnswered) {
+TEST_F(VLURLSessionTest, AnInvalidPayloadIsSentAsAnEmptyString) {
     const std::vector<Dictionary> payloads = {
         {{"a", std::numeric_limits<double>::quiet_NaN()}}, {{"a", Value::binary({1, 2})}}, {{"a", "\xFF"}}};
     for (const Dictionary& payload : payloads) {
@@ -138,7 +138,7 @@ TEST_F(VLURLSessionTest, APayloadThatJSONCannotHoldIsSentAsEmptyTextAndAnswered)
 
 // Answers.
 
-TEST_F(VLURLSessionTest, AnAnswerReachesTheHandlerAsTextOnce) {
+TEST_F(VLURLSessionTest, AnAnswerReachesTheHandlerOnce) {
     urlSession.GET(url, into(texts));
     EXPECT_TRUE(texts.empty());
     session().answer("h.test", 200, "hei \xC3\xA5");
@@ -148,7 +148,7 @@ TEST_F(VLURLSessionTest, AnAnswerReachesTheHandlerAsTextOnce) {
     EXPECT_FALSE(texts[0].error);
 }
 
-TEST_F(VLURLSessionTest, EveryOperationHandsItsTextAnswerBack) {
+TEST_F(VLURLSessionTest, EveryOperationReturnsItsAnswer) {
     urlSession.DELETE(url, into(texts));
     urlSession.PUT(url, {}, into(texts));
     urlSession.POST(url, {}, true, into(texts));
@@ -159,7 +159,7 @@ TEST_F(VLURLSessionTest, EveryOperationHandsItsTextAnswerBack) {
     EXPECT_EQ(texts[2].result, "po");
 }
 
-TEST_F(VLURLSessionTest, ATextHandlerGetsNothingForAnAnswerWithoutData) {
+TEST_F(VLURLSessionTest, AnEmptyBodyIsNullopt) {
     urlSession.GET(url, into(texts));
     session().answerData("h.test", 204, std::nullopt);
     urlSession.GET(url, into(texts));
@@ -172,7 +172,7 @@ TEST_F(VLURLSessionTest, ATextHandlerGetsNothingForAnAnswerWithoutData) {
     }
 }
 
-TEST_F(VLURLSessionTest, ATextHandlerGetsNothingForABodyThatIsNotUTF8) {
+TEST_F(VLURLSessionTest, ABodyThatIsNotUTF8IsNullopt) {
     urlSession.GET(url, into(texts));
     session().answerData("h.test", 200, Data{'a', 0xC3, 0x28});
     ASSERT_EQ(texts.size(), 1u);
@@ -181,7 +181,7 @@ TEST_F(VLURLSessionTest, ATextHandlerGetsNothingForABodyThatIsNotUTF8) {
     EXPECT_FALSE(texts[0].error);
 }
 
-TEST_F(VLURLSessionTest, AJSONHandlerGetsTheObject) {
+TEST_F(VLURLSessionTest, AJSONHandlerReceivesTheObject) {
     urlSession.GETJSON(url, into(objects));
     session().answer("h.test", 200, R"({"a":[1,{"b":null}]})");
     urlSession.POSTWithJSONResponse(url, {}, false, into(objects));
@@ -195,7 +195,7 @@ TEST_F(VLURLSessionTest, AJSONHandlerGetsTheObject) {
     EXPECT_FALSE(objects[1].error);
 }
 
-TEST_F(VLURLSessionTest, AJSONHandlerGetsTheEmptyTextErrorForAnAnswerWithoutData) {
+TEST_F(VLURLSessionTest, AnEmptyBodyIsAnErrorForAJSONHandler) {
     urlSession.GETJSON(url, into(objects));
     session().answerData("h.test", 204, std::nullopt);
     urlSession.POSTWithJSONResponse(url, {}, false, into(objects));
@@ -208,7 +208,7 @@ TEST_F(VLURLSessionTest, AJSONHandlerGetsTheEmptyTextErrorForAnAnswerWithoutData
     }
 }
 
-TEST_F(VLURLSessionTest, AStatusOutsideTheTwoHundredsIsAnErrorWithThatCode) {
+TEST_F(VLURLSessionTest, AStatusOutside200To299IsAnErrorWithThatCode) {
     for (const std::int64_t status : {0, 100, 199, 300, 304, 400, 401, 404, 500, 503, 999}) {
         SCOPED_TRACE(status);
         texts.clear();
@@ -235,7 +235,7 @@ TEST_F(VLURLSessionTest, AnAnswerThatIsNotHTTPIsAnError) {
     }
 }
 
-TEST_F(VLURLSessionTest, ATransportErrorIsPassedOnAsItIs) {
+TEST_F(VLURLSessionTest, ATransportErrorIsPassedOnUnchanged) {
     for (const NSURLError code : {NSURLError::notConnectedToInternet, NSURLError::timedOut, NSURLError::cancelled}) {
         texts.clear();
         urlSession.GET(url, into(texts));
@@ -249,7 +249,7 @@ TEST_F(VLURLSessionTest, ATransportErrorIsPassedOnAsItIs) {
     }
 }
 
-TEST_F(VLURLSessionTest, AJSONHandlerGetsTheErrorOfTheRequest) {
+TEST_F(VLURLSessionTest, AJSONHandlerReceivesTheErrorOfTheRequest) {
     urlSession.GETJSON(url, into(objects));
     session().answer("h.test", 404, "{}");
     urlSession.POSTWithJSONResponse(url, {}, true, into(objects));
@@ -264,7 +264,7 @@ TEST_F(VLURLSessionTest, AJSONHandlerGetsTheErrorOfTheRequest) {
     EXPECT_EQ(objects[1].error->code(), -1001);
 }
 
-TEST_F(VLURLSessionTest, NothingIsRetried) {
+TEST_F(VLURLSessionTest, NoRequestIsRetried) {
     urlSession.GET(url, into(texts));
     session().fail("h.test");
     urlSession.GET(url, into(texts));
@@ -305,7 +305,7 @@ TEST_F(VLURLSessionTest, HandlersRunOffTheMainThread) {
     EXPECT_NE(handlerThread, std::this_thread::get_id());
 }
 
-TEST_F(VLURLSessionTest, AHandlerRunsAlsoWhenTheSessionObjectIsGone) {
+TEST_F(VLURLSessionTest, AHandlerRunsAfterTheSessionIsDestroyed) {
     auto shortLived = std::make_unique<VLURLSession>(phone().makeURLSession({10.0}), phone().application());
     shortLived->GET(url, into(texts));
     shortLived->GETJSON(url, into(objects));
@@ -327,7 +327,7 @@ TEST_F(VLURLSessionTest, AHandlerMayStartTheNextRequest) {
     EXPECT_EQ(texts[0].result, "second");
 }
 
-TEST_F(VLURLSessionTest, RequestsMayBeStartedFromManyThreadsAtOnce) {
+TEST_F(VLURLSessionTest, ManyThreadsMayStartRequests) {
     constexpr int kThreads = 4;
     constexpr int kRequestsEach = 50;
     session().alwaysAnswer("h.test", 200, "ok");

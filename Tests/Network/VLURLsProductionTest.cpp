@@ -21,7 +21,7 @@ struct Endpoint {
     const char* path;
 };
 
-// The host without the domain below which it lives.
+// The host without the domain.
 const std::vector<Endpoint>& endpoints() {
     static const std::vector<Endpoint> all = {
         {"deviceRegistration", &VLURLs::deviceRegistrationUrl, &VLURLs::setDeviceRegistrationUrl, "device-registration",
@@ -77,7 +77,7 @@ TEST(VLURLsProductionTest, OnlyTheSessionURLsShareAHost) {
     EXPECT_EQ(rolesByHost["api" + domain()], 3);
 }
 
-TEST(VLURLsProductionTest, EachURLCanBeReplacedAndLeavesTheOthersAlone) {
+TEST(VLURLsProductionTest, EachURLCanBeReplacedAlone) {
     for (const Endpoint& endpoint : endpoints()) {
         SCOPED_TRACE(endpoint.role);
         VLURLsProduction urls;
@@ -88,12 +88,12 @@ TEST(VLURLsProductionTest, EachURLCanBeReplacedAndLeavesTheOthersAlone) {
     }
 }
 
-TEST(VLURLsProductionTest, AllEndpointsCanLiveOnOneOriginAndKeepTheirPaths) {
+TEST(VLURLsProductionTest, AllEndpointsKeepTheirPathsOnOneOrigin) {
     const auto origin = NSURL::URLWithString("http://127.0.0.1:8080").value();
     EXPECT_EQ(textsByRole(*VLURLsProduction::URLsWithOrigin(origin)), textsOnOrigin("http://127.0.0.1:8080"));
 }
 
-TEST(VLURLsProductionTest, OfAnOriginOnlyTheSchemeAndTheAuthorityCount) {
+TEST(VLURLsProductionTest, OnlySchemeAndAuthorityOfAnOriginCount) {
     for (const char* text : {"http://localhost:1/", "http://localhost:1/some/path", "http://localhost:1/p?q=1",
                              "http://localhost:1?q=1"}) {
         SCOPED_TRACE(text);

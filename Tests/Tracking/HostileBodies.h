@@ -8,13 +8,13 @@
 
 namespace vorlane {
 
-/// A body that no honest server sends.
+/// A body that an honest server does not send.
 struct HostileBody {
     std::string name;
     std::optional<Data> bytes;
 };
 
-/// `open` and `close` that many times around `core`.
+/// `core` between repetitions of `open` and `close`.
 inline std::string nestedJSON(int levels, const std::string& open, const std::string& core, const std::string& close) {
     std::string text;
     for (int i = 0; i < levels; ++i) text += open;
@@ -23,14 +23,14 @@ inline std::string nestedJSON(int levels, const std::string& open, const std::st
     return text;
 }
 
-/// The race detector makes each byte cost a hundred times as much.
+/// Smaller under ThreadSanitizer, where each byte costs a hundred times as much.
 #ifdef __SANITIZE_THREAD__
 inline constexpr std::size_t kHugeBody = std::size_t{4} << 20;
 #else
 inline constexpr std::size_t kHugeBody = std::size_t{40} << 20;
 #endif
 
-/// Bodies that are no JSON object, in every way.
+/// Bodies that are not a JSON object.
 inline std::vector<HostileBody> bodiesThatAreNoObject() {
     const auto data = [](const std::string& text) { return std::optional<Data>(Data(text.begin(), text.end())); };
     return {{"nothing", std::nullopt},

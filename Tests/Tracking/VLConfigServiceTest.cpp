@@ -56,7 +56,7 @@ protected:
         return [](LoadStatus) { logMessage(VLLogLevel::Info, kHandlerRan); };
     }
 
-    /// What was logged, in order, but for the lines of the HTTP layer.
+    /// The lines of the log in order, without those of the HTTP layer.
     std::vector<std::string> linesAboutConfig() {
         std::vector<std::string> found;
         for (const auto& line : log().lines()) {
@@ -78,14 +78,14 @@ protected:
     std::shared_ptr<VLConfigService> service = makeService();
 };
 
-TEST_F(VLConfigServiceTest, TheServiceNamesAreTheConfigurationsWords) {
+TEST_F(VLConfigServiceTest, TheServiceNamesAreThoseOfTheConfiguration) {
     EXPECT_STREQ(VLCONFIGSERVICEGEO, "geo_regions");
     EXPECT_STREQ(VLCONFIGSERVICEBEACON, "beacon");
     EXPECT_STREQ(VLCONFIGSERVICEPERMISSION, "permission");
     EXPECT_STREQ(VLCONFIGSERVICEINBOX, "rich_inbox");
 }
 
-TEST_F(VLConfigServiceTest, TheStatusesAreTheNumbers0To2) {
+TEST_F(VLConfigServiceTest, TheStatusesAre0To2) {
     EXPECT_EQ(static_cast<std::int64_t>(LoadStatus::fetched), 0);
     EXPECT_EQ(static_cast<std::int64_t>(LoadStatus::cached), 1);
     EXPECT_EQ(static_cast<std::int64_t>(LoadStatus::unavailable), 2);
@@ -102,7 +102,7 @@ TEST_F(VLConfigServiceTest, ALoadIsOneGetWithTheIdentities) {
         "/config/application/ios/K?sdkVersion=2.0.1&trackingId=T&deviceId=" + settings->deviceId()));
 }
 
-TEST_F(VLConfigServiceTest, AFetchedConfigurationIsInForceAndCached) {
+TEST_F(VLConfigServiceTest, AFetchedConfigurationIsUsedAndCached) {
     EXPECT_EQ(loadAnswered(kDocument), LoadStatus::fetched);
     EXPECT_EQ(calls, 1);
     EXPECT_EQ(*service->configDictonary(), Value::parse(kDocument).get_ref<const Dictionary&>());
@@ -111,7 +111,7 @@ TEST_F(VLConfigServiceTest, AFetchedConfigurationIsInForceAndCached) {
     EXPECT_EQ(log().count("Successfully loaded config from remote server", VLLogLevel::Info), 1);
 }
 
-TEST_F(VLConfigServiceTest, AFirstLaunchOfflineFindsNothingAndEnablesNothing) {
+TEST_F(VLConfigServiceTest, AFirstLaunchOfflineEnablesNoService) {
     EXPECT_EQ(loadOffline(), LoadStatus::unavailable);
     for (const auto* name :
          {VLCONFIGSERVICEGEO, VLCONFIGSERVICEBEACON, VLCONFIGSERVICEPERMISSION, VLCONFIGSERVICEINBOX}) {
@@ -123,7 +123,7 @@ TEST_F(VLConfigServiceTest, AFirstLaunchOfflineFindsNothingAndEnablesNothing) {
         1);
 }
 
-TEST_F(VLConfigServiceTest, ALaterLaunchOfflineTakesTheCachedConfiguration) {
+TEST_F(VLConfigServiceTest, ALaterLaunchOfflineUsesTheCache) {
     loadAnswered(kDocument);
     service = makeService();
     EXPECT_EQ(loadOffline(), LoadStatus::cached);
@@ -164,7 +164,7 @@ TEST_F(VLConfigServiceTest, TheHandlerRunsBeforeTheMissingConfigurationIsLogged)
                                         "Failed to fetch config from remote server and no config is cached locally."}));
 }
 
-TEST_F(VLConfigServiceTest, AnEmptyObjectIsAConfigurationAsWell) {
+TEST_F(VLConfigServiceTest, AnEmptyObjectIsAConfiguration) {
     EXPECT_EQ(loadAnswered("{}"), LoadStatus::fetched);
     ASSERT_TRUE(service->configDictonary());
     service = makeService();
@@ -173,7 +173,7 @@ TEST_F(VLConfigServiceTest, AnEmptyObjectIsAConfigurationAsWell) {
     EXPECT_TRUE(service->configDictonary()->empty());
 }
 
-TEST_F(VLConfigServiceTest, ALoadWithoutAHandlerTakesEffectAllTheSame) {
+TEST_F(VLConfigServiceTest, ALoadWithoutAHandlerTakesEffect) {
     service->loadConfigWithCompletion(nullptr);
     session().fail(kPath);
     EXPECT_EQ(service->configDictonary(), nullptr);
@@ -185,7 +185,7 @@ TEST_F(VLConfigServiceTest, ALoadWithoutAHandlerTakesEffectAllTheSame) {
     EXPECT_TRUE(service->serviceEnabled(VLCONFIGSERVICEGEO));
 }
 
-TEST_F(VLConfigServiceTest, LoadsSideBySideEachTellTheirCallerAndTheLastAnswerHolds) {
+TEST_F(VLConfigServiceTest, OfTwoConcurrentLoadsTheLastAnswerCounts) {
     std::vector<LoadStatus> statuses;
     for (int i = 0; i < 2; ++i) {
         service->loadConfigWithCompletion([&](LoadStatus status) { statuses.push_back(status); });
@@ -197,7 +197,7 @@ TEST_F(VLConfigServiceTest, LoadsSideBySideEachTellTheirCallerAndTheLastAnswerHo
     EXPECT_FALSE(service->serviceEnabled(VLCONFIGSERVICEGEO));
 }
 
-TEST_F(VLConfigServiceTest, AServerErrorLeadsToTheCacheAsWell) {
+TEST_F(VLConfigServiceTest, AServerErrorLeadsToTheCache) {
     loadAnswered(kDocument);
     EXPECT_EQ(loadAnswered(kDocument, 500), LoadStatus::cached);
 }
@@ -209,7 +209,7 @@ TEST_F(VLConfigServiceTest, AFailedFetchNeverDeletesTheCache) {
     EXPECT_EQ(cache(), before);
 }
 
-TEST_F(VLConfigServiceTest, ANewConfigurationReplacesTheOldOneWhole) {
+TEST_F(VLConfigServiceTest, ANewConfigurationReplacesTheWholeOldOne) {
     loadAnswered(kDocument);
     loadAnswered(R"({"services":{"beacon":true}})");
     EXPECT_FALSE(service->serviceEnabled(VLCONFIGSERVICEGEO));
@@ -217,7 +217,7 @@ TEST_F(VLConfigServiceTest, ANewConfigurationReplacesTheOldOneWhole) {
     EXPECT_FALSE(service->serviceConfig(VLCONFIGSERVICEINBOX));
 }
 
-TEST_F(VLConfigServiceTest, NullsAreDroppedInMemoryAsOnFile) {
+TEST_F(VLConfigServiceTest, NullsAreDroppedInMemoryAndInTheFile) {
     loadAnswered(R"({"services":{"beacon":null},"configs":{"beacon":{"a":[1,null,2],"b":null}},"c":null})");
     const Dictionary expected{{"services", Dictionary()},
                               {"configs", Dictionary{{"beacon", Dictionary{{"a", Array{1, 2}}}}}}};
@@ -225,7 +225,7 @@ TEST_F(VLConfigServiceTest, NullsAreDroppedInMemoryAsOnFile) {
     EXPECT_EQ(cache(), expected);
 }
 
-TEST_F(VLConfigServiceTest, WhatTheFileCannotCarryIsNotInForceEither) {
+TEST_F(VLConfigServiceTest, CharactersTheFileCannotHoldAreDropped) {
     for (const auto* entry :
          {R"("k":"\u0001")", R"("k":"a\u0000b")", R"("k":"\ufffe")", R"("\u0001":1)", R"("a\u0000b":1)",
           R"("\u0001":1,"\u0002":2)", R"("k":["\u0008",null,{"\u0008":null}])"}) {
@@ -242,7 +242,7 @@ TEST_F(VLConfigServiceTest, WhatTheFileCannotCarryIsNotInForceEither) {
                                                         "b"}}));
 }
 
-TEST_F(VLConfigServiceTest, NumbersAndTextsOfEveryKindComeBackFromTheFile) {
+TEST_F(VLConfigServiceTest, NumbersAndStringsSurviveTheFile) {
     const std::string document = R"({"":"","unsigned":18446744073709551615,"least":-9223372036854775808,"real":0.1,)"
                                  R"("small":5e-324,"great":1e308,"whole":5.0,"blanks":" a ","lines":"a\r\nb\rc\t",)"
                                  R"("marks":"<&>]]>","emoji":"\ud83d\ude00","empty":[{},[]],"flags":[true,false]})";
@@ -260,7 +260,7 @@ TEST_F(VLConfigServiceTest, ADocumentWithoutServicesEnablesNothing) {
     EXPECT_TRUE(service->serviceConfig(VLCONFIGSERVICEBEACON));
 }
 
-TEST_F(VLConfigServiceTest, EnabledIsTheBooleanValueOfTheEntry) {
+TEST_F(VLConfigServiceTest, ServiceEnabledReadsTheEntryAsABoolean) {
     loadAnswered(R"({"services":{"a":true,"b":false,"c":1,"d":0,"e":"true","f":[],"g":{}}})");
     EXPECT_TRUE(service->serviceEnabled("a"));
     EXPECT_FALSE(service->serviceEnabled("b"));
@@ -268,7 +268,7 @@ TEST_F(VLConfigServiceTest, EnabledIsTheBooleanValueOfTheEntry) {
     for (const auto* name : {"d", "e", "f", "g", "none"}) EXPECT_FALSE(service->serviceEnabled(name)) << name;
 }
 
-TEST_F(VLConfigServiceTest, AnIntegerIsTheDefaultForWhatIsMissingOrNoNumber) {
+TEST_F(VLConfigServiceTest, AMissingIntegerIsTheDefault) {
     loadAnswered(kDocument);
     EXPECT_EQ(service->integerForService(VLCONFIGSERVICEINBOX, "sync_time_limit_s", 5), 30);
     EXPECT_EQ(service->integerForService("none", "sync_time_limit_s", 5), 5);
@@ -278,7 +278,7 @@ TEST_F(VLConfigServiceTest, AnIntegerIsTheDefaultForWhatIsMissingOrNoNumber) {
     EXPECT_EQ(service->integerForService(VLCONFIGSERVICEINBOX, "half", 5), 2);
 }
 
-TEST_F(VLConfigServiceTest, ObjectsAndNumbersComeAsTheyAre) {
+TEST_F(VLConfigServiceTest, ObjectsAndNumbersAreReturnedUnchanged) {
     loadAnswered(kDocument);
     EXPECT_EQ(service->objectForService(VLCONFIGSERVICEINBOX, "text", 7), Value("30"));
     EXPECT_EQ(service->objectForService(VLCONFIGSERVICEINBOX, "none", "default"), Value("default"));
@@ -286,14 +286,14 @@ TEST_F(VLConfigServiceTest, ObjectsAndNumbersComeAsTheyAre) {
     EXPECT_EQ(service->numberForService(VLCONFIGSERVICEINBOX, "text", 7), Value(7));
 }
 
-TEST_F(VLConfigServiceTest, BeforeTheFirstLoadEverythingIsOffAndAtItsDefault) {
+TEST_F(VLConfigServiceTest, EveryServiceIsOffBeforeTheFirstLoad) {
     EXPECT_EQ(service->configDictonary(), nullptr);
     EXPECT_FALSE(service->serviceEnabled(VLCONFIGSERVICEGEO));
     EXPECT_FALSE(service->serviceConfig(VLCONFIGSERVICEGEO));
     EXPECT_EQ(service->integerForService(VLCONFIGSERVICEINBOX, "sync_time_limit_s", 30), 30);
 }
 
-TEST_F(VLConfigServiceTest, EveryBodyThatIsNoObjectLeadsToTheCache) {
+TEST_F(VLConfigServiceTest, ABodyThatIsNoObjectLeadsToTheCache) {
     loadAnswered(kDocument);
     for (const auto& body : bodiesThatAreNoObject()) {
         calls = 0;
@@ -324,7 +324,7 @@ TEST_F(VLConfigServiceTest, AServicesConfigurationOfAnotherKindReadsAsAbsent) {
     }
 }
 
-TEST_F(VLConfigServiceTest, AValueThatIsNoNumberGivesWayToTheDefault) {
+TEST_F(VLConfigServiceTest, AValueThatIsNoNumberIsTheDefault) {
     for (const std::string value : {"[]", "null", "\"7\"", "{}", "[[7]]"}) {
         EXPECT_EQ(loadAnswered(R"({"configs":{"beacon":{"key":)" + value + "}}}"), LoadStatus::fetched);
         EXPECT_EQ(service->integerForService("beacon", "key", 5), 5) << value;
@@ -332,14 +332,14 @@ TEST_F(VLConfigServiceTest, AValueThatIsNoNumberGivesWayToTheDefault) {
     }
 }
 
-TEST_F(VLConfigServiceTest, ANumberBeyondTheIntegersIsHeldToTheirRange) {
+TEST_F(VLConfigServiceTest, ANumberOutOfRangeIsClamped) {
     loadAnswered(R"({"configs":{"beacon":{"great":1e300,"least":-1e300,"unsigned":18446744073709551615}}})");
     EXPECT_EQ(service->integerForService("beacon", "great", 5), std::numeric_limits<std::int64_t>::max());
     EXPECT_EQ(service->integerForService("beacon", "least", 5), std::numeric_limits<std::int64_t>::min());
     EXPECT_EQ(service->integerForService("beacon", "unsigned", 5), std::numeric_limits<std::int64_t>::max());
 }
 
-TEST_F(VLConfigServiceTest, ADocumentIsCachedWholeUpToTheDeepestNesting) {
+TEST_F(VLConfigServiceTest, ADeeplyNestedDocumentIsCachedWhole) {
     for (const int levels : {200, 510}) {
         const auto document = R"({"configs":{"beacon":)" + nestedJSON(levels, R"({"a":)", "1", "}") + "}}";
         EXPECT_EQ(loadAnswered(document), LoadStatus::fetched) << levels;
@@ -349,19 +349,19 @@ TEST_F(VLConfigServiceTest, ADocumentIsCachedWholeUpToTheDeepestNesting) {
     }
 }
 
-TEST_F(VLConfigServiceTest, ADocumentNestedDeeperLeadsToTheCache) {
+TEST_F(VLConfigServiceTest, ADocumentNestedTooDeepLeadsToTheCache) {
     loadAnswered(kDocument);
     const auto document = R"({"configs":{"beacon":)" + nestedJSON(511, R"({"a":)", "1", "}") + "}}";
     EXPECT_EQ(loadAnswered(document), LoadStatus::cached);
     EXPECT_TRUE(service->serviceEnabled(VLCONFIGSERVICEGEO));
 }
 
-TEST_F(VLConfigServiceTest, OfDuplicateKeysTheLastOneWins) {
+TEST_F(VLConfigServiceTest, TheLastOfDuplicateKeysCounts) {
     loadAnswered(R"({"services":{"beacon":false,"beacon":true}})");
     EXPECT_TRUE(service->serviceEnabled("beacon"));
 }
 
-TEST_F(VLConfigServiceTest, ACacheThatCannotBeReadCountsAsMissingAndIsLeft) {
+TEST_F(VLConfigServiceTest, AnUnreadableCacheCountsAsMissingAndIsKept) {
     for (const auto* text : {"", "garbage", "<plist><array/></plist>", "bplist00 and no more"}) {
         writeCache(text);
         EXPECT_EQ(loadOffline(), LoadStatus::unavailable) << text;
@@ -369,34 +369,34 @@ TEST_F(VLConfigServiceTest, ACacheThatCannotBeReadCountsAsMissingAndIsLeft) {
     }
 }
 
-TEST_F(VLConfigServiceTest, AConfigurationIsInForceEvenWhenItCannotBeCached) {
+TEST_F(VLConfigServiceTest, AConfigurationThatCannotBeCachedIsUsed) {
     ASSERT_TRUE(NSFileManager::createDirectoryAtPath(documentsPath("VLConfig.plist/occupied")));
     EXPECT_EQ(loadAnswered(kDocument), LoadStatus::fetched);
     EXPECT_TRUE(service->serviceEnabled(VLCONFIGSERVICEGEO));
 }
 
-TEST_F(VLConfigServiceTest, ALoadThatFailsWithoutACacheForgetsWhatWasInForce) {
+TEST_F(VLConfigServiceTest, AFailedLoadWithoutACacheClearsTheConfiguration) {
     loadAnswered(kDocument);
     ASSERT_TRUE(NSFileManager::moveItemAtPath(documentsPath("VLConfig.plist"), documentsPath("away")));
     EXPECT_EQ(loadOffline(), LoadStatus::unavailable);
     EXPECT_EQ(service->configDictonary(), nullptr);
 }
 
-TEST_F(VLConfigServiceTest, TheHandlerRunsWhereTheHTTPLayerCallsBack) {
+TEST_F(VLConfigServiceTest, TheHandlerRunsOnTheQueueOfTheHTTPLayer) {
     bool wasMain = true;
     service->loadConfigWithCompletion([&](auto) { wasMain = phone().mainQueue()->isCurrent(); });
     session().answer(kPath, 200, kDocument);
     EXPECT_FALSE(wasMain);
 }
 
-TEST_F(VLConfigServiceTest, AServiceThatWentAwayStillAnswers) {
+TEST_F(VLConfigServiceTest, ADestroyedServiceStillCallsTheHandler) {
     service->loadConfigWithCompletion(handler());
     service.reset();
     session().answer(kPath, 200, kDocument);
     EXPECT_EQ(calls, 1);
 }
 
-TEST_F(VLConfigServiceTest, AReaderSeesTheOldOrTheNewDocumentWhole) {
+TEST_F(VLConfigServiceTest, AReaderSeesOneWholeDocument) {
     const std::string even = R"({"configs":{"beacon":{"a":2,"b":2}}})";
     const std::string odd = R"({"configs":{"beacon":{"a":1,"b":1}}})";
     loadAnswered(even);

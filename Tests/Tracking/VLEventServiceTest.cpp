@@ -36,7 +36,7 @@ TEST_F(VLEventServiceTest, AnEventIsOneFormWithEveryField) {
     EXPECT_EQ(lastRequest().payload(), expected("shoes"));
 }
 
-TEST_F(VLEventServiceTest, NoLabelIsSentAsAnEmptyText) {
+TEST_F(VLEventServiceTest, NulloptIsSentAsAnEmptyLabel) {
     service->registerEventWithType("buy", std::nullopt);
     EXPECT_EQ(lastRequest().payload(), expected(""));
 }
@@ -49,7 +49,7 @@ TEST_F(VLEventServiceTest, AGivenPhashReplacesTheStoredOne) {
     EXPECT_EQ(lastRequest().payload(), expected("shoes", "given"));
 }
 
-TEST_F(VLEventServiceTest, DataIsANestedObjectAndNoText) {
+TEST_F(VLEventServiceTest, DataIsSentAsANestedObject) {
     const Dictionary data{{"item", "shoes"}, {"sizes", Array{41, 42.5}}, {"gift", false}, {"note", nullptr}};
     service->registerEventWithType("buy", data);
     EXPECT_EQ(lastRequest().payload(), expected(data));
@@ -57,7 +57,7 @@ TEST_F(VLEventServiceTest, DataIsANestedObjectAndNoText) {
     EXPECT_EQ(lastRequest().payload(), expected(data, "given"));
 }
 
-TEST_F(VLEventServiceTest, TextsAndNothingCanBeGivenInAnyForm) {
+TEST_F(VLEventServiceTest, StringsAndNulloptAreAcceptedInAnyForm) {
     const std::string text = "shoes";
     const std::optional<std::string> label = text;
     const std::optional<std::string> none;
@@ -83,8 +83,8 @@ TEST_F(VLEventServiceTest, NoArgumentIsChecked) {
     EXPECT_EQ(lastRequest().payload(), expected("shoes", ""));
 }
 
-TEST_F(VLEventServiceTest, EventsOfSeveralThreadsAreAllSentAndTold) {
-    // Read once beforehand: of first reads side by side each may make an id of its own.
+TEST_F(VLEventServiceTest, EventsOfSeveralThreadsAreAllSent) {
+    // Read once before: concurrent first reads may each make an id.
     const auto payload = expected("shoes");
     std::atomic<int> calls = 0;
     std::vector<std::thread> threads;
@@ -104,13 +104,13 @@ TEST_F(VLEventServiceTest, EventsOfSeveralThreadsAreAllSentAndTold) {
     for (const auto& request : requests) EXPECT_EQ(request.payload(), payload);
 }
 
-TEST_F(VLEventServiceTest, AChangedTrackingIdIsToldInEveryEvent) {
+TEST_F(VLEventServiceTest, AChangedTrackingIdIsSentWithEveryEvent) {
     settings->setPrevTrackingId("before");
     service->registerEventWithType("buy", "shoes");
     EXPECT_EQ(lastRequest().payload()["prev_tracking_id"], Value("before"));
 }
 
-TEST_F(VLEventServiceTest, EventsBackToBackAreRequestsWithConsecutiveNumbers) {
+TEST_F(VLEventServiceTest, ConsecutiveEventsHaveConsecutiveRequestIds) {
     service->registerEventWithType("buy", "one");
     service->registerEventWithType("buy", "two");
     EXPECT_EQ(session().requests().size(), 2U);
@@ -118,7 +118,7 @@ TEST_F(VLEventServiceTest, EventsBackToBackAreRequestsWithConsecutiveNumbers) {
     EXPECT_EQ(log().linesContaining("RQST0002 POST").size(), 1U);
 }
 
-TEST_F(VLEventServiceTest, TheHandlerGetsNothingOnTheMainQueueAfterASuccess) {
+TEST_F(VLEventServiceTest, TheHandlerReceivesNulloptAfterASuccess) {
     int calls = 0;
     std::optional<NSError> received = NSError("none", 0);
     service->registerEventWithType("buy", Value("shoes"), std::nullopt, [&](auto error) {
@@ -133,7 +133,7 @@ TEST_F(VLEventServiceTest, TheHandlerGetsNothingOnTheMainQueueAfterASuccess) {
     EXPECT_FALSE(received);
 }
 
-TEST_F(VLEventServiceTest, TheHandlerGetsTheErrorOfAFailedRequest) {
+TEST_F(VLEventServiceTest, TheHandlerReceivesTheErrorOfTheRequest) {
     std::optional<NSError> received;
     service->registerEventWithType("buy", std::nullopt, std::nullopt, [&](auto error) { received = error; });
     session().answer("register_app_event", 500);
@@ -144,7 +144,7 @@ TEST_F(VLEventServiceTest, TheHandlerGetsTheErrorOfAFailedRequest) {
     EXPECT_EQ(received->localizedDescription(), "Network request error with HTTP status code 500");
 }
 
-TEST_F(VLEventServiceTest, OfflineTheHandlerGetsTheErrorOfTheNetworkOnTheMainQueue) {
+TEST_F(VLEventServiceTest, OfflineTheHandlerReceivesTheTransportError) {
     int calls = 0;
     std::optional<NSError> received;
     service->registerEventWithType("buy", std::nullopt, std::nullopt, [&](auto error) {
@@ -177,7 +177,7 @@ TEST_F(VLEventServiceTest, TheRequestOutlivesTheService) {
     EXPECT_EQ(calls, 1);
 }
 
-TEST_F(VLEventServiceTest, TextThatIsNotUTF8IsLoggedAndSentAsNothing) {
+TEST_F(VLEventServiceTest, AStringThatIsNotUTF8IsLoggedAndSentEmpty) {
     service->registerEventWithType("buy", "\xff\xfe");
     EXPECT_EQ(lastRequest().bodyText(), "payload=");
     EXPECT_EQ(log().linesContaining("Error converting dictionary to JSON string").size(), 1U);

@@ -52,7 +52,7 @@ protected:
         return merged(expected, basicFields(true));
     }
 
-    /// Lives through one session of that length.
+    /// Starts and ends a session of this length.
     void live(TimeInterval length) {
         service->sessionStart();
         phone().advance(length);
@@ -77,7 +77,7 @@ TEST_F(VLSessionServiceTest, AStartIsReportedWithEveryField) {
     EXPECT_TRUE(service->hasActiveSession());
 }
 
-TEST_F(VLSessionServiceTest, AnEndIsReportedWithTheSessionsOwnIdPhashAndFormerTrackingId) {
+TEST_F(VLSessionServiceTest, AnEndIsReportedWithTheSessionsOwnValues) {
     settings->setPhash("hash");
     settings->setPrevTrackingId("before");
     const auto expected =
@@ -91,7 +91,7 @@ TEST_F(VLSessionServiceTest, AnEndIsReportedWithTheSessionsOwnIdPhashAndFormerTr
     EXPECT_FALSE(service->hasActiveSession());
 }
 
-TEST_F(VLSessionServiceTest, TheFirstSessionEverGivesItsOwnLengthAsTheAverage) {
+TEST_F(VLSessionServiceTest, TheFirstSessionsAverageIsItsLength) {
     live(12.7);
     EXPECT_EQ(endPayload()["session_length"], Value(12));
     EXPECT_EQ(endPayload()["average_session_length"], Value(12));
@@ -100,7 +100,7 @@ TEST_F(VLSessionServiceTest, TheFirstSessionEverGivesItsOwnLengthAsTheAverage) {
     EXPECT_EQ(settings->totalSessionLength(), 12);
 }
 
-TEST_F(VLSessionServiceTest, TheSecondSessionGivesTheTruncatedQuotient) {
+TEST_F(VLSessionServiceTest, TheSecondSessionsAverageIsTruncated) {
     live(12.7);
     live(7.9);
     EXPECT_EQ(endPayload()["session_length"], Value(7));
@@ -109,7 +109,7 @@ TEST_F(VLSessionServiceTest, TheSecondSessionGivesTheTruncatedQuotient) {
     EXPECT_EQ(settings->totalSessionLength(), 19);
 }
 
-TEST_F(VLSessionServiceTest, ACountOfNothingBesideATotalGivesTheWholeTotalAsTheAverage) {
+TEST_F(VLSessionServiceTest, ACountOf0MakesTheTotalTheAverage) {
     settings->setTotalSessionLength(100);
     live(10);
     EXPECT_EQ(settings->sessionCount(), 1);
@@ -117,14 +117,14 @@ TEST_F(VLSessionServiceTest, ACountOfNothingBesideATotalGivesTheWholeTotalAsTheA
     EXPECT_EQ(endPayload()["average_session_length"], Value(110));
 }
 
-TEST_F(VLSessionServiceTest, EndingTwiceInARowWarnsAndSendsNothingMore) {
+TEST_F(VLSessionServiceTest, ASecondEndOnlyLogsAWarning) {
     live(1);
     service->sessionEnd();
     EXPECT_EQ(requestsTo("/0.8/session/end").size(), 1U);
     EXPECT_EQ(log().count(kWarning, VLLogLevel::Warn), 1);
 }
 
-TEST_F(VLSessionServiceTest, AfterASessionItsPhashFormerTrackingIdAndIdAreForgotten) {
+TEST_F(VLSessionServiceTest, TheEndClearsPhashPreviousTrackingIdAndSessionId) {
     settings->setPhash("hash");
     settings->setPrevTrackingId("before");
     live(1);
@@ -148,13 +148,13 @@ TEST_F(VLSessionServiceTest, StartingAgainRestartsTheClockAndSendsAnotherStart) 
     EXPECT_EQ(endPayload()["session_length"], Value(5));
 }
 
-TEST_F(VLSessionServiceTest, StartingIfNotActiveLeavesARunningSession) {
+TEST_F(VLSessionServiceTest, StartSessionIfNotActiveKeepsARunningSession) {
     service->startSessionIfNotActive();
     service->startSessionIfNotActive();
     EXPECT_EQ(requestsTo("/0.8/session").size(), 1U);
 }
 
-TEST_F(VLSessionServiceTest, AnotherTrackingIdIsReportedWithTheOneBefore) {
+TEST_F(VLSessionServiceTest, ANewTrackingIdIsReportedWithThePreviousOne) {
     settings->setTrackingId("T");
     service->setTrackingID("new");
     EXPECT_EQ(settings->trackingId(), "new");
@@ -166,7 +166,7 @@ TEST_F(VLSessionServiceTest, AnotherTrackingIdIsReportedWithTheOneBefore) {
     EXPECT_EQ(request.payload(), body({{"tracking_id", "new"}, {"prev_tracking_id", "T"}}));
 }
 
-TEST_F(VLSessionServiceTest, AChangeAfterASessionCarriesTheLengthsOfThatSession) {
+TEST_F(VLSessionServiceTest, AChangeAfterASessionCarriesItsLengths) {
     live(20);
     service->setTrackingID("new");
     const auto payload = requestsTo("/0.8/session/tracking_id").at(0).payload();
@@ -174,21 +174,21 @@ TEST_F(VLSessionServiceTest, AChangeAfterASessionCarriesTheLengthsOfThatSession)
     EXPECT_EQ(payload["average_session_length"], Value(20));
 }
 
-TEST_F(VLSessionServiceTest, AChangeLogsTheURLAndNotTheId) {
+TEST_F(VLSessionServiceTest, AChangeLogsTheURLNotTheId) {
     service->setTrackingID("new");
     EXPECT_EQ(
         log().count("Changing tracking id: " + urlBuilder->changeTrackingIdURL().absoluteString(), VLLogLevel::Debug),
         1);
 }
 
-TEST_F(VLSessionServiceTest, TheSameTrackingIdSendsNothing) {
+TEST_F(VLSessionServiceTest, TheSameTrackingIdSendsNoRequest) {
     service->setTrackingID("T");
     EXPECT_TRUE(session().requests().empty());
     EXPECT_EQ(settings->trackingId(), "T");
     EXPECT_EQ(settings->prevTrackingId(), std::nullopt);
 }
 
-TEST_F(VLSessionServiceTest, AnEmptyTrackingIdOrNoneDoesNothingAtAll) {
+TEST_F(VLSessionServiceTest, AnEmptyTrackingIdAndNulloptAreIgnored) {
     service->setTrackingID("");
     service->setTrackingID(std::nullopt);
     EXPECT_TRUE(session().requests().empty());
@@ -204,7 +204,7 @@ TEST_F(VLSessionServiceTest, AFailedReportChangesNoState) {
     EXPECT_EQ(requestsTo("/0.8/session/end").size(), 1U);
 }
 
-TEST_F(VLSessionServiceTest, AClockThatJumpsBackGivesANegativeLength) {
+TEST_F(VLSessionServiceTest, AClockThatJumpsBackMakesANegativeLength) {
     service->sessionStart();
     phone().setClock(phone().now() - 3.5);
     service->sessionEnd();
@@ -217,12 +217,12 @@ TEST_F(VLSessionServiceTest, TotalsThatOverflowWrapAround) {
     settings->setTotalSessionLength(std::numeric_limits<std::int64_t>::max());
     live(1);
     EXPECT_EQ(settings->totalSessionLength(), std::numeric_limits<std::int64_t>::min());
-    // The average is kept as a double, and told with its precision.
+    // The average is stored as a double and sent with its precision.
     const auto average = static_cast<double>(std::numeric_limits<std::int64_t>::min() / 3);
     EXPECT_EQ(endPayload()["average_session_length"], Value(static_cast<std::int64_t>(average)));
 }
 
-TEST_F(VLSessionServiceTest, ACountThatNothingCanBeDividedByGivesAnAverageOfNothing) {
+TEST_F(VLSessionServiceTest, ACountThatWrapsTo0MakesAnAverageOf0) {
     settings->setSessionCount(-1);
     settings->setTotalSessionLength(50);
     live(1);
@@ -230,7 +230,7 @@ TEST_F(VLSessionServiceTest, ACountThatNothingCanBeDividedByGivesAnAverageOfNoth
     EXPECT_EQ(endPayload()["average_session_length"], Value(0));
 }
 
-TEST_F(VLSessionServiceTest, TheOneQuotientThatDoesNotFitWrapsAround) {
+TEST_F(VLSessionServiceTest, AQuotientOutOfRangeWrapsAround) {
     settings->setSessionCount(-2);
     settings->setTotalSessionLength(std::numeric_limits<std::int64_t>::min());
     live(0);
@@ -238,7 +238,7 @@ TEST_F(VLSessionServiceTest, TheOneQuotientThatDoesNotFitWrapsAround) {
     EXPECT_EQ(endPayload()["average_session_length"], Value(std::numeric_limits<std::int64_t>::min()));
 }
 
-TEST_F(VLSessionServiceTest, ALengthBeyondAllMeasureIsHeldToTheRange) {
+TEST_F(VLSessionServiceTest, ALengthOutOfRangeIsClamped) {
     service->sessionStart();
     phone().setClock(1e300);
     service->sessionEnd();
@@ -250,13 +250,13 @@ protected:
     VLSessionServiceBareBundleTest() : VLSessionServiceTest({.infoDictionary = {{"CFBundleName", 5}}}) {}
 };
 
-TEST_F(VLSessionServiceBareBundleTest, WhatTheBundleDoesNotTellIsLeftOut) {
+TEST_F(VLSessionServiceBareBundleTest, MissingBundleValuesAreLeftOut) {
     service->sessionStart();
     const auto payload = requestsTo("/0.8/session").at(0).payload();
     for (const auto* key : {"app_name", "app_version", "app_build"}) EXPECT_FALSE(payload.contains(key)) << key;
 }
 
-TEST_F(VLSessionServiceTest, WithoutSettingsNothingIsSent) {
+TEST_F(VLSessionServiceTest, WithoutSettingsNoRequestIsSent) {
     auto gone = std::make_shared<VLSettings>(phone().device());
     VLSessionService orphan(gone, noRegistration, urlSession, urlBuilder, payloadBuilder, phone().mainBundle());
     gone.reset();
@@ -268,7 +268,7 @@ TEST_F(VLSessionServiceTest, WithoutSettingsNothingIsSent) {
     EXPECT_EQ(settings->sessionCount(), 0);
 }
 
-TEST_F(VLSessionServiceTest, WithoutAURLBuilderNothingIsSentAndNoIdChanged) {
+TEST_F(VLSessionServiceTest, WithoutAURLBuilderNoRequestIsSent) {
     auto gone = std::make_shared<VLURLBuilder>(std::make_shared<VLURLsProduction>(), settings);
     VLSessionService orphan(settings, noRegistration, urlSession, gone, payloadBuilder, phone().mainBundle());
     gone.reset();
@@ -279,7 +279,7 @@ TEST_F(VLSessionServiceTest, WithoutAURLBuilderNothingIsSentAndNoIdChanged) {
     EXPECT_EQ(settings->trackingId(), "T");
 }
 
-/// A network that tells when a request is made, before it is sent.
+/// A network that reports each request before it is sent.
 class WatchedURLSession : public NSURLSession {
 public:
     using Observer = std::function<void(const NSURLRequest& request)>;
@@ -298,7 +298,7 @@ private:
     const Observer observer_;
 };
 
-TEST_F(VLSessionServiceTest, TheTotalsAreStoredBeforeTheEndIsSentAndTheSessionForgottenAfterIt) {
+TEST_F(VLSessionServiceTest, TotalsAreStoredBeforeTheEndIsSent) {
     settings->setPhash("hash");
     int ends = 0;
     urlSession = std::make_shared<VLURLSession>(
@@ -332,7 +332,7 @@ TEST_F(VLSessionServiceTest, WhileASessionRunsBothLengthsAre0) {
     EXPECT_EQ(payload["average_session_length"], Value(0));
 }
 
-TEST_F(VLSessionServiceTest, ABodyCanBeSentToAnyURLAndIsLoggedByTheHTTPLayerAlone) {
+TEST_F(VLSessionServiceTest, ABodyCanBeSentToAnyURL) {
     const auto expected = body({});
     service->postSessionToUrl(*NSURL::URLWithString("https://example.test/elsewhere"));
     EXPECT_EQ(requestsTo("/elsewhere").at(0).payload(), expected);

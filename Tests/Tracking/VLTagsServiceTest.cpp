@@ -18,7 +18,7 @@ namespace {
 
 class VLTagsServiceTest : public ServicesTest {
 protected:
-    /// What the last handler received.
+    /// The arguments of the last call of the handler.
     struct Received {
         int calls = 0;
         std::optional<std::string> value;
@@ -38,7 +38,7 @@ protected:
         };
     }
 
-    /// Asks for a tag and lets the service answer so.
+    /// Reads a tag and answers the request.
     void getAnswered(const std::string& body, const std::string& name = "size") {
         service->getTag(name, tagHandler());
         session().answer("/tag/", 200, body);
@@ -59,7 +59,7 @@ protected:
         std::make_shared<VLTagsService>(settings, urlBuilder, payloadBuilder, urlSession);
 };
 
-TEST_F(VLTagsServiceTest, AReadAsksForTheTagOfTheMomentsUser) {
+TEST_F(VLTagsServiceTest, AReadRequestsTheTagOfTheCurrentUser) {
     service->getTag("shoe size/eu", nullptr);
     const auto request = session().lastRequest();
     EXPECT_EQ(request.request.HTTPMethod, "GET");
@@ -68,18 +68,18 @@ TEST_F(VLTagsServiceTest, AReadAsksForTheTagOfTheMomentsUser) {
     EXPECT_TRUE(request.request.allHTTPHeaderFields.empty());
 }
 
-TEST_F(VLTagsServiceTest, AStringComesAsItIs) {
+TEST_F(VLTagsServiceTest, AStringIsReturnedUnchanged) {
     getAnswered(R"({"value":"forty two"})");
     EXPECT_EQ(received.value, "forty two");
     EXPECT_FALSE(received.error);
 }
 
-TEST_F(VLTagsServiceTest, TheNumber42ComesAsItsDecimalText) {
+TEST_F(VLTagsServiceTest, TheNumber42IsReturnedAsADecimalString) {
     getAnswered(R"({"value":42})");
     EXPECT_EQ(received.value, "42");
 }
 
-TEST_F(VLTagsServiceTest, OtherValuesComeAsTheirDescription) {
+TEST_F(VLTagsServiceTest, OtherValuesAreReturnedAsTheirDescription) {
     const std::pair<const char*, const char*> cases[] = {{R"({"value":4.5})", "4.5"},
                                                          {R"({"value":-7})", "-7"},
                                                          {R"({"value":18446744073709551615})", "18446744073709551615"},
@@ -95,7 +95,7 @@ TEST_F(VLTagsServiceTest, OtherValuesComeAsTheirDescription) {
     }
 }
 
-TEST_F(VLTagsServiceTest, ABlankNameIsNotAskedForAndToldOnTheMainQueue) {
+TEST_F(VLTagsServiceTest, ReadingAnEmptyNameFailsOnTheMainQueue) {
     for (const auto& name : {std::optional<std::string>(), std::optional<std::string>("")}) {
         received = {};
         log().clear();
@@ -108,7 +108,7 @@ TEST_F(VLTagsServiceTest, ABlankNameIsNotAskedForAndToldOnTheMainQueue) {
     EXPECT_TRUE(session().requests().empty());
 }
 
-TEST_F(VLTagsServiceTest, AnUnknownTrackingIdIsAnErrorThatNamesTheOneAskedFor) {
+TEST_F(VLTagsServiceTest, AnUnknownTrackingIdIsNamedInTheError) {
     service->getTag("size", tagHandler());
     settings->setTrackingId("changed meanwhile");
     session().answer("/tag/", 200, R"({"error":"no such user","value":"x"})");
@@ -131,14 +131,14 @@ TEST_F(VLTagsServiceTest, ATagThatDoesNotExistIsAnError) {
     EXPECT_EQ(log().count("Tags: tag with name \"size\" does not exist", VLLogLevel::Error), 1);
 }
 
-TEST_F(VLTagsServiceTest, AnAnswerWithNeitherGivesNeither) {
+TEST_F(VLTagsServiceTest, AnAnswerWithoutValueOrErrorIsNullopt) {
     getAnswered("{}");
     EXPECT_EQ(received.calls, 1);
     EXPECT_EQ(received.value, std::nullopt);
     EXPECT_FALSE(received.error);
 }
 
-TEST_F(VLTagsServiceTest, AFailedReadGivesTheErrorOfTheRequest) {
+TEST_F(VLTagsServiceTest, AFailedReadReturnsTheErrorOfTheRequest) {
     service->getTag("size", tagHandler());
     session().fail("/tag/", NSURLError::timedOut);
     phone().runMainQueue();
@@ -148,7 +148,7 @@ TEST_F(VLTagsServiceTest, AFailedReadGivesTheErrorOfTheRequest) {
     EXPECT_EQ(log().count("Tags: error retrieving size tag.", VLLogLevel::Error), 1);
 }
 
-TEST_F(VLTagsServiceTest, EveryBodyThatIsNoObjectGivesAnErrorOnce) {
+TEST_F(VLTagsServiceTest, ABodyThatIsNoObjectIsAnError) {
     for (const auto& body : bodiesThatAreNoObject()) {
         received = {};
         service->getTag("size", tagHandler());
@@ -160,7 +160,7 @@ TEST_F(VLTagsServiceTest, EveryBodyThatIsNoObjectGivesAnErrorOnce) {
     }
 }
 
-TEST_F(VLTagsServiceTest, AValue200LevelsDeepComesAsItsDescription) {
+TEST_F(VLTagsServiceTest, AValueNested200DeepIsReturnedAsItsDescription) {
     const auto nested = nestedJSON(200, "[", "", "]");
     getAnswered(R"({"value":)" + nested + "}");
     EXPECT_EQ(received.value, nested);
@@ -173,7 +173,7 @@ TEST_F(VLTagsServiceTest, AnAnswerNestedTooDeepIsAnError) {
     EXPECT_TRUE(received.error);
 }
 
-TEST_F(VLTagsServiceTest, OfDuplicateKeysTheLastOneWins) {
+TEST_F(VLTagsServiceTest, TheLastOfDuplicateKeysCounts) {
     getAnswered(R"({"value":"first","value":"last"})");
     EXPECT_EQ(received.value, "last");
 }
@@ -194,14 +194,14 @@ TEST_F(VLTagsServiceTest, ASetSendsNameValueAndTypeAsJSON) {
     }
 }
 
-TEST_F(VLTagsServiceTest, NoValueIsLeftOutAndPrintsAsNothing) {
+TEST_F(VLTagsServiceTest, AMissingValueIsLeftOut) {
     service->setTag("size", std::nullopt, VLTagType::String, nullptr);
     EXPECT_EQ(session().lastRequest().payload(), merged({{"name", "size"}, {"type", "string"}}, basicFields(false)));
     EXPECT_EQ(log().count("Tags: set tag with Name: \"size\", Value: \"(null)\", Type: \"string\"", VLLogLevel::Debug),
               1);
 }
 
-TEST_F(VLTagsServiceTest, ABlankNameIsNotSetAndToldOnTheMainQueue) {
+TEST_F(VLTagsServiceTest, SettingAnEmptyNameFailsOnTheMainQueue) {
     for (const auto& name : {std::optional<std::string>(), std::optional<std::string>("")}) {
         received = {};
         service->setTag(name, "42", VLTagType::Numeric, errorHandler());
@@ -213,7 +213,7 @@ TEST_F(VLTagsServiceTest, ABlankNameIsNotSetAndToldOnTheMainQueue) {
     EXPECT_EQ(log().count("Tags: cannot set tag with nil or blank name", VLLogLevel::Error), 2);
 }
 
-TEST_F(VLTagsServiceTest, ATypeOf3IsAnExceptionBeforeAnyRequest) {
+TEST_F(VLTagsServiceTest, AnInvalidTypeThrowsBeforeAnyRequest) {
     try {
         service->setTag("size", "42", static_cast<VLTagType>(3), errorHandler());
         ADD_FAILURE() << "was taken";
@@ -227,7 +227,7 @@ TEST_F(VLTagsServiceTest, ATypeOf3IsAnExceptionBeforeAnyRequest) {
     EXPECT_TRUE(log().lines().empty());
 }
 
-TEST_F(VLTagsServiceTest, ATypeIsNamedInTheExceptionAsAnUnsignedNumber) {
+TEST_F(VLTagsServiceTest, TheExceptionNamesTheTypeAsAnUnsignedNumber) {
     try {
         VLTagsService::tagTypeToString(static_cast<VLTagType>(std::numeric_limits<std::uint64_t>::max()));
         ADD_FAILURE() << "was taken";
@@ -237,19 +237,19 @@ TEST_F(VLTagsServiceTest, ATypeIsNamedInTheExceptionAsAnUnsignedNumber) {
     }
 }
 
-TEST_F(VLTagsServiceTest, TheTypesHaveTheirWords) {
+TEST_F(VLTagsServiceTest, TheTypesHaveTheirNames) {
     EXPECT_EQ(VLTagsService::tagTypeToString(static_cast<VLTagType>(0)), "string");
     EXPECT_EQ(VLTagsService::tagTypeToString(static_cast<VLTagType>(1)), "numeric");
     EXPECT_EQ(VLTagsService::tagTypeToString(static_cast<VLTagType>(2)), "timestamp");
 }
 
-TEST_F(VLTagsServiceTest, ABlankNameComesBeforeAnInvalidType) {
+TEST_F(VLTagsServiceTest, AnEmptyNameIsCheckedBeforeTheType) {
     EXPECT_NO_THROW(service->setTag("", "42", static_cast<VLTagType>(3), errorHandler()));
     phone().runMainQueue();
     EXPECT_EQ(received.calls, 1);
 }
 
-TEST_F(VLTagsServiceTest, TheOutcomeOfASetIsTold) {
+TEST_F(VLTagsServiceTest, TheResultOfASetIsReported) {
     service->setTag("size", "42", VLTagType::Numeric, errorHandler());
     session().answer("/tracking/T", 200);
     EXPECT_EQ(received.calls, 0);
@@ -264,7 +264,7 @@ TEST_F(VLTagsServiceTest, TheOutcomeOfASetIsTold) {
     expectError(VLErrorDomainNetwork, 403, "Network request error with HTTP status code 403");
 }
 
-TEST_F(VLTagsServiceTest, ABatchIsSentAsItIs) {
+TEST_F(VLTagsServiceTest, ABatchIsSentUnchanged) {
     for (const Value& tags : {Value(Array{Dictionary{{"name", "a"}, {"value", "1"}, {"type", "numeric"}}, 7, nullptr}),
                               Value(Dictionary{{"a", "1"}}), Value("text"), Value(nullptr)}) {
         service->batchSetTags(tags, nullptr);
@@ -278,7 +278,7 @@ TEST_F(VLTagsServiceTest, ABatchIsSentAsItIs) {
         1);
 }
 
-TEST_F(VLTagsServiceTest, TheOutcomeOfABatchIsTold) {
+TEST_F(VLTagsServiceTest, TheResultOfABatchIsReported) {
     service->batchSetTags(Array(), errorHandler());
     session().fail("/tracking/T");
     EXPECT_EQ(received.calls, 0);
@@ -296,7 +296,7 @@ TEST_F(VLTagsServiceTest, TheOutcomeOfABatchIsTold) {
     EXPECT_FALSE(received.error);
 }
 
-TEST_F(VLTagsServiceTest, DeletingAllTagsEndsInAStar) {
+TEST_F(VLTagsServiceTest, TheURLToDeleteAllTagsEndsInAStar) {
     service->deleteAllTagsWithCompletionHandler(errorHandler());
     const auto request = session().lastRequest();
     EXPECT_EQ(request.request.HTTPMethod, "DELETE");
@@ -310,14 +310,14 @@ TEST_F(VLTagsServiceTest, DeletingAllTagsEndsInAStar) {
     EXPECT_FALSE(received.error);
 }
 
-TEST_F(VLTagsServiceTest, AFailedDeletionGivesTheErrorOfTheRequest) {
+TEST_F(VLTagsServiceTest, AFailedDeletionReturnsTheErrorOfTheRequest) {
     service->deleteAllTagsWithCompletionHandler(errorHandler());
     session().answer("/tag/*", 503);
     phone().runMainQueue();
     expectError(VLErrorDomainNetwork, 503, "Network request error with HTTP status code 503");
 }
 
-TEST_F(VLTagsServiceTest, AStatusOutsideTheGoodOnesIsAnErrorWhateverTheBodySays) {
+TEST_F(VLTagsServiceTest, AStatusOutside200To299IsAnError) {
     service->getTag("size", tagHandler());
     session().answer("/tag/", 404, R"({"value":"x"})");
     phone().runMainQueue();
@@ -325,7 +325,7 @@ TEST_F(VLTagsServiceTest, AStatusOutsideTheGoodOnesIsAnErrorWhateverTheBodySays)
     EXPECT_EQ(log().count("Tags: error retrieving size tag.", VLLogLevel::Error), 1);
 }
 
-TEST_F(VLTagsServiceTest, AFormerTrackingIdAndAPhashAreToldWithEveryTag) {
+TEST_F(VLTagsServiceTest, PreviousTrackingIdAndPhashAreSentWithEveryTag) {
     settings->setPrevTrackingId("before");
     settings->setPhash("hash");
     service->setTag("size", "42", VLTagType::Numeric, nullptr);
@@ -334,7 +334,7 @@ TEST_F(VLTagsServiceTest, AFormerTrackingIdAndAPhashAreToldWithEveryTag) {
                      basicFields(false)));
 }
 
-TEST_F(VLTagsServiceTest, NothingFailedIsSentAgain) {
+TEST_F(VLTagsServiceTest, AFailedRequestIsNotRetried) {
     service->getTag("size", tagHandler());
     service->setTag("size", "42", VLTagType::Numeric, errorHandler());
     session().alwaysFail("/tracking/");
@@ -352,7 +352,7 @@ TEST_F(VLTagsServiceTest, TheRequestOutlivesTheService) {
     EXPECT_EQ(received.value, "42");
 }
 
-TEST_F(VLTagsServiceTest, RequestsOfSeveralThreadsAreAllSentAndTold) {
+TEST_F(VLTagsServiceTest, RequestsOfSeveralThreadsAreAllSent) {
     session().alwaysAnswer("/tracking/", 200, R"({"value":"42"})");
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i) {
@@ -371,7 +371,7 @@ TEST_F(VLTagsServiceTest, RequestsOfSeveralThreadsAreAllSentAndTold) {
     EXPECT_EQ(received.calls, 160);
 }
 
-TEST_F(VLTagsServiceTest, AbsentHandlersAreFine) {
+TEST_F(VLTagsServiceTest, EveryHandlerMayBeEmpty) {
     service->getTag("", nullptr);
     service->getTag("a", nullptr);
     session().answer("/tag/a", 200, R"({"value":null})");

@@ -6,7 +6,7 @@ namespace vorlane {
 
 namespace {
 
-TEST(VLErrorTest, AnErrorCarriesItsDomainCodeAndDescription) {
+TEST(VLErrorTest, AnErrorHasItsDomainCodeAndDescription) {
     const auto error = VLError::errorWithDomain(VLErrorDomainTag, -3, "went wrong");
     EXPECT_EQ(error.domain(), "vorlane.sdk.tag");
     EXPECT_EQ(error.code(), -3);
@@ -15,7 +15,7 @@ TEST(VLErrorTest, AnErrorCarriesItsDomainCodeAndDescription) {
     EXPECT_EQ(error.description(), "Error Domain=vorlane.sdk.tag Code=-3 \"went wrong\"");
 }
 
-TEST(VLErrorTest, TheDescriptionReplacesOneInTheUserInfoAndTheRestStays) {
+TEST(VLErrorTest, TheDescriptionReplacesTheOneInTheUserInfo) {
     const Dictionary userInfo{{NSLocalizedDescriptionKey, "old"}, {"sqlite3_errcode", 5}};
     for (const auto& error :
          {VLError::errorWithDomain("d", 1, "new", userInfo), VLError::initWithDomain("d", 1, "new", userInfo)}) {

@@ -22,7 +22,7 @@ protected:
     explicit VLLogTest(SimulatedPhone::Options options = {}) : SimulatedPhoneTest(std::move(options)) {}
 };
 
-/// A phone of the generation before the system's log.
+/// A phone of the platform generation without a system log.
 class VLLogOldPhoneTest : public VLLogTest {
 protected:
     VLLogOldPhoneTest() : VLLogTest({.systemVersion = 9.3}) {}
@@ -39,7 +39,7 @@ TEST(VLLogLevelTest, TheLevelsHaveTheirNames) {
     EXPECT_STREQ(VLLog::logLevelToString(static_cast<VLLogLevel>(5)), "OFF");
 }
 
-TEST(VLLogLevelTest, TextsAreComparedExactlyAndUnknownOnesMeanDebug) {
+TEST(VLLogLevelTest, StringsAreComparedExactlyAndUnknownOnesMeanDebug) {
     EXPECT_EQ(VLLog::stringToLogLevel("ERROR"), VLLogLevel::Error);
     EXPECT_EQ(VLLog::stringToLogLevel("WARN"), VLLogLevel::Warn);
     EXPECT_EQ(VLLog::stringToLogLevel("INFO"), VLLogLevel::Info);
@@ -49,20 +49,20 @@ TEST(VLLogLevelTest, TextsAreComparedExactlyAndUnknownOnesMeanDebug) {
     }
 }
 
-TEST_F(VLLogTest, AFreshLogHasTheThresholdInfoAndTheSystemLogAlone) {
+TEST_F(VLLogTest, ANewLogHasTheThresholdInfoAndOneSink) {
     VLLog log;
     EXPECT_EQ(log.logLevel(), VLLogLevel::Info);
     ASSERT_EQ(log.loggers().size(), 1U);
     EXPECT_TRUE(std::dynamic_pointer_cast<VLOSLogger>(log.loggers()[0]));
 }
 
-TEST_F(VLLogOldPhoneTest, AFreshLogWritesToTheConsoleAlone) {
+TEST_F(VLLogOldPhoneTest, ANewLogWritesToTheConsole) {
     VLLog log;
     ASSERT_EQ(log.loggers().size(), 1U);
     EXPECT_TRUE(std::dynamic_pointer_cast<VLNSLogger>(log.loggers()[0]));
 }
 
-TEST_F(VLLogTest, LinesThatWaitStillReachTheSinksWhenTheLogGoes) {
+TEST_F(VLLogTest, WaitingLinesAreWrittenAfterTheLogIsDestroyed) {
     const auto sink = std::make_shared<RecordingLogger>();
     {
         VLLog own;
@@ -73,7 +73,7 @@ TEST_F(VLLogTest, LinesThatWaitStillReachTheSinksWhenTheLogGoes) {
     EXPECT_EQ(sink->count("waits", VLLogLevel::Info), 100);
 }
 
-TEST_F(VLLogTest, AMessagePassesWhenItsLevelIsNotAboveTheThreshold) {
+TEST_F(VLLogTest, AMessageAboveTheThresholdIsDropped) {
     auto& shared = VLLog::sharedInstance();
     for (const auto threshold : kLevels) {
         for (const auto level : kLevels) {
@@ -85,7 +85,7 @@ TEST_F(VLLogTest, AMessagePassesWhenItsLevelIsNotAboveTheThreshold) {
     }
 }
 
-TEST_F(VLLogTest, AMessageOfLevel0PassesTheFilterButTheSystemLogDropsIt) {
+TEST_F(VLLogTest, AMessageOfLevel0PassesTheFilterOnly) {
     VLLog::sharedInstance().setLogLevel(VLLogLevel::Off);
     logMessage(VLLogLevel::Off, "nothing");
     logMessage(VLLogLevel::Error, "grave");
@@ -93,7 +93,7 @@ TEST_F(VLLogTest, AMessageOfLevel0PassesTheFilterButTheSystemLogDropsIt) {
     EXPECT_TRUE(phone().systemLog().empty());
 }
 
-TEST_F(VLLogTest, EverySinkGetsEveryLineInOrderOffTheCallersThread) {
+TEST_F(VLLogTest, SinksReceiveLinesInOrderOnAnotherThread) {
     class ThreadRecorder : public VLLogger {
     public:
         void logMessage(const std::string& message, const std::optional<Value>&, VLLogLevel) override {
@@ -115,7 +115,7 @@ TEST_F(VLLogTest, EverySinkGetsEveryLineInOrderOffTheCallersThread) {
     EXPECT_NE(recorder->thread, std::this_thread::get_id());
 }
 
-TEST_F(VLLogTest, ASinkGetsTheMessageThePayloadAndTheLevelAsTheyWereGiven) {
+TEST_F(VLLogTest, ASinkReceivesMessagePayloadAndLevelUnchanged) {
     const Value payload = Dictionary{{"a", Array{1, nullptr}}};
     VLLog::sharedInstance().logMessage("with", payload, VLLogLevel::Warn);
     VLLog::sharedInstance().logMessage("without", std::nullopt, VLLogLevel::Info);
@@ -129,7 +129,7 @@ TEST_F(VLLogTest, ASinkGetsTheMessageThePayloadAndTheLevelAsTheyWereGiven) {
     EXPECT_EQ(lines[2].payload, Value(nullptr));
 }
 
-TEST_F(VLLogTest, EachLineGoesToTheSinksInTheirOrder) {
+TEST_F(VLLogTest, EachLineIsPassedToTheSinksInOrder) {
     class Named : public VLLogger {
     public:
         Named(std::string name, std::vector<std::string>& calls) : name_(std::move(name)), calls_(calls) {}
@@ -149,7 +149,7 @@ TEST_F(VLLogTest, EachLineGoesToTheSinksInTheirOrder) {
     EXPECT_EQ(calls, (std::vector<std::string>{"a1", "b1", "c1", "a2", "b2", "c2"}));
 }
 
-TEST_F(VLLogTest, NoSinkIsNeitherAddedNorRemoved) {
+TEST_F(VLLogTest, NullAndUnknownSinksAreIgnored) {
     auto& shared = VLLog::sharedInstance();
     const auto before = shared.loggers();
     shared.addLogger(nullptr);
@@ -158,7 +158,7 @@ TEST_F(VLLogTest, NoSinkIsNeitherAddedNorRemoved) {
     EXPECT_EQ(shared.loggers(), before);
 }
 
-TEST_F(VLLogTest, ASinkThatWasRemovedHearsNothingMore) {
+TEST_F(VLLogTest, ARemovedSinkReceivesNoMoreLines) {
     const auto logger = std::make_shared<RecordingLogger>();
     VLLog::sharedInstance().addLogger(logger);
     logMessage(VLLogLevel::Error, "one");
@@ -169,7 +169,7 @@ TEST_F(VLLogTest, ASinkThatWasRemovedHearsNothingMore) {
     EXPECT_EQ(logger->lines().size(), 1U);
 }
 
-TEST_F(VLLogTest, ASinkThatThrowsHarmsNobody) {
+TEST_F(VLLogTest, AnExceptionOfASinkIsIgnored) {
     class ThrowingLogger : public VLLogger {
     public:
         void logMessage(const std::string&, const std::optional<Value>&, VLLogLevel) override {
@@ -210,13 +210,13 @@ TEST_F(VLLogTest, ManyThreadsMayLogAtOnce) {
     EXPECT_EQ(log().count("line", VLLogLevel::Info), 200);
 }
 
-TEST_F(VLLogTest, LoggingAfterTheShutdownIsSilent) {
+TEST_F(VLLogTest, LinesAfterTheShutdownAreDropped) {
     Platform::shutdown();
     logMessage(VLLogLevel::Error, "late");
     EXPECT_TRUE(phone().systemLog().empty());
 }
 
-TEST_F(VLLogTest, TheSystemLogGetsEachLevelAsItsType) {
+TEST_F(VLLogTest, TheSystemLogReceivesEachLevelAsItsType) {
     for (const auto level : kLevels) logMessage(level, VLLog::logLevelToString(level));
     logMessage(static_cast<VLLogLevel>(4), "payload", Value(Dictionary{{"a", 1}}));
     phone().settle();
@@ -232,7 +232,7 @@ TEST_F(VLLogTest, TheSystemLogGetsEachLevelAsItsType) {
     }
 }
 
-TEST_F(VLLogTest, ALevelOutsideTheScaleIsDroppedBySystemLogAndConsole) {
+TEST_F(VLLogTest, LevelsOutside1To4AreNotWritten) {
     VLOSLogger system;
     VLNSLogger console;
     for (const auto level : {static_cast<VLLogLevel>(0), static_cast<VLLogLevel>(5)}) {
@@ -243,7 +243,7 @@ TEST_F(VLLogTest, ALevelOutsideTheScaleIsDroppedBySystemLogAndConsole) {
     EXPECT_TRUE(phone().console().empty());
 }
 
-TEST_F(VLLogOldPhoneTest, TheConsoleGetsAWarningTwiceAndTheRestOnce) {
+TEST_F(VLLogOldPhoneTest, OnlyAWarningIsWrittenToTheConsoleTwice) {
     for (const auto level : kLevels) logMessage(level, "message");
     logMessage(VLLogLevel::Info, "with payload", Value("detail"));
     phone().settle();
@@ -253,7 +253,7 @@ TEST_F(VLLogOldPhoneTest, TheConsoleGetsAWarningTwiceAndTheRestOnce) {
                                         "vorlane.sdk [DEBUG]: message", "vorlane.sdk [INFO]: with payload\ndetail"}));
 }
 
-TEST_F(VLLogOldPhoneTest, AThresholdOf2PassesErrorsAndWarningsOnly) {
+TEST_F(VLLogOldPhoneTest, Threshold2PassesErrorsAndWarningsOnly) {
     VLLog::sharedInstance().setLogLevel(VLLogLevel::Warn);
     for (const auto level : {VLLogLevel::Error, VLLogLevel::Warn, VLLogLevel::Info, VLLogLevel::Debug}) {
         logMessage(level, "message");
@@ -264,7 +264,7 @@ TEST_F(VLLogOldPhoneTest, AThresholdOf2PassesErrorsAndWarningsOnly) {
                                         "vorlane.sdk [ERROR]: message"}));
 }
 
-TEST_F(VLLogOldPhoneTest, TheSystemLogsSinkCannotBeMadeThere) {
+TEST_F(VLLogOldPhoneTest, TheSinkOfTheSystemLogThrows) {
     try {
         const VLOSLogger logger;
         ADD_FAILURE() << "was made";
