@@ -125,6 +125,28 @@ TEST_F(VLURLSessionBackgroundTaskTest, ExpiryCancelsTheRequest) {
     EXPECT_EQ(log().linesContaining("RSPN").size(), 1u);
 }
 
+/// An application whose expiry leaves it to the handlers to end their tasks.
+class LenientApplication : public SimulatedApplication {
+public:
+    using SimulatedApplication::SimulatedApplication;
+    using UIApplication::expireBackgroundTask;
+};
+
+TEST_F(VLURLSessionBackgroundTaskTest, ExpiryCancelsTheRequestThenEndsItsTask) {
+    const auto lenient = std::make_shared<LenientApplication>(phone().notificationCenter());
+    lenient->setEventObserver([this](const std::string& event, const Dictionary& fields) {
+        if (event == "backgroundTask") events.push_back(fields.at("action").get<std::string>());
+    });
+    VLURLSession ownSession(handDriven, lenient);
+    handDriven->keepTasks();
+    ownSession.GET(url, handler());
+    events.clear();
+    EXPECT_TRUE(lenient->expireBackgroundTask(lenient->backgroundTasks().begin()->first));
+    EXPECT_EQ(events, (Events{"expired", "cancel", "handler", "end"}));
+    EXPECT_TRUE(lenient->backgroundTasks().empty());
+    lenient->setEventObserver({});
+}
+
 TEST_F(VLURLSessionBackgroundTaskTest, ExpiryCancelsEveryOpenRequestOnly) {
     VLURLSession scripted(phone().makeURLSession({10.0}), phone().application());
     std::vector<TextAnswer> first, second, third;
