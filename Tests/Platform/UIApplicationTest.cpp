@@ -8,6 +8,7 @@
 #include "Platform/NSNotificationCenter.h"
 #include "Platform/NSURL.h"
 #include "Platform/UIWindow.h"
+#include "Public/VLValue.h"
 
 namespace vorlane {
 
