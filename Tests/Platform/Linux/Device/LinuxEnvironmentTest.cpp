@@ -1,8 +1,11 @@
 #include "Platform/Linux/Device/LinuxEnvironment.h"
 
 #include <gtest/gtest.h>
+#include <pwd.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <cstddef>
 #include <filesystem>
 #include <map>
 
@@ -10,6 +13,24 @@
 #include "Platform/Internal/StorageFolder.h"
 #include "Platform/Linux/Curl/CurlCertificates.h"
 #include "Tests/Support/TemporaryFolderTest.h"
+
+namespace {
+
+// The room that an entry of the user database needs at least.
+std::size_t entryLength = 0;
+
+}  // namespace
+
+extern "C" {
+
+int __real_getpwuid_r(uid_t user, passwd* entry, char* buffer, std::size_t length, passwd** result);
+
+int __wrap_getpwuid_r(uid_t user, passwd* entry, char* buffer, std::size_t length, passwd** result) {
+    if (length >= entryLength) return __real_getpwuid_r(user, entry, buffer, length, result);
+    *result = nullptr;
+    return ERANGE;
+}
+}
 
 namespace vorlane {
 namespace {
@@ -103,6 +124,17 @@ TEST_F(LinuxEnvironmentFolderTest, UserWithoutAHomeStoresNothing) {
 TEST(LinuxEnvironmentTest, HomeIsThatOfTheVariableOrTheUserDatabase) {
     EXPECT_EQ(homeFolder(lookupIn({{"HOME", "/home/me"}})), "/home/me");
     EXPECT_TRUE(homeFolder(lookupIn({})).starts_with('/'));
+}
+
+TEST(LinuxEnvironmentTest, LongEntriesOfTheUserDatabaseAreRead) {
+    const auto home = homeFolder(lookupIn({}));
+    for (const std::size_t length : {4097U, 100'000U}) {
+        entryLength = length;
+        EXPECT_EQ(homeFolder(lookupIn({})), home) << length;
+    }
+    entryLength = std::size_t{1} << 40U;
+    EXPECT_EQ(homeFolder(lookupIn({})), "");
+    entryLength = 0;
 }
 
 TEST(LinuxEnvironmentTest, FolderNameIsOneName) {
