@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "Categories/NSDate+VLTimestamp.h"
@@ -9,6 +11,7 @@
 #include "Categories/NSDictionary+VLLookup.h"
 #include "Categories/NSTimeZone+VLOffset.h"
 #include "Categories/NSUUID+VLString.h"
+#include "Platform/Internal/DocumentLimits.h"
 #include "Platform/Internal/StorageFaults.h"
 #include "Platform/Platform.h"
 #include "Platform/UIDevice.h"
@@ -61,6 +64,14 @@ std::optional<Value> storable(std::optional<Value> value) {
     return value;
 }
 
+/// Whether a property list can hold all of the value, with that many more levels of arrays and dictionaries.
+bool canBeStored(const Value& value, int levels) {
+    if (value.is_number_float()) return std::isfinite(value.get<double>());
+    if (!value.is_structured()) return !value.is_discarded();
+    return levels > 0 && std::all_of(value.begin(), value.end(),
+                                     [levels](const Value& element) { return canBeStored(element, levels - 1); });
+}
+
 /// Equal, and of one kind: 1, 1.0 and true differ in a property list.
 bool isSame(const Value& value, const Value& other) {
     const auto kind = [](const Value& number) {
@@ -109,7 +120,7 @@ Value VLSettings::getSettingsValueForKey(const std::string& key, Value defaultVa
 
 void VLSettings::setSettingsValue(std::optional<Value> value, const std::string& key) {
     auto stored = storable(std::move(value));
-    const bool isHeldByFile = !stored || !stored->is_discarded();
+    const bool isHeldByFile = !stored || canBeStored(*stored, DocumentLimits::kDeepestNesting - 1);
     const std::lock_guard lock(mutex_);
     const auto entry = settingsFileDictionary_.find(key);
     const bool isPresent = entry != settingsFileDictionary_.end();

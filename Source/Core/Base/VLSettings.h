@@ -36,7 +36,8 @@ public:
     /// `getSettingsValueForKey:defaultValue:`
     Value getSettingsValueForKey(const std::string& key, Value defaultValue) const;
     /// `setSettingsValue:key:` replaces the entry, or removes it for `nullopt`, then writes the file. A value that the
-    /// entry has already is not written again, unless the last write failed.
+    /// entry has already is not written again, unless the last write failed. A value that a property list cannot hold
+    /// (a number that is not finite, for example) stays in memory, and the file as it is.
     void setSettingsValue(std::optional<Value> value, const std::string& key);
     /// Writes the file. After a failure the values stay in memory, and the next change writes them.
     void writeSettingsToFile();

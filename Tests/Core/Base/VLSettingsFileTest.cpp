@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -128,7 +129,7 @@ Value nestedArrays(int levels) {
     return nested;
 }
 
-/// What the store leaves on disk, and what it makes of what it finds there.
+/// What the store writes to its file, and how it reads what it finds there.
 class VLSettingsFileTest : public SimulatedPhoneTest {
 protected:
     std::string path() const { return documentsPath("VLLibSettings.plist"); }
@@ -164,7 +165,7 @@ void expectEveryProperty(VLSettings& settings) {
     EXPECT_EQ(settings.containerVlSdkVersion(), "S");
 }
 
-TEST_F(VLSettingsFileTest, AFileOfAnotherWriterIsReadAndLeftAloneUntilSomethingChanges) {
+TEST_F(VLSettingsFileTest, FileOfAnotherWriterStaysUntilAChange) {
     for (const auto& written : {bytesOf(kXMLFile), bytesOfHexadecimal(kBinaryFile)}) {
         ASSERT_TRUE(NSFileManager::writeToFile(written, path()));
         const auto settings = open();
@@ -176,7 +177,7 @@ TEST_F(VLSettingsFileTest, AFileOfAnotherWriterIsReadAndLeftAloneUntilSomethingC
     }
 }
 
-TEST_F(VLSettingsFileTest, AFileCutOffAtAnyByteInBinaryNeverReadsAsSomethingElse) {
+TEST_F(VLSettingsFileTest, TruncatedBinaryFileReadsAsEmpty) {
     const auto whole = bytesOfHexadecimal(kBinaryFile);
     for (std::size_t length = 0; length < whole.size(); ++length) {
         const Data cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length));
@@ -186,7 +187,7 @@ TEST_F(VLSettingsFileTest, AFileCutOffAtAnyByteInBinaryNeverReadsAsSomethingElse
     }
 }
 
-TEST_F(VLSettingsFileTest, TheKeysStandInTheFileAsText) {
+TEST_F(VLSettingsFileTest, FileHoldsTheKeysAsXML) {
     ASSERT_TRUE(NSFileManager::writeToFile(bytesOf(kXMLFile), path()));
     const auto settings = open();
     settings->setSessionCount(4);
@@ -266,7 +267,7 @@ TEST_F(VLSettingsFileTest, OneStepWritesTheFileOnce) {
     EXPECT_EQ(file(), (Dictionary{{"VLSessionCount", 1}, {"VLTotalSessionLength", 5}}));
 }
 
-TEST_F(VLSettingsFileTest, AFirstStartWithAFullDiskWorksInMemory) {
+TEST_F(VLSettingsFileTest, FirstStartWithAFullDiskWorksInMemory) {
     FailingSystemCalls calls;
     calls.failWritesFrom(0);
     const auto settings = open();
@@ -307,7 +308,7 @@ TEST_F(VLSettingsFileTest, UnreadableFileKeepsItsIdentity) {
     EXPECT_FALSE(NSFileManager::fileExistsAtPath(path() + ".corrupt"));
 }
 
-TEST_F(VLSettingsFileTest, AValueThatNoListHoldsStaysInMemoryAloneAndTheFileAsItWas) {
+TEST_F(VLSettingsFileTest, DiscardedValueStaysInMemory) {
     const auto settings = open();
     settings->setAppKey("a");
     settings->setPhash("h");
@@ -322,23 +323,24 @@ TEST_F(VLSettingsFileTest, AValueThatNoListHoldsStaysInMemoryAloneAndTheFileAsIt
     EXPECT_EQ(open()->sessionCount(), 1);
 }
 
-TEST_F(VLSettingsFileTest, NumbersThatAreNotFiniteHarmNoOtherValue) {
+TEST_F(VLSettingsFileTest, UnstorableValuesStayInMemory) {
+    const Value values[] = {Value(std::numeric_limits<double>::infinity()), Value(Array{1, std::nan("")}),
+                            nestedArrays(600)};
     const auto settings = open();
-    settings->setSignificantTime(std::numeric_limits<double>::infinity());
-    settings->setAppKey("a");
-    EXPECT_EQ(settings->significantTime(), std::numeric_limits<double>::infinity());
-    EXPECT_EQ(open()->appKey(), "a");
-}
-
-TEST_F(VLSettingsFileTest, AValueNestedTooDeepHarmsNoOtherValue) {
-    const auto settings = open();
-    settings->setSettingsValue(nestedArrays(600), "deep");
-    settings->setAppKey("a");
-    EXPECT_EQ(open()->appKey(), "a");
+    settings->setPhash("h");
+    for (const auto& value : values) {
+        const auto before = bytes();
+        settings->setSettingsValue(value, "VLPhash");
+        EXPECT_EQ(bytes(), before);
+        EXPECT_EQ(settings->phash(), std::nullopt);
+        settings->setSessionCount(settings->sessionCount() + 1);
+        EXPECT_EQ(open()->sessionCount(), settings->sessionCount()) << "no other value is harmed";
+        settings->setPhash("h");
+    }
     EXPECT_FALSE(NSFileManager::fileExistsAtPath(path() + ".corrupt"));
 }
 
-TEST_F(VLSettingsFileTest, OfFirstReadsSideBySideTheLastStoreWins) {
+TEST_F(VLSettingsFileTest, LastOfConcurrentFirstReadsWins) {
     const auto settings = open();
     std::vector<std::string> seen(4);
     std::vector<std::thread> threads;

@@ -29,13 +29,13 @@ protected:
     void setZone(std::int64_t seconds) { phone().simulatedDevice().setLocalTimeZone({"", seconds}); }
 };
 
-TEST_F(VLSettingsTest, AFirstStartLeavesAFileWithAnEmptyDictionary) {
+TEST_F(VLSettingsTest, FirstStartWritesAnEmptyDictionary) {
     EXPECT_FALSE(NSFileManager::fileExistsAtPath(path()));
     open();
     EXPECT_EQ(file(), Dictionary());
 }
 
-TEST_F(VLSettingsTest, TheFirstReadOfTheTrackingIdMakesAndStoresOne) {
+TEST_F(VLSettingsTest, FirstReadOfTheTrackingIdStoresOne) {
     const auto settings = open();
     const auto trackingId = settings->trackingId();
     EXPECT_EQ(trackingId.size(), 32U);
@@ -45,12 +45,12 @@ TEST_F(VLSettingsTest, TheFirstReadOfTheTrackingIdMakesAndStoresOne) {
     EXPECT_EQ(settings->trackingId(), trackingId);
 }
 
-TEST_F(VLSettingsTest, ATrackingIdThatWasSetIsKeptWithoutTheMark) {
+TEST_F(VLSettingsTest, SetTrackingIdHasNoMark) {
     open()->setTrackingId("anna");
     EXPECT_EQ(open()->trackingId(), "anna");
 }
 
-TEST_F(VLSettingsTest, TheDeviceIdIsMadeOnceForAsLongAsTheFileExists) {
+TEST_F(VLSettingsTest, DeviceIdLastsAsLongAsTheFile) {
     const auto deviceId = open()->deviceId();
     EXPECT_EQ(deviceId.size(), 36U);
     EXPECT_EQ(deviceId[8], '-');
@@ -60,7 +60,7 @@ TEST_F(VLSettingsTest, TheDeviceIdIsMadeOnceForAsLongAsTheFileExists) {
     EXPECT_NE(open()->deviceId(), deviceId);
 }
 
-TEST_F(VLSettingsTest, TheSessionIdLivesInMemoryAndIsMadeAnewAfterItWasForgotten) {
+TEST_F(VLSettingsTest, SessionIdLivesInMemoryOnly) {
     const auto settings = open();
     const auto first = settings->sessionId();
     EXPECT_EQ(first.size(), 36U);
@@ -72,7 +72,7 @@ TEST_F(VLSettingsTest, TheSessionIdLivesInMemoryAndIsMadeAnewAfterItWasForgotten
     EXPECT_EQ(file(), Dictionary());
 }
 
-TEST_F(VLSettingsTest, SettingNothingRemovesTheKey) {
+TEST_F(VLSettingsTest, SettingNulloptRemovesTheKey) {
     const auto settings = open();
     settings->setSettingsValue(Value("v"), "k");
     EXPECT_EQ(file(), (Dictionary{{"k", "v"}}));
@@ -80,7 +80,7 @@ TEST_F(VLSettingsTest, SettingNothingRemovesTheKey) {
     EXPECT_EQ(file(), Dictionary());
 }
 
-TEST_F(VLSettingsTest, NullCannotBeStoredAndIsDroppedInMemoryAsOnFile) {
+TEST_F(VLSettingsTest, NullIsDroppedInMemoryAndInTheFile) {
     const auto settings = open();
     settings->setSettingsValue(Value("v"), "k");
     settings->setSettingsValue(Value(nullptr), "k");
@@ -90,7 +90,7 @@ TEST_F(VLSettingsTest, NullCannotBeStoredAndIsDroppedInMemoryAsOnFile) {
     EXPECT_EQ(file(), expected);
 }
 
-TEST_F(VLSettingsTest, AStoredValueComesBackAndAnAbsentOneAsItsDefault) {
+TEST_F(VLSettingsTest, AbsentValueReadsAsItsDefault) {
     const auto settings = open();
     settings->setSettingsValue(Value(7), "k");
     EXPECT_EQ(settings->getSettingsValueForKey("k"), Value(7));
@@ -166,7 +166,7 @@ TEST_F(VLSettingsTest, EveryPropertyIsOneKeyOfTheFile) {
     EXPECT_EQ(reopened->containerVlSdkVersion(), "S");
 }
 
-TEST_F(VLSettingsTest, AFreshStoreReadsAsNothing) {
+TEST_F(VLSettingsTest, FreshStoreReadsAsAbsent) {
     const auto settings = open();
     EXPECT_EQ(settings->lastMigrationVersion(), "");
     EXPECT_EQ(settings->prevTrackingId(), std::nullopt);
@@ -187,7 +187,7 @@ TEST_F(VLSettingsTest, AFreshStoreReadsAsNothing) {
     EXPECT_EQ(settings->description(), "{}");
 }
 
-TEST_F(VLSettingsTest, TheAccuracyReads66UntilAnotherValueIsStored) {
+TEST_F(VLSettingsTest, AccuracyReads66UntilItIsSet) {
     const auto settings = open();
     EXPECT_EQ(settings->desiredHorizontalAccuracy(), Value(66));
     EXPECT_STREQ(VLSettings::desiredHorizontalAccuracyKey(), "desired_horizontal_accuracy");
@@ -195,7 +195,7 @@ TEST_F(VLSettingsTest, TheAccuracyReads66UntilAnotherValueIsStored) {
     EXPECT_EQ(settings->desiredHorizontalAccuracy(), Value(12.5));
 }
 
-TEST_F(VLSettingsTest, TheTimeZoneIsWholeMinutesWithASign) {
+TEST_F(VLSettingsTest, TimeZoneIsWholeMinutesWithASign) {
     const auto settings = open();
     const std::map<std::int64_t, std::string> expected = {{0, "-0"},   {3600, "+60"}, {-18000, "-300"}, {30, "-0"},
                                                           {59, "-0"},  {60, "+1"},    {19800, "+330"},  {-59, "-0"},
@@ -206,7 +206,7 @@ TEST_F(VLSettingsTest, TheTimeZoneIsWholeMinutesWithASign) {
     }
 }
 
-TEST_F(VLSettingsTest, TheVersionNamesTheContainerWhenThereIsOne) {
+TEST_F(VLSettingsTest, VersionNamesTheContainer) {
     const auto settings = open();
     EXPECT_EQ(settings->libraryVersion(), "2.0.1");
     settings->setContainerName("N");
@@ -216,7 +216,7 @@ TEST_F(VLSettingsTest, TheVersionNamesTheContainerWhenThereIsOne) {
     EXPECT_EQ(settings->libraryVersion(), "2.0.1-N-V");
 }
 
-TEST_F(VLSettingsTest, TheInstallTimesAreMillisecondsAndStoredOnTheFirstRead) {
+TEST_F(VLSettingsTest, InstallTimesAreStoredOnTheFirstRead) {
     phone().setDocumentsCreationDate(1'600'000'000.4567);
     phone().setClock(1'700'000'000.9994);
     const auto settings = open();
@@ -229,21 +229,21 @@ TEST_F(VLSettingsTest, TheInstallTimesAreMillisecondsAndStoredOnTheFirstRead) {
     EXPECT_EQ(file(), (Dictionary{{"VLAppCleanInstallTime", "1600000000457"}, {"VLLibInstallTime", "1700000000999"}}));
 }
 
-TEST_F(VLSettingsTest, AnInstallDateThatCannotBeToldFormatsAsNothing) {
+TEST_F(VLSettingsTest, UnknownInstallDateFormatsAsNil) {
     phone().setDocumentsCreationDate(std::nullopt);
     EXPECT_EQ(open()->appCleanInstallTime(), "0");
 }
 
-TEST_F(VLSettingsTest, TheDeviceModelIsTheDevices) { EXPECT_EQ(open()->deviceModel(), phone().device()->machine()); }
+TEST_F(VLSettingsTest, DeviceModelIsThatOfTheDevice) { EXPECT_EQ(open()->deviceModel(), phone().device()->machine()); }
 
-TEST_F(VLSettingsTest, TheDescriptionIsThatOfTheDictionary) {
+TEST_F(VLSettingsTest, DescriptionIsThatOfTheDictionary) {
     const auto settings = open();
     settings->setAppKey("a");
     settings->setDeviceToken(Data{1, 2, 3});
     EXPECT_EQ(settings->description(), R"({"VLAppKey":"a","VLDeviceTokenData":"{length = 3}"})");
 }
 
-TEST_F(VLSettingsTest, AFileCutOffAtAnyByteIsKeptAsideAndReplacedByAnEmptyStore) {
+TEST_F(VLSettingsTest, TruncatedFileIsKeptAside) {
     {
         const auto settings = open();
         settings->setAppKey("a");
@@ -256,7 +256,7 @@ TEST_F(VLSettingsTest, AFileCutOffAtAnyByteIsKeptAsideAndReplacedByAnEmptyStore)
         const Data cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length));
         writeFile(cut);
         const auto settings = open();
-        // Only the line end behind the last tag may be missing without harm.
+        // Only the line end after the last tag may be missing.
         if (settings->dictionary() == full) continue;
         EXPECT_EQ(settings->dictionary(), Dictionary()) << length;
         EXPECT_EQ(NSFileManager::contentsAtPath(path() + ".corrupt"), cut) << length;
@@ -265,7 +265,7 @@ TEST_F(VLSettingsTest, AFileCutOffAtAnyByteIsKeptAsideAndReplacedByAnEmptyStore)
     }
 }
 
-TEST_F(VLSettingsTest, AFileThatHoldsNoDictionaryIsKeptAside) {
+TEST_F(VLSettingsTest, FileWithAnotherRootIsKeptAside) {
     for (const std::string text : {"garbage", "<plist version=\"1.0\"><array/></plist>", "bplist00", "{}"}) {
         writeFile(text);
         EXPECT_EQ(open()->dictionary(), Dictionary()) << text;
@@ -274,7 +274,7 @@ TEST_F(VLSettingsTest, AFileThatHoldsNoDictionaryIsKeptAside) {
     }
 }
 
-TEST_F(VLSettingsTest, ValuesOfEveryOtherKindReadAsAbsent) {
+TEST_F(VLSettingsTest, ValuesOfOtherKindsReadAsAbsent) {
     const Value kinds[] = {Value("text"),
                            Value(7),
                            Value(2.5),
@@ -338,14 +338,14 @@ TEST_F(VLSettingsTest, ValuesOfEveryOtherKindReadAsAbsent) {
     }
 }
 
-TEST_F(VLSettingsTest, NumbersBeyondTheRangeAreHeldToIt) {
+TEST_F(VLSettingsTest, NumbersBeyondTheRangeAreClamped) {
     ASSERT_TRUE(NSPropertyListSerialization::writeToFile({{"VLSessionCount", 1e300}, {"VLTotalSessionLength", -1e300}},
                                                          path()));
     EXPECT_EQ(open()->sessionCount(), std::numeric_limits<std::int64_t>::max());
     EXPECT_EQ(open()->totalSessionLength(), std::numeric_limits<std::int64_t>::min());
 }
 
-TEST_F(VLSettingsTest, TextThatAFileCannotHoldLeavesTheFileReadable) {
+TEST_F(VLSettingsTest, UnstorableCharactersLeaveTheFileReadable) {
     const auto settings = open();
     settings->setTrackingId(std::string("a\0b\x01\xff\xef\xbf\xbf<&>\"", 12));
     settings->setAppKey("kept");
@@ -353,7 +353,7 @@ TEST_F(VLSettingsTest, TextThatAFileCannotHoldLeavesTheFileReadable) {
     EXPECT_TRUE(open()->trackingId().starts_with("a"));
 }
 
-TEST_F(VLSettingsTest, AFolderThatIsMissingIsMadeWithAPrivateMode) {
+TEST_F(VLSettingsTest, MissingFolderIsMadePrivate) {
     const auto folder = phone().documentsFolder();
     ASSERT_TRUE(NSFileManager::moveItemAtPath(folder, folder + ".away"));
     open()->setAppKey("a");
@@ -361,7 +361,7 @@ TEST_F(VLSettingsTest, AFolderThatIsMissingIsMadeWithAPrivateMode) {
     ASSERT_TRUE(NSFileManager::moveItemAtPath(folder + ".away", folder + "/away"));
 }
 
-TEST_F(VLSettingsTest, AFileInPlaceOfTheFolderLeavesEverythingInMemory) {
+TEST_F(VLSettingsTest, FileInPlaceOfTheFolderLeavesValuesInMemory) {
     const auto folder = phone().documentsFolder();
     ASSERT_TRUE(NSFileManager::moveItemAtPath(folder, folder + ".away"));
     ASSERT_TRUE(NSFileManager::writeToFile(Data{1}, folder));
@@ -369,20 +369,21 @@ TEST_F(VLSettingsTest, AFileInPlaceOfTheFolderLeavesEverythingInMemory) {
     settings->setAppKey("a");
     EXPECT_EQ(settings->appKey(), "a");
     EXPECT_EQ(NSFileManager::contentsAtPath(folder), Data{1});
-    // Put back, so that the folder goes with the phone.
+    // Moved back, so that the folder goes with the phone.
     ASSERT_TRUE(NSFileManager::moveItemAtPath(folder, folder + ".file"));
     ASSERT_TRUE(NSFileManager::moveItemAtPath(folder + ".away", folder));
     ASSERT_TRUE(NSFileManager::moveItemAtPath(folder + ".file", folder + "/file"));
 }
 
-TEST_F(VLSettingsTest, AFolderInPlaceOfTheFileLeavesEverythingInMemory) {
+TEST_F(VLSettingsTest, FolderInPlaceOfTheFileIsMovedAside) {
     ASSERT_TRUE(NSFileManager::createDirectoryAtPath(path() + "/occupied"));
     const auto settings = open();
     settings->setAppKey("a");
-    EXPECT_EQ(settings->appKey(), "a");
+    EXPECT_EQ(open()->appKey(), "a");
+    EXPECT_TRUE(NSFileManager::fileExistsAtPath(path() + ".corrupt/occupied"));
 }
 
-TEST_F(VLSettingsTest, ManyThreadsLeaveAFileWithEveryValue) {
+TEST_F(VLSettingsTest, ManyThreadsLeaveEveryValueInTheFile) {
     const auto settings = open();
     std::vector<std::thread> threads;
     for (int thread = 0; thread < 4; ++thread) {
