@@ -56,12 +56,12 @@ std::optional<Value> rootIn(const Data& bytes, PropertyListFile::Root kind) {
 /// What all objects of one path know of the file.
 struct PropertyListFile::Known {
     static std::shared_ptr<Known> at(const std::string& path) {
+        // Never destroyed: a late thread may still write.
         static auto* const mutex = new std::mutex;
-        static auto* const files = new std::map<std::string, std::weak_ptr<Known>>;
+        static auto* const byPath = new std::map<std::string, std::shared_ptr<Known>>;
         const std::lock_guard lock(*mutex);
-        auto& entry = (*files)[path];
-        auto known = entry.lock();
-        if (!known) entry = known = std::make_shared<Known>();
+        auto& known = (*byPath)[path];
+        if (!known) known = std::make_shared<Known>();
         return known;
     }
 
@@ -149,7 +149,7 @@ bool PropertyListFile::State::write(const Data& bytes) {
     }
     {
         const std::lock_guard lock(known->mutex);
-        if (known->bytes == bytes) return true;
+        if (known->bytes == bytes && NSFileManager::fileExistsAtPath(path)) return true;
         known->bytes.reset();
         const int error = NSFileManager::replaceFile(bytes, path);
         if (error != 0) {
