@@ -1,27 +1,22 @@
 #include "Geo/VLGeoRegionFile.h"
 
-#include <filesystem>
-#include <system_error>
 #include <utility>
 
-#include "Platform/NSFileManager.h"
-#include "Platform/NSPropertyListSerialization.h"
 #include "Platform/Platform.h"
 
 namespace vorlane {
 
 const std::optional<VLGeoRegionFile::Records>& VLGeoRegionFile::getRegionsFromFile() {
-    if (!std::exchange(isRead_, true)) readFile();
+    if (!isRead_) readFile();
     return records_;
 }
 
 void VLGeoRegionFile::readFile() {
-    const auto bytes = NSFileManager::contentsAtPath(path());
-    auto root = bytes ? NSPropertyListSerialization::propertyListWithData(*bytes) : std::nullopt;
-    auto* list = root ? root->get_ptr<Array*>() : nullptr;
-    if (!list) return;
+    auto reading = file_.read();
+    isRead_ = reading.status != PropertyListFile::Status::unreadable;
+    if (reading.status != PropertyListFile::Status::contents) return;
     records_.emplace();
-    for (auto& element : *list) {
+    for (auto& element : reading.contents) {
         if (auto* record = element.get_ptr<Dictionary*>()) records_->push_back(std::move(*record));
     }
 }
@@ -29,15 +24,21 @@ void VLGeoRegionFile::readFile() {
 void VLGeoRegionFile::saveRegionsToFile(Records records) {
     isRead_ = true;
     records_ = std::move(records);
-    const auto bytes = NSPropertyListSerialization::dataWithPropertyList(Array(records_->begin(), records_->end()));
-    if (!bytes.empty()) NSFileManager::writeToFile(bytes, path());
+    writeFile();
+}
+
+void VLGeoRegionFile::writeFile() {
+    if (PropertyListFile::Step::postpone(file_, [this] { writeFile(); })) return;
+    if (!records_) return;
+    // The records replace all that the file holds, also if it could not be read before.
+    file_.readAgain();
+    file_.write(Array(records_->begin(), records_->end()));
 }
 
 void VLGeoRegionFile::deleteGeoRegionsFile() {
     isRead_ = true;
     records_.reset();
-    std::error_code ignored;
-    std::filesystem::remove(path(), ignored);
+    file_.remove();
 }
 
 std::string VLGeoRegionFile::path() { return Platform::current().documentsFolder() + "/VLGeoRegions.plist"; }

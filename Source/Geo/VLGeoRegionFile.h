@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "Platform/Internal/PropertyListFile.h"
 #include "Public/VLValue.h"
 
 namespace vorlane {
@@ -15,8 +16,8 @@ class VLGeoRegionFile {
 public:
     using Records = std::vector<Dictionary>;
 
-    /// `getRegionsFromFile` returns the records in their order, or `nullopt` if the file is missing or unreadable.
-    /// Elements that are not dictionaries are skipped.
+    /// `getRegionsFromFile` returns the records in their order, or `nullopt` if the file is missing or unreadable. An
+    /// unreadable file is read again by the next call. Elements that are not dictionaries are skipped.
     const std::optional<Records>& getRegionsFromFile();
     /// `saveRegionsToFile:` replaces the records.
     void saveRegionsToFile(Records records);
@@ -26,9 +27,11 @@ public:
 
 private:
     void readFile();
+    void writeFile();
 
     bool isRead_ = false;
     std::optional<Records> records_;
+    PropertyListFile file_{path(), PropertyListFile::Root::array};
 };
 
 }  // namespace vorlane

@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
 #include <memory>
 
+#include "Platform/Internal/StorageFlusher.h"
 #include "Tests/Geo/GeoTest.h"
 #include "Tests/Support/TemporaryFolder.h"
 
@@ -306,6 +308,9 @@ TEST_F(VLGeoServiceMonitoringTest, KillAtAnyStepLosesNoRegion) {
     std::vector<std::unique_ptr<TemporaryFolder>> leftBehind;
     phone().simulatedApplication().setEventObserver([&](const std::string& event, const Dictionary&) {
         if (event != "monitoring") return;
+        // Otherwise the storage thread may rename files while they are copied.
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+        ASSERT_TRUE(phone().storage().waitUntilIdle(deadline));
         leftBehind.push_back(std::make_unique<TemporaryFolder>());
         std::filesystem::copy(phone().documentsFolder(), leftBehind.back()->path(),
                               std::filesystem::copy_options::recursive);

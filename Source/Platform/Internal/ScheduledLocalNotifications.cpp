@@ -4,8 +4,7 @@
 #include <limits>
 #include <string_view>
 
-#include "Platform/NSFileManager.h"
-#include "Platform/NSPropertyListSerialization.h"
+#include "Platform/Internal/PropertyListFile.h"
 #include "Platform/PropertyList/PropertyListElements.h"
 
 namespace vorlane {
@@ -28,13 +27,21 @@ ScheduledLocalNotifications::Step::~Step() {
     if (--list_.openSteps_ == 0 && list_.isWriteDue_) list_.didChange();
 }
 
+ScheduledLocalNotifications::ScheduledLocalNotifications() = default;
+
+ScheduledLocalNotifications::~ScheduledLocalNotifications() = default;
+
 void ScheduledLocalNotifications::keepInFile(const std::string& path) {
-    path_ = path;
-    const auto root = NSPropertyListSerialization::dictionaryWithContentsOfFile(path);
-    if (!root && NSFileManager::fileExistsAtPath(path)) NSFileManager::moveItemAtPath(path, path + ".corrupt");
-    const auto found = root ? root->find(kNotificationsKey) : Dictionary::const_iterator();
-    if (!root || found == root->end() || !found->second.is_array()) return;
-    for (const auto& element : found->second) {
+    file_ = std::make_unique<PropertyListFile>(path);
+    const auto reading = file_->read();
+    // What another process has scheduled is that process's to deliver, as long as it lives.
+    if (file_->isOwned()) restore(reading.contents);
+}
+
+void ScheduledLocalNotifications::restore(const Value& root) {
+    const auto list = root.find(kNotificationsKey);
+    if (list == root.end() || !list->is_array()) return;
+    for (const auto& element : *list) {
         const auto* fields = element.get_ptr<const Dictionary*>();
         if (fields) insert(UILocalNotification::fromDictionary(*fields));
     }
@@ -123,10 +130,12 @@ std::vector<std::uint64_t> ScheduledLocalNotifications::numbersOf(const UILocalN
 
 void ScheduledLocalNotifications::didChange() {
     isWriteDue_ = openSteps_ > 0;
-    if (!isWriteDue_ && !path_.empty()) write();
+    if (!isWriteDue_ && file_) write();
 }
 
-void ScheduledLocalNotifications::write() const {
+void ScheduledLocalNotifications::write() {
+    if (PropertyListFile::Step::postpone(*file_, [this] { write(); })) return;
+    if (const auto stored = file_->readAgain()) restore(*stored);
     std::vector<std::string_view> elements;
     elements.reserve(records_.size());
     for (const auto& [number, record] : records_) {
@@ -135,7 +144,7 @@ void ScheduledLocalNotifications::write() const {
         if (record.element.empty()) record.element = PropertyListElements::element(record.notification.toDictionary());
         elements.emplace_back(record.element);
     }
-    NSFileManager::writeToFile(PropertyListElements::listOf(kNotificationsKey, elements), path_);
+    file_->writeBytes(PropertyListElements::listOf(kNotificationsKey, elements));
 }
 
 }  // namespace vorlane

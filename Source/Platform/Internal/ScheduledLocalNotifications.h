@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
@@ -11,15 +12,18 @@
 
 #include "Platform/UIApplication.h"
 #include "Public/VLExport.h"
+#include "Public/VLValue.h"
 
 namespace vorlane {
+
+class PropertyListFile;
 
 /// The local notifications that an application has scheduled, kept in a property list across restarts of the
 /// application. Its owner guards it.
 ///
-/// Each operation that changes the list replaces the file before it returns. A failure to write is silent, and the list
-/// in memory stays in effect. The cost of an operation on one notification does not grow with the list, except for the
-/// copying of the file.
+/// Each operation that changes the list replaces the file before it returns. After a failure to write, the list in
+/// memory stays in effect, and the next change writes it. The cost of an operation on one notification does not grow
+/// with the list, except for the copying of the file.
 class VORLANE_EXPORT ScheduledLocalNotifications {
 public:
     using Entry = UIApplication::ScheduledLocalNotification;
@@ -36,9 +40,12 @@ public:
         ScheduledLocalNotifications& list_;
     };
 
+    ScheduledLocalNotifications();
+    ~ScheduledLocalNotifications();
+
     /// Adds the notifications in the file to the list and keeps the file up to date from now on. An element that is no
-    /// notification is skipped; a file that is no property list is kept with the suffix ".corrupt". Without this call
-    /// the list is kept in memory only.
+    /// notification is skipped. If the file cannot be read, or another process uses its folder, its notifications join
+    /// the list before the first write that succeeds. Without this call the list is kept in memory only.
     void keepInFile(const std::string& path);
 
     Entry add(const UILocalNotification& notification);
@@ -70,10 +77,11 @@ private:
     Entry extract(std::uint64_t number);
     std::vector<std::uint64_t> numbersOf(const UILocalNotification& notification) const;
     void didChange();
-    void write() const;
+    void restore(const Value& root);
+    void write();
 
-    // Empty if the list is kept in memory only.
-    std::string path_;
+    // Null if the list is kept in memory only.
+    std::unique_ptr<PropertyListFile> file_;
     int openSteps_ = 0;
     bool isWriteDue_ = false;
     // The list by number, and the numbers by due time and by identity.

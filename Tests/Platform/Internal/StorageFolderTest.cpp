@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "Platform/Internal/PropertyListFile.h"
+#include "Platform/Internal/ScheduledLocalNotifications.h"
 #include "Platform/Internal/StorageFaults.h"
 #include "Platform/NSFileManager.h"
 #include "Tests/Platform/FailingSystemCalls.h"
@@ -132,6 +133,34 @@ TEST_F(StorageFolderTest, SecondProcessLeavesDamagedFilesAlone) {
     const auto other = lockOfAnother();
     EXPECT_EQ(file.read().status, PropertyListFile::Status::malformed);
     EXPECT_TRUE(NSFileManager::fileExistsAtPath(folder + "/file.plist"));
+}
+
+TEST_F(StorageFolderTest, SecondProcessLeavesSchedulesAlone) {
+    const auto scheduleFile = folder + "/scheduled.plist";
+    const auto notification = [](const char* body) {
+        UILocalNotification built;
+        built.alertBody = body;
+        built.fireDate = 1e9;
+        return built;
+    };
+    {
+        ScheduledLocalNotifications first;
+        first.keepInFile(scheduleFile);
+        first.add(notification("first"));
+    }
+    StorageFolder::releaseAll();
+    auto other = lockOfAnother();
+    ScheduledLocalNotifications second;
+    second.keepInFile(scheduleFile);
+    EXPECT_TRUE(second.notifications().empty());
+    second.add(notification("second"));
+    EXPECT_EQ(second.notifications().size(), 1U);
+    other.close();
+    second.add(notification("third"));
+    EXPECT_EQ(second.notifications().size(), 3U);
+    ScheduledLocalNotifications again;
+    again.keepInFile(scheduleFile);
+    EXPECT_EQ(again.notifications().size(), 3U);
 }
 
 TEST_F(StorageFolderTest, ReleasedFolderIsFreeForOthers) {
