@@ -25,6 +25,9 @@ Folders& folders() {
     return *all;
 }
 
+/// Root may do everything anyway.
+bool isTrusted(uid_t user) { return user == geteuid() || user == 0; }
+
 /// A link is followed only if this user or root made it: anybody can leave one in a folder like "/tmp".
 FileDescriptor openFolder(const std::string& path) {
     auto folder = FileDescriptor::open(path, O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
@@ -32,10 +35,9 @@ FileDescriptor openFolder(const std::string& path) {
     if (folder.isOpen() || (errno != ELOOP && errno != ENOTDIR)) return folder;
     const int error = errno;
     struct stat link {};
-    const bool isTrusted =
-        ::lstat(path.c_str(), &link) == 0 && S_ISLNK(link.st_mode) && (link.st_uid == geteuid() || link.st_uid == 0);
+    const bool isFollowed = ::lstat(path.c_str(), &link) == 0 && S_ISLNK(link.st_mode) && isTrusted(link.st_uid);
     errno = error;
-    return isTrusted ? FileDescriptor::open(path, O_RDONLY | O_DIRECTORY) : FileDescriptor();
+    return isFollowed ? FileDescriptor::open(path, O_RDONLY | O_DIRECTORY) : FileDescriptor();
 }
 
 std::string systemMessage(int error) { return std::generic_category().message(error); }
@@ -90,7 +92,7 @@ StorageFolder::Access StorageFolder::open(bool isMade) {
     }
     struct stat information {};
     if (!folder_.isOpen() || ::fstat(folder_.number(), &information) != 0) return refuse(systemMessage(errno));
-    if (information.st_uid != geteuid()) return refuse("another user owns the folder");
+    if (!isTrusted(information.st_uid)) return refuse("another user owns the folder");
     if ((information.st_mode & (S_IWGRP | S_IWOTH)) != 0) return refuse("other users may write to the folder");
     return lock();
 }

@@ -23,7 +23,8 @@ public:
         missing,
         /// Another process has the folder: its files may be read.
         foreign,
-        /// Another user owns the folder or may write to it, or it cannot be opened: nothing in it may be trusted.
+        /// Another user (root excepted) owns the folder or may write to it, or it cannot be opened: nothing in it may
+        /// be trusted.
         refused
     };
 
