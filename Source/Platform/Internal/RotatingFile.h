@@ -4,13 +4,11 @@
 #include <string>
 #include <string_view>
 
-#include "Public/VLExport.h"
-
 namespace vorlane {
 
 /// A file that grows by appending up to a size, and is then renamed to "PATH.1", the older "PATH.1" to "PATH.2", and so
 /// on. Mode 0600. One thread at a time.
-class VORLANE_EXPORT RotatingFile {
+class RotatingFile {
 public:
     /// Opens no file yet. `keptFiles` is the number of renamed files to keep; 0 deletes a full file.
     RotatingFile(std::string path, std::size_t longestSize, std::size_t keptFiles);
