@@ -16,6 +16,7 @@
 #include "Categories/NSDictionary+VLJSON.h"
 #include "Platform/CLBeaconRegion.h"
 #include "Platform/CLLocationManager.h"
+#include "Platform/Internal/PropertyListFile.h"
 #include "Platform/Platform.h"
 #include "Public/VLConstants.h"
 #include "Public/VLLog.h"
@@ -84,6 +85,7 @@ void VLBeaconService::didExitRegion(const std::shared_ptr<CLBeaconRegion>& regio
 
 void VLBeaconService::addBeaconRegions() {
     assertMainQueue();
+    const PropertyListFile::Step step;
     const auto wanted = wantedRegions();
     const auto monitored = stopMonitoringStaleRegions(wanted);
     auto missing = withoutReplacedRegions(wanted);

@@ -17,6 +17,7 @@
 #include "Platform/CLBeaconRegion.h"
 #include "Platform/CLCircularRegion.h"
 #include "Platform/CLLocationManager.h"
+#include "Platform/Internal/PropertyListFile.h"
 #include "Platform/Platform.h"
 #include "Public/VLConstants.h"
 #include "Public/VLLog.h"
@@ -215,19 +216,27 @@ void VLGeoService::geoRegionsForCurrentLocation(const CLLocation& location, Regi
 void VLGeoService::handleGeoRegionsFetch(const CLLocation& location, const std::optional<Dictionary>& response,
                                          bool isRetry) {
     assertMainQueue();
-    if (const auto settings = settings_.lock()) {
-        settings->setOldLocation(
-            Dictionary{{"Latitude", location.coordinate.latitude}, {"Longitude", location.coordinate.longitude}});
-        if (response) settings->setFetchGeoRegionTimestamp(now());
+    {
+        const PropertyListFile::Step step;
+        if (response) {
+            geoRegionsFromAPI_ = extractGeoRegionsFromJson(*response);
+            // A copy, because the location manager may be the host's and start another fetch.
+            addRegions(Descriptions(geoRegionsFromAPI_));
+        }
+        // Stored after the regions: a process killed in between fetches again.
+        storeFetch(location, response.has_value());
     }
     // The retry ends the fetch.
     if (!response && isRetry) return fetchGeoRegionsForLocation(location, false);
-    if (response) {
-        geoRegionsFromAPI_ = extractGeoRegionsFromJson(*response);
-        // A copy, because the location manager may be the host's and start another fetch.
-        addRegions(Descriptions(geoRegionsFromAPI_));
-    }
     geoFeedWithSessionCall_ = false;
+}
+
+void VLGeoService::storeFetch(const CLLocation& location, bool isSuccessful) const {
+    const auto settings = settings_.lock();
+    if (!settings) return;
+    settings->setOldLocation(
+        Dictionary{{"Latitude", location.coordinate.latitude}, {"Longitude", location.coordinate.longitude}});
+    if (isSuccessful) settings->setFetchGeoRegionTimestamp(now());
 }
 
 VLGeoService::Descriptions VLGeoService::extractGeoRegionsFromJson(const Dictionary& response) {
@@ -249,6 +258,7 @@ const char* VLGeoService::geoRegionsConfigKey() { return VLCONFIGSERVICEGEO; }
 
 void VLGeoService::addRegions(const Descriptions& regions) {
     if (regions.empty()) return;
+    const PropertyListFile::Step step;
     const auto slots = stopMonitoringStaleGeoRegions(regions);
     monitorRegions(regions, slots);
 }

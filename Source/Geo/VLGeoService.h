@@ -109,6 +109,7 @@ private:
     const char* activity() const;
     static double distanceFromOldLocation(const VLSettings& settings, const CLLocation& location, double otherwise);
     void takeOver(const Dictionary& config, const char* key, void (VLSettings::*setter)(double)) const;
+    void storeFetch(const CLLocation& location, bool isSuccessful) const;
     std::set<std::string> monitoredGeoRegions() const;
     void didCross(const CLRegion& region, const Transition& transition);
     bool accept(Dictionary& record, const CLRegion& region, const Transition& transition) const;

@@ -26,7 +26,7 @@ MonitoredRegions::MonitoredRegions(std::string path) : file_(std::make_unique<Pr
 
 MonitoredRegions::~MonitoredRegions() = default;
 
-/// Adds the regions in the file that have none of the known identifiers.
+/// Adds the regions in the file that have none of the known identifiers. With the lock held.
 void MonitoredRegions::take(const Value& root) {
     const auto list = root.find(kRegionsKey);
     if (list == root.end() || !list->is_array()) return;
@@ -40,41 +40,55 @@ void MonitoredRegions::take(const Value& root) {
 }
 
 void MonitoredRegions::add(std::shared_ptr<CLRegion> region, CLRegionState state) {
-    const auto identifier = region->identifier();
-    regions_[identifier] = {std::move(region), state};
+    {
+        const std::lock_guard lock(mutex_);
+        const auto identifier = region->identifier();
+        regions_[identifier] = {std::move(region), state};
+    }
     write();
 }
 
 bool MonitoredRegions::remove(const std::string& identifier) {
-    if (regions_.erase(identifier) == 0) return false;
+    {
+        const std::lock_guard lock(mutex_);
+        if (regions_.erase(identifier) == 0) return false;
+    }
     write();
     return true;
 }
 
 std::shared_ptr<CLRegion> MonitoredRegions::find(const std::string& identifier) const {
+    const std::lock_guard lock(mutex_);
     const auto found = regions_.find(identifier);
     return found == regions_.end() ? nullptr : found->second.region;
 }
 
 CLRegionState MonitoredRegions::stateOf(const std::string& identifier) const {
+    const std::lock_guard lock(mutex_);
     const auto found = regions_.find(identifier);
     return found == regions_.end() ? CLRegionState::Unknown : found->second.state;
 }
 
 void MonitoredRegions::setState(const std::string& identifier, CLRegionState state) {
-    const auto found = regions_.find(identifier);
-    if (found == regions_.end() || std::exchange(found->second.state, state) == state) return;
+    {
+        const std::lock_guard lock(mutex_);
+        const auto found = regions_.find(identifier);
+        if (found == regions_.end() || std::exchange(found->second.state, state) == state) return;
+    }
     write();
 }
 
 std::vector<std::shared_ptr<CLRegion>> MonitoredRegions::all() const {
+    const std::lock_guard lock(mutex_);
     std::vector<std::shared_ptr<CLRegion>> list;
     for (const auto& [identifier, entry] : regions_) list.push_back(entry.region);
     return list;
 }
 
+/// Without the lock held. At the end of a step it runs outside the locks of the owner.
 void MonitoredRegions::write() {
     if (PropertyListFile::Step::postpone(*file_, [this] { write(); })) return;
+    const std::lock_guard lock(mutex_);
     if (const auto stored = file_->readAgain()) take(*stored);
     Array list;
     for (const auto& [identifier, entry] : regions_) {

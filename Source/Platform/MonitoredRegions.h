@@ -2,6 +2,7 @@
 
 #include <map>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -15,7 +16,7 @@ namespace vorlane {
 class PropertyListFile;
 
 /// The regions that a location manager monitors, by identifier, kept in a property list across restarts of the
-/// application. Its owner guards it.
+/// application. Any thread.
 class VORLANE_EXPORT MonitoredRegions {
 public:
     /// Reads the file; what is no region in it is left out. An empty path: the regions are kept in memory only.
@@ -48,6 +49,8 @@ private:
     void take(const Value& root);
     void write();
 
+    mutable std::mutex mutex_;
+    // Guarded by mutex_.
     std::map<std::string, Entry> regions_;
     const std::unique_ptr<PropertyListFile> file_;
 };

@@ -1,10 +1,8 @@
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <filesystem>
 #include <memory>
 
-#include "Platform/Internal/StorageFlusher.h"
 #include "Tests/Geo/GeoTest.h"
 #include "Tests/Support/TemporaryFolder.h"
 
@@ -302,32 +300,40 @@ TEST_F(VLGeoServiceMonitoringTest, BeaconRegionDoesNotCountAsTheMonitoredGeofenc
     EXPECT_TRUE(std::dynamic_pointer_cast<CLCircularRegion>(manager().monitoredRegion("1")));
 }
 
-// Copies the folder before every step of the location manager, as a kill would leave it.
-TEST_F(VLGeoServiceMonitoringTest, KillAtAnyStepLosesNoRegion) {
-    fetch({described("1"), described("2"), described("3")});
-    std::vector<std::unique_ptr<TemporaryFolder>> leftBehind;
+TEST_F(VLGeoServiceMonitoringTest, FilesAreWrittenAfterAllRegionsHaveChanged) {
+    fetch({described("1"), described("2")});
+    const auto before = file();
+    std::vector<Value> duringTheFetch;
     phone().simulatedApplication().setEventObserver([&](const std::string& event, const Dictionary&) {
-        if (event != "monitoring") return;
-        // Otherwise the storage thread may rename files while they are copied.
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-        ASSERT_TRUE(phone().storage().waitUntilIdle(deadline));
-        leftBehind.push_back(std::make_unique<TemporaryFolder>());
-        std::filesystem::copy(phone().documentsFolder(), leftBehind.back()->path(),
-                              std::filesystem::copy_options::recursive);
+        if (event == "monitoring") duringTheFetch.push_back(file());
     });
+    fetch({described("3"), described("4")});
+    phone().simulatedApplication().setEventObserver(nullptr);
+    EXPECT_EQ(duringTheFetch, std::vector<Value>(4, before));
+    EXPECT_EQ(file(), Value(Array{freshRecord("3"), freshRecord("4")}));
+}
+
+TEST_F(VLGeoServiceMonitoringTest, KillBetweenTheWritesLosesNoRegion) {
+    using std::filesystem::copy_options;
+    const TemporaryFolder before;
+    const auto& after = phone().documentsFolder();
+    fetch({described("1"), described("2"), described("3")});
+    std::filesystem::copy(after, before.path(), copy_options::recursive);
     const auto newer = {described("2"), described("4"), described("5")};
     fetch(newer);
-    phone().simulatedApplication().setEventObserver(nullptr);
-    ASSERT_EQ(leftBehind.size(), 4U);
-    for (const auto& folder : leftBehind) {
-        const auto next = std::make_shared<SimulatedPhone>(SimulatedPhone::Options{.documentsFolder = folder->path()});
+    const std::vector<std::string> files{"VLMonitoredRegions.plist", "VLGeoRegions.plist", "VLLibSettings.plist"};
+    for (std::size_t written = 0; written <= files.size(); ++written) {
+        const TemporaryFolder folder;
+        std::filesystem::copy(before.path(), folder.path(), copy_options::recursive);
+        for (std::size_t i = 0; i < written; ++i) {
+            std::filesystem::copy_file(after + "/" + files[i], folder.path(files[i]), copy_options::overwrite_existing);
+        }
+        const auto next = std::make_shared<SimulatedPhone>(SimulatedPhone::Options{.documentsFolder = folder.path()});
         Platform::install(next);
         VLGeoService service(next->locationManager(), settings, content, urlBuilder, urlSession);
         service.handleGeoRegionsFetch(at(kOslo), Dictionary{{"geo_regions", Array(newer.begin(), newer.end())}}, false);
-        EXPECT_EQ(next->locationManager()->monitoredRegions().size(), 3U);
-        const auto stored = VLGeoRegionFile().getRegionsFromFile();
-        ASSERT_TRUE(stored);
-        EXPECT_EQ(stored->size(), 3U);
+        EXPECT_EQ(next->locationManager()->monitoredRegions().size(), 3U) << written;
+        EXPECT_EQ(VLGeoRegionFile().getRegionsFromFile().value_or(VLGeoRegionFile::Records()).size(), 3U) << written;
     }
 }
 
@@ -357,6 +363,20 @@ TEST_F(VLGeoServiceWriteFailureTest, CrossingsWorkFromMemory) {
     EXPECT_EQ(contentRequests().size(), 1U);
     fetch({described("1")});
     EXPECT_EQ(started(), Identifiers{"1"});
+}
+
+TEST_F(VLGeoServiceWriteFailureTest, UnreadableFileKeepsItsLaterTimes) {
+    std::filesystem::create_directories(documentsPath("VLGeoRegions.plist"));
+    fetch({described("1"), described("2")});
+    std::filesystem::remove(documentsPath("VLGeoRegions.plist"));
+    auto stored = freshRecord("1");
+    stored["VLEnterRegionTimestamp"] = phone().now() - 10;
+    NSFileManager::writeToFile(NSPropertyListSerialization::dataWithPropertyList(Array{stored, freshRecord("9")}),
+                               documentsPath("VLGeoRegions.plist"));
+    exit("2");
+    ASSERT_EQ(file().size(), 2U);
+    EXPECT_EQ(file()[0]["VLEnterRegionTimestamp"], Value(phone().now() - 10));
+    EXPECT_EQ(file()[1]["VLExitRegionTimestamp"], Value(phone().now()));
 }
 
 }  // namespace

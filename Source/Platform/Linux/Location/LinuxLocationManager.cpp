@@ -5,6 +5,7 @@
 
 #include "Platform/DispatchQueue.h"
 #include "Platform/Internal/CallOutScope.h"
+#include "Platform/Internal/PropertyListFile.h"
 #include "Platform/NSError.h"
 
 namespace vorlane {
@@ -179,6 +180,7 @@ void LinuxLocationManager::takePositions(const std::vector<CLLocation>& position
     RegionMonitor::Changes changes;
     std::vector<CLLocation> significant;
     {
+        const PropertyListFile::Step step;
         const std::lock_guard lock(mutex_);
         significant = significantAmong(positions);
         for (const auto& position : positions) {
@@ -230,6 +232,7 @@ void LinuxLocationManager::advertisementArrived(const CLBeacon& beacon) {
 void LinuxLocationManager::takeAdvertisement(const CLBeacon& beacon) {
     RegionMonitor::Changes changes;
     {
+        const PropertyListFile::Step step;
         const std::lock_guard lock(mutex_);
         ranger_.advertisementArrived(beacon, parts_.clock->now());
         changes = beacons_.advertisementArrived(beacon, parts_.clock->now());
@@ -283,6 +286,7 @@ void LinuxLocationManager::tick() {
     RegionMonitor::Changes changes;
     std::vector<BeaconRanger::Result> results;
     {
+        const PropertyListFile::Step step;
         const std::lock_guard lock(mutex_);
         results = ranger_.results(parts_.clock->now());
         changes = beacons_.timePassed(parts_.clock->now());
