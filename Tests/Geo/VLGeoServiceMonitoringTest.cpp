@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 
@@ -349,34 +350,41 @@ TEST_F(VLGeoServiceMonitoringTest, KnownRegionBeyondThe20thHasNoRecord) {
     EXPECT_EQ(file(), Value(Array{freshRecord("25")}));
 }
 
-/// The file cannot be replaced, like on a full disk.
-class VLGeoServiceWriteFailureTest : public VLGeoServiceMonitoringTest {
-protected:
-};
-
-TEST_F(VLGeoServiceWriteFailureTest, CrossingsWorkFromMemory) {
-    std::filesystem::create_directories(documentsPath("VLGeoRegions.plist/full"));
+TEST_F(VLGeoServiceMonitoringTest, CrossingsWorkFromMemoryAfterAFailedWrite) {
+    const auto path = documentsPath("VLGeoRegions.plist");
     fetch({described("1")});
-    enter("1");
-    EXPECT_EQ(contentRequests(), (std::vector<std::pair<Value, Value>>{{"segment of 1", "enter"}}));
-    enter("1");
-    EXPECT_EQ(contentRequests().size(), 1U);
-    fetch({described("1")});
-    EXPECT_EQ(started(), Identifiers{"1"});
+    std::filesystem::remove(path);
+    std::filesystem::create_directories(path + "/in the way");
+    fetch({described("2")});
+    enter("2");
+    enter("2");
+    EXPECT_EQ(contentRequests(), (std::vector<std::pair<Value, Value>>{{"segment of 2", "enter"}}));
+    fetch({described("2")});
+    EXPECT_EQ(started(), (Identifiers{"1", "2"}));
+    EXPECT_TRUE(std::filesystem::is_directory(path));
+    std::filesystem::remove_all(path);
+    exit("2");
+    ASSERT_EQ(file().size(), 1U);
+    EXPECT_EQ(file()[0]["VLEnterRegionTimestamp"], Value(phone().now()));
 }
 
-TEST_F(VLGeoServiceWriteFailureTest, UnreadableFileKeepsItsLaterTimes) {
-    std::filesystem::create_directories(documentsPath("VLGeoRegions.plist"));
+TEST_F(VLGeoServiceMonitoringTest, UnreadableFileIsMergedOnceItCanBeRead) {
+    const auto path = documentsPath("VLGeoRegions.plist");
+    NSFileManager::writeToFile({}, path);
+    std::filesystem::resize_file(path, std::uintmax_t{65} << 20U);  // too large to be read
     fetch({described("1"), described("2")});
-    std::filesystem::remove(documentsPath("VLGeoRegions.plist"));
-    auto stored = freshRecord("1");
+    enter("1");
+    EXPECT_EQ(contentRequests().size(), 1U);
+    EXPECT_EQ(std::filesystem::file_size(path), std::uintmax_t{65} << 20U);
+    auto stored = freshRecord("2");
     stored["VLEnterRegionTimestamp"] = phone().now() - 10;
     NSFileManager::writeToFile(NSPropertyListSerialization::dataWithPropertyList(Array{stored, freshRecord("9")}),
-                               documentsPath("VLGeoRegions.plist"));
-    exit("2");
+                               path);
+    exit("1");
     ASSERT_EQ(file().size(), 2U);
-    EXPECT_EQ(file()[0]["VLEnterRegionTimestamp"], Value(phone().now() - 10));
-    EXPECT_EQ(file()[1]["VLExitRegionTimestamp"], Value(phone().now()));
+    EXPECT_EQ(file()[0]["VLEnterRegionTimestamp"], Value(phone().now()));
+    EXPECT_EQ(file()[0]["VLExitRegionTimestamp"], Value(phone().now()));
+    EXPECT_EQ(file()[1]["VLEnterRegionTimestamp"], Value(phone().now() - 10));
 }
 
 }  // namespace
