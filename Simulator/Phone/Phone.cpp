@@ -5,6 +5,7 @@
 #include "Platform/NSException.h"
 #include "Public/Vorlane.h"
 #include "Simulator/Phone/PhoneCommands.h"
+#include "Simulator/Phone/PhoneLogger.h"
 #include "Simulator/Phone/PhoneValues.h"
 
 namespace vorlane::phone {
@@ -20,7 +21,7 @@ SimulatedPhone::Options deviceOptions(const PhoneOptions& options) {
             .resourceFolder = options.resources};
 }
 
-/// Nothing when the command line names none.
+/// Null if the command line names no endpoints.
 std::shared_ptr<VLURLs> endpointsFrom(const PhoneOptions& options) {
     if (options.serviceOrigin) {
         return VLURLsProduction::URLsWithOrigin(*NSURL::URLWithString(*options.serviceOrigin));
@@ -32,7 +33,7 @@ std::shared_ptr<VLURLs> endpointsFrom(const PhoneOptions& options) {
 
 Phone::Phone(const PhoneOptions& options)
     : options_(options), device_(std::make_shared<SimulatedPhone>(deviceOptions(options))), commands_(allCommands()) {
-    // First of all, because it throws for an unusable one, and nothing may use this object then.
+    // First, because it throws for an unusable endpoint, and nothing must use this object then.
     const auto endpoints = endpointsFrom(options_);
     Platform::install(device_);
     device_->simulatedApplication().setEventObserver(
@@ -50,7 +51,7 @@ void Phone::take(const std::string& line) {
     std::optional<NSError> error;
     const auto parsed = vl_dictionaryWithJSON(line, error);
     if (!parsed) {
-        output_.error(nullptr, error ? error->localizedDescription() : "no JSON object");
+        output_.error(nullptr, error ? error->localizedDescription() : "not a JSON object");
         return;
     }
     const auto* id = valueForKey(*parsed, "id");

@@ -18,12 +18,12 @@ void writeAll(std::string_view text) {
         const auto count = ::write(STDOUT_FILENO, text.data(), text.size());
         if (count < 0 && errno == EINTR) continue;
         if (count < 0 && errno == EAGAIN) {
-            // Whoever started the program gave it an output that does not block.
+            // The output may be non-blocking.
             pollfd output{STDOUT_FILENO, POLLOUT, 0};
             ::poll(&output, 1, -1);
             continue;
         }
-        // Nobody reads any more, so there is nothing left to do.
+        // The output is closed.
         if (count <= 0) ::_exit(0);
         text.remove_prefix(static_cast<std::size_t>(count));
     }
@@ -48,12 +48,6 @@ void PhoneOutput::write(const Dictionary& line) {
     const auto text = printable(Value(line)).dump(-1, ' ', false, Value::error_handler_t::replace) + "\n";
     const std::lock_guard lock(mutex_);
     writeAll(text);
-}
-
-void PhoneLogger::logMessage(const std::string& message, const std::optional<Value>& payload, VLLogLevel level) {
-    Dictionary fields{{"level", static_cast<std::uint64_t>(level)}, {"message", message}};
-    if (payload) fields["payload"] = *payload;
-    output_.event("log", std::move(fields));
 }
 
 }  // namespace vorlane::phone

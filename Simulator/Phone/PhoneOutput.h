@@ -3,13 +3,12 @@
 #include <mutex>
 #include <string>
 
-#include "Public/VLLogger.h"
 #include "Public/VLValue.h"
 
 namespace vorlane::phone {
 
-/// Writes one JSON object a line to standard output, each whole and at once. Any thread. Ends the process quietly when
-/// nobody reads any more.
+/// Writes one JSON object a line to standard output, unbuffered and without mixing lines. Any thread. Ends the process
+/// with status 0 if the output is closed.
 class PhoneOutput {
 public:
     void event(const std::string& name, Dictionary fields);
@@ -21,17 +20,6 @@ private:
     void write(const Dictionary& line);
 
     std::mutex mutex_;
-};
-
-/// The phone's log sink: a line becomes an event.
-class PhoneLogger : public VLLogger {
-public:
-    explicit PhoneLogger(PhoneOutput& output) : output_(output) {}
-
-    void logMessage(const std::string& message, const std::optional<Value>& payload, VLLogLevel level) override;
-
-private:
-    PhoneOutput& output_;
 };
 
 }  // namespace vorlane::phone

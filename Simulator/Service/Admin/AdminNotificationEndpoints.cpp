@@ -15,6 +15,7 @@
 #include "Simulator/Service/Http/MalformedRequest.h"
 #include "Simulator/Service/Http/RequestPayload.h"
 #include "Simulator/Service/Store/NotificationStore.h"
+#include "Simulator/Service/Store/PushReport.h"
 #include "Simulator/Service/Store/ServiceStore.h"
 
 namespace vorlane::service {
@@ -40,7 +41,7 @@ ServiceResponse removeCampaign(NotificationStore& store, const EndpointCall& cal
     return ServiceResponse::error(404, "there is no such campaign");
 }
 
-/// What the device's system reads of a push; one without an alert is silent.
+/// Returns the part that the device's system reads. A push without an alert is silent.
 Dictionary systemPart(const Dictionary& wish) {
     Dictionary part;
     if (valueForKey(wish, "alert")) {
@@ -50,7 +51,7 @@ Dictionary systemPart(const Dictionary& wish) {
         part["content-available"] = 1;
     }
     if (const auto* badge = valueForKey(wish, "badge")) {
-        if (!badge->is_number_integer()) throw MalformedRequest("\"badge\" is no whole number");
+        if (!badge->is_number_integer()) throw MalformedRequest("\"badge\" is not an integer");
         part["badge"] = *badge;
     }
     return part;
@@ -59,14 +60,14 @@ Dictionary systemPart(const Dictionary& wish) {
 Dictionary dataOf(const Dictionary& wish) {
     const auto* data = valueForKey(wish, "data");
     if (!data) return {};
-    if (!data->is_object()) throw MalformedRequest("\"data\" is no object");
+    if (!data->is_object()) throw MalformedRequest("\"data\" is not an object");
     for (const auto* taken : {"aps", "p"}) {
         if (data->contains(taken)) throw MalformedRequest(fmt::format("\"data\" has a \"{}\"", taken));
     }
     return data->get_ref<const Dictionary&>();
 }
 
-/// Nothing for a push without an alert, which nobody can open, unless the operator wants one.
+/// Returns `nullopt` for a push without an alert, which nobody can open, unless the operator sets a phash.
 std::optional<std::string> phashOf(const Dictionary& wish) {
     if (valueForKey(wish, "phash")) return requiredText(wish, "phash");
     return valueForKey(wish, "alert") ? std::optional(vl_newUUIDString()) : std::nullopt;
@@ -79,7 +80,7 @@ std::optional<Dictionary> deviceOf(ServiceStore& store, const std::string& appKe
     return std::nullopt;
 }
 
-/// What the device would receive; its delivery is the operator's.
+/// Composes the payload that the device would receive; the operator delivers it.
 ServiceResponse composePush(ServiceStore& store, const EndpointCall& call) {
     const auto wish = jsonObject(call.request.body);
     requireKnownKeys(wish, {"appKey", "deviceId", "alert", "sound", "badge", "phash", "data"});
@@ -87,7 +88,7 @@ ServiceResponse composePush(ServiceStore& store, const EndpointCall& call) {
     if (!device) return ServiceResponse::error(404, "there is no such device");
     const auto token = stringForKey(*device, "token");
     if (!token || !boolForKey(*device, "registered").value_or(false))
-        return ServiceResponse::error(409, "the device has no push token in force");
+        return ServiceResponse::error(409, "the device has no valid push token");
 
     PushReport push;
     push.time = call.request.time;

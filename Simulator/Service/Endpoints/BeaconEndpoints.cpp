@@ -12,7 +12,8 @@
 #include "Simulator/Service/Http/EndpointRouter.h"
 #include "Simulator/Service/Http/MalformedRequest.h"
 #include "Simulator/Service/Http/RequestPayload.h"
-#include "Simulator/Service/Store/BeaconReport.h"
+#include "Simulator/Service/Store/BeaconSessionReport.h"
+#include "Simulator/Service/Store/BeaconSummary.h"
 #include "Simulator/Service/Store/ServiceStore.h"
 
 namespace vorlane::service {
@@ -20,12 +21,12 @@ namespace {
 
 const Array& requiredList(const Dictionary& payload, const std::string& key) {
     const auto* list = arrayForKey(payload, key);
-    if (!list) throw MalformedRequest("\"" + key + "\" is missing or no list");
+    if (!list) throw MalformedRequest("\"" + key + "\" is missing or not a list");
     return *list;
 }
 
 BeaconPattern beaconOf(const Value& element) {
-    if (!element.is_object()) throw MalformedRequest("a beacon is no object");
+    if (!element.is_object()) throw MalformedRequest("a beacon is not an object");
     auto beacon = BeaconPattern::fromPayload(element.get_ref<const Dictionary&>());
     if (!beacon.isExact()) throw MalformedRequest("a beacon has no \"*\"");
     return beacon;
@@ -37,7 +38,7 @@ std::vector<BeaconPattern> beaconsOf(const Array& list) {
     return beacons;
 }
 
-/// What is shown near the first of the beacons that has something.
+/// Returns the content of the first beacon that has content.
 std::optional<LocalMessage> contentNear(const std::vector<BeaconPattern>& beacons, BeaconStore& store,
                                         const std::string& appKey) {
     for (const auto& beacon : beacons) {
@@ -53,19 +54,19 @@ ServiceResponse beaconContent(ServiceStore& store, EndpointCall& call) {
     const bool isWanted = boolForKey(payload, "getContent").value_or(false);
     store.noteUser(call.appKey, call.trackingId);
     const auto message = isWanted ? contentNear(beacons, store.beacons(), call.appKey) : std::nullopt;
-    // An answer like the others, only without a "message".
+    // Without content the answer has no "message".
     if (!message) return ServiceResponse::ok();
     return ServiceResponse::json(Value(Dictionary{{"message", Value(message->asTemplate(call.appKey))}}));
 }
 
-/// Milliseconds, as text or a number.
+/// Milliseconds, as a string or a number.
 std::int64_t timestampOf(const Dictionary& payload) {
     const auto text = requiredTextOrNumber(payload, "timestamp");
     std::int64_t milliseconds = 0;
     const auto* end = text.data() + text.size();
     const auto result = std::from_chars(text.data(), end, milliseconds);
     if (result.ec == std::errc() && result.ptr == end && milliseconds >= 0) return milliseconds;
-    throw MalformedRequest("\"timestamp\" is no time in milliseconds");
+    throw MalformedRequest("\"timestamp\" is not a time in milliseconds");
 }
 
 ServiceResponse beaconVisit(bool isEnd, ServiceStore& store, EndpointCall& call) {
@@ -110,7 +111,7 @@ ServiceResponse beaconSession(ServiceStore& store, EndpointCall& call) {
 }  // namespace
 
 void addBeaconEndpoints(EndpointRouter& router, ServiceStore& store) {
-    // A tracking id may hold slashes, which stand in the path as they are.
+    // A tracking id may contain slashes, which are not encoded in the path.
     const std::string user = "/{appKey}/{trackingId*}";
     const std::string visit = user + "/session/beacon";
     router.add("beaconContent", "POST", user + "/ibeacon",

@@ -13,21 +13,22 @@
 #include "Simulator/Service/Http/RequestPayload.h"
 #include "Simulator/Service/Store/NotificationStore.h"
 #include "Simulator/Service/Store/ServiceStore.h"
+#include "Simulator/Service/Store/SplitReport.h"
 
 namespace vorlane::service {
 namespace {
 
-/// Nothing for a text that stands for none.
+/// Returns `nullopt` without a campaign.
 std::optional<std::string> campaignTokenOf(const Dictionary& payload) {
     const auto* token = valueForKey(payload, "campaigntoken");
     if (!token) return std::nullopt;
-    if (!token->is_string()) throw MalformedRequest("\"campaigntoken\" is no text");
+    if (!token->is_string()) throw MalformedRequest("\"campaigntoken\" is not a string");
     return token->get<std::string>();
 }
 
 std::string decodedPushText(const Dictionary& payload) {
     const auto text = stringForKey(payload, "pushtext");
-    if (!text) throw MalformedRequest("\"pushtext\" is missing or no text");
+    if (!text) throw MalformedRequest("\"pushtext\" is missing or not a string");
     auto decoded = stringByRemovingPercentEncoding(*text);
     if (!decoded) throw MalformedRequest("\"pushtext\" is not percent-encoded");
     return std::move(*decoded);
@@ -37,7 +38,7 @@ SplitReport readSplit(EndpointCall& call) {
     const auto payload = jsonPayload(call.request);
     if (requiredText(payload, "responsetype") != "json") throw MalformedRequest("\"responsetype\" is not \"json\"");
     const auto openedPhash = stringForKey(payload, "phash");
-    if (!openedPhash) throw MalformedRequest("\"phash\" is missing or no text");
+    if (!openedPhash) throw MalformedRequest("\"phash\" is missing or not a string");
     SplitReport split;
     split.time = call.request.time;
     split.trackingId = call.trackingId = requiredText(payload, "trackingid");
@@ -51,7 +52,7 @@ void setUnlessNull(Dictionary& dictionary, const char* key, const Value& value) 
     if (!value.is_null()) dictionary[key] = value;
 }
 
-/// What the app is to show in the place of its own text.
+/// Returns what the app shows in place of its own text.
 Dictionary answerOf(const Campaign& campaign, const Campaign::Split& choice, const SplitReport& split) {
     Dictionary answer{{"phash", *split.phash},
                       {"messagetext", encodedText(choice.messageText.value_or(split.pushText))}};
@@ -74,7 +75,7 @@ ServiceResponse split(NotificationStore& store, EndpointCall& call) {
     const auto known = split.campaignToken ? store.campaign(*split.campaignToken) : std::nullopt;
     const auto campaign = known ? *known : Campaign::fromPayload("", {});
     if (campaign.filteredTrackingIds.contains(split.trackingId)) return leaveOut(store, split);
-    // Each in its turn, so that all texts are tried alike.
+    // The texts take turns, so that all are shown equally often.
     const auto turn = known ? static_cast<std::size_t>(store.phashCount(known->token)) : 0;
     const auto& choice = campaign.splits[turn % campaign.splits.size()];
     split.phash = vl_newUUIDString();
@@ -88,9 +89,9 @@ ServiceResponse cancelPhash(ServiceStore& store, EndpointCall& call) {
     call.trackingId = call.parameters.at("trackingId");
     const auto payload = jsonPayload(call.request);
     const auto* records = arrayForKey(payload, "cancellations");
-    if (!records) throw MalformedRequest("\"cancellations\" is missing or no list");
+    if (!records) throw MalformedRequest("\"cancellations\" is missing or not a list");
     for (const auto& record : *records) {
-        if (!record.is_object()) throw MalformedRequest("an element of \"cancellations\" is no object");
+        if (!record.is_object()) throw MalformedRequest("an element of \"cancellations\" is not an object");
     }
     store.noteUser(call.appKey, call.trackingId);
     store.notifications().addCancellations(call.request.time, call.appKey, call.trackingId, *records);
@@ -102,7 +103,7 @@ ServiceResponse cancelPhash(ServiceStore& store, EndpointCall& call) {
 void addNotificationEndpoints(EndpointRouter& router, ServiceStore& store) {
     router.add("MDN", "POST", "/message/analytics",
                [&store](EndpointCall& call) { return split(store.notifications(), call); });
-    // A tracking id may hold slashes, which stand in the path as they are.
+    // A tracking id may contain slashes, which are not encoded in the path.
     router.add("cancelPhash", "POST", "/{appKey}/{trackingId*}/phash/cancel",
                [&store](EndpointCall& call) { return cancelPhash(store, call); });
 }

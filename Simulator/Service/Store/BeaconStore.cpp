@@ -4,7 +4,8 @@
 
 #include "Simulator/Service/Endpoints/BeaconPattern.h"
 #include "Simulator/Service/Http/ServiceResponse.h"
-#include "Simulator/Service/Store/BeaconReport.h"
+#include "Simulator/Service/Store/BeaconSessionReport.h"
+#include "Simulator/Service/Store/BeaconSummary.h"
 #include "Simulator/Service/Store/SQLiteDatabase.h"
 #include "Simulator/Service/Store/SQLiteStatement.h"
 #include "Simulator/Service/Store/StoreFilter.h"

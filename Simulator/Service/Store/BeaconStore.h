@@ -15,25 +15,24 @@ struct BeaconSessionReport;
 struct BeaconSummary;
 struct StoreFilter;
 
-/// What is shown near the beacons of apps, and what phones reported of them. A part of the ServiceStore, whose database
-/// and mutex it shares. Any thread; every operation is whole or not at all, and throws ServiceError when the database
-/// fails.
+/// The content for the beacons of apps, and the reports of phones. A part of ServiceStore, whose database and mutex it
+/// shares. Any thread. Every operation is atomic and throws ServiceError if the database fails.
 class BeaconStore {
 public:
-    /// Both have to outlive it.
+    /// Both must outlive the store.
     BeaconStore(std::mutex& mutex, SQLiteDatabase& database) : mutex_(mutex), database_(database) {}
 
-    /// What is shown near a beacon. Of several patterns that mean it, the one with the UUID counts most, then the one
-    /// with the major, then the one with the minor.
+    /// Returns the content for a beacon. Of several matching patterns the most exact applies: first the UUID counts,
+    /// then the major, then the minor.
     std::optional<LocalMessage> content(const std::string& appKey, const BeaconPattern& beacon);
     void setContent(const std::string& appKey, const BeaconPattern& pattern, const LocalMessage& message);
-    /// Whether there was any of just this pattern.
+    /// Returns whether there was content for exactly this pattern.
     bool removeContent(const std::string& appKey, const BeaconPattern& pattern);
     void removeAllContent(const std::string& appKey);
-    /// The app's, by pattern: objects with "uuid", "major", "minor" and "message".
+    /// All content of the app, by pattern: objects with "uuid", "major", "minor" and "message".
     Array allContent(const std::string& appKey);
 
-    /// A start makes a session, an end completes it, or makes one whose start is unknown.
+    /// A start opens a session; an end completes it, or adds a session without a start.
     void addSession(const BeaconSessionReport& report);
     void addSummary(const BeaconSummary& summary);
 

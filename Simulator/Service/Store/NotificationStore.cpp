@@ -2,8 +2,10 @@
 
 #include "Categories/NSDictionary+VLLookup.h"
 #include "Simulator/Service/Http/ServiceResponse.h"
+#include "Simulator/Service/Store/PushReport.h"
 #include "Simulator/Service/Store/SQLiteDatabase.h"
 #include "Simulator/Service/Store/SQLiteStatement.h"
+#include "Simulator/Service/Store/SplitReport.h"
 
 namespace vorlane::service {
 namespace {
