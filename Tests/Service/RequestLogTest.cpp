@@ -15,7 +15,7 @@ RecordedRequest recordWithBody(std::string body) {
     return record;
 }
 
-TEST(RequestLogTest, TheOldestAreForgottenWhenThereAreTooMany) {
+TEST(RequestLogTest, DropsTheOldestBeyond10000Requests) {
     RequestLog log;
     for (int i = 0; i < 10'010; ++i) log.add({});
     const auto records = log.requests({});
@@ -24,7 +24,7 @@ TEST(RequestLogTest, TheOldestAreForgottenWhenThereAreTooMany) {
     EXPECT_EQ(records.back()->number, 10'010);
 }
 
-TEST(RequestLogTest, TheOldestAreForgottenWhenTheirBodiesAreTooLarge) {
+TEST(RequestLogTest, DropsTheOldestBeyond256MiB) {
     RequestLog log;
     for (int i = 0; i < 9; ++i) log.add(recordWithBody(std::string(32UL << 20U, 'x')));
     EXPECT_EQ(log.requests({}).size(), 8u);
@@ -34,7 +34,17 @@ TEST(RequestLogTest, TheOldestAreForgottenWhenTheirBodiesAreTooLarge) {
     EXPECT_EQ(log.requests({}).front()->number, 10);
 }
 
-TEST(RequestLogTest, ClosingEndsAllWaiting) {
+TEST(RequestLogTest, HeadersCountTowardsTheLimit) {
+    RequestLog log;
+    for (int i = 0; i < 9; ++i) {
+        RecordedRequest record;
+        record.request.headers["X-Large"] = std::string(32UL << 20U, 'x');
+        log.add(std::move(record));
+    }
+    EXPECT_EQ(log.requests({}).size(), 7u);
+}
+
+TEST(RequestLogTest, ClosingEndsEveryWait) {
     RequestLog log;
     auto waiting = std::async(std::launch::async, [&log] { return log.waitFor(1, {}, 600); });
     log.close();
@@ -42,7 +52,7 @@ TEST(RequestLogTest, ClosingEndsAllWaiting) {
     EXPECT_TRUE(log.waitFor(1, {}, 600).empty());
 }
 
-TEST(RequestLogTest, TheListenerIsToldOfEachWithItsNumber) {
+TEST(RequestLogTest, ListenersReceiveEachRequestWithItsNumber) {
     std::vector<std::int64_t> numbers;
     RequestLog log([&numbers](const RecordedRequest& request) { numbers.push_back(request.number); });
     log.add({});

@@ -11,6 +11,14 @@ namespace {
 constexpr std::size_t kMostRequests = 10'000;
 constexpr std::size_t kMostBytes = 256UL << 20U;
 
+/// The length of the parts of a request whose length the client chooses.
+std::size_t bytesOf(const ServiceRequest& request) {
+    auto bytes = request.path.size() + request.body.size();
+    for (const auto& [name, value] : request.query) bytes += name.size() + value.size();
+    for (const auto& [name, value] : request.headers) bytes += name.size() + value.size();
+    return bytes;
+}
+
 }  // namespace
 
 RequestLog::RequestLog(Listener listener) : listener_(std::move(listener)) {}
@@ -22,7 +30,7 @@ void RequestLog::add(RecordedRequest request) {
         request.number = ++lastNumber_;
         record = std::make_shared<const RecordedRequest>(std::move(request));
         records_.push_back(record);
-        rememberedBytes_ += record->request.body.size();
+        rememberedBytes_ += bytesOf(record->request);
         forgetTooMuch();
     }
     changed_.notify_all();
@@ -70,7 +78,7 @@ std::vector<RequestLog::Record> RequestLog::admitted(const RequestFilter& filter
 
 void RequestLog::forgetTooMuch() {
     while (records_.size() > kMostRequests || (rememberedBytes_ > kMostBytes && records_.size() > 1)) {
-        rememberedBytes_ -= records_.front()->request.body.size();
+        rememberedBytes_ -= bytesOf(records_.front()->request);
         records_.pop_front();
     }
 }

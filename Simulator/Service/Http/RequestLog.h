@@ -14,25 +14,24 @@ namespace vorlane::service {
 
 struct RequestFilter;
 
-/// The requests that apps have made, newest last; any thread may wait for more to come. What is too much to remember
-/// (10,000 requests, or 256 MiB) makes the oldest be forgotten.
+/// The requests of apps, oldest first. Beyond 10,000 requests or 256 MiB the oldest are dropped. Any thread.
 class RequestLog {
 public:
     using Record = std::shared_ptr<const RecordedRequest>;
-    /// Is told of every request as it is recorded, on the thread that records it, several at once.
+    /// Called with every recorded request, on the thread that records it; may run on several threads at once.
     using Listener = std::function<void(const RecordedRequest&)>;
 
     explicit RequestLog(Listener listener = nullptr);
 
-    /// Gives the request its number and remembers it.
+    /// Records the request and assigns its number.
     void add(RecordedRequest request);
     std::vector<Record> requests(const RequestFilter& filter) const;
-    /// The same, once there are `count` of them, or after so many seconds, or when the log is closed.
+    /// Returns the matching requests once there are `count` of them, `seconds` have passed, or the log is closed.
     std::vector<Record> waitFor(std::size_t count, const RequestFilter& filter, double seconds) const;
 
-    /// Forgets all; the numbers go on.
+    /// Removes all requests; the numbers continue.
     void clear();
-    /// Ends all waiting, now and from now on.
+    /// Ends every `waitFor()`, current and later.
     void close();
 
 private:

@@ -3,7 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-
+#include <cstddef>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -19,8 +19,9 @@ namespace {
 
 constexpr std::string_view kFormType = "application/x-www-form-urlencoded";
 constexpr std::string_view kJSONType = "application/json";
-// Each value takes many times the memory of its text, so a body within the size limit could still be too large.
+// A value takes many times the memory of its JSON, so a body within the size limit could still be too large.
 constexpr std::size_t kMostValues = 1'000'000;
+constexpr std::ptrdiff_t kMostFields = 1'000;
 
 /// The media type without its parameters.
 bool isOfType(const ServiceRequest& request, std::string_view type) {
@@ -45,6 +46,8 @@ bool holdsTooMuch(std::string_view text) {
 
 Dictionary formPayload(const ServiceRequest& request) {
     if (!isOfType(request, kFormType)) throw MalformedRequest(fmt::format("the body is not of type {}", kFormType));
+    if (std::count(request.body.begin(), request.body.end(), '&') >= kMostFields)
+        throw MalformedRequest("the form has too many fields");
     const auto fields = formFields(request.body);
     const auto payload = fields.find("payload");
     if (payload == fields.end()) throw MalformedRequest("the form has no field \"payload\"");
@@ -57,10 +60,10 @@ Dictionary jsonPayload(const ServiceRequest& request) {
 }
 
 Dictionary jsonObject(const std::string& text) {
-    if (holdsTooMuch(text)) throw MalformedRequest("the JSON text holds too many values");
+    if (holdsTooMuch(text)) throw MalformedRequest("the JSON has too many values");
     std::optional<NSError> error;
     auto object = vl_dictionaryWithJSON(text, error);
-    if (!object) throw MalformedRequest(error ? error->localizedDescription() : "no JSON object");
+    if (!object) throw MalformedRequest(error ? error->localizedDescription() : "not a JSON object");
     return std::move(*object);
 }
 
@@ -80,14 +83,14 @@ const Value* wishedValue(const Dictionary& dictionary, const std::string& key) {
 void requireKnownKeys(const Dictionary& dictionary, std::initializer_list<std::string_view> keys) {
     for (const auto& [key, value] : dictionary) {
         if (std::find(keys.begin(), keys.end(), key) == keys.end())
-            throw MalformedRequest(fmt::format("there is no \"{}\" here", key));
+            throw MalformedRequest(fmt::format("unknown name \"{}\"", key));
     }
 }
 
 std::optional<Dictionary> optionalMetadata(const Dictionary& dictionary, const std::string& reservedKey) {
     const auto* value = wishedValue(dictionary, "metadata");
     if (!value) return std::nullopt;
-    if (!value->is_object()) throw MalformedRequest("\"metadata\" is no object");
+    if (!value->is_object()) throw MalformedRequest("\"metadata\" is not an object");
     if (!reservedKey.empty() && value->contains(reservedKey))
         throw MalformedRequest(fmt::format("\"metadata\" has \"{}\"", reservedKey));
     return value->get<Dictionary>();
@@ -99,7 +102,7 @@ std::optional<std::string> optionalText(const Dictionary& dictionary, const std:
 
 std::string requiredText(const Dictionary& dictionary, const std::string& key) {
     auto text = stringForKey(dictionary, key);
-    if (!text || text->empty()) throw MalformedRequest(fmt::format("\"{}\" is missing, empty or no text", key));
+    if (!text || text->empty()) throw MalformedRequest(fmt::format("\"{}\" is missing, empty or not a string", key));
     return std::move(*text);
 }
 

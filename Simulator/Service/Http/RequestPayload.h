@@ -11,38 +11,38 @@ namespace vorlane::service {
 
 struct ServiceRequest;
 
-/// The object in a body of type "application/x-www-form-urlencoded": the JSON text of its field "payload".
-/// Throws MalformedRequest.
+/// Returns the JSON object in the field "payload" of a body of type "application/x-www-form-urlencoded". Throws
+/// MalformedRequest.
 Dictionary formPayload(const ServiceRequest& request);
 
-/// The object in a body of type "application/json". Throws MalformedRequest.
+/// Returns the object in a body of type "application/json". Throws MalformedRequest.
 Dictionary jsonPayload(const ServiceRequest& request);
 
-/// The object that the body holds, whatever its type says. Throws MalformedRequest.
+/// Returns the object in a body of any type. Throws MalformedRequest.
 Dictionary jsonObject(const std::string& text);
 
-/// Whichever of the two payloads the request has; null when it has none.
+/// Returns the payload of either type, or null without one.
 Value payloadOrNull(const ServiceRequest& request);
 
-/// What is under the key; null when there is nothing, or JSON's null.
+/// Returns the value under the key, or null if it is absent or JSON null.
 const Value* wishedValue(const Dictionary& dictionary, const std::string& key);
 
-/// Throws MalformedRequest when the object has a key that is none of these, which would otherwise go unnoticed.
+/// Throws MalformedRequest if the object has any other key, so that a misspelt key does not go unnoticed.
 void requireKnownKeys(const Dictionary& dictionary, std::initializer_list<std::string_view> keys);
 
-/// The object under "metadata", which may be absent. Throws MalformedRequest when it is none, or has the key that
-/// something else is to have in its place.
+/// Returns the object under "metadata", which may be absent. Throws MalformedRequest if it is not an object or has the
+/// reserved key.
 std::optional<Dictionary> optionalMetadata(const Dictionary& dictionary, const std::string& reservedKey = "");
 
-/// The text under the key, which may be absent. Throws MalformedRequest when it is empty or no text.
+/// Returns the string under the key, which may be absent. Throws MalformedRequest if it is empty or not a string.
 std::optional<std::string> optionalText(const Dictionary& dictionary, const std::string& key);
-/// The text under the key. Throws MalformedRequest when it is absent, empty or no text.
+/// Returns the string under the key. Throws MalformedRequest if it is absent, empty or not a string.
 std::string requiredText(const Dictionary& dictionary, const std::string& key);
-/// The same, where a number will do, too: its decimal text.
+/// As `requiredText()`, and accepts a number, in decimal.
 std::string requiredTextOrNumber(const Dictionary& dictionary, const std::string& key);
 
-/// The bytes that the text under the key stands for, two hexadecimal digits each. Throws MalformedRequest when it is
-/// something else.
+/// Returns the bytes under the key, written as two hexadecimal digits each. Throws MalformedRequest for any other
+/// value.
 std::string hexadecimalBytes(const Dictionary& dictionary, const std::string& key);
 
 }  // namespace vorlane::service
