@@ -23,21 +23,21 @@ void playTags(Stage& stage) {
     stage.promise("three tags of three types are stored", storedTags(stage) == 3);
 
     const auto read = stage.call("read the tag size", kGet, {"size"});
-    stage.promise("a number is read back as its decimal text", read == Array{"42", nullptr});
+    stage.promise("a number is read back in decimal", read == Array{"42", nullptr});
 
     const auto missing = stage.call("read a tag that does not exist", kGet, {"shoe"});
-    stage.promise("a tag that does not exist is an error", missing.size() == 2 && missing[1]["code"] == Value(2) &&
-                                                               missing[1]["domain"] == Value("vorlane.sdk.tag"));
+    stage.promise("reading an unknown tag is an error", missing.size() == 2 && missing[1]["code"] == Value(2) &&
+                                                            missing[1]["domain"] == Value("vorlane.sdk.tag"));
 
-    stage.call("two tags at once", "batchSetTags:completionHandler:",
-               {Value(Array{Dictionary{{"name", "colour"}, {"value", "red"}, {"type", "string"}},
-                            Dictionary{{"name", "size"}, {"value", "43"}, {"type", "numeric"}}})});
+    const Array tags{Dictionary{{"name", "colour"}, {"value", "red"}, {"type", "string"}},
+                     Dictionary{{"name", "size"}, {"value", "43"}, {"type", "numeric"}}};
+    stage.call("two tags at once", "batchSetTags:completionHandler:", Array(1, Value(tags)));
     const auto changed = stage.call("read the tag size again", kGet, {"size"});
-    stage.promise("a batch changes what is there and adds what is not",
+    stage.promise("a batch changes existing tags and adds new ones",
                   changed == Array{"43", nullptr} && storedTags(stage) == 4);
 
     stage.call("delete all tags", "deleteAllTagsWithCompletionHandler:");
-    stage.promise("all tags are gone", storedTags(stage) == 0);
+    stage.promise("all tags are deleted", storedTags(stage) == 0);
 }
 
 }  // namespace vorlane::demo

@@ -19,7 +19,7 @@ protected:
     }
 };
 
-TEST_F(LibraryAgainstServiceTest, AStartUpFetchesTheConfigurationAndAsksForAToken) {
+TEST_F(LibraryAgainstServiceTest, StartUpFetchesConfigurationAndRequestsAToken) {
     EXPECT_EQ(service.requests("config").size(), 1U);
     EXPECT_EQ(countLog("Successfully loaded config from remote server"), 1);
     EXPECT_EQ(phone->events("registerForRemoteNotifications").size(), 1U);
@@ -65,8 +65,8 @@ TEST_F(LibraryAgainstServiceTest, EveryOperationWorksByItsLabelledName) {
     EXPECT_EQ(lastResult(), Value(Array{nullptr}));
     phone->call("getTag:completionHandler:", {"size"});
     EXPECT_EQ(lastResult(), Value(Array{"42", nullptr}));
-    phone->call("batchSetTags:completionHandler:",
-                {Value(Array{Dictionary{{"name", "colour"}, {"value", "red"}, {"type", "string"}}})});
+    const Value tag = Dictionary{{"name", "colour"}, {"value", "red"}, {"type", "string"}};
+    phone->call("batchSetTags:completionHandler:", Array(1, Value(Array(1, tag))));
     EXPECT_EQ(lastResult(), Value(Array{nullptr}));
     EXPECT_EQ(stored("tags"), 2U);
     phone->call("deleteAllTagsWithCompletionHandler:");
@@ -85,7 +85,7 @@ TEST_F(LibraryAgainstServiceTest, EveryOperationWorksByItsLabelledName) {
     for (const auto& result : phone->events("result")) EXPECT_EQ(result.at("main"), Value(true));
 }
 
-TEST_F(LibraryAgainstServiceTest, AHandlerMayBeLeftOut) {
+TEST_F(LibraryAgainstServiceTest, HandlersMayBeOmitted) {
     phone->perform({{"do", "call"},
                     {"op", "setTag:value:type:completionHandler:"},
                     {"args", Array{"a", "1", 0}},
@@ -95,7 +95,7 @@ TEST_F(LibraryAgainstServiceTest, AHandlerMayBeLeftOut) {
     EXPECT_EQ(stored("tags"), 1U);
 }
 
-TEST_F(LibraryAgainstServiceTest, AnAnswerThatIsNoHTTPOrCutOffIsAnError) {
+TEST_F(LibraryAgainstServiceTest, InvalidAndTruncatedAnswersAreErrors) {
     for (const auto* kind : {"garbage", "truncate", "drop"}) {
         addFault("getTag", kind);
         phone->call("getTag:completionHandler:", {"size"});
@@ -107,14 +107,14 @@ TEST_F(LibraryAgainstServiceTest, AnAnswerThatIsNoHTTPOrCutOffIsAnError) {
     }
 }
 
-TEST_F(LibraryAgainstServiceTest, AnErrorStatusIsAnErrorWithThatCode) {
+TEST_F(LibraryAgainstServiceTest, ErrorStatusesAreErrorsWithTheirCode) {
     service.post("faults", Dictionary{{"endpoint", "getTag"}, {"kind", "status"}, {"status", 503}});
     phone->call("getTag:completionHandler:", {"size"});
     EXPECT_EQ(lastResult()[1]["code"], Value(503));
     EXPECT_EQ(lastResult()[1]["domain"], Value("vorlane.sdk.network"));
 }
 
-TEST_F(LibraryAgainstServiceTest, ABrokenConfigurationLeavesTheCachedOneInForce) {
+TEST_F(LibraryAgainstServiceTest, BrokenConfigurationsKeepTheCachedConfiguration) {
     for (const auto* kind : {"garbage", "truncate"}) {
         addFault("config", kind);
         phone->takeEvents();
@@ -126,7 +126,7 @@ TEST_F(LibraryAgainstServiceTest, ABrokenConfigurationLeavesTheCachedOneInForce)
     }
 }
 
-TEST_F(LibraryAgainstServiceTest, ARequestThatTheEndOfBackgroundTimeStopsIsToldOnce) {
+TEST_F(LibraryAgainstServiceTest, ExpiredRequestsAreReportedOnce) {
     service.post("faults", Dictionary{{"endpoint", "getTag"}, {"kind", "delay"}, {"seconds", 60}});
     phone->call("getTag:completionHandler:", {"size"});
     service.get("requests?endpoint=getTag&waitFor=1&timeout=20");
@@ -140,13 +140,13 @@ TEST_F(LibraryAgainstServiceTest, ARequestThatTheEndOfBackgroundTimeStopsIsToldO
     EXPECT_EQ(phone->perform({{"do", "query"}, {"what", "backgroundTasks"}}), Value(Array{}));
 }
 
-TEST_F(LibraryAgainstServiceTest, EndingInTheMiddleOfARequestIsCleanAndQuick) {
+TEST_F(LibraryAgainstServiceTest, QuittingDuringARequestIsQuick) {
     service.post("faults", Dictionary{{"endpoint", "*"}, {"kind", "delay"}, {"seconds", 60}});
     for (int i = 0; i < 20; ++i) phone->call("registerEventWithType:label:", {"a", "b"});
     EXPECT_EQ(phone->quit(), 0);
 }
 
-TEST_F(LibraryAgainstServiceTest, ASecondLaunchKnowsTheIdentitiesOfTheFirst) {
+TEST_F(LibraryAgainstServiceTest, IdentitiesSurviveARestart) {
     const auto device = phone->call("deviceId");
     const auto user = phone->call("trackingId");
     EXPECT_EQ(phone->end(), 0);
@@ -156,11 +156,11 @@ TEST_F(LibraryAgainstServiceTest, ASecondLaunchKnowsTheIdentitiesOfTheFirst) {
     EXPECT_EQ(phone->call("appKey"), Value(appKey()));
 }
 
-TEST_F(LibraryAgainstServiceTest, AKillAtAnyMomentLeavesAFileThatCanBeRead) {
+TEST_F(LibraryAgainstServiceTest, KillsAtAnyMomentLeaveReadableSettings) {
     const auto device = phone->call("deviceId");
     for (int round = 0; round < 20; ++round) {
         for (int line = 0; line < 3; ++line) phone->call("setPhash:", {"hash" + std::to_string(round)});
-        // Killed while further changes wait in its input.
+        // Killed while more changes are queued in its input.
         phone->send(R"({"do":"call","op":"setPhash:","args":["a"]})");
         phone->send(R"({"do":"call","op":"setTrackingId:","args":["user"]})");
         phone->kill(9);

@@ -37,7 +37,7 @@ protected:
     std::vector<int> order;
 };
 
-TEST_F(SimulatedMainQueueTest, NothingRunsUntilItsThreadSaysSo) {
+TEST_F(SimulatedMainQueueTest, TasksRunOnlyInRunDueTasks) {
     queue->post(noting(1));
     queue->post(noting(2));
     EXPECT_TRUE(order.empty());
@@ -47,7 +47,7 @@ TEST_F(SimulatedMainQueueTest, NothingRunsUntilItsThreadSaysSo) {
     EXPECT_FALSE(queue->hasDueTask());
 }
 
-TEST_F(SimulatedMainQueueTest, WhatATaskPostsRunsInTheSameTurnAfterWhatWasThere) {
+TEST_F(SimulatedMainQueueTest, PostedTasksRunInTheSameCallInOrder) {
     queue->post([this] {
         order.push_back(1);
         queue->post(noting(3));
@@ -57,7 +57,7 @@ TEST_F(SimulatedMainQueueTest, WhatATaskPostsRunsInTheSameTurnAfterWhatWasThere)
     EXPECT_EQ(order, (std::vector<int>{1, 2, 3}));
 }
 
-TEST_F(SimulatedMainQueueTest, DelayedTasksRunByTheirTimeAndThenByTheirPosting) {
+TEST_F(SimulatedMainQueueTest, DelayedTasksRunByDueTimeThenByPosting) {
     queue->postAfter(2, noting(3));
     queue->postAfter(1, noting(1));
     queue->postAfter(2, noting(4));
@@ -67,7 +67,7 @@ TEST_F(SimulatedMainQueueTest, DelayedTasksRunByTheirTimeAndThenByTheirPosting) 
     EXPECT_EQ(order, (std::vector<int>{1, 2, 3, 4}));
 }
 
-TEST_F(SimulatedMainQueueTest, ADelayedTaskWaitsForExactlyItsTime) {
+TEST_F(SimulatedMainQueueTest, DelayedTasksRunExactlyAtTheirTime) {
     queue->postAfter(5, noting(1));
     clock.setNow(1004.999);
     queue->runDueTasks();
@@ -79,14 +79,14 @@ TEST_F(SimulatedMainQueueTest, ADelayedTaskWaitsForExactlyItsTime) {
     EXPECT_EQ(order, std::vector<int>{1});
 }
 
-TEST_F(SimulatedMainQueueTest, ADelayOfNothingOrLessIsNone) {
+TEST_F(SimulatedMainQueueTest, ADelayOf0OrLessIsNone) {
     queue->postAfter(0, noting(1));
     queue->postAfter(-5, noting(2));
     queue->runDueTasks();
     EXPECT_EQ(order, (std::vector<int>{1, 2}));
 }
 
-TEST_F(SimulatedMainQueueTest, ItTellsWhenDelayedTasksAreDue) {
+TEST_F(SimulatedMainQueueTest, ReportsDueTimesOfDelayedTasks) {
     EXPECT_EQ(queue->nextDueTime(), std::nullopt);
     EXPECT_TRUE(queue->dueTimes().empty());
     queue->postAfter(7, noting(1));
@@ -96,12 +96,12 @@ TEST_F(SimulatedMainQueueTest, ItTellsWhenDelayedTasksAreDue) {
     EXPECT_EQ(queue->dueTimes(), (std::vector<double>{1003.0, 1007.0}));
 }
 
-TEST_F(SimulatedMainQueueTest, OnlyTheThreadThatMadeItIsTheQueue) {
+TEST_F(SimulatedMainQueueTest, OnlyItsMainThreadIsCurrent) {
     EXPECT_TRUE(queue->isCurrent());
     EXPECT_FALSE(std::async(std::launch::async, [this] { return queue->isCurrent(); }).get());
 }
 
-TEST_F(SimulatedMainQueueTest, EveryThreadMayPost) {
+TEST_F(SimulatedMainQueueTest, AnyThreadMayPost) {
     constexpr int kThreads = 4;
     constexpr int kTasks = 250;
     std::vector<std::thread> threads;
@@ -116,13 +116,13 @@ TEST_F(SimulatedMainQueueTest, EveryThreadMayPost) {
     EXPECT_EQ(*activity, static_cast<std::uint64_t>(kThreads * kTasks));
 }
 
-TEST_F(SimulatedMainQueueTest, APostFromAnotherThreadWakesAWaitingOne) {
+TEST_F(SimulatedMainQueueTest, PostsFromOtherThreadsWakeAWait) {
     const auto poster = std::async(std::launch::async, [this] { queue->post(noting(1)); });
     queue->wait({});
     EXPECT_TRUE(queue->hasDueTask());
 }
 
-TEST_F(SimulatedMainQueueTest, WaitingEndsAtOnceWhenSomethingIsDueOrTheDeadlineHasPassed) {
+TEST_F(SimulatedMainQueueTest, WaitReturnsImmediatelyForDueTasksAndPastDeadlines) {
     queue->wait({.deadline = SteadyClock::now()});
     EXPECT_FALSE(queue->hasDueTask());
     queue->post(noting(1));
@@ -130,7 +130,7 @@ TEST_F(SimulatedMainQueueTest, WaitingEndsAtOnceWhenSomethingIsDueOrTheDeadlineH
     EXPECT_TRUE(queue->hasDueTask());
 }
 
-TEST_F(SimulatedMainQueueTest, TheEndOfWorkElsewhereWakesAWaitingThread) {
+TEST_F(SimulatedMainQueueTest, EndOfWorkElsewhereWakesAWait) {
     auto work = queue->beginWorkElsewhere();
     EXPECT_TRUE(queue->hasWorkElsewhere());
     auto ender = std::async(std::launch::async, [ended = std::move(work)]() mutable { ended = nullptr; });
@@ -139,7 +139,7 @@ TEST_F(SimulatedMainQueueTest, TheEndOfWorkElsewhereWakesAWaitingThread) {
     ender.get();
 }
 
-TEST_F(SimulatedMainQueueTest, WorkElsewhereIsCountedUntilItsLastTokenIsGone) {
+TEST_F(SimulatedMainQueueTest, WorkElsewhereCountsUntilItsLastToken) {
     auto first = queue->beginWorkElsewhere();
     auto second = queue->beginWorkElsewhere();
     const auto copy = second;
@@ -148,7 +148,7 @@ TEST_F(SimulatedMainQueueTest, WorkElsewhereIsCountedUntilItsLastTokenIsGone) {
     EXPECT_TRUE(queue->hasWorkElsewhere());
 }
 
-TEST(SimulatedMainQueueWaitTest, AClockThatStandsStillIsNotAskedOverAndOver) {
+TEST(SimulatedMainQueueWaitTest, AClockThatStandsStillIsNotPolled) {
     const CountingClock clock;
     const auto queue = std::make_shared<SimulatedMainQueue>(clock, std::make_shared<ActivityCounter>(0));
     queue->postAfter(1e-9, [] {});
@@ -156,7 +156,7 @@ TEST(SimulatedMainQueueWaitTest, AClockThatStandsStillIsNotAskedOverAndOver) {
     EXPECT_LT(clock.readings, 20);
 }
 
-TEST(SimulatedMainQueueWaitTest, AClockThatMovesIsAskedAgainOnlyWhenATaskIsDueByIt) {
+TEST(SimulatedMainQueueWaitTest, AMovingClockIsReadWhenATaskIsDue) {
     const CountingClock clock;
     const auto queue = std::make_shared<SimulatedMainQueue>(clock, std::make_shared<ActivityCounter>(0));
     queue->postAfter(1e300, [] {});
@@ -164,7 +164,7 @@ TEST(SimulatedMainQueueWaitTest, AClockThatMovesIsAskedAgainOnlyWhenATaskIsDueBy
     EXPECT_LT(clock.readings, 20);
 }
 
-TEST_F(SimulatedMainQueueTest, ATaskThatPostsItselfForEverIsLeftAtTheDeadline) {
+TEST_F(SimulatedMainQueueTest, EndlessTasksAreAbandonedAtTheDeadline) {
     int runs = 0;
     std::function<void()> again = [&] {
         ++runs;
@@ -176,7 +176,7 @@ TEST_F(SimulatedMainQueueTest, ATaskThatPostsItselfForEverIsLeftAtTheDeadline) {
     EXPECT_TRUE(queue->hasDueTask());
 }
 
-TEST_F(SimulatedMainQueueTest, WhenStoppedItDropsEverythingAndTakesNothingMore) {
+TEST_F(SimulatedMainQueueTest, StopDropsCurrentAndLaterTasks) {
     auto held = std::make_shared<int>(1);
     const std::weak_ptr<int> watched = held;
     queue->post([held] {});
@@ -193,7 +193,7 @@ TEST_F(SimulatedMainQueueTest, WhenStoppedItDropsEverythingAndTakesNothingMore) 
     EXPECT_EQ(queue->nextDueTime(), std::nullopt);
 }
 
-TEST_F(SimulatedMainQueueTest, WhatADroppedTaskHoldsMayPost) {
+TEST_F(SimulatedMainQueueTest, CapturesOfDroppedTasksMayPost) {
     struct PostsAtTheEnd {
         explicit PostsAtTheEnd(std::shared_ptr<SimulatedMainQueue> mainQueue) : queue(std::move(mainQueue)) {}
         PostsAtTheEnd(const PostsAtTheEnd&) = delete;
@@ -203,7 +203,7 @@ TEST_F(SimulatedMainQueueTest, WhatADroppedTaskHoldsMayPost) {
             queue->post([] {});
         }
     };
-    queue->post([held = std::make_shared<PostsAtTheEnd>(queue)] {});
+    queue->post([held = std::shared_ptr<PostsAtTheEnd>(new PostsAtTheEnd{queue})] {});
     queue->stop();
     EXPECT_FALSE(queue->hasDueTask());
 }
