@@ -32,12 +32,12 @@ namespace {
 
 ServiceResponse noSuchEndpoint(const EndpointRouter::Match& match) {
     if (match.otherMethods.empty()) return ServiceResponse::error(404, "there is no such endpoint");
-    auto response = ServiceResponse::error(405, "the endpoint does not have this method");
+    auto response = ServiceResponse::error(405, "the endpoint does not support this method");
     response.headers["Allow"] = fmt::format("{}", fmt::join(match.otherMethods, ", "));
     return response;
 }
 
-/// What the endpoint itself answers, whatever happens in it.
+/// Returns the endpoint's answer; an exception becomes an error answer.
 ServiceResponse answerOf(const EndpointRouter::Match& match, EndpointCall& call) {
     if (!match.endpoint) return noSuchEndpoint(match);
     if (const auto status = call.request.bodyFailure) return ServiceResponse::error(*status, "the body is unreadable");

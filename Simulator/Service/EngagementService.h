@@ -14,20 +14,20 @@ namespace vorlane::service {
 struct EndpointCall;
 struct ServiceRequest;
 
-/// The service without its HTTP server: finds the endpoint of a request, lets scripted faults happen to it, and keeps a
-/// record of it. Any thread.
+/// The service without its HTTP server: finds the endpoint of a request, applies scripted faults, and records the
+/// request. Any thread.
 class EngagementService {
 public:
-    /// The path of its database, or ":memory:"; `listener` is told of every recorded request. Throws ServiceError.
+    /// Opens the database at the path, or ":memory:". `listener` is called with every recorded request. Throws
+    /// ServiceError.
     explicit EngagementService(const std::string& databasePath, RequestLog::Listener listener = nullptr);
 
-    /// Answers a request; takes as long as a scripted fault or a waiting operator wants it to.
+    /// Answers a request. Blocks for the duration of a scripted delay, or while an operator waits for requests.
     ///
-    /// The record of the request stands in the log before this returns, and before a scripted delay begins; by then
-    /// what the request says is stored.
+    /// The request is stored and recorded before this returns, and before a scripted delay begins.
     ServiceResponse answer(const ServiceRequest& request);
 
-    /// Ends all waiting, now and from now on.
+    /// Ends every wait, current and later.
     void stop();
 
     ServiceStore& store() { return store_; }

@@ -16,7 +16,7 @@ int portOf(const std::string& text) {
     const auto* end = text.data() + text.size();
     const auto result = std::from_chars(text.data(), end, port);
     if (result.ec == std::errc() && result.ptr == end && port >= 0 && port <= kHighestPort) return port;
-    throw ServiceError(fmt::format("\"{}\" is no port", text));
+    throw ServiceError(fmt::format("\"{}\" is not a port", text));
 }
 
 void take(ServiceOptions& options, const std::string& name, const std::string& value) {
@@ -29,7 +29,7 @@ void take(ServiceOptions& options, const std::string& name, const std::string& v
     } else if (name == "--log-requests") {
         options.requestLog = value;
     } else {
-        throw ServiceError(fmt::format("there is no option {}", name));
+        throw ServiceError(fmt::format("unknown option {}", name));
     }
 }
 
@@ -47,7 +47,7 @@ ServiceOptions ServiceOptions::fromArguments(const std::vector<std::string>& arg
         } else if (++i < arguments.size()) {
             take(options, name, arguments[i]);
         } else {
-            throw ServiceError(fmt::format("{} stands without a value, or is no option", name));
+            throw ServiceError(fmt::format("{} needs a value, or is unknown", name));
         }
     }
     return options;
@@ -59,13 +59,13 @@ std::string ServiceOptions::usage() {
            "A local engagement service. Prints \"listening on http://ADDRESS:PORT\", then serves until SIGTERM or "
            "SIGINT.\n"
            "\n"
-           "  --port N              the port; 0, the default, takes any that is free\n"
+           "  --port N              the port; 0, the default, chooses a free port\n"
            "  --host ADDRESS        the address to listen on; 127.0.0.1 by default\n"
-           "  --database FILE       what it learns is kept here; :memory:, the default, forgets it in the end\n"
-           "  --log-requests FILE   adds every request to this file, one JSON object a line; - is standard output\n"
-           "  --help                prints this\n"
+           "  --database FILE       the SQLite database; by default :memory:, which is lost at the end\n"
+           "  --log-requests FILE   appends every request to this file, one JSON object a line; - is standard output\n"
+           "  --help                prints this text\n"
            "\n"
-           "Ask it for / to see its endpoints.\n";
+           "GET / lists its endpoints.\n";
 }
 
 }  // namespace vorlane::service

@@ -6,21 +6,21 @@
 
 namespace vorlane::service {
 
-/// How a service is to run. A plain value.
+/// The options of the command line.
 struct ServiceOptions {
     std::string host = "127.0.0.1";
-    /// 0 for any that is free.
+    /// 0: any free port.
     int port = 0;
     /// A file, or ":memory:".
     std::string database = ":memory:";
-    /// Where requests are written as they come: a file, or "-" for standard output; nothing for nowhere.
+    /// The file that every request is appended to, or "-" for standard output; `nullopt`: none.
     std::optional<std::string> requestLog;
-    /// Only the usage is asked for.
+    /// "--help": only the usage is wanted.
     bool wantsHelp = false;
 
-    /// Reads a command line without the program's name. Throws ServiceError for one that makes no sense.
+    /// Parses a command line without the program's name. Throws ServiceError for an unusable command line.
     static ServiceOptions fromArguments(const std::vector<std::string>& arguments);
-    /// What the command line may hold, as text to print.
+    /// The usage, as printed by "--help".
     static std::string usage();
 };
 

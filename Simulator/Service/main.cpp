@@ -11,7 +11,7 @@
 
 namespace {
 
-/// Every thread made from here on leaves these signals to the main one, which waits for them.
+/// Blocks the signals in every thread started afterwards; the main thread waits for them.
 sigset_t endingSignals() {
     sigset_t signals;
     sigemptyset(&signals);

@@ -25,20 +25,20 @@ ServiceResponse listRegions(GeoStore& store, const EndpointCall& call) {
 }
 
 Region listedRegion(const Value& element) {
-    if (!element.is_object()) throw MalformedRequest("an element of \"regions\" is no object");
+    if (!element.is_object()) throw MalformedRequest("an element of \"regions\" is not an object");
     return Region::fromPayload(element.get_ref<const Dictionary&>());
 }
 
 ServiceResponse setRegions(GeoStore& store, const EndpointCall& call) {
     const auto payload = jsonObject(call.request.body);
     const auto* list = arrayForKey(payload, "regions");
-    if (!list) throw MalformedRequest("\"regions\" is missing or no list");
+    if (!list) throw MalformedRequest("\"regions\" is missing or not a list");
     std::vector<Region> regions;
     std::set<std::string> ids;
     for (const auto& element : *list) {
         regions.push_back(listedRegion(element));
         const auto& id = regions.back().id;
-        if (!ids.insert(id).second) throw MalformedRequest(fmt::format("the region \"{}\" is there twice", id));
+        if (!ids.insert(id).second) throw MalformedRequest(fmt::format("the region \"{}\" is listed twice", id));
     }
     store.setRegions(appKeyOf(call), regions);
     return ServiceResponse::ok();
@@ -54,7 +54,7 @@ ServiceResponse setRegion(GeoStore& store, const EndpointCall& call) {
     const auto& id = call.parameters.at("id");
     payload.try_emplace("id", id);
     const auto region = Region::fromPayload(payload);
-    if (region.id != id) throw MalformedRequest("\"id\" is another one than in the path");
+    if (region.id != id) throw MalformedRequest("\"id\" differs from the path");
     store.setRegion(appKeyOf(call), region);
     return ServiceResponse::ok();
 }

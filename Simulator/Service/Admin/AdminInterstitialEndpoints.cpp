@@ -56,7 +56,7 @@ ServiceResponse set(ServiceStore& store, const EndpointCall& call) {
 ServiceResponse remove(ServiceStore& store, const EndpointCall& call) {
     const auto placement = namedPlacement(store, call);
     if (!placement) return noContent();
-    // Kept as removed, so that the sample page does not take its place.
+    // Stored as removed, so that the sample page does not replace it.
     store.setPlacement(call.parameters.at("appKey"), {placement->name, std::nullopt, {}, std::nullopt});
     return ServiceResponse::ok();
 }

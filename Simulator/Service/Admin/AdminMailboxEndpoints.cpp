@@ -25,20 +25,20 @@ constexpr std::array<std::string_view, 16> kFields = {
     "appKey",          "trackingId",      "all",     "id",    "subject",  "html",    "label", "link", "phash",
     "backgroundColor", "foregroundColor", "cardUrl", "image", "metadata", "created", "end"};
 
-/// A misspelt field would otherwise go unnoticed.
+/// So that a misspelt field does not go unnoticed.
 void requireKnownFields(const Dictionary& payload) {
     for (const auto& [name, value] : payload) {
         if (std::find(kFields.begin(), kFields.end(), name) == kFields.end())
-            throw MalformedRequest(fmt::format("there is no \"{}\" here", name));
+            throw MalformedRequest(fmt::format("unknown name \"{}\"", name));
     }
 }
 
-/// Nothing for all users.
+/// Returns `nullopt` for all users.
 std::optional<std::string> recipientOf(const Dictionary& payload) {
     const auto* all = valueForKey(payload, "all");
-    if (all && !all->is_boolean()) throw MalformedRequest("\"all\" is no boolean");
+    if (all && !all->is_boolean()) throw MalformedRequest("\"all\" is not a boolean");
     if (!all || !all->get<bool>()) return requiredText(payload, "trackingId");
-    if (valueForKey(payload, "trackingId")) throw MalformedRequest("\"trackingId\" and \"all\" cannot both be meant");
+    if (valueForKey(payload, "trackingId")) throw MalformedRequest("\"trackingId\" and \"all\" exclude each other");
     return std::nullopt;
 }
 

@@ -24,9 +24,9 @@ std::optional<Number> numberWithin(const ServiceRequest& request, const std::str
     const auto* end = text->data() + text->size();
     const auto result = std::from_chars(text->data(), end, number);
     const bool isWhole = result.ec == std::errc() && result.ptr == end;
-    // Written so that what is not a number at all fails, too.
+    // Written so that NaN fails, too.
     if (isWhole && number >= Number{} && number <= most) return number;
-    throw MalformedRequest(fmt::format("\"{}\" is no number from 0 to {}", name, most));
+    throw MalformedRequest(fmt::format("\"{}\" is not a number from 0 to {}", name, most));
 }
 
 }  // namespace
@@ -44,7 +44,7 @@ void addList(EndpointRouter& router, const std::string& name, std::function<Arra
 void requireKnownNames(const ServiceRequest& request, std::initializer_list<std::string_view> names) {
     for (const auto& [name, value] : request.query) {
         if (std::find(names.begin(), names.end(), name) == names.end())
-            throw MalformedRequest(fmt::format("there is no \"{}\" here", name));
+            throw MalformedRequest(fmt::format("unknown name \"{}\"", name));
     }
 }
 

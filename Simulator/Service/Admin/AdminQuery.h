@@ -16,22 +16,23 @@ struct EndpointCall;
 struct ServiceRequest;
 struct StoreFilter;
 
-/// The app that the call's path names.
+/// The app in the path of the call.
 const std::string& appKeyOf(const EndpointCall& call);
 
-/// Has `GET /_admin/name` list under `name` what `list` gives for an app or a user, or for all.
+/// Adds `GET /_admin/name`, which returns under `name` the result of `list` for an app or a user, or for all.
 void addList(EndpointRouter& router, const std::string& name, std::function<Array(const StoreFilter& filter)> list);
 
-/// Throws MalformedRequest when the query has a name that is none of these, which would otherwise go unnoticed.
+/// Throws MalformedRequest if the query has any other name, so that a misspelt name does not go unnoticed.
 void requireKnownNames(const ServiceRequest& request, std::initializer_list<std::string_view> names);
 
-/// Nothing when the query does not have the name. Throws MalformedRequest for what is no whole number from 0 on.
+/// Returns `nullopt` if the query does not have the name. Throws MalformedRequest for anything but an integer from 0.
 std::optional<std::int64_t> integerInQuery(const ServiceRequest& request, const std::string& name);
 
-/// The same up to 18446744073709551615.
+/// As `integerInQuery()`, up to 18446744073709551615.
 std::optional<std::uint64_t> unsignedInQuery(const ServiceRequest& request, const std::string& name);
 
-/// Nothing when the query does not have the name. Throws MalformedRequest for what is no number from 0 to `most`.
+/// Returns `nullopt` if the query does not have the name. Throws MalformedRequest for anything but a number from 0 to
+/// `most`.
 std::optional<double> numberInQuery(const ServiceRequest& request, const std::string& name, double most);
 
 }  // namespace vorlane::service

@@ -6,7 +6,7 @@
 
 namespace vorlane::service {
 
-/// Which beacons are meant; "*" stands for any. A plain value.
+/// Matches beacons; "*" matches any value.
 struct BeaconPattern {
     /// In capitals.
     std::string uuid;
@@ -14,13 +14,13 @@ struct BeaconPattern {
     std::string major;
     std::string minor;
 
-    /// Throws MalformedRequest for what is neither "*" nor a UUID, or a number in the range of a major or minor.
+    /// Throws MalformedRequest unless each is "*", or a UUID and numbers in the range of a major and minor.
     static BeaconPattern fromTexts(const std::string& uuid, const std::string& major, const std::string& minor);
-    /// What a phone tells of a beacon or a region: "uuid", which is never "*", "major" and "minor", which may be texts
-    /// or numbers. Throws MalformedRequest.
+    /// Reads a beacon or a region that a phone reported: "uuid", which is never "*", "major" and "minor", which may be
+    /// strings or numbers. Throws MalformedRequest.
     static BeaconPattern fromPayload(const Dictionary& payload);
 
-    /// Whether it means one beacon alone.
+    /// Whether it matches exactly one beacon.
     bool isExact() const;
 };
 

@@ -9,10 +9,10 @@ namespace vorlane::service {
 class EndpointRouter;
 class ServiceStore;
 
-/// Adds config, which gives an app its configuration document. The store has to outlive the router.
+/// Adds config, which returns the configuration document of an app. The store must outlive the router.
 void addConfigEndpoints(EndpointRouter& router, ServiceStore& store);
 
-/// The document in force for an app: its own, or else one that has every service switched off.
+/// Returns the effective document of an app: its own, or a document with every service switched off.
 Dictionary configurationInForce(ServiceStore& store, const std::string& appKey);
 
 }  // namespace vorlane::service

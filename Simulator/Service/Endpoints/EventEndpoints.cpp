@@ -14,7 +14,7 @@ namespace {
 Value labelOf(const Dictionary& payload) {
     const auto* label = valueForKey(payload, "event_label");
     if (!label || !(label->is_string() || label->is_object()))
-        throw MalformedRequest("\"event_label\" is neither text nor an object");
+        throw MalformedRequest("\"event_label\" is neither a string nor an object");
     return *label;
 }
 
@@ -22,7 +22,7 @@ EventReport readEvent(EndpointCall& call) {
     EventReport event;
     event.time = call.request.time;
     event.payload = formPayload(call.request);
-    // The application key in the query may be an older one; the payload's counts.
+    // The key in the query may be an older one; the payload's key applies.
     event.appKey = call.appKey = requiredText(event.payload, "app_key");
     event.trackingId = call.trackingId = requiredText(event.payload, "tracking_id");
     event.deviceId = stringForKey(event.payload, "device_id");

@@ -5,8 +5,7 @@ namespace vorlane::service {
 class EndpointRouter;
 class ServiceStore;
 
-/// Adds registerEvent, a form.
-/// The store has to outlive the router.
+/// Adds registerEvent, which takes a form. The store must outlive the router.
 void addEventEndpoints(EndpointRouter& router, ServiceStore& store);
 
 }  // namespace vorlane::service

@@ -26,12 +26,12 @@ double degreesInQuery(const ServiceRequest& request, const std::string& name, do
     const auto* end = text.data() + text.size();
     const auto result = std::from_chars(text.data(), end, degrees);
     const bool isWhole = result.ec == std::errc() && result.ptr == end;
-    // Written so that what is not a number at all fails, too.
+    // Written so that NaN fails, too.
     if (isWhole && degrees >= -most && degrees <= most) return degrees;
-    throw MalformedRequest(fmt::format("\"{}\" is no number from {} to {}", name, -most, most));
+    throw MalformedRequest(fmt::format("\"{}\" is not a number from {} to {}", name, -most, most));
 }
 
-/// The nearest `count` of the regions, nearest first; of equally near ones, in their order.
+/// Returns the nearest `count` regions, nearest first; equally near regions keep their order.
 Array nearest(const std::vector<Region>& regions, double latitude, double longitude, std::size_t count) {
     std::vector<std::pair<double, const Region*>> byDistance;
     byDistance.reserve(regions.size());
@@ -66,12 +66,12 @@ ServiceResponse geoContent(ServiceStore& store, EndpointCall& call) {
     call.readUser();
     const auto payload = jsonPayload(call.request);
     const auto* region = dictionaryForKey(payload, "geoRegion");
-    if (!region) throw MalformedRequest("\"geoRegion\" is missing or no object");
+    if (!region) throw MalformedRequest("\"geoRegion\" is missing or not an object");
     const auto segmentId = requiredTextOrNumber(*region, "segmentId");
     const auto transition = transitionOf(*region);
     store.noteUser(call.appKey, call.trackingId);
     const auto message = store.geo().content(call.appKey, segmentId, transition);
-    // An answer like the others, only without a "message".
+    // Without content the answer has no "message".
     if (!message || !boolForKey(payload, "getContent").value_or(false)) return ServiceResponse::ok();
     return ServiceResponse::json(Value(Dictionary{{"message", Value(message->asTemplate(call.appKey))}}));
 }
@@ -79,7 +79,7 @@ ServiceResponse geoContent(ServiceStore& store, EndpointCall& call) {
 }  // namespace
 
 void addGeoEndpoints(EndpointRouter& router, ServiceStore& store) {
-    // A tracking id may hold slashes, which stand in the path as they are.
+    // A tracking id may contain slashes, which are not encoded in the path.
     const std::string user = "/{appKey}/{trackingId*}";
     router.add("geoRegions", "GET", user + "/geo/regions",
                [&store](EndpointCall& call) { return geoRegions(store, call); });

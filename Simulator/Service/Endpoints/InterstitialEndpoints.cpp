@@ -19,7 +19,7 @@ namespace {
 void requireInterstitialRequest(const Dictionary& payload) {
     if (!boolForKey(payload, "getContent").value_or(false)) throw MalformedRequest("\"getContent\" is not true");
     const auto* interstitial = dictionaryForKey(payload, "interstitial");
-    if (!interstitial) throw MalformedRequest("\"interstitial\" is missing or no object");
+    if (!interstitial) throw MalformedRequest("\"interstitial\" is missing or not an object");
     requiredText(*interstitial, "timezone");
 }
 
@@ -29,7 +29,7 @@ ServiceResponse interstitial(ServiceStore& store, EndpointCall& call) {
     requireInterstitialRequest(jsonPayload(call.request));
     store.noteUser(call.appKey, call.trackingId);
     const auto placement = placementInForce(store, call.appKey, call.parameters.at("placement"));
-    // An answer like the others, only without a "message".
+    // Without content the answer has no "message".
     if (!placement) return ServiceResponse::ok();
     return ServiceResponse::json(Value(Dictionary{{"message", Value(placement->message())}}));
 }
@@ -37,7 +37,7 @@ ServiceResponse interstitial(ServiceStore& store, EndpointCall& call) {
 }  // namespace
 
 void addInterstitialEndpoints(EndpointRouter& router, ServiceStore& store) {
-    // A tracking id may hold slashes, which stand in the path as they are; the name of a placement has none.
+    // A tracking id may contain slashes, which are not encoded in the path; the name of a placement has none.
     router.add("interstitial", "POST", "/{appKey}/{trackingId*}/interstitial/{placement}",
                [&store](EndpointCall& call) { return interstitial(store, call); });
 }

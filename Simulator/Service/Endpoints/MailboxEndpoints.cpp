@@ -27,8 +27,8 @@ constexpr const char* kImageFolder = "/card-images/";
 
 ServiceResponse noSuchMessage() { return ServiceResponse::error(404, "there is no such message"); }
 
-/// Made of a text whose every character counts, so it is written by hand: an app that holds the same messages makes the
-/// same one.
+/// Every character of the hashed JSON counts, so it is written by hand: an app with the same messages computes the same
+/// hash.
 std::string stateHash(const Entries& entries) {
     std::string text = "{\"notification\":[";
     for (const auto& entry : entries) {
@@ -53,7 +53,7 @@ ServiceResponse state(ServiceStore& store, EndpointCall& call) {
                                                   {"notification", Value(std::move(notification))}}));
 }
 
-/// Nothing for what is no id.
+/// Returns `nullopt` for anything but an id.
 std::optional<std::uint64_t> messageId(const EndpointCall& call) {
     const auto& text = call.parameters.at("messageId");
     std::uint64_t id = 0;
@@ -62,7 +62,7 @@ std::optional<std::uint64_t> messageId(const EndpointCall& call) {
     return result.ec == std::errc() && result.ptr == end ? std::optional(id) : std::nullopt;
 }
 
-/// HTML as a message carries it: an app decodes percent-encoding first, character references second.
+/// Encodes HTML as messages carry it: an app decodes percent-encoding first, character references second.
 std::string contentOf(const std::string& html) {
     std::string escaped;
     for (const char character : html) {
@@ -75,7 +75,7 @@ std::string contentOf(const std::string& html) {
     return encodedText(escaped);
 }
 
-/// An image of the service's own is where the app found the service.
+/// An image of the service itself has the origin at which the app found the service.
 Value cardUrl(const Dictionary& row, const ServiceRequest& request) {
     const auto image = stringForKey(row, "image");
     if (!image) return row.at("cardUrl");
@@ -102,7 +102,7 @@ ServiceResponse message(MailboxStore& mailboxes, EndpointCall& call) {
                                                   {"meta_data", row->at("metadata")}}));
 }
 
-/// Whether the payload sets the key; there is no way back.
+/// Returns whether the payload sets the key, which cannot be unset.
 bool sets(const Dictionary& payload, const std::string& key) {
     const auto* value = valueForKey(payload, key);
     if (value && *value != Value(true)) throw MalformedRequest(fmt::format("\"{}\" can only be set to true", key));
@@ -132,7 +132,7 @@ ServiceResponse image(MailboxStore& mailboxes, const EndpointCall& call) {
 
 void addMailboxEndpoints(EndpointRouter& router, ServiceStore& store) {
     auto& mailboxes = store.mailboxes();
-    // A tracking id may hold slashes, which stand in the path as they are.
+    // A tracking id may contain slashes, which are not encoded in the path.
     const std::string mailbox = "/{appKey}/{trackingId*}/rich/mailbox";
     router.add("inboxState", "GET", mailbox, [&store](EndpointCall& call) { return state(store, call); });
     router.add("inboxMessage", "GET", mailbox + "/messages/{messageId}",

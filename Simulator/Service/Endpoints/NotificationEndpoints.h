@@ -5,8 +5,8 @@ namespace vorlane::service {
 class EndpointRouter;
 class ServiceStore;
 
-/// Adds MDN, which gives a local notification its phash and its text, and cancelPhash, which takes phashes back.
-/// The store has to outlive the router.
+/// Adds MDN, which returns the phash and the text of a local notification, and cancelPhash, which takes phashes back.
+/// The store must outlive the router.
 void addNotificationEndpoints(EndpointRouter& router, ServiceStore& store);
 
 }  // namespace vorlane::service

@@ -42,7 +42,7 @@ EndpointRouter::Handler handlerFor(const char* kind, ServiceStore& store) {
 
 ServiceResponse changeTrackingId(ServiceStore& store, EndpointCall& call) {
     const auto session = readSession("changeTrackingId", call);
-    // Without the old one it would not be a change.
+    // A change needs the old tracking id.
     requiredText(session.payload, "prev_tracking_id");
     store.addSession(session);
     return ServiceResponse::ok();

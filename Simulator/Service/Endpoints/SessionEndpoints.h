@@ -5,8 +5,8 @@ namespace vorlane::service {
 class EndpointRouter;
 class ServiceStore;
 
-/// Adds the requests that report sessions: sessionStart, sessionEnd, changeTrackingId. All forms.
-/// The store has to outlive the router.
+/// Adds the session reports, which take forms: sessionStart, sessionEnd and changeTrackingId. The store must outlive
+/// the router.
 void addSessionEndpoints(EndpointRouter& router, ServiceStore& store);
 
 }  // namespace vorlane::service

@@ -14,7 +14,7 @@
 namespace vorlane::service {
 namespace {
 
-/// An entry of an object of tags: its value, or an object with "value" and "type".
+/// Reads an entry of an object of tags: its value, or an object with "value" and "type".
 Tag namedTag(const std::string& name, const Value& value) {
     Dictionary payload = value.is_object() ? value.get_ref<const Dictionary&>() : Dictionary{{"value", value}};
     payload["name"] = name;
@@ -22,7 +22,7 @@ Tag namedTag(const std::string& name, const Value& value) {
 }
 
 Tag listedTag(const Value& element) {
-    if (!element.is_object()) throw MalformedRequest("an element of \"tags\" is no object");
+    if (!element.is_object()) throw MalformedRequest("an element of \"tags\" is not an object");
     return Tag::fromPayload(element.get_ref<const Dictionary&>());
 }
 
@@ -42,7 +42,7 @@ std::vector<Tag> readTags(const Dictionary& payload) {
 
 ServiceResponse getTag(ServiceStore& store, EndpointCall& call) {
     call.readUser();
-    // An answer like the others, not an HTTP error.
+    // An unknown user is not an HTTP error.
     if (!store.knowsUser(call.appKey, call.trackingId))
         return ServiceResponse::json({{"error", "tracking id not found"}});
     const auto tag = store.tag(call.appKey, call.trackingId, call.parameters.at("tagName"));
@@ -64,7 +64,7 @@ ServiceResponse deleteAllTags(ServiceStore& store, EndpointCall& call) {
 }  // namespace
 
 void addTagEndpoints(EndpointRouter& router, ServiceStore& store) {
-    // A tracking id or a tag's name may hold slashes, which stand in the path as they are.
+    // A tracking id or the name of a tag may contain slashes, which are not encoded in the path.
     const std::string user = "/api/apps/{appKey}/tracking/{trackingId*}";
     router.add("getTag", "GET", user + "/tag/{tagName*}", [&store](EndpointCall& call) { return getTag(store, call); });
     router.add("updateTag", "POST", user, [&store](EndpointCall& call) { return updateTag(store, call); });

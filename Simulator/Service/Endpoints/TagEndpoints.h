@@ -5,8 +5,7 @@ namespace vorlane::service {
 class EndpointRouter;
 class ServiceStore;
 
-/// Adds getTag, updateTag (one tag, or several under "tags") and deleteAllTags.
-/// The store has to outlive the router.
+/// Adds getTag, updateTag (one tag, or several under "tags") and deleteAllTags. The store must outlive the router.
 void addTagEndpoints(EndpointRouter& router, ServiceStore& store);
 
 }  // namespace vorlane::service

@@ -4,7 +4,7 @@
 
 namespace vorlane::service {
 
-/// Text as messages to an app carry it: percent-encoded.
+/// Percent-encodes a string, as messages to an app carry it.
 std::string encodedText(const std::string& text);
 
 }  // namespace vorlane::service

@@ -7,16 +7,16 @@
 
 namespace vorlane::service {
 
-/// One request on its way through an endpoint.
+/// One request that an endpoint answers.
 struct EndpointCall {
     const ServiceRequest& request;
-    /// What stood in the path where the endpoint's pattern has names.
+    /// The parts of the path that match the names in the endpoint's pattern.
     std::map<std::string, std::string> parameters;
-    // Whom the request is about, told by the endpoint as far as it finds out; kept with the record of the request.
+    // The user that the request concerns, as far as the endpoint can identify the user; recorded with the request.
     std::string appKey;
     std::string trackingId;
 
-    /// Takes the user from the path's "appKey" and "trackingId", which the endpoint's pattern names.
+    /// Reads the user from "appKey" and "trackingId" in the path, which the endpoint's pattern must name.
     void readUser() {
         appKey = parameters.at("appKey");
         trackingId = parameters.at("trackingId");

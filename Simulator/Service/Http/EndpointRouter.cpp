@@ -23,7 +23,7 @@ std::string nameOf(const std::string& segment) {
 
 bool matches(Segments pattern, Segments path, Parameters& parameters);
 
-/// The first of `pattern` takes one more part of `path` at a time until the rest fits.
+/// Assigns more and more parts of `path` to the first element of `pattern` until the rest matches.
 bool matchesLongName(Segments pattern, Segments path, Parameters& parameters) {
     std::string taken;
     for (std::size_t count = 1; count <= path.size(); ++count) {

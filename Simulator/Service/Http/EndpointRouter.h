@@ -14,11 +14,11 @@ namespace vorlane::service {
 struct EndpointCall;
 struct ServiceRequest;
 
-/// The table of endpoints. Filled once; from then on any thread.
+/// The table of endpoints. Filled on one thread; used on any thread afterwards.
 class EndpointRouter {
 public:
-    /// Answers a request. May throw MalformedRequest, which is answered with 400, and anything else, answered with 500.
-    /// Any thread, several at once.
+    /// Answers a request. A thrown MalformedRequest is answered with 400, any other exception with 500. May run on
+    /// several threads at once.
     using Handler = std::function<ServiceResponse(EndpointCall&)>;
 
     struct Endpoint {
@@ -26,25 +26,25 @@ public:
         std::string method;
         std::string pattern;
         Handler handler;
-        /// An endpoint for the operator: its requests are not recorded, and no faults happen to them.
+        /// An endpoint for the operator: its requests are not recorded, and scripted faults do not apply.
         bool isAdministrative = false;
     };
 
     struct Match {
-        /// Nothing when no endpoint has this path and method.
+        /// Null if no endpoint has this path and method.
         const Endpoint* endpoint = nullptr;
         std::map<std::string, std::string> parameters;
-        /// The methods that this path does have, when it is only the method that fits none.
+        /// The methods of the endpoints that have this path, if none has this method.
         std::set<std::string> otherMethods;
     };
 
-    /// In a pattern "{name}" stands for one part of the path, "{name*}" for one or more, as few as possible; the
-    /// first endpoint that fits wins. Parts are compared after decoding.
+    /// In a pattern, "{name}" matches one part of the path and "{name*}" one or more parts, as few as possible. The
+    /// first matching endpoint applies. Parts are compared after decoding.
     void add(std::string name, std::string method, std::string pattern, Handler handler);
     void addAdministrative(std::string name, std::string method, std::string pattern, Handler handler);
 
     Match match(const ServiceRequest& request) const;
-    /// Whether an endpoint of an app's has this name.
+    /// Whether an endpoint for apps has this name.
     bool hasName(const std::string& name) const;
     const std::vector<Endpoint>& endpoints() const { return endpoints_; }
 

@@ -24,7 +24,7 @@ constexpr std::array<std::pair<std::string_view, Kind>, 6> kKinds = {{{"status",
                                                                       {"garbage", Kind::garbage},
                                                                       {"body", Kind::body}}};
 constexpr double kLongestDelay = 600;
-// Neither HTTP nor JSON, and not even UTF-8.
+// Not HTTP, not JSON, and not UTF-8.
 constexpr std::string_view kGarbage = "\x16\x03\x01\xff\xfe<\x00{]]garbage\r\n\r\n"sv;
 
 Kind kindOf(const std::string& text) {
@@ -39,13 +39,13 @@ std::string nameOf(Kind kind) {
     return {};
 }
 
-/// Nothing when the key is absent.
+/// Returns `nullopt` if the key is absent.
 std::optional<std::int64_t> integerWithin(const Dictionary& dictionary, const std::string& key, std::int64_t least,
                                           std::int64_t most) {
     const auto* value = valueForKey(dictionary, key);
     if (!value) return std::nullopt;
     if (!value->is_number_integer() || integerValue(*value) < least || integerValue(*value) > most)
-        throw MalformedRequest(fmt::format("\"{}\" is no whole number from {} to {}", key, least, most));
+        throw MalformedRequest(fmt::format("\"{}\" is not an integer from {} to {}", key, least, most));
     return integerValue(*value);
 }
 
@@ -53,7 +53,7 @@ double delayOf(const Dictionary& dictionary) {
     if (!valueForKey(dictionary, "seconds")) return 0;
     const auto seconds = numberForKey(dictionary, "seconds").value_or(-1);
     if (seconds >= 0 && seconds <= kLongestDelay) return seconds;
-    throw MalformedRequest("\"seconds\" is no number from 0 to 600");
+    throw MalformedRequest("\"seconds\" is not a number from 0 to 600");
 }
 
 std::optional<std::string> bodyOf(const Dictionary& dictionary) {
@@ -70,7 +70,7 @@ void checkCompleteness(const Fault& fault) {
     if (fault.kind == Kind::delay && fault.seconds == 0) throw MalformedRequest("a \"delay\" fault needs \"seconds\"");
 }
 
-/// By HTTP's rules an answer of these has no body.
+/// HTTP defines these answers to have no body.
 bool isBodyless(int status) { return status == 204 || status == 304; }
 
 }  // namespace

@@ -9,48 +9,48 @@
 
 namespace vorlane::service {
 
-/// Something that is to go wrong with an endpoint's answers. A plain value.
+/// A scripted fault in the answers of an endpoint.
 struct Fault {
     enum class Kind {
-        /// Another status; nothing is stored.
+        /// Replaces the status; nothing is stored.
         status,
-        /// The answer is held back for a while.
+        /// Delays the answer.
         delay,
-        /// The connection is closed without an answer; nothing is stored.
+        /// Closes the connection without an answer; nothing is stored.
         drop,
-        /// Half of the answer, then the connection is closed.
+        /// Sends half of the answer, then closes the connection.
         truncate,
-        /// Bytes that are no HTTP, or, with a status, a body that is no JSON; nothing is stored.
+        /// Sends bytes that are not HTTP, or, with a status, a body that is not JSON; nothing is stored.
         garbage,
-        /// Another body; nothing is stored.
+        /// Replaces the body; nothing is stored.
         body,
     };
 
-    /// Given by the script.
+    /// Assigned by the FaultScript.
     std::int64_t id = 0;
-    /// An operation's name, or "*" for all of them.
+    /// The name of an endpoint, or "*" for every endpoint.
     std::string endpoint;
     Kind kind = Kind::status;
     std::optional<int> status;
-    /// For how long the answer is held back, whatever the kind.
+    /// The delay of the answer, for every kind.
     double seconds = 0;
-    /// In place of the endpoint's body, or of the kind's own.
+    /// Replaces the endpoint's body, or the kind's own body.
     std::optional<std::string> body;
     std::optional<std::string> contentType;
-    /// How many more requests it happens to; nothing for no end.
+    /// The number of further requests that the fault applies to; `nullopt`: no limit.
     std::optional<std::int64_t> count;
-    /// How many requests it has happened to.
+    /// The number of requests that the fault was applied to.
     std::int64_t applied = 0;
 
-    /// A fault from its object: "endpoint", "kind", and as the kind needs them "status" (200 to 599), "seconds" (0 to
-    /// 600), "body" (text, or any JSON), "bytes" (the body in hexadecimal), "contentType", "count" (from 1). Throws
+    /// Reads a fault: "endpoint", "kind", and depending on the kind "status" (200 to 599), "seconds" (0 to 600), "body"
+    /// (a string or any JSON value), "bytes" (the body in hexadecimal), "contentType", "count" (at least 1). Throws
     /// MalformedRequest.
     static Fault fromDictionary(const Dictionary& dictionary);
     Dictionary asDictionary() const;
 
-    /// Whether the endpoint does its work though its answer is spoilt.
+    /// Whether the endpoint still processes the request.
     bool leavesEndpointAlone() const { return kind == Kind::delay || kind == Kind::truncate; }
-    /// Spoils the answer: the endpoint's, or an empty one where it was not asked.
+    /// Applies the fault to the endpoint's answer, or to an empty answer if the endpoint was not called.
     void spoil(ServiceResponse& response) const;
 };
 

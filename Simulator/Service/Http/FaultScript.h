@@ -10,17 +10,17 @@
 
 namespace vorlane::service {
 
-/// The faults that are to happen, in the order in which they were scripted. Any thread.
+/// The scripted faults, oldest first. Any thread.
 class FaultScript {
 public:
-    /// Gives the fault its id and returns it so.
+    /// Returns the fault with the id that it was assigned.
     Fault add(Fault fault);
-    /// The fault that happens to a request of this endpoint now: the first that is left. Counts it.
+    /// Returns the first fault that applies to a request of this endpoint, and counts it.
     std::optional<Fault> take(const std::string& endpoint);
 
     std::vector<Fault> faults() const;
     void removeAll();
-    /// How many were removed.
+    /// Returns the number of removed faults.
     std::size_t removeWithId(std::int64_t id);
     std::size_t removeWithEndpoint(const std::string& endpoint);
 

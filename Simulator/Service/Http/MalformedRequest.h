@@ -4,7 +4,7 @@
 
 namespace vorlane::service {
 
-/// A request that an endpoint cannot take. Thrown by endpoints, answered with 400 and this text.
+/// Thrown by an endpoint that cannot process a request. Answered with 400 and this message.
 class MalformedRequest : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;

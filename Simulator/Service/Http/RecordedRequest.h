@@ -9,22 +9,22 @@
 
 namespace vorlane::service {
 
-/// A request as the service remembers it. A plain value.
+/// A request in the service's log.
 struct RecordedRequest {
-    /// 1 for the first since the service started, and one more for each.
+    /// 1 for the first request after the start of the service, then ascending.
     std::int64_t number = 0;
-    /// The operation whose endpoint was asked; "unknown" when there is no such endpoint.
+    /// The name of the endpoint; "unknown" if no endpoint matches.
     std::string endpoint;
     ServiceRequest request;
-    // Whom it was about, as far as that could be read.
+    // The user that the request concerns, as far as it could be read.
     std::string appKey;
     std::string trackingId;
-    /// Nothing when no HTTP answer was given.
+    /// `nullopt` if no HTTP answer was sent.
     std::optional<int> status;
-    /// The scripted fault that happened to it; null when there was none.
+    /// The scripted fault that was applied, or null.
     Value fault;
 
-    /// All of it as an object, the payload decoded.
+    /// All fields as an object, with the payload decoded.
     Dictionary asDictionary() const;
 };
 

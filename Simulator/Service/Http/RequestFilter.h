@@ -9,7 +9,7 @@ namespace vorlane::service {
 
 struct RecordedRequest;
 
-/// Which of the recorded requests are meant; what is nothing admits all. A plain value.
+/// Selects recorded requests. A field that is `nullopt` matches every request.
 struct RequestFilter {
     std::optional<std::string> endpoint;
     std::optional<std::string> method;
@@ -18,7 +18,7 @@ struct RequestFilter {
     std::optional<std::string> appKey;
     std::optional<std::string> trackingId;
     std::optional<std::int64_t> status;
-    /// Only later ones than the one of this number.
+    /// Matches only requests with a higher number.
     std::int64_t since = 0;
 
     bool admits(const RecordedRequest& record) const;

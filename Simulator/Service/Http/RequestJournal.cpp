@@ -19,7 +19,7 @@ RequestJournal::RequestJournal(const std::string& path) {
 void RequestJournal::write(const RecordedRequest& request) {
     const auto line = jsonText(Value(request.asDictionary())) + "\n";
     const std::lock_guard lock(mutex_);
-    // A journal that cannot be written (a full disk, a closed pipe) is no reason to stop serving.
+    // A failed write (a full disk, a closed pipe) does not stop the service.
     std::fwrite(line.data(), 1, line.size(), file_.get());
     std::fflush(file_.get());
 }

@@ -9,10 +9,10 @@ namespace vorlane::service {
 
 struct RecordedRequest;
 
-/// Writes requests to a file as they come, one JSON object a line. Any thread.
+/// Writes each request to a file, one JSON object a line. Any thread.
 class RequestJournal {
 public:
-    /// Adds to the file of this path, or writes to standard output for "-". Throws ServiceError.
+    /// Appends to the file at this path, or writes to standard output for "-". Throws ServiceError.
     explicit RequestJournal(const std::string& path);
 
     void write(const RecordedRequest& request);

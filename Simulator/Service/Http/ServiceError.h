@@ -4,7 +4,7 @@
 
 namespace vorlane::service {
 
-/// Something the service itself cannot do: open its database, bind its port. Its text is for the operator.
+/// Thrown if the service cannot run: it cannot open its database or bind its port. The message is for the operator.
 class ServiceError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;

@@ -7,34 +7,34 @@
 
 namespace vorlane::service {
 
-/// What the service answers, and how the answer is to go over the wire. A plain value.
+/// An answer of the service, and how it is sent.
 struct ServiceResponse {
     enum class Delivery {
-        /// As it is.
+        /// Unchanged.
         whole,
-        /// Half of the body, though its whole length is announced; then the connection is closed.
+        /// Announces the whole length, sends half of the body, then closes the connection.
         truncated,
-        /// The body alone, without anything of HTTP; then the connection is closed.
+        /// Sends the body without an HTTP header, then closes the connection.
         raw,
-        /// Nothing: the connection is closed.
+        /// Closes the connection without an answer.
         none,
     };
 
     int status = 200;
     std::string contentType = "application/json";
     std::string body;
-    /// Headers beside those that go without saying.
+    /// Further headers.
     std::map<std::string, std::string> headers;
     Delivery delivery = Delivery::whole;
 
     static ServiceResponse json(const Value& value, int status = 200);
-    /// What is answered when there is nothing to say.
+    /// The answer of an endpoint that has no data to return.
     static ServiceResponse ok();
     static ServiceResponse error(int status, const std::string& text);
 };
 
-/// A value as compact JSON text; what is not UTF-8 in it is replaced. Holds nothing nested deeper than a parsed
-/// request.
+/// Returns the value as compact JSON; bytes that are not UTF-8 are replaced. The value must not be nested more deeply
+/// than a parsed request.
 std::string jsonText(const Value& value);
 
 }  // namespace vorlane::service

@@ -9,13 +9,13 @@ namespace vorlane::service {
 
 class EngagementService;
 
-/// The service on its port, serving from threads of its own from construction to destruction. Any thread, except that
-/// one alone destroys it.
+/// The service on its port. Serves on threads of its own from construction to destruction. Any thread; destroyed on
+/// one.
 class ServiceServer {
 public:
-    /// Throws ServiceError when the port or the database cannot be had.
+    /// Throws ServiceError if it cannot bind the port or open the database.
     explicit ServiceServer(const ServiceOptions& options = {});
-    /// Closes every connection and returns when all threads are gone.
+    /// Closes every connection and returns after all threads have ended.
     ~ServiceServer();
     ServiceServer(const ServiceServer&) = delete;
     ServiceServer& operator=(const ServiceServer&) = delete;

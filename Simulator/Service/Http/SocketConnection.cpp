@@ -21,8 +21,8 @@ SocketConnection::SocketConnection(int socket, const StopSignal& stopSignal)
     : socket_(socket), stopSignal_(stopSignal) {}
 
 SocketConnection::~SocketConnection() {
-    // A connection closed over unread bytes is reset, which could take the answer away from the client. So the client
-    // is told that no more comes, and what it has sent by now is thrown away.
+    // Closing a connection with unread bytes resets it, which could discard the answer at the client. So the end of the
+    // answer is announced, and bytes received so far are discarded.
     shutdown(socket_, SHUT_WR);
     for (std::size_t thrown = 0; thrown < kMostLeftovers;) {
         const auto count = recv(socket_, buffer_.data(), buffer_.size(), MSG_DONTWAIT);

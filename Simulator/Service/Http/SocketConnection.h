@@ -11,8 +11,8 @@ namespace vorlane::service {
 
 class StopSignal;
 
-/// One accepted connection, which it closes in the end. One thread. Waiting ends when the service stops, and after
-/// 30 seconds without a byte.
+/// One accepted connection, closed on destruction. One thread. A wait ends when the service stops, or after 30 seconds
+/// without a byte.
 class SocketConnection {
 public:
     SocketConnection(int socket, const StopSignal& stopSignal);
@@ -20,19 +20,19 @@ public:
     SocketConnection(const SocketConnection&) = delete;
     SocketConnection& operator=(const SocketConnection&) = delete;
 
-    /// Whether there is, or comes, something to read.
+    /// Waits for data. Returns false if none arrives.
     bool waitUntilReadable();
     bool waitUntilWritable() const;
-    /// How many bytes were read; 0 at the end, -1 on failure.
+    /// Returns the number of bytes read; 0 at the end, -1 on failure.
     ssize_t read(char* bytes, std::size_t size);
-    /// How many bytes were written; -1 on failure, and always once the connection is cut.
+    /// Returns the number of bytes written; -1 on failure, and always after `cut()`.
     ssize_t write(const char* bytes, std::size_t size);
-    /// False when not all could be written.
+    /// Returns false if not all bytes could be written.
     bool writeAll(std::string_view bytes);
 
-    /// Nothing is written any more.
+    /// Later writes fail.
     void cut() { isCut_ = isLast_ = true; }
-    /// No further request is taken.
+    /// No further request is read.
     void finish() { isLast_ = true; }
     bool isFinished() const { return isLast_; }
     int socket() const { return socket_; }
@@ -45,7 +45,7 @@ private:
     const StopSignal& stopSignal_;
     bool isCut_ = false;
     bool isLast_ = false;
-    // What was received and not yet read: from position_ to end_.
+    // Received bytes that are not read yet: from position_ to end_.
     std::array<char, 16384> buffer_{};
     std::size_t position_ = 0;
     std::size_t end_ = 0;

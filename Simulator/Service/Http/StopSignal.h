@@ -2,7 +2,7 @@
 
 namespace vorlane::service {
 
-/// Says that the service is to stop, to every thread that waits for something else. Any thread.
+/// Wakes every waiting thread when the service stops. Any thread.
 class StopSignal {
 public:
     StopSignal();
@@ -10,11 +10,11 @@ public:
     StopSignal(const StopSignal&) = delete;
     StopSignal& operator=(const StopSignal&) = delete;
 
-    /// For good.
+    /// Cannot be undone.
     void raise();
-    /// Whether it is raised within so many seconds.
+    /// Waits until the signal is raised, for at most `seconds`. Returns whether it is raised.
     bool isRaisedWithin(double seconds) const;
-    /// Becomes readable when it is raised; to be polled along with others.
+    /// Becomes readable when the signal is raised, for use with poll().
     int descriptor() const { return descriptor_; }
 
 private:

@@ -6,7 +6,7 @@
 namespace vorlane::service {
 namespace {
 
-/// -1 for what is no hexadecimal digit.
+/// Returns -1 for a character that is not a hexadecimal digit.
 int digitValue(char character) {
     if (character >= '0' && character <= '9') return character - '0';
     if (character >= 'a' && character <= 'f') return character - 'a' + 10;
@@ -20,7 +20,7 @@ std::string formDecoded(std::string_view text) {
     return percentDecoded(withBlanks);
 }
 
-/// Cuts off and returns what stands before the next separator, or all that is left.
+/// Removes and returns everything up to the next separator, or everything without one.
 std::string_view takeUntil(std::string_view& text, char separator) {
     const auto end = std::min(text.find(separator), text.size());
     const auto part = text.substr(0, end);

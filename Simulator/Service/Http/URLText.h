@@ -7,13 +7,13 @@
 
 namespace vorlane::service {
 
-/// Text with its percent-encoded bytes decoded; a "%" that begins no such byte stays as it is.
+/// Decodes percent-encoded bytes; a "%" that starts no such byte is kept.
 std::string percentDecoded(std::string_view text);
 
-/// Names and values of a query or a form body, decoded; "+" is a blank. Of equal names the first counts.
+/// Decodes the names and values of a query or a form; "+" stands for a blank. Of equal names the first applies.
 std::map<std::string, std::string> formFields(std::string_view text);
 
-/// What stands between the slashes of an absolute path, each part decoded. "/a//b" has an empty part in its middle.
+/// Splits an absolute path at its slashes and decodes each part. "/a//b" has an empty part in the middle.
 std::vector<std::string> pathSegments(std::string_view path);
 
 }  // namespace vorlane::service

@@ -10,8 +10,8 @@
 
 namespace vorlane::service {
 
-/// Runs tasks that may block for long, each on a thread of its own; threads without a task take the next one. With 512
-/// threads at work, further tasks wait.
+/// Runs tasks that may block for a long time, each on a thread of its own. Idle threads are reused. At most 512 threads
+/// run; further tasks wait.
 class WorkerThreads {
 public:
     WorkerThreads() = default;
@@ -19,9 +19,9 @@ public:
     WorkerThreads(const WorkerThreads&) = delete;
     WorkerThreads& operator=(const WorkerThreads&) = delete;
 
-    /// Not after finish().
+    /// Must not be called after `finish()`.
     void run(std::function<void()> task);
-    /// Returns when all tasks are done and all threads gone.
+    /// Returns after all tasks have run and all threads have ended.
     void finish();
 
 private:

@@ -5,7 +5,7 @@
 
 namespace vorlane::service {
 
-/// The pages in Pages/ by their file names, each with its style inside. The source of this is written by the build.
+/// The pages of this folder by file name, each with its style. The build generates the source.
 std::map<std::string, std::string> embeddedPages();
 
 }  // namespace vorlane::service

@@ -11,7 +11,7 @@ namespace {
 
 struct Sample {
     const char* placement;
-    /// Without its extension; also the end of the phash.
+    /// The file name without its extension; also the end of the phash.
     const char* file;
 };
 
@@ -23,7 +23,7 @@ constexpr Sample kSamples[] = {{"App Open", "app-open"},
                                {"Location Prompt", "location-prompt"},
                                {"Location Settings", "location-settings"}};
 
-/// What stands between <title> and </title>.
+/// Returns the content of the title element.
 std::string titleOf(const std::string& html) {
     constexpr std::string_view kTag = "<title>";
     const auto begin = html.find(kTag) + kTag.size();

@@ -17,7 +17,7 @@ Value optionalIdentifier(const Dictionary& payload, const std::string& key) {
     const auto* value = wishedValue(payload, key);
     if (!value) return nullptr;
     if (!value->is_string() && !value->is_number())
-        throw MalformedRequest(fmt::format("\"{}\" is neither a text nor a number", key));
+        throw MalformedRequest(fmt::format("\"{}\" is neither a string nor a number", key));
     return *value;
 }
 
@@ -25,12 +25,12 @@ const Array& optionalList(const Dictionary& payload, const std::string& key) {
     static const Array kNone;
     const auto* value = wishedValue(payload, key);
     if (!value) return kNone;
-    if (!value->is_array()) throw MalformedRequest(fmt::format("\"{}\" is no list", key));
+    if (!value->is_array()) throw MalformedRequest(fmt::format("\"{}\" is not a list", key));
     return value->get_ref<const Array&>();
 }
 
 Campaign::Split splitFrom(const Value& element) {
-    if (!element.is_object()) throw MalformedRequest("an element of \"splits\" is no object");
+    if (!element.is_object()) throw MalformedRequest("an element of \"splits\" is not an object");
     const auto& payload = element.get_ref<const Dictionary&>();
     requireKnownKeys(payload, {"splitId", "messageText", "sound"});
     return {optionalIdentifier(payload, "splitId"), optionalText(payload, "messageText"),
@@ -38,7 +38,7 @@ Campaign::Split splitFrom(const Value& element) {
 }
 
 std::string trackingIdFrom(const Value& element) {
-    if (!element.is_string()) throw MalformedRequest("an element of \"filteredTrackingIds\" is no text");
+    if (!element.is_string()) throw MalformedRequest("an element of \"filteredTrackingIds\" is not a string");
     return element.get<std::string>();
 }
 

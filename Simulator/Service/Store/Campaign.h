@@ -9,32 +9,31 @@
 
 namespace vorlane::service {
 
-/// What the local notifications of one campaign say, and to whom. A plain value.
+/// A campaign of local notifications: its texts and the users it excludes.
 struct Campaign {
-    /// One of the texts that are tried against each other.
+    /// One of the texts that are compared.
     struct Split {
-        /// A text or a number, as the operator gave it.
+        /// A string or a number, as the operator set it.
         Value id;
-        /// Nothing: the text that the application had in mind.
+        /// `nullopt`: the text that the application passed.
         std::optional<std::string> messageText;
-        /// The name of a sound in the app's bundle, without its extension.
+        /// The name of a sound resource of the app, without its extension.
         std::optional<std::string> sound;
     };
 
     std::string token;
-    // Texts or numbers; null where there is none.
+    // Strings or numbers; null if absent.
     Value campaignId;
     Value templateId;
-    /// At least one.
+    /// Never empty.
     std::vector<Split> splits;
-    /// Who is left out.
+    /// The users who receive no notification.
     std::set<std::string> filteredTrackingIds;
 
-    /// The campaign that an operator describes: as wished "campaignId", "templateId", "splits" (a list of objects with
-    /// "splitId", "messageText" and "sound") and "filteredTrackingIds". Throws MalformedRequest, also for any other
-    /// key.
+    /// Reads a campaign. All keys are optional: "campaignId", "templateId", "splits" (objects with "splitId",
+    /// "messageText" and "sound") and "filteredTrackingIds". Throws MalformedRequest, also for any other key.
     static Campaign fromPayload(const std::string& token, const Dictionary& payload);
-    /// The same as an object, which `fromPayload()` reads back.
+    /// Returns the object that `fromPayload()` reads.
     Dictionary asDictionary() const;
 };
 

@@ -6,15 +6,15 @@
 
 namespace vorlane::service {
 
-/// A message's image as the service hands it out. A plain value.
+/// The card image of a message.
 struct CardImage {
-    /// The last part of its path: the same for the same bytes.
+    /// The last part of its path; equal for equal bytes.
     std::string name;
     std::string contentType;
     std::string bytes;
 
-    /// The image of these bytes, whose beginning has to be that of a PNG or a JPEG; the rest is not looked at, so that
-    /// a damaged image can be handed out, too. Throws MalformedRequest.
+    /// Makes an image of bytes that start like a PNG or a JPEG. The rest is not checked, so that a test can serve a
+    /// damaged image. Throws MalformedRequest.
     static CardImage fromBytes(std::string bytes);
 };
 

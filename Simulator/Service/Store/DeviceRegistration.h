@@ -7,9 +7,9 @@
 
 namespace vorlane::service {
 
-/// A device's push token comes, or goes. A plain value.
+/// The registration or removal of a device's push token.
 struct DeviceRegistration {
-    /// False when the token is given back.
+    /// False: the token is removed.
     bool isRegistered = true;
     double time = 0;
     std::string appKey;
@@ -18,7 +18,7 @@ struct DeviceRegistration {
     /// Hexadecimal.
     std::string token;
     std::optional<std::string> platform;
-    /// By platform name; nothing when none were sent, as it is when the token is given back.
+    /// By platform name; `nullopt` if none were sent, as with a removal.
     std::optional<Dictionary> notificationSettings;
 };
 

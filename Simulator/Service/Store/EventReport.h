@@ -7,7 +7,7 @@
 
 namespace vorlane::service {
 
-/// One event of an app's. A plain value.
+/// One event of an app.
 struct EventReport {
     double time = 0;
     std::string appKey;
@@ -15,10 +15,10 @@ struct EventReport {
     std::optional<std::string> deviceId;
     std::optional<std::string> sid;
     std::string type;
-    /// Text, or an object of data.
+    /// A string, or an object of data.
     Value label;
     std::optional<std::string> phash;
-    /// All of it, as it was sent.
+    /// The whole payload as it was sent.
     Dictionary payload;
 };
 

@@ -13,32 +13,31 @@ namespace vorlane::service {
 
 class SQLiteDatabase;
 
-/// The geofences of apps, and what is shown on entering and leaving them. A part of the ServiceStore, whose database
-/// and mutex it shares. Any thread; every operation is whole or not at all, and throws ServiceError when the database
-/// fails.
+/// The geofences of apps, and their content. A part of ServiceStore, whose database and mutex it shares. Any thread.
+/// Every operation is atomic and throws ServiceError if the database fails.
 class GeoStore {
 public:
-    /// Both have to outlive it.
+    /// Both must outlive the store.
     GeoStore(std::mutex& mutex, SQLiteDatabase& database) : mutex_(mutex), database_(database) {}
 
-    /// The app's, in the order in which they were set.
+    /// The regions of the app, in the order in which they were set.
     std::vector<Region> regions(const std::string& appKey);
-    /// In the place of all that the app has.
+    /// Replaces all regions of the app.
     void setRegions(const std::string& appKey, const std::vector<Region>& regions);
-    /// In the place of the one with its identifier, or behind the others.
+    /// Replaces the region with its identifier, or appends it.
     void setRegion(const std::string& appKey, const Region& region);
-    /// Whether there was one.
+    /// Returns whether the region existed.
     bool removeRegion(const std::string& appKey, const std::string& id);
 
-    /// What is shown to who enters or leaves a segment; `transition` is "enter" or "exit".
+    /// Returns the content for entering or leaving a segment; `transition` is "enter" or "exit".
     std::optional<LocalMessage> content(const std::string& appKey, const std::string& segmentId,
                                         const std::string& transition);
     void setContent(const std::string& appKey, const std::string& segmentId, const std::string& transition,
                     const LocalMessage& message);
-    /// Whether there was any.
+    /// Returns whether there was content.
     bool removeContent(const std::string& appKey, const std::string& segmentId, const std::string& transition);
     void removeAllContent(const std::string& appKey);
-    /// The app's, by segment and transition: objects with "segmentId", "transition" and "message".
+    /// All content of the app, by segment and transition: objects with "segmentId", "transition" and "message".
     Array allContent(const std::string& appKey);
 
 private:

@@ -7,22 +7,22 @@
 
 namespace vorlane::service {
 
-/// A message that a phone shows as a local notification, for a geofence or a beacon. A plain value.
+/// A message that a phone shows as a local notification, for a geofence or a beacon.
 struct LocalMessage {
     std::string pushtext;
     std::optional<std::string> phash;
-    /// The name of a sound in the app's bundle, without its extension.
+    /// The name of a sound resource of the app, without its extension.
     std::optional<std::string> sound;
     Dictionary metadata;
 
-    /// The message that the operator describes: "pushtext", and "phash", "sound" and "metadata" where it has them.
-    /// Throws MalformedRequest, also for any other key.
+    /// Reads a message: "pushtext", and optionally "phash", "sound" and "metadata". Throws MalformedRequest, also for
+    /// any other key.
     static LocalMessage fromPayload(const Dictionary& payload);
-    /// The same as an object, which `fromPayload()` reads back.
+    /// Returns the object that `fromPayload()` reads.
     Dictionary asDictionary() const;
 
-    /// As an app receives it: "appkey"; "pushtext" percent-encoded; "phash" where there is one; and where there is a
-    /// sound or metadata, "messagecontent", their percent-encoded JSON object.
+    /// Returns the message as an app receives it: "appkey", "pushtext" (percent-encoded), "phash" if there is one, and
+    /// "messagecontent" (the percent-encoded JSON object of sound and metadata) if there is either.
     Dictionary asTemplate(const std::string& appKey) const;
 };
 

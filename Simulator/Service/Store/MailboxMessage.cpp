@@ -10,20 +10,20 @@ namespace vorlane::service {
 namespace {
 
 constexpr double kLifetime = 30.0 * 24 * 60 * 60;
-// Beyond the year 9999 nothing can be meant.
+// The end of the year 9999; a later time is a mistake.
 constexpr double kLastMoment = 253'402'300'799.0;
 
 std::optional<std::string> text(const Dictionary& payload, const std::string& key) {
     const auto* value = wishedValue(payload, key);
     if (!value) return std::nullopt;
-    if (!value->is_string()) throw MalformedRequest(fmt::format("\"{}\" is no text", key));
+    if (!value->is_string()) throw MalformedRequest(fmt::format("\"{}\" is not a string", key));
     return value->get<std::string>();
 }
 
 std::optional<std::uint64_t> idOf(const Dictionary& payload) {
     const auto* value = wishedValue(payload, "id");
     if (!value) return std::nullopt;
-    if (!value->is_number_unsigned()) throw MalformedRequest("\"id\" is no whole number from 0 on");
+    if (!value->is_number_unsigned()) throw MalformedRequest("\"id\" is not an integer from 0");
     return value->get<std::uint64_t>();
 }
 
@@ -31,7 +31,7 @@ double time(const Dictionary& payload, const std::string& key, double otherwise)
     if (!wishedValue(payload, key)) return otherwise;
     const auto seconds = numberForKey(payload, key).value_or(-1);
     if (seconds >= 0 && seconds <= kLastMoment) return seconds;
-    throw MalformedRequest(fmt::format("\"{}\" is no number from 0 to {:.0f}", key, kLastMoment));
+    throw MalformedRequest(fmt::format("\"{}\" is not a number from 0 to {:.0f}", key, kLastMoment));
 }
 
 }  // namespace

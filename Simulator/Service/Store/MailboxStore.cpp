@@ -20,7 +20,7 @@ constexpr const char* kColumns =
 constexpr const char* kMailboxFilter =
     " WHERE (?1 IS NULL OR mailboxes.app_key = ?1) AND (?2 IS NULL OR tracking_id = ?2)";
 
-/// An id as SQLite keeps it: the signed number of the same bits.
+/// An id as SQLite stores it: the signed integer with the same bits.
 std::optional<std::int64_t> stored(const std::optional<std::uint64_t>& id) {
     return id ? std::optional(static_cast<std::int64_t>(*id)) : std::nullopt;
 }
@@ -38,8 +38,8 @@ std::optional<std::string> metadataText(const MailboxMessage& message) {
 
 std::vector<MailboxStore::Entry> MailboxStore::entries(const std::string& appKey, const std::string& trackingId) {
     const std::lock_guard lock(mutex_);
-    // Ids above the signed range are stored as negative numbers and so come last, as in an app's database: the order
-    // counts when the two compare their states.
+    // Ids above the signed range are stored as negative integers and so come last, as in an app's database. The order
+    // matters when the two compare their states.
     SQLiteStatement statement(database_,
                               "SELECT message, is_read FROM mailboxes WHERE app_key = ?1 AND tracking_id = ?2 "
                               "AND NOT is_deleted ORDER BY message DESC");
@@ -88,7 +88,7 @@ std::optional<MailboxStore::Sent> MailboxStore::send(const MailboxMessage& messa
     return sent;
 }
 
-/// Ids are never given twice, not even after their messages were removed: an app remembers those that it deleted.
+/// An id is never assigned twice, not even after its message was removed: an app remembers the ids that it deleted.
 std::optional<std::uint64_t> MailboxStore::takeId(const std::optional<std::uint64_t>& wanted) {
     SQLiteStatement(database_, "INSERT OR IGNORE INTO message_ids (id) VALUES (?1)").bind(stored(wanted)).run();
     if (changedRows() == 0) return std::nullopt;

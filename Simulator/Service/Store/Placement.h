@@ -7,23 +7,23 @@
 
 namespace vorlane::service {
 
-/// What a named place in an app shows: a page, and what goes with it. A plain value.
+/// The content of a named placement in an app: a page and its metadata.
 struct Placement {
-    /// One of those for which `isName()`.
+    /// A name for which `isName()` returns true.
     std::string name;
-    /// Nothing for a placement that was removed: it has no content.
+    /// `nullopt` for a removed placement, which has no content.
     std::optional<std::string> html;
-    /// Goes to the app beside the page; has no "html" of its own.
+    /// Sent to the app with the page; has no key "html".
     Dictionary metadata;
     std::optional<std::string> phash;
 
-    /// Whether apps ask for a placement of this name: the 39 of the library's numbers, and its five soft opt-ins.
+    /// Whether an app can request a placement of this name: the 39 numbered placements and the five soft opt-ins.
     static bool isName(const std::string& name);
 
-    /// The placement that an operator describes: "html", and as wished "metadata" and "phash". Throws MalformedRequest.
+    /// Reads a placement: "html", and optionally "metadata" and "phash". Throws MalformedRequest.
     static Placement fromPayload(const std::string& name, const Dictionary& payload);
 
-    /// What an app receives as "message". Only for a placement that has a page.
+    /// Returns the object under "message" in the answer to an app. Only for a placement with a page.
     Dictionary message() const;
 };
 

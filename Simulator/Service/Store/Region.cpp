@@ -12,25 +12,25 @@
 namespace vorlane::service {
 namespace {
 
-// Half of the way around the globe: no circle on it is larger.
+// Half of the circumference of the globe: no circle is larger.
 constexpr double kLargestRadius = 6'371'000 * std::numbers::pi;
 
 double numberWithin(const Dictionary& payload, const std::string& key, double least, double most) {
     const auto number = numberForKey(payload, key);
-    // Written so that what is not a number at all fails, too.
+    // Written so that NaN fails, too.
     if (number && *number >= least && *number <= most) return *number;
-    throw MalformedRequest(fmt::format("\"{}\" is no number from {} to {}", key, least, most));
+    throw MalformedRequest(fmt::format("\"{}\" is not a number from {} to {}", key, least, most));
 }
 
 void checkRadius(const Dictionary& payload) {
     const auto radius = numberForKey(payload, "radius").value_or(0);
     if (!(radius > 0 && radius <= kLargestRadius))
-        throw MalformedRequest(fmt::format("\"radius\" is no number above 0 and up to {:.0f}", kLargestRadius));
+        throw MalformedRequest(fmt::format("\"radius\" is not a number above 0 and up to {:.0f}", kLargestRadius));
 }
 
 void checkDetails(const Dictionary& payload) {
     const auto* name = valueForKey(payload, "name");
-    if (name && !name->is_string()) throw MalformedRequest("\"name\" is no text");
+    if (name && !name->is_string()) throw MalformedRequest("\"name\" is not a string");
     if (valueForKey(payload, "plotwise_id")) requiredTextOrNumber(payload, "plotwise_id");
 }
 

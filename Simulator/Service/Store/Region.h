@@ -6,22 +6,22 @@
 
 namespace vorlane::service {
 
-/// A geofence of an app's: a circle that phones nearby are told to watch. A plain value.
+/// A geofence of an app.
 struct Region {
-    /// The identifier as text, whatever it is in the document.
+    /// The identifier as a string, whatever its type in the document.
     std::string id;
     /// Degrees.
     double latitude = 0;
     double longitude = 0;
-    /// All of it, as phones receive it: "id", "latitude", "longitude", "radius" (metres), and whatever else there is,
-    /// "name" and "plotwise_id" above all.
+    /// The object that phones receive: "id", "latitude", "longitude", "radius" (metres), and any further keys, such as
+    /// "name" and "plotwise_id".
     Dictionary document;
 
-    /// The region that the operator describes. Throws MalformedRequest for one without a usable identifier (text or a
-    /// number), centre or radius, or with a "name" or "plotwise_id" of the wrong kind.
+    /// Reads a region. Throws MalformedRequest without a usable identifier (a string or a number), centre or radius, or
+    /// for a "name" or "plotwise_id" of the wrong type.
     static Region fromPayload(const Dictionary& payload);
 
-    /// The great-circle distance of its centre, in metres.
+    /// The great-circle distance to its centre, in metres.
     double distanceTo(double otherLatitude, double otherLongitude) const;
 };
 

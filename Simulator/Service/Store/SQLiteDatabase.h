@@ -7,7 +7,8 @@ struct sqlite3;
 
 namespace vorlane::service {
 
-/// An open SQLite database: a file, or ":memory:". One thread at a time. Everything throws ServiceError.
+/// An open SQLite database: a file, or ":memory:". One thread at a time. Every operation throws ServiceError on
+/// failure.
 class SQLiteDatabase {
 public:
     explicit SQLiteDatabase(const std::string& path);
@@ -15,7 +16,7 @@ public:
     /// Runs statements without parameters and without results.
     void execute(const std::string& sql);
 
-    /// Runs `work` whole or not at all.
+    /// Runs `work` in a transaction.
     template <class Work>
     void inTransaction(Work work) {
         execute("BEGIN IMMEDIATE");

@@ -65,7 +65,7 @@ void SQLiteStatement::bindNext(double number) { check(sqlite3_bind_double(statem
 
 void SQLiteStatement::check(int status) const {
     if (status == SQLITE_OK) return;
-    throw ServiceError(fmt::format("the database fails: {}", sqlite3_errmsg(database_.handle())));
+    throw ServiceError(fmt::format("database error: {}", sqlite3_errmsg(database_.handle())));
 }
 
 Value SQLiteStatement::value(int column) const {

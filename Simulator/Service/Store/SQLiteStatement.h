@@ -13,28 +13,28 @@ namespace vorlane::service {
 
 class SQLiteDatabase;
 
-/// One statement of SQL with its parameters, to be run once. Lives no longer than its database. Everything throws
-/// ServiceError.
+/// One SQL statement with its parameters, run once. Must not outlive its database. Every operation throws ServiceError
+/// on failure.
 class SQLiteStatement {
 public:
     SQLiteStatement(SQLiteDatabase& database, const std::string& sql);
 
-    /// Gives the parameters ?1, ?2, … in this order.
+    /// Binds the parameters ?1, ?2, … in this order.
     template <class... Values>
     SQLiteStatement& bind(const Values&... values) {
         (bindNext(values), ...);
         return *this;
     }
 
-    /// Goes to the next row; false when there is none.
+    /// Moves to the next row. Returns false if there is none.
     bool step();
     /// For a statement without rows.
     void run();
 
-    /// The current row: its columns by name. A column declared JSON TEXT holds a value as its JSON text, one declared
-    /// BOOLEAN a boolean.
+    /// The columns of the current row by name. A column declared JSON TEXT is returned as its parsed value, a column
+    /// declared BOOLEAN as a boolean.
     Dictionary row() const;
-    /// All rows from here on.
+    /// All remaining rows.
     Array rows();
     std::string text(int column) const;
     std::int64_t integer(int column) const;

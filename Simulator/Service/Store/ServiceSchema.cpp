@@ -11,7 +11,8 @@
 namespace vorlane::service {
 namespace {
 
-// What each version of the database adds to the one before. The version of a database is how many of these it has.
+// The statements that upgrade a database to the next version. A database's version is the number of statements it has
+// run.
 constexpr const char* kSteps[] = {
     R"(
 CREATE TABLE users (
@@ -91,14 +92,14 @@ std::string firstText(SQLiteDatabase& database, const std::string& sql) {
     return statement.step() ? statement.text(0) : std::string();
 }
 
-/// How many steps the database has taken. Throws ServiceError for one that is not the service's.
+/// Returns the version of the database. Throws ServiceError for a database of another program.
 std::size_t stepsTaken(SQLiteDatabase& database) {
     const auto version = firstText(database, "PRAGMA user_version");
     for (std::size_t count = 1; count <= std::size(kSteps); ++count) {
         if (version == std::to_string(count)) return count;
     }
     if (version != "0" || firstText(database, "SELECT count(*) FROM sqlite_schema") != "0")
-        throw ServiceError("the database is not one of this service's");
+        throw ServiceError("the database belongs to another program");
     return 0;
 }
 

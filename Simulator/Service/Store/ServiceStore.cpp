@@ -21,7 +21,7 @@ constexpr const char* kDeviceFilter =
 
 std::string jsonText(const Dictionary& dictionary) { return service::jsonText(Value(dictionary)); }
 
-/// Nothing for an empty one.
+/// Returns `nullopt` for an empty dictionary.
 std::optional<std::string> optionalText(const Dictionary& dictionary) {
     return dictionary.empty() ? std::nullopt : std::optional(jsonText(dictionary));
 }

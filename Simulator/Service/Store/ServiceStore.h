@@ -21,36 +21,36 @@ struct SessionReport;
 struct StoreFilter;
 struct Tag;
 
-/// All that the service knows of apps, users and devices, in a SQLite database. Any thread; every operation is whole or
-/// not at all, and throws ServiceError when the database fails.
+/// Everything that the service stores about apps, users and devices, in a SQLite database. Any thread. Every operation
+/// is atomic and throws ServiceError if the database fails.
 class ServiceStore {
 public:
-    /// A file, made when missing, or ":memory:".
+    /// Opens a file, which is created if it is missing, or ":memory:".
     explicit ServiceStore(const std::string& path);
 
-    /// Keeps in mind that a request named this user.
+    /// Records that a request named this user.
     void noteUser(const std::string& appKey, const std::string& trackingId);
     /// Whether a request has ever named this user.
     bool knowsUser(const std::string& appKey, const std::string& trackingId);
 
-    /// Stores the report; its device belongs to its tracking id from now on.
+    /// Stores the report and assigns its device to its tracking id.
     void addSession(const SessionReport& session);
     void addEvent(const EventReport& event);
     void registerDevice(const DeviceRegistration& registration);
 
-    /// Sets the tags that have a value and removes those that have none.
+    /// Sets the tags with a value and removes the tags without one.
     void setTags(const std::string& appKey, const std::string& trackingId, const std::vector<Tag>& tags);
     std::optional<Tag> tag(const std::string& appKey, const std::string& trackingId, const std::string& name);
     void deleteTags(const std::string& appKey, const std::string& trackingId);
 
-    /// Nothing when none was set.
+    /// Returns `nullopt` if none was set.
     std::optional<Dictionary> configuration(const std::string& appKey);
     void setConfiguration(const std::string& appKey, const Dictionary& document);
     void removeConfiguration(const std::string& appKey);
 
-    /// Nothing when the app has none of its own; one without a page when it was removed.
+    /// Returns `nullopt` if the app has no placement of its own; a placement without a page if it was removed.
     std::optional<Placement> placement(const std::string& appKey, const std::string& name);
-    /// The app's own, by name.
+    /// The placements of the app's own, by name.
     std::vector<Placement> placements(const std::string& appKey);
     void setPlacement(const std::string& appKey, const Placement& placement);
     void removePlacements(const std::string& appKey);
@@ -60,13 +60,13 @@ public:
     NotificationStore& notifications() { return notifications_; }
     MailboxStore& mailboxes() { return mailboxes_; }
 
-    // Lists of objects, oldest first; tags and devices by their names.
+    // Lists of objects, oldest first; tags and devices by name.
     Array sessions(const StoreFilter& filter);
     Array events(const StoreFilter& filter);
     Array tags(const StoreFilter& filter);
     Array devices(const StoreFilter& filter);
 
-    /// Forgets everything.
+    /// Removes everything.
     void clear();
 
 private:
@@ -79,7 +79,7 @@ private:
     std::mutex mutex_;
     // Guarded by mutex_.
     SQLiteDatabase database_;
-    // They guard themselves by mutex_.
+    // Each locks mutex_ itself.
     GeoStore geo_;
     BeaconStore beacons_;
     NotificationStore notifications_;

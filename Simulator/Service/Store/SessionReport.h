@@ -8,7 +8,7 @@
 
 namespace vorlane::service {
 
-/// What a session request says: a start, an end, or a change of the tracking id. A plain value.
+/// A session request: a start, an end, or a change of the tracking id.
 struct SessionReport {
     /// "start", "end" or "changeTrackingId".
     std::string kind;
@@ -17,15 +17,15 @@ struct SessionReport {
     std::string trackingId;
     std::string deviceId;
     std::optional<std::string> sid;
-    /// In whole seconds.
+    /// In seconds.
     std::optional<std::int64_t> sessionLength;
     std::optional<std::int64_t> averageSessionLength;
     std::optional<std::string> phash;
     std::optional<std::string> prevTrackingId;
     std::optional<std::string> platform;
-    /// The nested device fields; empty when there are none.
+    /// The nested device fields; empty without any.
     Dictionary device;
-    /// All of it, as it was sent.
+    /// The whole payload as it was sent.
     Dictionary payload;
 };
 

@@ -5,7 +5,7 @@
 
 namespace vorlane::service {
 
-/// Which of the stored rows to list; what is nothing admits all. A plain value.
+/// Selects stored rows. A field that is `nullopt` matches every row.
 struct StoreFilter {
     std::optional<std::string> appKey;
     std::optional<std::string> trackingId;

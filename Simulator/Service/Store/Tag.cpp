@@ -34,7 +34,7 @@ std::optional<std::string> valueText(const Value* value, const std::string& name
     if (value->is_string()) return value->get<std::string>();
     if (value->is_boolean()) return value->get<bool>() ? "true" : "false";
     if (auto number = stringValue(*value)) return number;
-    throw MalformedRequest(fmt::format("the value of the tag \"{}\" is neither text nor a number", name));
+    throw MalformedRequest(fmt::format("the value of the tag \"{}\" is neither a string nor a number", name));
 }
 
 template <class Number>
@@ -46,7 +46,7 @@ std::optional<Number> wholeTextAs(const std::string& text) {
     return number;
 }
 
-/// Nothing for a text that is not wholly a number.
+/// Returns `nullopt` for a string that is not entirely a number.
 std::optional<Value> numberOf(const std::string& text) {
     if (const auto integer = wholeTextAs<std::int64_t>(text)) return Value(*integer);
     const auto number = wholeTextAs<double>(text);

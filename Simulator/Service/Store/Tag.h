@@ -7,20 +7,20 @@
 
 namespace vorlane::service {
 
-/// A named value of a user's. A plain value.
+/// A named value of a user.
 struct Tag {
     std::string name;
     /// "string", "numeric" or "timestamp".
     std::string type;
-    /// Nothing removes the tag.
+    /// `nullopt`: the tag is removed.
     std::optional<std::string> value;
 
-    /// The tag that an app sent: "name", "value" (text, number, boolean or null) and "type". Without a type, a number
-    /// is numeric, anything else a string. Throws MalformedRequest.
+    /// Reads a tag of an app: "name", "value" (a string, number, boolean or null) and "type". Without a type, a number
+    /// is numeric and any other value a string. Throws MalformedRequest.
     static Tag fromPayload(const Dictionary& payload);
 
-    /// What an app reads: a string's text; a numeric or timestamp as a number, or as its text when it reads as no
-    /// number; null without a value.
+    /// Returns the value that an app reads: a string; for a numeric or timestamp tag a number, or its string if it is
+    /// not a number; null without a value.
     Value readValue() const;
 };
 
