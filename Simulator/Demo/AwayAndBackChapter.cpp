@@ -16,11 +16,11 @@ void playAwayAndBack(Stage& stage) {
     stage.play("the user comes back", {{"do", "state"}, {"to", "foreground"}});
     stage.play("the application becomes active", {{"do", "state"}, {"to", "active"}});
     const auto second = stage.lastPayload("sessionStart");
-    stage.promise("the second session has an id of its own and no phash",
+    stage.promise("the second session has a new id and no phash",
                   second["sid"] != firstSession && second["phash"] == Value(""));
 
     stage.wait(30.2);
-    stage.play("the application is ended", {{"do", "state"}, {"to", "terminate"}});
+    stage.play("the application is terminated", {{"do", "state"}, {"to", "terminate"}});
     const auto secondEnd = stage.lastPayload("sessionEnd");
     stage.promise("the second session lasted 30 s, and the average is 62 s",
                   secondEnd["session_length"] == Value(30) && secondEnd["average_session_length"] == Value(62));

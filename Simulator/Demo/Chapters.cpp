@@ -7,11 +7,11 @@ std::vector<Chapter> allChapters() {
             {"The application reports events", playEvents},
             {"The application keeps tags", playTags},
             {"Another user signs in", playAnotherUser},
-            {"Away, back, and ended", playAwayAndBack},
-            {"Notifications come and go", playNotifications},
+            {"Background, foreground, termination", playAwayAndBack},
+            {"Notifications", playNotifications},
             {"Launched again without a network", playWithoutNetwork},
-            {"Greeted, and asked for permission", playInterstitials},
-            {"The inbox fills, here and elsewhere", playInbox},
+            {"Interstitials and permissions", playInterstitials},
+            {"The inbox", playInbox},
             {"A walk through three geofences, past two beacons", playWalk}};
 }
 

@@ -6,13 +6,13 @@
 
 namespace vorlane::demo {
 
-/// One part of the day: what happens, and what is promised of it.
+/// One part of the day.
 struct Chapter {
     const char* title;
     void (*play)(Stage& stage);
 };
 
-/// The whole day in order. A new chapter is a file of its own and a line here.
+/// All chapters in order. Add a new chapter as a file of its own and a line here.
 std::vector<Chapter> allChapters();
 
 void playLaunch(Stage& stage);

@@ -21,7 +21,7 @@ void launch(Stage& stage, const std::string& what, Stage::Network network) {
     stage.play(what, {{"do", "launch"}, {"preset", "development"}});
 }
 
-/// Sends a message as the operator does; `hour` says when it was made.
+/// Sends a message as the operator; `hour` is the hour of its creation.
 Value send(Stage& stage, const std::string& user, const std::string& subject, int hour, Dictionary further = {}) {
     further.insert({{"appKey", Stage::appKey()},
                     {"trackingId", user},
@@ -31,7 +31,7 @@ Value send(Stage& stage, const std::string& user, const std::string& subject, in
     return stage.service().post("messages", Value(std::move(further)))["id"];
 }
 
-/// A message as the service has it for a user: "read", "deleted" and more; an empty object for none.
+/// The service's record of a user's message: "read", "deleted" and more; an empty object without one.
 Value stored(Stage& stage, const std::string& user, const Value& id) {
     const auto answer = stage.service().get(fmt::format("messages?appKey={}&trackingId={}", Stage::appKey(), user));
     for (const auto& message : answer["messages"]) {
@@ -40,7 +40,7 @@ Value stored(Stage& stage, const std::string& user, const Value& id) {
     return Value::object();
 }
 
-/// The subjects of a list that a handler received, newest first.
+/// The subjects in a list that a handler received, newest first.
 Subjects subjectsIn(const Array& values) {
     Subjects subjects;
     if (values.empty()) return subjects;
@@ -63,7 +63,7 @@ void fillAndRead(Stage& stage, const Value& sale) {
                   stored(stage, "anna@example", sale)["read"] == Value(true));
     stage.promise("reading is an event", stage.lastPayload("registerEvent")["event_type"] == Value("Read"));
     const auto again = stage.call("the list once more", kList);
-    stage.promise("within a minute the list comes from the phone alone, with two unread",
+    stage.promise("within a minute the list comes from the database, with two unread messages",
                   again.size() == 2 && again[1] == Value(2) && fetches(stage) == 3);
     stage.switchOff();
 }
@@ -71,11 +71,11 @@ void fillAndRead(Stage& stage, const Value& sale) {
 void deleteOffline(Stage& stage, const Value& news) {
     launch(stage, "launch, without a network", Stage::Network::unavailable);
     const auto offline = stage.call("the list, without a network", kList);
-    stage.promise("without a network the inbox lists what the phone has",
+    stage.promise("without a network the inbox lists the stored messages",
                   subjectsIn(offline) == Subjects{"Sale", "News", "Welcome"} && offline[1] == Value(2));
     const auto deleted = stage.call("delete \"News\"", "deleteInboxMessage:completionHandler:", {news});
-    stage.promise("a message is deleted without a network", deleted == Array{nullptr});
-    stage.promise("the service does not know yet", stored(stage, "anna@example", news)["deleted"] == Value(false));
+    stage.promise("a message can be deleted without a network", deleted == Array{nullptr});
+    stage.promise("the deletion is not reported yet", stored(stage, "anna@example", news)["deleted"] == Value(false));
     stage.switchOff();
 }
 
@@ -84,18 +84,17 @@ void catchUp(Stage& stage, const Value& news) {
     const auto list = stage.call("the list of messages", kList);
     stage.promise("the deleted message does not come back",
                   subjectsIn(list) == Subjects{"Sale", "Welcome"} && list[1] == Value(1) && fetches(stage) == 3);
-    stage.promise("the service caught up with the deletion",
-                  stored(stage, "anna@example", news)["deleted"] == Value(true));
+    stage.promise("the deletion is reported later", stored(stage, "anna@example", news)["deleted"] == Value(true));
 }
 
 void anotherInbox(Stage& stage) {
     stage.call("the user becomes boris@example", "setTrackingId:", {"boris@example"});
     const auto boris = stage.call("his list of messages", kList);
-    stage.promise("another user sees his own messages only",
+    stage.promise("another user sees only his own messages",
                   subjectsIn(boris) == Subjects{"Hello Boris"} && boris[1] == Value(1));
     stage.call("the user becomes anna@example again", "setTrackingId:", {"anna@example"});
     const auto anna = stage.call("her list of messages", kList);
-    stage.promise("her messages are still there and were not fetched again",
+    stage.promise("the first user's messages are still stored and not fetched again",
                   subjectsIn(anna) == Subjects{"Sale", "Welcome"} && anna[1] == Value(1) && fetches(stage) == 4);
     stage.switchOff();
 }

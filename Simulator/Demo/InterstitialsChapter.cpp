@@ -34,7 +34,7 @@ void greet(Stage& stage) {
                 {"preset", "development"},
                 {"options", Dictionary{{"appOpenInterstitial", "interstitialWithMetadata"}}}});
     stage.play("the application becomes active", {{"do", "state"}, {"to", "active"}});
-    stage.promise("an opened application is greeted by the page of its placement",
+    stage.promise("opening the application shows the page of its placement",
                   asked(stage, "App%20Open") && presented(stage) == 2);
 
     const auto second = stage.call(
@@ -43,7 +43,7 @@ void greet(Stage& stage) {
     stage.promise("a second interstitial is skipped while the first shows, though its page was fetched",
                   second == Array{false, nullptr} && asked(stage, "Feedback") && presented(stage) == 2);
     stage.play("the user closes the greeting", {{"do", "dismissInterstitial"}});
-    stage.promise("the screen is the application's again", presented(stage) == 1);
+    stage.promise("after the dismissal the application's screen is back", presented(stage) == 1);
 }
 
 void askSoftly(Stage& stage, const std::string& what) {
@@ -52,12 +52,12 @@ void askSoftly(Stage& stage, const std::string& what) {
 
 void sayNotNow(Stage& stage) {
     askSoftly(stage, "may we send notifications? (soft opt-in)");
-    stage.promise("a soft opt-in explains before the system asks",
+    stage.promise("a soft opt-in precedes the system's prompt",
                   asked(stage, "Notification%20Prompt") && presented(stage) == 2 && !isPrompted(stage));
     stage.play("the user closes it", {{"do", "dismissInterstitial"}});
     const auto handled = stage.phone().call("openVorlaneDeepLink:", {"vorlane://notification-no"});
     stage.play("\"Not now\": vorlane://notification-no", {{"do", "settle"}});
-    stage.promise("a no is taken, and the system asks nothing", handled == Value(true) && !isPrompted(stage));
+    stage.promise("after a no the system shows no prompt", handled == Value(true) && !isPrompted(stage));
 
     stage.wait(3600);
     const auto requests = stage.service().requests("interstitial").size();
@@ -75,12 +75,12 @@ void sayYes(Stage& stage) {
     stage.promise("a day later it is shown again", asked(stage, "Notification%20Prompt") && presented(stage) == 2);
     stage.play("the user closes it", {{"do", "dismissInterstitial"}});
     stage.call("\"Turn on\": vorlane://notification-yes", "openVorlaneDeepLink:", {"vorlane://notification-yes"});
-    stage.promise("the link of its button leads to the system's prompt",
+    stage.promise("its button leads to the system's prompt",
                   hasLink(stage, "Notification%20Prompt", "vorlane://notification-yes") && isPrompted(stage));
     stage.play("the user allows it", {{"do", "answer"}, {"prompt", "notifications"}, {"with", "allow"}});
     const auto device = stage.lastPayload("deviceRegistration");
     stage.promise(
-        "the service learns that notifications are allowed",
+        "the service receives the new notification settings",
         !isPrompted(stage) && device["notification_settings.v2"]["ios"]["authorisation"] == Value("authorised"));
 }
 

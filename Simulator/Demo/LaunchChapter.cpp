@@ -20,8 +20,8 @@ void playLaunch(Stage& stage) {
     stage.promise("the session start carries the phash", start["phash"] == Value("welcome-42"));
     stage.promise("the session start names the application",
                   start["app_key"] == Value(Stage::appKey()) && start["app_name"] == Value("Demo"));
-    stage.promise("a session starts with a length of nothing", start["session_length"] == Value(0));
-    stage.promise("the user is one that the library made",
+    stage.promise("a session starts with the length 0", start["session_length"] == Value(0));
+    stage.promise("the library has created a user id",
                   start["tracking_id"].is_string() && start["tracking_id"].get<std::string>().starts_with("@VL@"));
 }
 

@@ -21,7 +21,7 @@ std::string text(const Dictionary& dictionary, const std::string& key) {
     return value ? vl_description(*value) : "(null)";
 }
 
-/// The first line, without runs of blanks.
+/// The first line, with runs of blanks reduced to one.
 std::string tidied(const std::string& message) {
     std::string result;
     for (const char character : message.substr(0, message.find('\n'))) {
@@ -36,7 +36,7 @@ std::optional<std::string> noteOfLog(const Dictionary& event) {
     return "  log: " + tidied(text(event, "message"));
 }
 
-/// The subjects of an inbox list, read ones in brackets.
+/// The subjects of an inbox list; subjects of read messages stand in brackets.
 std::string noteOfMessages(const Array& messages) {
     std::string note;
     for (const auto& message : messages) {
@@ -51,7 +51,7 @@ std::string noteOfValue(const Value& value) {
     if (list && !list->empty() && list->front().contains("messageId")) return noteOfMessages(*list);
     const auto* error = value.get_ptr<const Dictionary*>();
     if (error && error->contains("domain")) return "error: " + text(*error, "description");
-    return value.is_null() ? "nothing" : value.dump();
+    return value.dump();
 }
 
 std::string noteOfResult(const Dictionary& event) {
@@ -70,7 +70,7 @@ std::string noteOfNotification(const std::string& kind, const Dictionary& event)
     return note;
 }
 
-/// What the page of an interstitial calls itself.
+/// The title of an interstitial's page.
 std::string titleOf(const Dictionary& event) {
     constexpr std::string_view kTag = "<title>";
     const auto html = text(event, "htmlContent");
@@ -114,7 +114,7 @@ std::string split(const Dictionary& payload) {
     return fmt::format("text {}, campaign {}", text(payload, "pushtext"), text(payload, "campaigntoken"));
 }
 
-/// What a request without a telling payload is about.
+/// Describes a request whose payload says little.
 std::string subject(const std::string& endpoint, const std::string& path) {
     return endpoint == "interstitial" ? path.substr(path.rfind('/') + 1) : path;
 }
@@ -146,7 +146,7 @@ std::string visit(const Dictionary& payload) {
 
 std::string wholePayload(const Dictionary& payload) { return Value(payload).dump(); }
 
-/// From the payload, or from the query of a request without one.
+/// Describes the payload, or the query of a request without a payload.
 using Describe = std::function<std::string(const Dictionary& fields)>;
 
 const std::map<std::string, Describe>& describers() {

@@ -7,10 +7,10 @@
 
 namespace vorlane::demo {
 
-/// What a reader of the transcript wants to know of an event of the phone; nothing for one that is of no interest.
+/// Describes an event of the phone for the transcript; `nullopt` for an event that is left out.
 std::optional<std::string> noteOfEvent(const Dictionary& event);
 
-/// What a reader wants to know of a request that the service recorded: the endpoint, the answer, and what was stored.
+/// Describes a request that the service recorded: the endpoint, the answer, and the stored data.
 std::string noteOfRequest(const Dictionary& request);
 
 }  // namespace vorlane::demo

@@ -23,9 +23,9 @@ void allowNotifications(Stage& stage) {
                                                                     {"notificationCenterSetting", 2},
                                                                     {"lockScreenSetting", 2},
                                                                     {"alertStyle", 1}}}});
-    stage.play("the platform gives a push token", {{"do", "token"}, {"hex", "00ab10"}});
+    stage.play("the platform delivers a push token", {{"do", "token"}, {"hex", "00ab10"}});
     const auto device = listOf(stage, "devices")[0];
-    stage.promise("the service knows the token and what the user allows",
+    stage.promise("the service receives the token and the notification settings",
                   device["token"] == Value("00ab10") && device["registered"] == Value(true) &&
                       device["notificationSettings"]["ios"].is_object());
 }
@@ -38,24 +38,24 @@ void scheduleDueSoon(Stage& stage) {
     stage.call("local notification due in 30 s", kSchedule,
                {"A sale has begun", 1, "sale", now(stage) + 30, nullptr, nullptr});
     const auto list = scheduled(stage);
-    stage.promise("one due soon gets its phash and the service's text at once",
+    stage.promise("a notification due soon receives its phash and text immediately",
                   list.size() == 1 && list[0]["alertBody"] == Value("Half price!") &&
                       list[0]["userInfo"]["p"] == listOf(stage, "splits")[0]["phash"]);
     stage.wait(30);
-    stage.promise("it is shown on time", delivered(stage).size() == 1 && scheduled(stage).empty());
+    stage.promise("the notification is shown on time", delivered(stage).size() == 1 && scheduled(stage).empty());
 }
 
 void scheduleDueLater(Stage& stage) {
-    stage.call("local notification due in ten minutes", kSchedule,
+    stage.call("local notification due in 10 minutes", kSchedule,
                {"The sale ends", 1, nullptr, now(stage) + 600, nullptr, nullptr});
-    stage.promise("one due later is scheduled without a phash", listOf(stage, "splits").size() == 1);
+    stage.promise("a notification due later is scheduled without a phash", listOf(stage, "splits").size() == 1);
     stage.wait(545);
     const auto list = scheduled(stage);
-    stage.promise("it gets its phash a minute before it is due",
+    stage.promise("it receives its phash a minute before it is due",
                   list.size() == 1 && list[0]["userInfo"]["p"] == listOf(stage, "splits")[1]["phash"]);
     stage.call("it is cancelled", "cancelPendingLocalNotification:", {list[0]["handle"]});
-    stage.promise("its phash is taken back", scheduled(stage).empty() && listOf(stage, "cancellations").size() == 1 &&
-                                                 listOf(stage, "splits")[1]["cancelled"].is_number());
+    stage.promise("its phash is returned", scheduled(stage).empty() && listOf(stage, "cancellations").size() == 1 &&
+                                               listOf(stage, "splits")[1]["cancelled"].is_number());
 }
 
 void openPush(Stage& stage) {
@@ -67,7 +67,7 @@ void openPush(Stage& stage) {
     stage.play("the user opens a push", {{"do", "state"}, {"to", "foreground"}});
     stage.play("the application receives it", {{"do", "push"}, {"payload", push["payload"]}});
     stage.play("the application becomes active", {{"do", "state"}, {"to", "active"}});
-    stage.promise("the push travels with the session that it opened",
+    stage.promise("the session carries the phash of the push that opened it",
                   stage.lastPayload("sessionStart")["phash"] == push["payload"]["p"]);
 }
 
@@ -81,7 +81,7 @@ void playNotifications(Stage& stage) {
     scheduleDueSoon(stage);
     scheduleDueLater(stage);
     openPush(stage);
-    stage.play("the application is ended", {{"do", "state"}, {"to", "terminate"}});
+    stage.play("the application is terminated", {{"do", "state"}, {"to", "terminate"}});
     stage.switchOff();
 }
 

@@ -86,7 +86,7 @@ Array Stage::call(const std::string& what, const std::string& operation, Array a
 
 void Stage::wait(double seconds) {
     time_ += seconds;
-    play(fmt::format("{:.1f} s go by", seconds), {{"do", "advance"}, {"seconds", seconds}});
+    play(fmt::format("{:.1f} s pass", seconds), {{"do", "advance"}, {"seconds", seconds}});
 }
 
 std::vector<std::string> Stage::phoneNotes(Array& handlerValues) {

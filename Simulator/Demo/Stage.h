@@ -12,20 +12,19 @@
 
 namespace vorlane::demo {
 
-/// The two programs to play with.
+/// The paths of the two programs.
 struct Programs {
     std::string phone;
     std::string service;
 };
 
-/// What was promised, and whether it held.
+/// A checked promise of the library.
 struct Promise {
     std::string text;
     bool isKept;
 };
 
-/// Where the day is played: one phone and one service, each a process, the transcript, and the promises made on the
-/// way.
+/// Plays the day: runs one phone and one service as processes, writes the transcript, and collects the promises.
 class Stage {
 public:
     explicit Stage(Programs programs);
@@ -39,23 +38,23 @@ public:
     support::ServiceProcess& service() { return service_; }
     Transcript& transcript() { return transcript_; }
 
-    /// Starts the phone's process, with its files of the run before; its endpoints are the service's, or lead nowhere.
+    /// Starts the phone's process with the files of the previous run. Its endpoints are the service's, or unreachable.
     enum class Network { available, unavailable };
     void switchOn(Network network);
-    /// Ends the phone's process, and promises that it ended well.
+    /// Ends the phone's process, and promises status 0.
     void switchOff();
 
-    /// Does one line and waits until nothing is under way; tells in the transcript what it was and what came of it.
-    /// Gives the values that its completion handler received, if it had one.
+    /// Sends one line, settles, and writes both to the transcript. Returns the values that the line's completion
+    /// handler received, if it has one.
     Array play(const std::string& what, Dictionary line);
-    /// The same for a class operation.
+    /// As `play()`, for a class operation.
     Array call(const std::string& what, const std::string& operation, Array arguments = {});
-    /// Lets time pass.
+    /// Advances the phone's clock.
     void wait(double seconds);
 
-    /// The payload of the last request that the service received at an endpoint; an empty object when there was none.
+    /// Returns the payload of the last request to an endpoint, or an empty object without one.
     Value lastPayload(const std::string& endpoint) const;
-    /// The phone's stored settings.
+    /// Returns the phone's stored settings.
     Value settings();
 
     void promise(const std::string& text, bool isKept);

@@ -12,7 +12,7 @@ namespace vorlane::demo {
 
 namespace {
 
-/// What the service stored under a name.
+/// The service's stored objects of this name.
 Array stored(Stage& stage, const std::string& name) {
     const auto answer = stage.service().get(name);
     const auto* found = answer.is_object() ? arrayForKey(answer.get_ref<const Dictionary&>(), name) : nullptr;

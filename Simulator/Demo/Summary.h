@@ -4,8 +4,7 @@
 
 namespace vorlane::demo {
 
-/// Tells what the day came to: requests by endpoint, sessions, totals, and every promise. Returns whether all of them
-/// were kept.
+/// Writes the requests by endpoint, the sessions, totals and promises. Returns whether every promise was kept.
 bool tellSummary(Stage& stage);
 
 }  // namespace vorlane::demo

@@ -11,14 +11,14 @@ namespace {
 
 constexpr std::size_t kColumn = 58;
 
-/// Where a line no longer than the column ends: at a blank where there is one.
+/// Returns the end of the first piece of a line: a blank within the column if there is one.
 std::size_t breakOf(const std::string& text) {
     if (text.size() <= kColumn) return text.size();
     const auto blank = text.rfind(' ', kColumn);
     return blank == std::string::npos || blank < kColumn / 2 ? kColumn : blank;
 }
 
-/// The lines, each cut to the column; what follows the first piece of a line is indented.
+/// Wraps the lines at the column and indents continuations.
 std::vector<std::string> wrapped(const std::vector<std::string>& lines) {
     std::vector<std::string> pieces;
     for (auto rest : lines) {

@@ -5,15 +5,14 @@
 
 namespace vorlane::demo {
 
-/// Prints what the phone did on the left and what the service received on the right, side by side in time. Plain text,
-/// 120 columns.
+/// Prints the phone's actions on the left and the service's requests on the right, 120 columns wide.
 class Transcript {
 public:
-    /// A heading across both columns.
+    /// Prints a heading across both columns.
     void chapter(const std::string& title);
-    /// What happened on either side in one step; the two lists are printed beside each other.
+    /// Prints two lists beside each other.
     void step(const std::vector<std::string>& phone, const std::vector<std::string>& service);
-    /// A line across both columns.
+    /// Prints a line across both columns.
     void line(const std::string& text);
 };
 

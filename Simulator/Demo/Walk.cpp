@@ -9,16 +9,16 @@ namespace vorlane::demo {
 namespace {
 
 constexpr double kAccuracy = 5;
-// As far as a beacon is heard, in metres.
+// The reach of a beacon, in metres.
 constexpr double kHearing = 30;
 
-/// The platform's number: 1 immediate, 2 near, 3 far.
+/// 1 immediate, 2 near, 3 far.
 int proximityAt(double metres) {
     if (metres < 1) return 1;
     return metres < 4 ? 2 : 3;
 }
 
-/// Whether a region that names a number, or none, means this one.
+/// Whether the region has no such number or this one.
 bool fits(const Value& region, const char* key, std::uint16_t number) {
     return !region.contains(key) || region.at(key) == Value(number);
 }

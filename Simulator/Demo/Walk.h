@@ -11,7 +11,7 @@
 
 namespace vorlane::demo {
 
-/// A beacon by the wayside.
+/// A beacon beside the way.
 struct WaysideBeacon {
     std::string uuid;
     std::uint16_t major;
@@ -19,20 +19,21 @@ struct WaysideBeacon {
     CLLocationCoordinate2D place;
 };
 
-/// A walk with the phone. The simulated phone computes nothing of where it is, so this plays what its hardware notices:
-/// a position at each step, which watched regions it entered or left since the step before, and which beacons it hears.
+/// A walk with the phone. The simulated phone computes no region events in this program, so this class plays what the
+/// hardware reports: the position at each step, the monitored regions entered or left since the last step, and the
+/// beacons in reach.
 class Walk {
 public:
-    /// Begins outside of everything.
+    /// Starts outside every region.
     Walk(Stage& stage, std::vector<WaysideBeacon> beacons);
 
-    /// Goes to a place, which takes some time, and tells in the transcript what the phone notices there.
+    /// Takes `seconds` to go to a place, and writes to the transcript what the phone reports there.
     void step(const std::string& where, double seconds, CLLocationCoordinate2D place);
 
 private:
     void cross(const Value& region, bool isInside);
     bool isIn(const Value& region, CLLocationCoordinate2D place) const;
-    /// The beacons that are heard at the place and belong to the region, as a ranging result has them.
+    /// The beacons in reach of the place that belong to the region, in the form of a ranging result.
     Array heard(const Value& region, CLLocationCoordinate2D place) const;
     Value query(const std::string& what) const;
 

@@ -18,7 +18,7 @@ Value regionAt(const std::string& name, double latitude, double radius) {
                       {"longitude", kStreet}, {"radius", radius}, {"plotwise_id", name + "-segment"}};
 }
 
-/// What the service shows on entering and leaving a region.
+/// Sets the messages for entering and leaving a region.
 void setContent(Stage& stage, const std::string& region, const std::string& onEnter, const std::string& onExit) {
     const auto set = [&](const char* transition, const std::string& text) {
         stage.service().put(fmt::format("geoContent/{}/{}/{}-segment", Stage::appKey(), transition, region),
@@ -37,7 +37,7 @@ void setGeofences(Stage& stage) {
     setContent(stage, "park", "The kiosk is open", "Come again");
 }
 
-/// A rule for every beacon of the park, with one message an hour, and content for two of them.
+/// A rule for every beacon of the park, with one message an hour, and messages for two of them.
 Value beaconConfiguration(Stage& stage) {
     for (const auto& [minor, name] : {std::pair{1, "kiosk"}, std::pair{2, "fountain"}}) {
         stage.service().put(
@@ -67,7 +67,7 @@ Array shownNotifications(Stage& stage) {
     return stage.phone().perform({{"do", "query"}, {"what", "deliveredNotifications"}}).get<Array>();
 }
 
-/// How often the phone showed a message with this phash.
+/// The number of notifications with this phash that were shown.
 std::ptrdiff_t timesShown(Stage& stage, const std::string& phash) {
     const auto notifications = shownNotifications(stage);
     return std::count_if(notifications.begin(), notifications.end(), [&phash](const Value& notification) {
@@ -83,7 +83,7 @@ bool isShownOnce(Stage& stage, const std::string& region) {
 void walkPastHome(Stage& stage, Walk& walk) {
     walk.step("waits for the bus", 10, {59.9098, kStreet});
     const auto watched = stage.phone().perform({{"do", "query"}, {"what", "monitoredRegions"}});
-    stage.promise("three geofences and the beacons are watched", watched.size() == 4);
+    stage.promise("three geofences and the beacons are monitored", watched.size() == 4);
     walk.step("walks past home", 60, {59.9110, kStreet});
     walk.step("reaches the corner", 120, {59.9125, kStreet});
     stage.promise("entering and leaving a geofence shows the service's message, with its phash",
@@ -96,7 +96,7 @@ void waverAtTheCafe(Stage& stage, Walk& walk) {
         walk.step("looks for the wallet on the pavement", 20, {59.9133, kStreet});
     }
     const auto requests = stage.service().requests("geoContent").size();
-    stage.promise("a geofence that flaps shows each of its messages once, and asks for them once",
+    stage.promise("a flapping geofence requests and shows each message once",
                   isShownOnce(stage, "cafe") && requests == 4);
 }
 
@@ -105,13 +105,13 @@ void strollThroughThePark(Stage& stage, Walk& walk) {
     walk.step("is at the kiosk", 60, {59.9170, kStreet});
     walk.step("is at the fountain", 60, {59.9174, kStreet});
     walk.step("goes back to the kiosk", 120, {59.9170, kStreet});
-    stage.promise("a limit of one message admits two, one near each beacon, and no third",
+    stage.promise("a limit of one message admits two messages and no third",
                   timesShown(stage, "near-kiosk") == 1 && timesShown(stage, "near-fountain") == 1 &&
                       stage.service().requests("beaconContent").size() == 3);
-    stage.promise("beyond the limit the service is told that no message is wanted",
+    stage.promise("beyond the limit no message is requested",
                   stage.lastPayload("beaconContent")["getContent"] == Value(false));
     walk.step("eats an ice-cream there", 30, {59.9170, kStreet});
-    stage.promise("a beacon that is cooling off is left alone", stage.service().requests("beaconContent").size() == 3);
+    stage.promise("a beacon that cools off is ignored", stage.service().requests("beaconContent").size() == 3);
     walk.step("leaves the park", 90, {59.9185, kStreet});
 }
 
@@ -131,7 +131,7 @@ void openMessage(Stage& stage) {
                    {{"do", "openNotification"}, {"handle", notification["handle"]}});
     }
     stage.play("the application becomes active", {{"do", "state"}, {"to", "active"}});
-    stage.promise("a session that a message opened carries its phash",
+    stage.promise("the session carries the phash of the message that opened it",
                   stage.lastPayload("sessionStart")["phash"] == Value("near-kiosk"));
 }
 
@@ -143,8 +143,8 @@ void playWalk(Stage& stage) {
     walkPastHome(stage, walk);
     waverAtTheCafe(stage, walk);
     strollThroughThePark(stage, walk);
-    stage.promise("each geofence of the walk was announced in both directions", isShownOnce(stage, "park"));
-    stage.promise("for the whole walk the regions were fetched once",
+    stage.promise("each geofence showed its messages in both directions", isShownOnce(stage, "park"));
+    stage.promise("the regions were fetched once for the whole walk",
                   stage.service().requests("geoRegions").size() == 1);
     promiseTheVisit(stage);
     openMessage(stage);

@@ -16,14 +16,14 @@ void playWithoutNetwork(Stage& stage) {
         isMissing |= message.starts_with("SDK cannot launch");
     }
     stage.play("launch, without a network", {{"do", "settle"}});
-    stage.promise("the second launch runs on the cached configuration", isCached && !isMissing);
+    stage.promise("the second launch uses the cached configuration", isCached && !isMissing);
 
     stage.play("the application becomes active", {{"do", "state"}, {"to", "active"}});
     const auto failed = stage.call("read a tag", "getTag:completionHandler:", {"size"});
     stage.promise("without a network a handler receives the transport's error",
                   failed.size() == 2 && failed[0].is_null() && failed[1]["domain"] == Value("NSURLErrorDomain"));
     stage.promise("the user is still anna@example", stage.phone().call("trackingId") == Value("anna@example"));
-    stage.promise("nothing reached the service", stage.service().requests().size() == requests);
+    stage.promise("no request reached the service", stage.service().requests().size() == requests);
     stage.switchOff();
 }
 

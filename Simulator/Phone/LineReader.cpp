@@ -11,7 +11,7 @@
 namespace vorlane::phone {
 
 LineReader::LineReader(std::function<void()> arrived) {
-    // Not joined: it may wait for input for ever, and is left behind when the program ends.
+    // Detached, because it may block on its input for ever.
     std::thread([state = state_, arrived = std::move(arrived)] { read(state, arrived); }).detach();
 }
 
@@ -37,7 +37,7 @@ void LineReader::read(const std::shared_ptr<State>& state, const std::function<v
         const auto count = ::read(STDIN_FILENO, chunk.data(), chunk.size());
         if (count < 0 && errno == EINTR) continue;
         if (count < 0 && errno == EAGAIN) {
-            // Whoever started the program gave it an input that does not block.
+            // The input may be non-blocking.
             pollfd input{STDIN_FILENO, POLLIN, 0};
             ::poll(&input, 1, -1);
             continue;

@@ -9,17 +9,17 @@
 
 namespace vorlane::phone {
 
-/// Reads lines from standard input on a thread of its own, so that the phone's clock can run meanwhile.
+/// Reads lines from standard input on a thread of its own, so that the phone's clock runs meanwhile.
 class LineReader {
 public:
-    /// `arrived` is called, on the reader's thread, for each line and for the end.
+    /// `arrived` runs on the reader's thread for each line and for the end of the input.
     explicit LineReader(std::function<void()> arrived);
 
     struct Line {
         std::string text;
         bool isEnd = false;
     };
-    /// The next line, or the end; nothing when none has arrived yet.
+    /// Returns the next line or the end, or `nullopt` if neither has arrived yet.
     std::optional<Line> next();
 
 private:

@@ -14,11 +14,11 @@
 
 namespace vorlane::phone {
 
-/// The host application: takes one line after another, does what it says with the library and the simulated phone, and
-/// answers. Main thread only.
+/// The host application: processes one line after another with the library and the simulated phone, and answers each.
+/// Main thread only.
 class Phone {
 public:
-    /// Does one kind of line and gives the reply's value. Throws BadLine for a line that it cannot take.
+    /// Processes one kind of line and returns the reply's value. Throws BadLine for an unusable line.
     using Command = std::function<Value(Phone& phone, const Dictionary& line)>;
     using Commands = std::map<std::string, Command>;
 
@@ -27,16 +27,16 @@ public:
     Phone(const Phone&) = delete;
     Phone& operator=(const Phone&) = delete;
 
-    /// Answers one line, whatever it holds.
+    /// Answers one line of any content.
     void take(const std::string& line);
-    /// Whether a line said that this is the end.
+    /// Whether a line asked to quit.
     bool hasQuit() const { return hasQuit_; }
     void quit() { hasQuit_ = true; }
 
     const PhoneOptions& options() const { return options_; }
     SimulatedPhone& device() { return *device_; }
     PhoneOutput& output() { return output_; }
-    /// The last list that a handler of the inbox received.
+    /// The last list that an inbox handler received.
     std::vector<std::shared_ptr<VLInboxMessage>>& inboxMessages() { return inboxMessages_; }
 
 private:

@@ -4,10 +4,10 @@
 
 namespace vorlane::phone {
 
-/// Every word that the phone knows. A new group of words is added here, and nowhere else.
+/// All commands by name. Add a new group of commands here.
 Phone::Commands allCommands();
 
-// The groups, one file each.
+// The groups of commands, one file each.
 Phone::Commands lifeCycleCommands();
 Phone::Commands libraryCommands();
 Phone::Commands timeCommands();

@@ -1,4 +1,4 @@
-// The library's pure operations, by their labelled names.
+// Commands for the library's pure operations, by labelled name.
 
 #include <functional>
 
@@ -30,7 +30,7 @@ const Value& argument(const Array& arguments, std::size_t place) {
     return arguments[place];
 }
 
-/// A helper from a number to a text, and one from a text to a number.
+/// Helpers from a number to a string, and from a string to a number.
 Helper fromNumber(const std::function<std::string(std::int64_t)>& convert) {
     return
         [convert](const Array& arguments) { return Value(convert(integerFrom(argument(arguments, 0), "argument 1"))); };
@@ -49,7 +49,7 @@ Value colourValue(const UIColor& colour) {
     return Dictionary{{"red", colour.red}, {"green", colour.green}, {"blue", colour.blue}, {"alpha", colour.alpha}};
 }
 
-/// With the helper of the phone's platform generation.
+/// Calls the helper for the phone's platform generation.
 template <class Ask>
 auto withAuthorisationHelper(Ask ask) {
     constexpr double kProvisionalVersion = 12.0;

@@ -37,7 +37,7 @@ Value deleteMessage(const OperationCall& call) {
 
 Value loadImage(Phone& phone, const Dictionary& line) {
     const auto message = messageFrom(phone.inboxMessages(), requiredField(line, "messageId"));
-    if (!message) throw BadLine("messageId must be that of a message");
+    if (!message) throw BadLine("messageId must be the id of a message");
     const auto call = OperationCall::callOfLine(phone, line);
     if (call.hasHandler()) {
         message->loadImageWithCompletion(

@@ -13,14 +13,15 @@ namespace vorlane::phone {
 
 using InboxMessages = std::vector<std::shared_ptr<VLInboxMessage>>;
 
-/// A message with its properties; an image as {"width", "height", "bytes"}, null for none.
+/// Returns a message with its properties, or an image as {"width", "height", "bytes"}; null for null.
 Value valueOf(const VLInboxMessage& message);
 Value valueOf(const std::shared_ptr<const VLImage>& image);
 
-/// The message with that id in the last list that a handler received; null for null. Throws BadLine for none.
+/// Returns the message with this id in the last list that a handler received; null for null. Throws BadLine for an
+/// unknown id.
 std::shared_ptr<VLInboxMessage> messageFrom(const InboxMessages& messages, const Value& messageId);
 
-/// The table with the operations of `Vorlane` that concern the inbox.
+/// Returns the table with the operations of `Vorlane` for the inbox added.
 std::map<std::string, Operation> withInboxOperations(std::map<std::string, Operation> table);
 
 }  // namespace vorlane::phone

@@ -20,7 +20,7 @@ VLSDKOptions presetFrom(const Dictionary& line) {
     throw BadLine("preset must be default or development");
 }
 
-/// An object as it stands, so that a launch with any content can be tried.
+/// An object is used unchanged, so that a test can launch with any content.
 Value launchNotification(Phone& phone, const Value& given) {
     return given.is_number() ? Value(notificationWithHandle(phone, given).toDictionary()) : given;
 }

@@ -1,4 +1,4 @@
-// What a host application does with the library itself.
+// Commands for the library itself.
 
 #include "Categories/NSDictionary+VLLookup.h"
 #include "Public/Vorlane.h"

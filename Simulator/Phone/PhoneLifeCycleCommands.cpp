@@ -1,4 +1,4 @@
-// Launching the application and moving it between its states.
+// Commands that launch the application and change its state.
 
 #include "Categories/NSDictionary+VLLookup.h"
 #include "Public/Vorlane.h"

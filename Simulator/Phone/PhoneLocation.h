@@ -11,19 +11,18 @@ namespace vorlane::phone {
 
 class Phone;
 
-/// The region of {"type": "circular", "identifier", "latitude", "longitude", "radius"} or {"type": "beacon",
-/// "identifier", "uuid", "major", "minor"}. Throws BadLine.
+/// Reads {"type": "circular", "identifier", "latitude", "longitude", "radius"} or {"type": "beacon", "identifier",
+/// "uuid", "major", "minor"}. Throws BadLine.
 std::shared_ptr<CLRegion> regionFrom(const Value& value);
 
-/// The beacon of {"uuid", "major", "minor", "proximity", "accuracy"}; without a proximity it is unknown, without an
-/// accuracy -1. Throws BadLine.
+/// Reads {"uuid", "major", "minor", "proximity", "accuracy"}; the default proximity is unknown, the default accuracy
+/// -1. Throws BadLine.
 CLBeacon beaconFrom(const Value& value);
 
-/// The location of {"latitude", "longitude", "horizontalAccuracy", "age"}; without an accuracy or an age they are 0.
-/// Throws BadLine.
+/// Reads {"latitude", "longitude", "horizontalAccuracy", "age"}; accuracy and age default to 0. Throws BadLine.
 CLLocation locationFrom(const Value& value, double now);
 
-/// The regions that are monitored, or ranged, as values.
+/// The monitored and the ranged regions.
 Value monitoredRegions(Phone& phone);
 Value rangedRegions(Phone& phone);
 

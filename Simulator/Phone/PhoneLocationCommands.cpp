@@ -1,4 +1,4 @@
-// Where the phone is, and what is near it.
+// Commands for positions, regions and beacons.
 
 #include "Categories/NSDictionary+VLLookup.h"
 #include "Simulator/Phone/PhoneCommands.h"
@@ -13,13 +13,13 @@ using RegionEvent = SimulatedLocationManager::RegionEvent;
 
 SimulatedLocationManager& manager(Phone& phone) { return phone.device().simulatedLocationManager(); }
 
-/// What the phone can do, with what its application object tells.
+/// The capabilities of the location manager and of the application object.
 struct Abilities {
     SimulatedLocationManager::Capabilities location;
     TimeInterval backgroundTimeRemaining;
 };
 
-/// Where a capability goes.
+/// Stores one capability.
 using Setter = void (*)(Abilities& abilities, const Value& value, const std::string& name);
 
 const std::map<std::string, Setter>& setters() {

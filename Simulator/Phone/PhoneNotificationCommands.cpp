@@ -1,4 +1,4 @@
-// What the platform tells the host about notifications, and what the host does with the platform itself.
+// Commands for notifications and for the notification settings of the platform.
 
 #include "Public/Vorlane.h"
 #include "Simulator/Phone/PhoneCommands.h"
@@ -50,7 +50,7 @@ Value openNotification(Phone& phone, const Dictionary& line) {
     return nullptr;
 }
 
-/// Where a number of the platform's goes.
+/// Stores one number of the platform.
 using SettingSetter = void (*)(SimulatedApplication& application, UNNotificationSettings& settings, std::int64_t value);
 
 const std::map<std::string, SettingSetter>& settingSetters() {

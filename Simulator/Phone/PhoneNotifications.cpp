@@ -34,7 +34,7 @@ Value receiveRemote(const OperationCall& call) {
     return nullptr;
 }
 
-/// The types, as a number.
+/// The argument is the types, as a number.
 Value registerSettings(const OperationCall& call) {
     auto& application = call.phone().device().simulatedApplication();
     application.setUserNotificationTypes(static_cast<std::uint64_t>(call.integer(0)));
@@ -81,7 +81,7 @@ Value receiveLocal(const OperationCall& call) {
 }  // namespace
 
 UILocalNotification notificationWithHandle(Phone& phone, const Value& handle) {
-    // Also a whole notification as a reply or an event has it.
+    // A notification of a reply or an event is accepted, too.
     const auto number =
         integerFrom(handle.is_object() ? requiredField(dictionaryFrom(handle, "handle"), "handle") : handle, "handle");
     const auto found = phone.device().simulatedApplication().notificationWithHandle(static_cast<std::uint64_t>(number));

@@ -9,13 +9,13 @@
 
 namespace vorlane::phone {
 
-/// The notification object of a handle. Throws BadLine for none.
+/// Returns the notification with this handle. Throws BadLine for an unknown handle.
 UILocalNotification notificationWithHandle(Phone& phone, const Value& handle);
 
-/// The table with the operations of `Vorlane` that concern notifications.
+/// Returns the table with the operations of `Vorlane` for notifications added.
 std::map<std::string, Operation> withNotificationOperations(std::map<std::string, Operation> table);
 
-// What a query sees.
+// Values for queries.
 Value scheduledNotifications(Phone& phone);
 Value deliveredNotifications(Phone& phone);
 Value openPrompts(Phone& phone);

@@ -127,7 +127,7 @@ Value addCommonJsonData(const OperationCall& call) {
     return json;
 }
 
-/// An operation that gives nothing back.
+/// An operation without a return value.
 template <class Body>
 Operation doing(Body body) {
     return [body](const OperationCall& call) {

@@ -34,7 +34,7 @@ Dictionary dictionaryInFile(const std::string& path, const std::string& option) 
     const std::string text{std::istreambuf_iterator<char>(file), {}};
     std::optional<NSError> error;
     auto dictionary = vl_dictionaryWithJSON(text, error);
-    if (!dictionary) throw std::invalid_argument(option + ": " + path + " holds no JSON object");
+    if (!dictionary) throw std::invalid_argument(option + ": " + path + " is not a JSON object");
     return std::move(*dictionary);
 }
 

@@ -1,4 +1,4 @@
-// What there is to see.
+// Commands that return the phone's state.
 
 #include <functional>
 
@@ -84,7 +84,7 @@ Value query(Phone& phone, const Dictionary& line) {
     };
     const auto what = stringFrom(requiredField(line, "what"), "what");
     const auto subject = subjects.find(what);
-    if (subject == subjects.end()) throw BadLine("nothing is known of " + what);
+    if (subject == subjects.end()) throw BadLine("unknown query " + what);
     return subject->second(phone);
 }
 

@@ -53,7 +53,7 @@ const char* kindOf(const std::shared_ptr<UIViewController>& controller) {
     return "plain";
 }
 
-/// What is on screen, from the root up.
+/// The controllers on screen, from the root up.
 Controllers controllersOnScreen(Phone& phone) {
     Controllers controllers;
     const auto window = phone.device().application()->keyWindow();
@@ -98,7 +98,7 @@ Value present(const OperationCall& call) {
     return nullptr;
 }
 
-/// A text that is no URL is what a host gets for one: nothing.
+/// A string that is not a URL becomes `nullopt`, as in a host.
 Value openDeepLink(const OperationCall& call) {
     const auto text = call.optionalString(0);
     return Vorlane::openVorlaneDeepLink(text ? NSURL::URLWithString(*text) : std::nullopt);

@@ -10,14 +10,14 @@
 
 namespace vorlane::phone {
 
-/// A new view controller of the kind that the text names, or an object that is none; null for null. An interstitial
-/// tells when it has come to the screen. Throws BadLine.
+/// Returns a new view controller of the named kind, or an object that is not a view controller; null for null. An
+/// interstitial writes an event when it appears. Throws BadLine.
 std::shared_ptr<NSObject> viewControllerFrom(Phone& phone, const Value& value, const std::string& name);
 
-/// The table with the operations of `Vorlane` that concern interstitials and permissions.
+/// Returns the table with the operations of `Vorlane` for interstitials and permissions added.
 std::map<std::string, Operation> withScreenOperations(std::map<std::string, Operation> table);
 
-/// What a query sees: the kinds of the controllers in the key window, from the root up.
+/// The kinds of the controllers in the key window, from the root up.
 Value presentedViewControllers(Phone& phone);
 
 }  // namespace vorlane::phone

@@ -1,4 +1,4 @@
-// Time, and waiting for what is under way.
+// Commands that advance the clock and wait.
 
 #include "Categories/NSDictionary+VLLookup.h"
 #include "Simulator/Phone/PhoneCommands.h"

@@ -1,4 +1,4 @@
-// Whoever holds the phone.
+// Commands that act as the phone's user.
 
 #include "Categories/NSDictionary+VLLookup.h"
 #include "Simulator/Phone/PhoneCommands.h"
@@ -22,7 +22,7 @@ SimulatedUser::Answer answerFrom(const Value& value, const std::string& name) {
 
 void checkKind(const std::string& kind) {
     if (kind == "notifications" || kind == "locationAlways" || kind == "locationWhenInUse") return;
-    throw BadLine("nobody is asked for " + kind);
+    throw BadLine("unknown kind of prompt " + kind);
 }
 
 Value user(Phone& phone, const Dictionary& line) {

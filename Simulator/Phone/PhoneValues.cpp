@@ -25,7 +25,7 @@ Value hexOf(const Data& data) {
     return Dictionary{{"hex", text}};
 }
 
-/// One endpoint: how it is read and written.
+/// The accessors of one endpoint.
 struct Endpoint {
     NSURL (VLURLs::*get)() const;
     void (VLURLs::*set)(NSURL);
@@ -144,7 +144,7 @@ UILocalNotification notificationFrom(const Value& value, const std::string& name
     };
     for (const auto& [key, field] : dictionaryFrom(value, name)) {
         const auto check = fields.find(key);
-        if (check == fields.end()) throw BadLine("a notification has no " + key);
+        if (check == fields.end()) throw BadLine("a notification has no field " + key);
         if (field.is_null()) continue;
         if (!check->second(field)) throw BadLine(key + " of the notification is of another kind");
         given[key] = field;

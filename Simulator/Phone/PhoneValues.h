@@ -13,24 +13,24 @@
 
 namespace vorlane::phone {
 
-/// A line that the phone cannot take, with the reason.
+/// Thrown for a line that the phone cannot process; the message is the reason.
 class BadLine : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-// What goes out.
+// Output.
 
-/// The value with its data as {"hex": "00ab10"}, so that JSON can hold it.
+/// Returns the value with data as {"hex": "00ab10"}, which JSON can represent.
 Value printable(const Value& value);
 Value valueOf(const std::optional<std::string>& text);
 Value valueOf(const std::optional<Data>& data);
-/// {"domain", "code", "description", "userInfo"}; null for nothing.
+/// Returns {"domain", "code", "description", "userInfo"}; null for `nullopt`.
 Value valueOf(const std::optional<NSError>& error);
-/// Every endpoint by the name of its property.
+/// Returns every endpoint by the name of its property.
 Value valueOf(const VLURLs& urls);
 
-// What comes in. Each throws BadLine for a value of another kind.
+// Input. Each throws BadLine for a value of another type.
 
 const Value& requiredField(const Dictionary& line, const std::string& name);
 std::string stringFrom(const Value& value, const std::string& name);
@@ -40,11 +40,11 @@ std::int64_t integerFrom(const Value& value, const std::string& name);
 bool booleanFrom(const Value& value, const std::string& name);
 const Dictionary& dictionaryFrom(const Value& value, const std::string& name);
 const Array& arrayFrom(const Value& value, const std::string& name);
-/// Bytes in hexadecimal digits, as a text or as {"hex"}.
+/// Reads bytes in hexadecimal digits, as a string or as {"hex"}.
 Data dataFrom(const Value& value, const std::string& name);
-/// The production set with the endpoints that the dictionary names replaced.
+/// Returns the production endpoints, with those that the dictionary names replaced.
 std::shared_ptr<VLURLs> URLsFrom(const Dictionary& urls);
-/// Its fields under their own names; fields that are missing or null are absent.
+/// Reads a notification. Fields that are missing or null are absent.
 UILocalNotification notificationFrom(const Value& value, const std::string& name);
 
 }  // namespace vorlane::phone

@@ -22,7 +22,7 @@ public:
     void logMessage(const std::string& message, const std::optional<Value>& payload, VLLogLevel level) override;
 
     std::vector<Line> lines() const;
-    /// How often exactly this message was logged at this level.
+    /// The number of lines with exactly this message and level.
     int count(const std::string& message, VLLogLevel level) const;
     /// The lines whose message contains `part`.
     std::vector<Line> linesContaining(const std::string& part) const;

@@ -11,7 +11,7 @@ namespace vorlane {
 
 namespace {
 
-/// The zone's name where `TZ` gives one ("Europe/Oslo", not "CET-1CEST,M3.5.0/2"), else its abbreviation.
+/// The zone's name if `TZ` holds one ("Europe/Oslo", not "CET-1CEST,M3.5.0/2"), else its abbreviation.
 std::string zoneName(const char* abbreviation) {
     const char* variable = std::getenv("TZ");
     std::string name = variable ? variable : "";
@@ -43,7 +43,7 @@ std::vector<std::string> SimulatedDevice::preferredLanguages() const {
 NSTimeZone SimulatedDevice::localTimeZone() const {
     const std::lock_guard lock(mutex_);
     if (localTimeZone_) return *localTimeZone_;
-    // Held to the years that the calendar knows.
+    // Clamped to the years that the calendar represents.
     const auto now = static_cast<std::time_t>(std::clamp(Platform::current().clock().now(), -6e10, 2.5e11));
     std::tm local{};
     tzset();

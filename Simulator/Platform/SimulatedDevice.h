@@ -9,7 +9,7 @@
 
 namespace vorlane {
 
-/// The simulated phone's device: fixed facts that a test may change. Any thread.
+/// The simulated phone's device: fixed values that a test may change. Any thread.
 class SimulatedDevice : public UIDevice {
 public:
     explicit SimulatedDevice(std::string systemVersion);
@@ -18,7 +18,7 @@ public:
     std::string systemVersion() const override;
     std::string machine() const override;
     std::vector<std::string> preferredLanguages() const override;
-    /// The process's own zone (`TZ`), with its offset at the platform's time, until another one is set.
+    /// The process's time zone (`TZ`), with its offset at the platform's time, until a test sets another one.
     NSTimeZone localTimeZone() const override;
 
     void setPreferredLanguages(std::vector<std::string> languages);

@@ -13,7 +13,7 @@
 
 namespace vorlane {
 
-/// A host's view controller for interstitials that shows nothing, but remembers everything. Main thread only.
+/// A host's view controller for interstitials that displays nothing and records everything. Main thread only.
 class SimulatedInterstitialViewController : public UIViewController, public VLInterstitialViewController {
 public:
     enum class Metadata { ignored, taken };
@@ -29,21 +29,21 @@ public:
     void setMetadata(const Dictionary& metadata) override;
 
     bool takesMetadata() const { return takesMetadata_; }
-    /// Nothing while none was set, and for a controller that ignores it.
+    /// `nullopt` before the first call, and for a controller that ignores metadata.
     const std::optional<Dictionary>& metadata() const { return metadata_; }
-    /// The pages that its web view was told to load, and the base URLs that came with them.
+    /// The pages loaded into its web view, and their base URLs.
     const std::vector<std::string>& loadedPages() const;
     const std::vector<std::optional<NSURL>>& baseURLs() const;
-    /// How often it came to the screen, and whether that was animated the last time.
+    /// The number of appearances, and whether the last one was animated.
     int appearances() const { return appearances_; }
     bool wasAnimated() const { return wasAnimated_; }
 
-    /// Called each time it has come to the screen.
+    /// Called after each appearance.
     void setAppearanceObserver(std::function<void(const SimulatedInterstitialViewController& controller)> observer) {
         appearanceObserver_ = std::move(observer);
     }
 
-    /// The user closes it: it goes from the screen, with what is in front of it, and posts its dismissal.
+    /// The user closes it: dismisses it with everything in front of it, and posts its dismissal.
     void close();
 
 protected:

@@ -48,7 +48,7 @@ void SimulatedLocationManager::requestWhenInUseAuthorization() {
 }
 
 void SimulatedLocationManager::request(const char* kind, CLAuthorizationStatus allowed) {
-    // The user looks at the main thread only.
+    // Prompts appear on the main thread only.
     mainQueue_->post([manager = shared_from_this(), kind, allowed] {
         if (manager->authorizationStatus() != CLAuthorizationStatus::NotDetermined) return;
         manager->user_->prompt(kind, 0, [weakSelf = manager->weak_from_this(), allowed](Answer answer) {

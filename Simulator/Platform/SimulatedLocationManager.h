@@ -20,13 +20,14 @@ class DispatchQueue;
 class SimulatedUser;
 
 /// The simulated phone's location manager: asks the simulated user, reports what a test has set, delivers what a test
-/// hands it, and keeps the monitored regions in a file. Nothing is computed: a position leads to no region event.
+/// passes to it, and keeps the monitored regions in a file. A position causes no region event;
+/// `SimulatedPhone::moveTo()` delivers both. Any thread.
 class SimulatedLocationManager : public CLLocationManager,
                                  public std::enable_shared_from_this<SimulatedLocationManager> {
 public:
     using Tell = std::function<void(const std::string& event, const Dictionary& fields)>;
 
-    /// What the phone can do.
+    /// The capabilities of the phone.
     struct Capabilities {
         bool locationServicesEnabled = true;
         bool regionMonitoring = true;
@@ -36,10 +37,10 @@ public:
         CLActivityType activityType = CLActivityType::Other;
     };
 
-    /// What happens to a region.
+    /// An event of a region.
     enum class RegionEvent { enter, exit, inside, outside, unknown, failed };
 
-    /// `regionsPath` is the file of the monitored regions.
+    /// `regionsPath` is the file that holds the monitored regions.
     SimulatedLocationManager(std::shared_ptr<SimulatedUser> user, std::shared_ptr<DispatchQueue> mainQueue,
                              std::string regionsPath, Tell tell);
 
@@ -48,7 +49,7 @@ public:
     bool isMonitoringAvailableForClass(CLRegionClass regionClass) const override;
     bool isRangingAvailable() const override { return capabilities().ranging; }
     void setDelegate(std::weak_ptr<CLLocationManagerDelegate> delegate) override;
-    /// "Allow" gives status 3 (always) or 4 (when in use), "deny" 2; any other answer changes nothing.
+    /// "Allow" sets the status 3 (always) or 4 (when in use), "deny" 2; any other answer changes nothing.
     void requestAlwaysAuthorization() override;
     void requestWhenInUseAuthorization() override;
     void setDesiredAccuracy(double metres) override;
@@ -56,7 +57,7 @@ public:
     CLActivityType activityType() const override { return capabilities().activityType; }
     void startMonitoringSignificantLocationChanges() override;
     void stopMonitoringSignificantLocationChanges() override;
-    /// Confirmed to the delegate.
+    /// The delegate receives a confirmation.
     void startMonitoringForRegion(const std::shared_ptr<CLRegion>& region) override;
     void stopMonitoringForRegion(const std::shared_ptr<CLRegion>& region) override;
     std::vector<std::shared_ptr<CLRegion>> monitoredRegions() const override;
@@ -64,23 +65,23 @@ public:
     void startRangingBeaconsInRegion(const std::shared_ptr<CLBeaconRegion>& region) override;
     void stopRangingBeaconsInRegion(const std::shared_ptr<CLBeaconRegion>& region) override;
 
-    // The phone as a test handles it. What is delivered reaches the delegate on the main queue, after the call.
+    // For a test. The delegate is called on the main queue, after the call.
 
     Capabilities capabilities() const;
     void setCapabilities(const Capabilities& capabilities);
-    /// Tells the delegate, also of the status that it was already.
+    /// Reports the status to the delegate, also if it is unchanged.
     void setAuthorizationStatus(CLAuthorizationStatus status);
     void deliverLocations(std::vector<CLLocation> locations);
     void deliverRegionEvent(RegionEvent event, std::shared_ptr<CLRegion> region);
     void deliverRanging(std::vector<CLBeacon> beacons, std::shared_ptr<CLBeaconRegion> region);
 
-    /// Null when no region with the identifier is monitored.
+    /// Returns null if no region with the identifier is monitored.
     std::shared_ptr<CLRegion> monitoredRegion(const std::string& identifier) const;
     /// By identifier, ascending.
     std::vector<std::shared_ptr<CLBeaconRegion>> rangedRegions() const;
     bool isMonitoringSignificantLocationChanges() const;
     bool allowsBackgroundLocationUpdates() const;
-    /// Nothing until it is set.
+    /// `nullopt` until it is set.
     std::optional<double> desiredAccuracy() const;
 
 private:

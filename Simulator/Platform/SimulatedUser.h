@@ -10,12 +10,12 @@
 
 namespace vorlane {
 
-/// Whoever holds the simulated phone: answers the system's prompts as a test says. Main thread only.
+/// The simulated phone's user, who answers the system's prompts as a test says. Main thread only.
 class SimulatedUser {
 public:
     enum class Answer { allow, deny, error, undetermined, later };
     using Handler = std::function<void(Answer answer)>;
-    /// A prompt that waits for its answer.
+    /// An open prompt.
     struct Prompt {
         std::uint64_t number;
         std::string kind;
@@ -23,19 +23,20 @@ public:
         Handler handler;
     };
 
-    /// `tell` is told of each prompt, as the phone's protocol has it.
+    /// `tell` is called for each prompt, with the event's name and fields.
     explicit SimulatedUser(std::function<void(const std::string& event, const Dictionary& fields)> tell);
 
-    /// How prompts of that kind ("notifications", "locationAlways", "locationWhenInUse") are answered from now on:
-    /// allowed until said otherwise; `later` leaves them open.
+    /// Sets the answer to prompts of this kind ("notifications", "locationAlways", "locationWhenInUse"). By default
+    /// they are allowed; `later` leaves them open.
     void setAnswer(const std::string& kind, Answer answer) { answers_[kind] = answer; }
 
-    /// Shows a prompt. The handler runs once, within this call unless it stays open, and never with `later`.
+    /// Shows a prompt. The handler runs once, during this call unless the prompt stays open, and never with `later`.
     void prompt(const std::string& kind, std::uint64_t options, Handler handler);
 
     /// The open prompts, oldest first.
     const std::vector<Prompt>& openPrompts() const { return openPrompts_; }
-    /// Answers an open prompt, told by its number or (the oldest of them) by its kind. False when there is none.
+    /// Answers the open prompt with this number, or the oldest open prompt of this kind. Returns false if there is
+    /// none.
     bool answer(std::uint64_t number, Answer answer);
     bool answer(const std::string& kind, Answer answer);
 

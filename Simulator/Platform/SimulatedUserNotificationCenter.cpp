@@ -12,7 +12,7 @@ using Answer = SimulatedUser::Answer;
 
 constexpr std::uint64_t kProvisional = 64;
 
-/// What a phone reports whose user has allowed or denied everything.
+/// The settings of a user who has allowed or denied everything.
 UNNotificationSettings settingsAllThe(std::int64_t status, std::int64_t setting, std::int64_t style) {
     return {status, setting, setting, setting, setting, setting, setting, style};
 }
@@ -29,7 +29,7 @@ SimulatedUserNotificationCenter::SimulatedUserNotificationCenter(std::shared_ptr
 
 void SimulatedUserNotificationCenter::requestAuthorizationWithOptions(std::uint64_t options,
                                                                       AuthorizationHandler completionHandler) {
-    // The user looks at the main thread only.
+    // Prompts appear on the main thread only.
     mainQueue_->post([self = shared_from_this(), options, handler = std::move(completionHandler)] {
         self->user_->prompt("notifications", options,
                             [self, options, handler](Answer answer) { self->answered(answer, options, handler); });

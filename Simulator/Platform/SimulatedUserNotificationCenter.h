@@ -13,8 +13,8 @@ namespace vorlane {
 
 class DispatchQueue;
 
-/// The simulated phone's notification centre: asks the simulated user, and reports what a test has set. Any thread;
-/// answers on a queue of its own, as a real one does.
+/// The simulated phone's notification centre: asks the simulated user, and reports the settings that a test has set.
+/// Any thread; handlers run on a queue of its own, as on a real phone.
 class SimulatedUserNotificationCenter : public UNUserNotificationCenter,
                                         public std::enable_shared_from_this<SimulatedUserNotificationCenter> {
 public:
@@ -23,7 +23,7 @@ public:
     SimulatedUserNotificationCenter(std::shared_ptr<SimulatedUser> user, std::shared_ptr<DispatchQueue> mainQueue,
                                     std::shared_ptr<DispatchQueue> answerQueue, Tell tell);
 
-    /// Always a prompt, whatever was answered before; "user dismissed it" is neither granted nor an error.
+    /// Shows a prompt every time. An undetermined answer grants nothing and is not an error.
     void requestAuthorizationWithOptions(std::uint64_t options, AuthorizationHandler completionHandler) override;
     void getNotificationSettingsWithCompletionHandler(SettingsHandler completionHandler) override;
     void getNotificationCategoriesWithCompletionHandler(CategoriesHandler completionHandler) override;

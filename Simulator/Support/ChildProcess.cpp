@@ -25,14 +25,14 @@ void closeDescriptor(int& descriptor) {
     if (descriptor >= 0) ::close(std::exchange(descriptor, -1));
 }
 
-/// Both ends close themselves in other programs that are started meanwhile.
+/// Neither end is inherited by other programs that are started meanwhile.
 std::array<int, 2> makePipe() {
     std::array<int, 2> ends{};
     if (pipe2(ends.data(), O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
     return ends;
 }
 
-/// A socket instead of a pipe, so that writing to a program that is gone fails without a signal.
+/// A socket instead of a pipe, so that writing to a program that has ended fails without a signal.
 std::array<int, 2> makeSocketPair() {
     std::array<int, 2> ends{};
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0)
@@ -42,7 +42,7 @@ std::array<int, 2> makeSocketPair() {
 
 int statusOf(int status) { return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status); }
 
-/// The new process's part: its standard streams, its end with ours, and the program. Only what is safe after a fork.
+/// Runs in the child process, where only async-signal-safe functions are allowed.
 [[noreturn]] void becomeProgram(char* const* argv, char* const* environment, int input, int output) {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     ::dup2(input, STDIN_FILENO);

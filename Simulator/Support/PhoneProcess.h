@@ -10,37 +10,37 @@
 
 namespace vorlane::support {
 
-/// A running `vorlane-phone`. Each line that goes in is answered; what happens beside the answers is kept as events.
+/// A running `vorlane-phone`. Reads the answer to each line, and collects the events in between.
 class PhoneProcess {
 public:
     /// Starts the program with these options.
     PhoneProcess(const std::string& program, const std::vector<std::string>& options);
 
-    /// What the phone answered: {"reply", "value"}, {"reply", "exception"} or {"reply", "error"}.
+    /// Sends a line and returns the answer: {"reply", "value"}, {"reply", "exception"} or {"reply", "error"}.
     Dictionary answerTo(Dictionary line);
-    /// The same for a line as it stands, JSON or not.
+    /// As `answerTo()`, for any string, JSON or not.
     Dictionary answerToText(const std::string& line);
-    /// Sends a line and does not wait for its answer.
+    /// Sends a line without waiting for its answer.
     void send(const std::string& line) { process_.writeLine(line); }
-    /// The value of the answer. Throws std::runtime_error when it is an exception or an error.
+    /// Returns the value of the answer. Throws std::runtime_error for an exception or an error.
     Value perform(Dictionary line);
-    /// A class operation by its labelled name.
+    /// Calls a class operation by its labelled name.
     Value call(const std::string& operation, Array arguments = {});
-    /// Waits until nothing is under way.
+    /// Waits until no request is in flight and every queue is idle.
     void settle();
 
-    /// Every event so far, oldest first; those of one kind.
+    /// The events so far, oldest first: all, or of one kind.
     const std::vector<Dictionary>& events() const { return events_; }
     std::vector<Dictionary> events(const std::string& kind) const;
-    /// Forgets the events so far, and gives them.
+    /// Returns the events so far and removes them.
     std::vector<Dictionary> takeEvents();
 
-    /// Ends the phone as its user would, and gives its exit status.
+    /// Sends "quit" and returns the exit status.
     int quit();
-    /// Ends its input instead.
+    /// Closes the phone's input and returns the exit status.
     int end();
     void kill(int signal);
-    /// Its exit status.
+    /// Waits for the end and returns the exit status.
     int wait() { return process_.wait(); }
 
 private:

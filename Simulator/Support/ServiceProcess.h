@@ -9,15 +9,15 @@
 
 namespace vorlane::support {
 
-/// A running `vorlane-service` on a port of its own, and its admin interface.
+/// A running `vorlane-service` on a free port, and its admin interface.
 class ServiceProcess {
 public:
-    /// Starts the program with these further options and waits until it listens.
+    /// Starts the program with these additional options and waits until it listens.
     explicit ServiceProcess(const std::string& program, const std::vector<std::string>& options = {});
 
     const std::string& origin() const { return origin_; }
 
-    // The admin interface: `path` starts behind "/_admin/". Each throws std::runtime_error for an answer that is no
+    // The admin interface: `path` is the part after "/_admin/". Each throws std::runtime_error unless the answer is a
     // success.
 
     Value get(const std::string& path) const;
@@ -25,10 +25,10 @@ public:
     Value post(const std::string& path, const Value& body) const;
     void remove(const std::string& path) const;
 
-    /// The requests that it received at an endpoint, or at any for "".
+    /// Returns the requests that it received at an endpoint, or at every endpoint for "".
     Array requests(const std::string& endpoint = {}) const;
 
-    /// Ends it as a user would, and gives its exit status.
+    /// Ends it with SIGTERM and returns the exit status.
     int stop();
 
 private:
