@@ -24,7 +24,7 @@ protected:
     }
 };
 
-TEST_F(AppOpenInterstitialTest, AnOpenedApplicationShowsThePageWithItsMetadataAndPhash) {
+TEST_F(AppOpenInterstitialTest, OpeningShowsThePageWithMetadataAndPhash) {
     setPage("App%20Open", "<h1>H\xC3\xA9llo \"you\" 100 %</h1>", "open-1");
     open();
     auto shown = lastInterstitial();
@@ -44,7 +44,7 @@ TEST_F(AppOpenInterstitialTest, AnOpenedApplicationShowsThePageWithItsMetadataAn
     EXPECT_EQ(query("presented"), Value(Array{"plain", "interstitialWithMetadata"}));
 }
 
-TEST_F(AppOpenInterstitialTest, TheRequestSaysWhoAsksAndForWhat) {
+TEST_F(AppOpenInterstitialTest, RequestNamesUserAndPlacement) {
     open();
     const auto requests = service.requests("interstitial");
     ASSERT_EQ(requests.size(), 1U);
@@ -60,7 +60,7 @@ TEST_F(AppOpenInterstitialTest, TheRequestSaysWhoAsksAndForWhat) {
     EXPECT_EQ(requestedPlacements(), std::vector<std::string>{"App%20Open"});
 }
 
-TEST_F(AppOpenInterstitialTest, WithoutSetUpTheSamplePageGreets) {
+TEST_F(AppOpenInterstitialTest, ShowsTheSamplePageByDefault) {
     open();
     const auto sample = service.get(interstitial("App%20Open"));
     EXPECT_EQ(lastInterstitial()["htmlContent"], Value(kViewportTag + sample["html"].get<std::string>()));
@@ -68,14 +68,14 @@ TEST_F(AppOpenInterstitialTest, WithoutSetUpTheSamplePageGreets) {
     EXPECT_EQ(lastInterstitial()["metadata"]["title"], sample["metadata"]["title"]);
 }
 
-TEST_F(AppOpenInterstitialTest, AViewControllerMayLeaveTheMetadataAlone) {
+TEST_F(AppOpenInterstitialTest, ViewControllersMayIgnoreMetadata) {
     open("interstitial");
     EXPECT_EQ(countEvents("interstitial"), 1U);
     EXPECT_TRUE(lastInterstitial()["metadata"].is_null());
     EXPECT_EQ(query("presented"), Value(Array{"plain", "interstitial"}));
 }
 
-TEST_F(AppOpenInterstitialTest, AnOpenedNotificationIsNotCovered) {
+TEST_F(AppOpenInterstitialTest, OpenedNotificationsAreNotCovered) {
     launchWithAppOpenInterstitial("interstitial");
     phone->perform({{"do", "push"}, {"payload", Dictionary{{"p", "h"}, {"aps", Dictionary{{"alert", "Hi"}}}}}});
     state("active");
@@ -83,14 +83,14 @@ TEST_F(AppOpenInterstitialTest, AnOpenedNotificationIsNotCovered) {
     EXPECT_EQ(countEvents("interstitial"), 0U);
     EXPECT_TRUE(service.requests("interstitial").empty());
     EXPECT_EQ(lastPayload("sessionStart")["phash"], Value("h"));
-    // The next time it is opened for its own sake.
+    // The next opening is not caused by a notification.
     state("background");
     state("active");
     phone->settle();
     EXPECT_EQ(countEvents("interstitial"), 1U);
 }
 
-TEST_F(AppOpenInterstitialTest, ASecondOneIsSkippedWhileTheFirstShows) {
+TEST_F(AppOpenInterstitialTest, ASecondInterstitialIsSkippedWhileTheFirstShows) {
     setPage("Feedback", "<p>How is it?</p>", "feedback-1");
     open();
     EXPECT_EQ(present(1), Value(Array{false, nullptr}));
@@ -98,11 +98,11 @@ TEST_F(AppOpenInterstitialTest, ASecondOneIsSkippedWhileTheFirstShows) {
     EXPECT_EQ(countLog("Interstitial: is already being displayed. Skipping display of interstitial with phash: "
                        "feedback-1"),
               1);
-    // Its content was fetched all the same.
+    // Its content was fetched nevertheless.
     EXPECT_EQ(requestedPlacements(), (std::vector<std::string>{"App%20Open", "Feedback"}));
 }
 
-TEST_F(AppOpenInterstitialTest, AfterADismissalTheNextOneShows) {
+TEST_F(AppOpenInterstitialTest, TheNextInterstitialShowsAfterADismissal) {
     setPage("Feedback", "<p>How is it?</p>", "feedback-1");
     open();
     dismiss();
@@ -112,7 +112,7 @@ TEST_F(AppOpenInterstitialTest, AfterADismissalTheNextOneShows) {
     EXPECT_EQ(query("presented"), Value(Array{"plain", "interstitial"}));
 }
 
-TEST_F(AppOpenInterstitialTest, OfTwoThatRaceOneIsShown) {
+TEST_F(AppOpenInterstitialTest, OneOfTwoRacingInterstitialsIsShown) {
     launch();
     phone->settle();
     phone->takeEvents();
@@ -133,7 +133,7 @@ TEST_F(AppOpenInterstitialTest, OfTwoThatRaceOneIsShown) {
     EXPECT_EQ(countLog("Interstitial: is already being displayed."), 1);
 }
 
-TEST_F(AppOpenInterstitialTest, ItComesAgainWithTheNextReturnFromTheBackground) {
+TEST_F(AppOpenInterstitialTest, ShowsAgainAfterTheBackground) {
     open();
     dismiss();
     state("inactive");
@@ -147,7 +147,7 @@ TEST_F(AppOpenInterstitialTest, ItComesAgainWithTheNextReturnFromTheBackground) 
     EXPECT_EQ(countEvents("interstitial"), 2U);
 }
 
-TEST_F(AppOpenInterstitialTest, APlacementWithoutContentShowsNothing) {
+TEST_F(AppOpenInterstitialTest, PlacementsWithoutContentShowNoInterstitial) {
     service.remove(interstitial("App%20Open"));
     open();
     EXPECT_EQ(countEvents("interstitial"), 0U);
@@ -157,7 +157,7 @@ TEST_F(AppOpenInterstitialTest, APlacementWithoutContentShowsNothing) {
     EXPECT_EQ(requestedPlacements(), (std::vector<std::string>{"App%20Open", "Placement%209", "Placement%20Z"}));
 }
 
-TEST_F(AppOpenInterstitialTest, ABrokenAnswerIsAnErrorAndShowsNothing) {
+TEST_F(AppOpenInterstitialTest, BrokenAnswersAreErrors) {
     launch();
     phone->settle();
     service.post("faults", Dictionary{{"endpoint", "interstitial"},
@@ -170,7 +170,7 @@ TEST_F(AppOpenInterstitialTest, ABrokenAnswerIsAnErrorAndShowsNothing) {
     EXPECT_EQ(countEvents("interstitial"), 0U);
 }
 
-TEST_F(AppOpenInterstitialTest, AFailedFetchIsAnErrorAndShowsNothing) {
+TEST_F(AppOpenInterstitialTest, FailedFetchesAreErrors) {
     launch();
     phone->settle();
     service.post("faults", Dictionary{{"endpoint", "interstitial"}, {"kind", "status"}, {"status", 503}, {"count", 1}});
@@ -182,7 +182,7 @@ TEST_F(AppOpenInterstitialTest, AFailedFetchIsAnErrorAndShowsNothing) {
     EXPECT_EQ(present(0), Value(Array{true, nullptr}));
 }
 
-TEST_F(AppOpenInterstitialTest, AViewControllerThatCannotShowItIsNotAskedTo) {
+TEST_F(AppOpenInterstitialTest, UnsuitableViewControllersAreNotPresented) {
     launch();
     phone->settle();
     for (const auto* viewController : {"plainViewController", "notAViewController"}) {
@@ -195,7 +195,7 @@ TEST_F(AppOpenInterstitialTest, AViewControllerThatCannotShowItIsNotAskedTo) {
     EXPECT_TRUE(service.requests("interstitial").empty());
 }
 
-TEST_F(AppOpenInterstitialTest, WithoutAWindowNothingIsShown) {
+TEST_F(AppOpenInterstitialTest, WithoutAWindowNoInterstitialIsShown) {
     launch();
     phone->settle();
     phone->perform({{"do", "viewControllers"}, {"chain", Array{}}});

@@ -11,7 +11,7 @@ const std::string kUUID = "B9407F30-F5F8-466E-AFF9-25556B57FE6D";
 
 class BeaconsTest : public PlacesTest {
 protected:
-    /// The rule of the shop's entrance, with further fields.
+    /// The rule of the shop's entrance, with additional fields.
     static Value rule(const std::string& type, const Dictionary& further = {}) {
         Dictionary rule{
             {"type", type},  {"beacon_type", "ibeacon"}, {"uuid", kUUID},    {"major", 1},        {"minor", 2},
@@ -29,7 +29,7 @@ protected:
                     Dictionary{{"pushtext", text}, {"phash", "hash"}, {"metadata", Dictionary{{"aisle", 3}}}});
     }
 
-    /// The identifier of the one beacon region that is watched.
+    /// The identifier of the only monitored beacon region.
     std::string watched() {
         const auto regions = identifiers("monitoredRegions");
         EXPECT_EQ(regions.size(), 1U);
@@ -39,7 +39,7 @@ protected:
         return Dictionary{
             {"uuid", kUUID}, {"major", 1}, {"minor", minor}, {"proximity", proximity}, {"accuracy", accuracy}};
     }
-    /// A ranging result for the first region that is ranged.
+    /// Delivers a ranging result for the first ranged region.
     void range(const Array& beacons) {
         const auto regions = phone->perform({{"do", "query"}, {"what", "rangedRegions"}});
         ASSERT_FALSE(regions.empty());
@@ -59,7 +59,7 @@ protected:
     Array stored(const std::string& name) const { return service.get(name).at(name).get<Array>(); }
 };
 
-TEST_F(BeaconsTest, ARuleIsWatchedOnceAndRangedWhileInside) {
+TEST_F(BeaconsTest, RulesAreMonitoredOnceAndRangedWhileInside) {
     setRules({rule("message;data"), rule("data")});
     begin();
     const auto region = kUUID + "_1_2";
@@ -74,7 +74,7 @@ TEST_F(BeaconsTest, ARuleIsWatchedOnceAndRangedWhileInside) {
     EXPECT_EQ(identifiers("rangedRegions"), Texts{});
 }
 
-TEST_F(BeaconsTest, AMessageNearABeaconCarriesItsPhashAndMetadata) {
+TEST_F(BeaconsTest, BeaconMessagesCarryPhashAndMetadata) {
     setRules({rule("message")});
     setContent();
     begin();
@@ -91,7 +91,7 @@ TEST_F(BeaconsTest, AMessageNearABeaconCarriesItsPhashAndMetadata) {
     EXPECT_EQ(lastRequest("beaconContent").at("contentType"), Value("local"));
 }
 
-TEST_F(BeaconsTest, TheClosestBeaconIsTheOneThatCounts) {
+TEST_F(BeaconsTest, TheClosestBeaconApplies) {
     setRules({rule("message", {{"minor", "*"}})});
     setContent("first", "1");
     setContent("second", "2");
@@ -101,7 +101,7 @@ TEST_F(BeaconsTest, TheClosestBeaconIsTheOneThatCounts) {
     EXPECT_EQ(shownTexts(), Texts{"second"});
 }
 
-TEST_F(BeaconsTest, AMessageLimitHoldsForItsPeriodAcrossRestarts) {
+TEST_F(BeaconsTest, MessageLimitsHoldAcrossRestarts) {
     setRules({rule("message", {{"message_count", 2}})});
     setContent();
     begin();
@@ -112,17 +112,17 @@ TEST_F(BeaconsTest, AMessageLimitHoldsForItsPeriodAcrossRestarts) {
     restart();
     region(watched(), "enter");
     for (int i = 0; i < 3; ++i) rangeAfter(1);
-    // One more than the limit says, and meant so.
+    // Intended: a period admits one message more than the limit.
     EXPECT_EQ(shown().size(), 1U);
     EXPECT_EQ(lastRequest("beaconContent").at("getContent"), Value(false));
     EXPECT_EQ(requests("beaconContent"), 5U);
-    // Each request looks twice.
+    // Each request checks the limit twice.
     EXPECT_GE(countLog("Maximum message count reached for rule: " + kUUID + "_1_2"), 2);
     rangeAfter(3600);
     EXPECT_EQ(shown().size(), 2U);
 }
 
-TEST_F(BeaconsTest, ACoolOffHoldsAcrossRestartsAndStopsRanging) {
+TEST_F(BeaconsTest, CoolOffHoldsAcrossRestartsAndStopsRanging) {
     setRules({rule("message")}, 10);
     setContent();
     begin();
@@ -144,7 +144,7 @@ TEST_F(BeaconsTest, ACoolOffHoldsAcrossRestartsAndStopsRanging) {
     EXPECT_EQ(shown().size(), 1U);
 }
 
-TEST_F(BeaconsTest, WithoutANetworkTheDefaultMessageIsShown) {
+TEST_F(BeaconsTest, DefaultMessageIsShownWithoutANetwork) {
     setRules({rule("message", {{"default_message", "Welcome anyway"}})});
     setContent();
     begin();
@@ -160,7 +160,7 @@ TEST_F(BeaconsTest, WithoutANetworkTheDefaultMessageIsShown) {
     EXPECT_EQ(shownTexts(), (Texts{"Welcome anyway", "Come in"}));
 }
 
-TEST_F(BeaconsTest, ADefaultMessageThatIsNotAllowedIsNotShown) {
+TEST_F(BeaconsTest, ForbiddenDefaultMessagesAreNotShown) {
     setRules({rule("message", {{"default_message", "no"}, {"show_default_if_no_network", false}})});
     begin();
     region(watched(), "enter");
@@ -170,7 +170,7 @@ TEST_F(BeaconsTest, ADefaultMessageThatIsNotAllowedIsNotShown) {
     EXPECT_TRUE(shown().empty());
 }
 
-TEST_F(BeaconsTest, AVisitOpenedBeforeARestartIsClosedAfterIt) {
+TEST_F(BeaconsTest, VisitsEndAfterARestart) {
     setRules({rule("data", {{"minor", "*"}})});
     begin();
     region(watched(), "enter");
@@ -191,13 +191,13 @@ TEST_F(BeaconsTest, AVisitOpenedBeforeARestartIsClosedAfterIt) {
     ASSERT_EQ(visits.size(), 1U);
     EXPECT_EQ(visits[0].at("sessionId"), start.at("sessionId"));
     EXPECT_EQ(visits[0].at("endTime").get<double>() - visits[0].at("startTime").get<double>(), 120'000);
-    // It is closed for good.
+    // The visit is not closed again.
     region(watched(), "exit");
     EXPECT_EQ(requests("beaconExit"), 1U);
     EXPECT_EQ(countLog("No previous beacon region session data found for region:"), 1);
 }
 
-TEST_F(BeaconsTest, ThirtyRangingResultsGiveOneSummary) {
+TEST_F(BeaconsTest, A30thRangingResultSendsASummary) {
     setRules({rule("data", {{"minor", "*"}})});
     begin();
     region(watched(), "enter");
@@ -211,7 +211,7 @@ TEST_F(BeaconsTest, ThirtyRangingResultsGiveOneSummary) {
     std::sort(summary.at("beacons").begin(), summary.at("beacons").end(), [](const Value& left, const Value& right) {
         return left.at("minor").get<int>() < right.at("minor").get<int>();
     });
-    // The word that was said least.
+    // The least frequent proximity.
     EXPECT_EQ(Value(summary), Value(Dictionary{{"beacons", Value(Array{word(2, "far"), word(7, "immediate")})},
                                                {"timestamp", fmt::format("{:.0f}", now * 1000)},
                                                {"sessionId", lastRequest("beaconEntry").at("sessionId")}}));
@@ -220,7 +220,7 @@ TEST_F(BeaconsTest, ThirtyRangingResultsGiveOneSummary) {
     EXPECT_EQ(stored("beaconSummaries").size(), 2U);
 }
 
-TEST_F(BeaconsTest, TwentyGeofencesAreWatchedBesideTheBeacons) {
+TEST_F(BeaconsTest, Monitors20GeofencesBesideTheBeacons) {
     configure({{"geo_regions", Dictionary{}},
                {"beacon", Dictionary{{"beacon_data", Array{rule("message;data")}}, {"auto_beacon_notify", true}}}});
     Array regions;
@@ -240,7 +240,7 @@ TEST_F(BeaconsTest, TwentyGeofencesAreWatchedBesideTheBeacons) {
     EXPECT_EQ(requests("geoContent"), 0U);
 }
 
-TEST_F(BeaconsTest, RulesThatChangeWithALaunchChangeWhatIsWatched) {
+TEST_F(BeaconsTest, ChangedRulesChangeTheMonitoredRegions) {
     setRules({rule("message;data")});
     begin();
     EXPECT_EQ(watched(), kUUID + "_1_2");
@@ -249,7 +249,7 @@ TEST_F(BeaconsTest, RulesThatChangeWithALaunchChangeWhatIsWatched) {
     EXPECT_EQ(watched(), kUUID + "_1_5");
 }
 
-TEST_F(BeaconsTest, HostileRulesAreWatchedOnlyWhereTheyMakeSense) {
+TEST_F(BeaconsTest, OnlyValidRulesAreMonitored) {
     setRules({Value(5), Value(nullptr), Value(Dictionary{}), rule("message", {{"uuid", "no uuid"}}),
               rule("data", {{"beacon_type", "other"}}), rule("odd"), rule("message", {{"priority", nullptr}})});
     setContent();
@@ -261,7 +261,7 @@ TEST_F(BeaconsTest, HostileRulesAreWatchedOnlyWhereTheyMakeSense) {
     EXPECT_EQ(phone->end(), 0);
 }
 
-TEST_F(BeaconsTest, InsideAVisitBackgroundTimeIsAskedForUntilItExpires) {
+TEST_F(BeaconsTest, VisitsHoldBackgroundTimeUntilItExpires) {
     setRules({rule("data")});
     begin();
     region(watched(), "inside");

@@ -16,7 +16,7 @@ TEST(DemoTest, TheDayKeepsEveryPromise) {
     EXPECT_EQ(demo.wait(), 0) << last;
 }
 
-TEST(DemoTest, HelpPrintsTheUsageAndNothingElse) {
+TEST(DemoTest, HelpPrintsOnlyTheUsage) {
     support::ChildProcess demo({VORLANE_DEMO, "--help"});
     EXPECT_TRUE(demo.readRest().starts_with("usage: vorlane-demo PHONE_PROGRAM SERVICE_PROGRAM\n"));
     EXPECT_EQ(demo.wait(), 0);

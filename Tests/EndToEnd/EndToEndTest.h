@@ -12,13 +12,13 @@
 
 namespace vorlane {
 
-/// A scene with a service that runs, and a folder for phones. Both programs are real processes.
+/// A fixture with a running service and a folder for phones. Both programs are real processes.
 class EndToEndTest : public ::testing::Test {
 protected:
     static std::string appKey() { return "0123456789abcdef0123456789abcdef"; }
     std::string path(const std::string& name) const { return folder.path(name); }
 
-    /// A phone whose endpoints are the service's, with a virtual clock and the files of the one before.
+    /// Starts a phone that uses the service, with a virtual clock and the files of the previous phone.
     void startPhone(const std::vector<std::string>& further = {}) {
         std::vector<std::string> options{"--data-dir",     path("phone"), "--service",
                                          service.origin(), "--clock",     "virtual"};
@@ -31,14 +31,14 @@ protected:
     }
     void state(const std::string& to) { phone->perform({{"do", "state"}, {"to", to}}); }
 
-    /// The payload of the last request at an endpoint, once nothing is under way.
+    /// Settles and returns the payload of the last request to an endpoint.
     Value lastPayload(const std::string& endpoint) {
         phone->settle();
         const auto requests = service.requests(endpoint);
         return requests.empty() ? Value() : requests.back()["payload"];
     }
 
-    /// What the last completion handler received.
+    /// The arguments of the last completion handler.
     Value lastResult() {
         phone->settle();
         const auto results = phone->events("result");

@@ -22,7 +22,7 @@ protected:
     void setRegions(const Array& regions) {
         service.put("regions/" + appKey(), Dictionary{{"regions", Value(regions)}});
     }
-    /// Three regions on one street, each with a segment of its own.
+    /// Sets three regions on one street, each with its own segment.
     void setStreet() {
         Array regions;
         for (const auto* name : {"home", "cafe", "park"}) {
@@ -42,7 +42,7 @@ protected:
     }
 };
 
-TEST_F(GeofencesTest, AFirstPositionFetchesTheRegionsAroundItAndWatchesThem) {
+TEST_F(GeofencesTest, FirstPositionFetchesAndMonitorsRegions) {
     setStreet();
     begin();
     EXPECT_EQ(phone->events("significantLocationChanges").size(), 1U);
@@ -61,7 +61,7 @@ TEST_F(GeofencesTest, AFirstPositionFetchesTheRegionsAroundItAndWatchesThem) {
                                            {"radius", 100.0}}));
 }
 
-TEST_F(GeofencesTest, EnteringShowsTheMessageWithItsPhashAndMetadata) {
+TEST_F(GeofencesTest, EnteringShowsTheMessageWithPhashAndMetadata) {
     service.put(
         fmt::format("geoContent/{}/enter/4711", appKey()),
         Dictionary{{"pushtext", "50% off, Größe & more"}, {"phash", "hash"}, {"metadata", Dictionary{{"deal", 7}}}});
@@ -83,7 +83,7 @@ TEST_F(GeofencesTest, EnteringShowsTheMessageWithItsPhashAndMetadata) {
     EXPECT_EQ(shown()[0].at("userInfo"), Value(Dictionary{{"p", "hash"}, {"deal", 7}}));
 }
 
-TEST_F(GeofencesTest, OpeningTheMessageGivesItsPhashToTheNextSession) {
+TEST_F(GeofencesTest, OpenedMessagesPassTheirPhashToTheSession) {
     setStreet();
     begin();
     moveTo(59.90, 10.75);
@@ -96,7 +96,7 @@ TEST_F(GeofencesTest, OpeningTheMessageGivesItsPhashToTheNextSession) {
     EXPECT_EQ(lastPayload("sessionStart")["phash"], Value("enter-home"));
 }
 
-TEST_F(GeofencesTest, AWalkThroughThreeGeofencesShowsEachTransitionOnceAlsoWhenOneFlaps) {
+TEST_F(GeofencesTest, EachTransitionIsShownOnceDespiteFlapping) {
     setStreet();
     begin();
     moveTo(59.905, 10.75);
@@ -104,7 +104,7 @@ TEST_F(GeofencesTest, AWalkThroughThreeGeofencesShowsEachTransitionOnceAlsoWhenO
     pass(120);
     region("home", "exit");
     pass(120);
-    // At the edge of the second, the position wavers.
+    // The position flaps at the border of the second region.
     region("cafe", "enter");
     for (int i = 0; i < 4; ++i) {
         pass(20);
@@ -120,7 +120,7 @@ TEST_F(GeofencesTest, AWalkThroughThreeGeofencesShowsEachTransitionOnceAlsoWhenO
     EXPECT_EQ(countLog("Flapping for exit region:The cafe"), 3);
 }
 
-TEST_F(GeofencesTest, ARestartBetweenEnterAndExitForgetsNothing) {
+TEST_F(GeofencesTest, StateSurvivesARestartBetweenEnterAndExit) {
     setStreet();
     begin();
     moveTo(59.905, 10.75);
@@ -138,7 +138,7 @@ TEST_F(GeofencesTest, ARestartBetweenEnterAndExitForgetsNothing) {
     EXPECT_EQ(shownTexts(), (Texts{"exit cafe", "enter cafe"}));
 }
 
-TEST_F(GeofencesTest, OnlyTheNearestTwentyAreWatchedAndTheyChangeOnTheWay) {
+TEST_F(GeofencesTest, MonitorsTheNearest20AlongTheWay) {
     Array regions;
     for (int i = 0; i < 30; ++i) regions.push_back(regionAt(fmt::format("{:02}", i), 59.0 + 0.01 * i, 10));
     setRegions(regions);
@@ -165,7 +165,7 @@ TEST_F(GeofencesTest, OnlyTheNearestTwentyAreWatchedAndTheyChangeOnTheWay) {
     EXPECT_EQ(phone->events("monitoring").size(), 20U);
 }
 
-TEST_F(GeofencesTest, AFailedFetchIsTriedOnceMoreAndLeavesTheRegionsAlone) {
+TEST_F(GeofencesTest, FailedFetchesAreRetriedOnceAndKeepTheRegions) {
     setStreet();
     begin();
     moveTo(59.91, 10.75);
@@ -174,7 +174,7 @@ TEST_F(GeofencesTest, AFailedFetchIsTriedOnceMoreAndLeavesTheRegionsAlone) {
     EXPECT_EQ(requests("geoRegions"), 3U);
     EXPECT_EQ(identifiers("monitoredRegions"), (Texts{"cafe", "home", "park"}));
     service.remove("faults");
-    // The place of the failed attempt is the one that counts.
+    // The position of the failed attempt applies.
     moveTo(60.91, 10.75);
     EXPECT_EQ(requests("geoRegions"), 3U);
     pass(3600);
@@ -182,7 +182,7 @@ TEST_F(GeofencesTest, AFailedFetchIsTriedOnceMoreAndLeavesTheRegionsAlone) {
     EXPECT_EQ(requests("geoRegions"), 4U);
 }
 
-TEST_F(GeofencesTest, ContentThatFailsOrIsNoMessageShowsNothing) {
+TEST_F(GeofencesTest, FailedOrInvalidContentShowsNoMessage) {
     setStreet();
     begin();
     moveTo(59.91, 10.75);
@@ -201,13 +201,13 @@ TEST_F(GeofencesTest, ContentThatFailsOrIsNoMessageShowsNothing) {
         pass(301);
     }
     EXPECT_TRUE(shown().empty());
-    // A connection that was cut off may have been tried again by the network's layer.
+    // The network layer may have retried a truncated connection.
     EXPECT_GE(requests("geoContent"), 8U);
     region("home", "enter");
     EXPECT_EQ(shownTexts(), (Texts{"enter home"}));
 }
 
-TEST_F(GeofencesTest, AHostileListOfRegionsIsPassedOverPieceByPiece) {
+TEST_F(GeofencesTest, InvalidRegionsAreSkipped) {
     const Value list = Value::parse(R"({"geo_regions": [5, null, {"id": "no centre", "radius": 5},
         {"id": {}, "latitude": 1, "longitude": 1, "radius": 5},
         {"id": "off the globe", "latitude": 91, "longitude": 1, "radius": 5},
@@ -225,7 +225,7 @@ TEST_F(GeofencesTest, AHostileListOfRegionsIsPassedOverPieceByPiece) {
     EXPECT_EQ(requests("geoContent"), 0U);
 }
 
-TEST_F(GeofencesTest, WithoutPermissionNothingIsWatched) {
+TEST_F(GeofencesTest, WithoutPermissionNoRegionIsMonitored) {
     setStreet();
     startPhone({"--info", path("Info.json")});
     phone->perform({{"do", "locationAuthorisation"}, {"status", 2}});
@@ -240,10 +240,10 @@ TEST_F(GeofencesTest, WithoutPermissionNothingIsWatched) {
     EXPECT_EQ(identifiers("monitoredRegions").size(), 3U);
 }
 
-TEST_F(GeofencesTest, ALongWalkKeepsToItsLimits) {
+TEST_F(GeofencesTest, LongWalksStayWithinTheLimits) {
     setStreet();
     begin();
-    // 2 m a step, once a second: a new list each 1,000 m, none in between but by the hour.
+    // 2 m a step, once a second: a new list every 1,000 m, and every hour in between.
     for (int i = 0; i < 2'000; ++i) {
         const Value place = Dictionary{{"latitude", 59.9 + 0.00001799 * i}, {"longitude", 10.75}};
         phone->perform({{"do", "location"}, {"locations", Value(Array{place})}});

@@ -10,16 +10,15 @@ namespace vorlane {
 
 namespace {
 
-/// A phone that is killed over and over while it brings its inbox in step. The seed makes every run the same as far as
-/// two processes can be.
+/// Kills a phone repeatedly during synchronisation. The fixed seed repeats each run as far as two processes allow.
 class InboxCrashTest : public InboxEndToEndTest {
 protected:
-    /// A number from 0 to one less than `count`.
+    /// Returns a random number from 0 to `count` - 1.
     std::size_t chance(std::size_t count) {
         return std::uniform_int_distribution<std::size_t>(0, count - 1)(generator_);
     }
 
-    /// Some messages come, and sometimes one goes. Gives how many at least the phone has to fetch.
+    /// Adds some messages and sometimes removes one. Returns the least number of messages that the phone must fetch.
     std::size_t changeMailbox() {
         const auto count = 3 + chance(8);
         for (std::size_t i = 0; i < count; ++i)
@@ -29,7 +28,7 @@ protected:
         return count - 1;
     }
 
-    /// Waits until the service has received so many more requests at an endpoint since that one.
+    /// Waits until the service has received `count` requests to an endpoint after the request `since`.
     void waitForRequests(const std::string& endpoint, std::int64_t since, std::size_t count) const {
         service.get(fmt::format("requests?endpoint={}&since={}&waitFor={}&timeout=20", endpoint, since, count));
     }
@@ -44,7 +43,7 @@ protected:
         phone->wait();
     }
 
-    /// Each row by its id, to see that none is there twice.
+    /// The ids of all rows, to find duplicates.
     Ids rows() const {
         Ids ids;
         TestDatabase database(databasePath());
@@ -71,12 +70,12 @@ private:
     std::mt19937 generator_{20231114};
 };
 
-TEST_F(InboxCrashTest, AKillAtAnyRequestOfASynchronisationLosesAndDoublesNothing) {
+TEST_F(InboxCrashTest, KillsDuringSynchronisationKeepEveryMessageOnce) {
     for (int round = 0; round < 24; ++round) {
         const auto fetches = changeMailbox();
         const auto since = lastRequest();
         phone->send(fmt::format(R"({{"do":"call","op":"{}"}})", kList));
-        // Some die at once, some while the states are compared, some with messages on their way.
+        // The kill may come immediately, during the comparison of states, or while messages are fetched.
         const auto instant = chance(8);
         if (instant == 1) waitForRequests("inboxState", since, 1);
         if (instant == 2) waitForRequests("inboxState", since, 2);
@@ -91,7 +90,7 @@ TEST_F(InboxCrashTest, AKillAtAnyRequestOfASynchronisationLosesAndDoublesNothing
     EXPECT_EQ(count("inboxState"), rounds + 1) << "both make the same hash";
 }
 
-TEST_F(InboxCrashTest, AKillWhileMessagesAreOpenedAndDeletedLeavesNothingBetween) {
+TEST_F(InboxCrashTest, KillsDuringChangesLeaveConsistentTables) {
     for (int round = 0; round < 12; ++round) {
         changeMailbox();
         const auto ids = list().ids();
@@ -105,7 +104,7 @@ TEST_F(InboxCrashTest, AKillWhileMessagesAreOpenedAndDeletedLeavesNothingBetween
         const auto instant = chance(4);
         if (instant > 0) waitForRequests("registerEvent", since, std::min<std::size_t>(instant, 2));
         kill();
-        // What was deleted is in the trash and not in the inbox, or the other way round.
+        // A deleted message is either in the trash or in the inbox.
         TestDatabase database(databasePath());
         const auto places = fmt::format(
             "SELECT (SELECT count(*) FROM RICH_INBOX WHERE NOTIF_ID = {0}) + "
@@ -114,13 +113,13 @@ TEST_F(InboxCrashTest, AKillWhileMessagesAreOpenedAndDeletedLeavesNothingBetween
         ASSERT_EQ(database.value(places), "1") << round;
         startPhoneOf("anna");
     }
-    // The first brings the service in step with what was deleted and read here, the second the other way round.
+    // The first list reports the changes made here, the second receives the service's.
     list();
     phone->perform({{"do", "advance"}, {"seconds", kSyncLimit}});
     expectInStep();
 }
 
-TEST_F(InboxCrashTest, AKillAfterAnyLineOfOutputLosesAndDoublesNothing) {
+TEST_F(InboxCrashTest, KillsAfterAnyOutputKeepEveryMessageOnce) {
     for (int i = 0; i < 40; ++i) sendMessage();
     for (int round = 0; round < 8; ++round) {
         startPhoneOf("anna", {"--log-level", "4"});

@@ -12,20 +12,20 @@
 
 namespace vorlane {
 
-/// A scene with a phone of the user anna, whose mailbox with the service is empty at first.
+/// A fixture with a phone of the user anna, whose mailbox is empty at first.
 class InboxEndToEndTest : public EndToEndTest {
 protected:
     using Ids = std::vector<std::uint64_t>;
 
-    /// The phone's clock at its start.
+    /// The start of the phone's clock.
     static constexpr double kStart = 1'700'000'000.0;
-    /// A little more than the time within which a list comes from the phone alone.
+    /// Slightly longer than lists come from the database alone.
     static constexpr double kSyncLimit = 31;
     static constexpr const char* kList = "getInboxMessagesWithCompletionHandler:";
 
     InboxEndToEndTest() { startPhoneOf("anna"); }
 
-    /// A phone that is launched, with the files of the one before.
+    /// Starts and launches a phone with the files of the previous phone.
     void startPhoneOf(const std::string& user, const std::vector<std::string>& further = {}) {
         startPhone(further);
         launch();
@@ -33,7 +33,7 @@ protected:
         phone->settle();
     }
 
-    /// Sends a message as the operator does, and gives its id.
+    /// Sends a message as the operator and returns its id.
     std::uint64_t sendMessage(Dictionary message = {}, const std::string& user = "anna") const {
         message.insert({{"appKey", appKey()}, {"trackingId", user}, {"subject", "Hello"}, {"created", kStart - 60}});
         return service.post("messages", Value(std::move(message)))["id"].get<std::uint64_t>();
@@ -41,7 +41,7 @@ protected:
 
     void removeMessage(std::uint64_t id) const { service.remove("messages?id=" + std::to_string(id)); }
 
-    /// A message as the service has it: "read", "deleted" and more; null when it has none of this id.
+    /// The service's record of a message: "read", "deleted" and more; null without one.
     Value stored(std::uint64_t id, const std::string& user = "anna") const {
         const auto answer = service.get("messages?trackingId=" + user);
         for (const auto& message : answer["messages"]) {
@@ -50,7 +50,7 @@ protected:
         return nullptr;
     }
 
-    /// What the service lists for a user, by descending id.
+    /// The ids that the service lists for a user, descending.
     Ids listedByService(const std::string& user = "anna") const {
         Ids ids;
         const auto answer = service.get("messages?trackingId=" + user);
@@ -65,7 +65,7 @@ protected:
         service.post("faults", Dictionary{{"endpoint", endpoint}, {"kind", kind}, {"count", count}});
     }
 
-    /// From now on the phone reaches nobody, until `goOnline()`.
+    /// Drops every request until `goOnline()`.
     void goOffline() const { addFault("*", "drop"); }
     void goOnline() const { service.remove("faults"); }
 
@@ -80,7 +80,7 @@ protected:
         }
     };
 
-    /// The list that the handler received last, once nothing is under way.
+    /// Settles and returns the last list that the handler received.
     Inbox list() {
         phone->takeEvents();
         phone->call(kList);
@@ -88,7 +88,7 @@ protected:
         if (values.size() != 2) ADD_FAILURE() << "no list";
         return values.size() == 2 ? Inbox{values[0].get<Array>(), values[1].get<std::uint64_t>()} : Inbox();
     }
-    /// The same so long after the one before that the phone asks the service.
+    /// As `list()`, after the phone must ask the service again.
     Inbox listAnew() {
         phone->perform({{"do", "advance"}, {"seconds", kSyncLimit}});
         return list();

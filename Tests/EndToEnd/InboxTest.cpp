@@ -17,14 +17,14 @@ protected:
         return text;
     }
 
-    /// What the phone told of the image of a message of the last list.
+    /// Loads the image of a message of the last list and returns the result.
     Value imageOf(std::uint64_t id) {
         phone->perform({{"do", "loadImage"}, {"messageId", id}});
         const auto values = lastResult();
         return values.is_array() && values.size() == 1 ? values[0] : Value("no result");
     }
 
-    /// The second phone of the same user.
+    /// Starts a second phone of the same user.
     std::unique_ptr<support::PhoneProcess> startSecondPhone(const std::string& user) {
         auto second = std::make_unique<support::PhoneProcess>(
             VORLANE_PHONE, std::vector<std::string>{"--data-dir", path("second"), "--service", service.origin(),
@@ -36,7 +36,7 @@ protected:
     }
 };
 
-TEST_F(InboxTest, AMessageArrivesAsTheOperatorSentIt) {
+TEST_F(InboxTest, MessagesArriveUnchanged) {
     const std::string html = "<p title=\"a&quot;b\">50% &lt; 100%25 &amp;amp; Größe</p>";
     const auto id = sendMessage({{"id", UINT64_MAX},
                                  {"subject", "Sale"},
@@ -68,7 +68,7 @@ TEST_F(InboxTest, AMessageArrivesAsTheOperatorSentIt) {
     EXPECT_EQ(inbox.unread, 1U);
 }
 
-TEST_F(InboxTest, MessagesAreFetchedOnceAndTheHandlerRunsForEach) {
+TEST_F(InboxTest, MessagesAreFetchedOnceWithAHandlerCallEach) {
     const auto first = sendMessage({{"created", kStart - 3}});
     const auto second = sendMessage({{"created", kStart - 1}});
     const auto third = sendMessage({{"created", kStart - 2}});
@@ -86,7 +86,7 @@ TEST_F(InboxTest, MessagesAreFetchedOnceAndTheHandlerRunsForEach) {
     EXPECT_EQ(count("inboxMessage"), 3U);
 }
 
-TEST_F(InboxTest, APhoneThatIsInStepNeedsOneRound) {
+TEST_F(InboxTest, SynchronisedPhonesNeedOneRequest) {
     for (const auto id : {UINT64_MAX, std::uint64_t{1} << 63U, std::uint64_t{INT64_MAX}, std::uint64_t{5}})
         sendMessage({{"id", id}});
     list();
@@ -97,7 +97,7 @@ TEST_F(InboxTest, APhoneThatIsInStepNeedsOneRound) {
     EXPECT_EQ(service.requests("inboxState").back()["query"]["timezone"], Value("%2D0"));
 }
 
-TEST_F(InboxTest, WithinTheLimitTheListComesFromThePhoneAlone) {
+TEST_F(InboxTest, ListsWithinTheLimitComeFromTheDatabase) {
     sendMessage();
     list();
     sendMessage();
@@ -107,7 +107,7 @@ TEST_F(InboxTest, WithinTheLimitTheListComesFromThePhoneAlone) {
     EXPECT_EQ(listAnew().messages.size(), 2U);
 }
 
-TEST_F(InboxTest, AnOpenedMessageIsReadHereAndThere) {
+TEST_F(InboxTest, OpenedMessagesAreReadHereAndAtTheService) {
     const auto id = sendMessage({{"phash", "p"}});
     list();
     open(id);
@@ -125,7 +125,7 @@ TEST_F(InboxTest, AnOpenedMessageIsReadHereAndThere) {
     EXPECT_EQ(count("updateInboxMessage"), 1U);
 }
 
-TEST_F(InboxTest, WhatWasReadWithoutANetworkIsToldLater) {
+TEST_F(InboxTest, MessagesReadOfflineAreReportedLater) {
     const auto id = sendMessage();
     list();
     goOffline();
@@ -138,7 +138,7 @@ TEST_F(InboxTest, WhatWasReadWithoutANetworkIsToldLater) {
     EXPECT_EQ(stored(id)["read"], Value(true));
 }
 
-TEST_F(InboxTest, WhatAnotherPhoneReadIsReadHere) {
+TEST_F(InboxTest, MessagesReadOnAnotherPhoneAreRead) {
     const auto id = sendMessage();
     const auto other = sendMessage();
     EXPECT_EQ(list().unread, 2U);
@@ -158,7 +158,7 @@ TEST_F(InboxTest, WhatAnotherPhoneReadIsReadHere) {
     EXPECT_EQ(second->quit(), 0);
 }
 
-TEST_F(InboxTest, ADeletedMessageIsGoneHereAndThere) {
+TEST_F(InboxTest, DeletedMessagesAreGoneHereAndAtTheService) {
     const auto id = sendMessage({{"phash", "p"}});
     const auto other = sendMessage();
     list();
@@ -171,7 +171,7 @@ TEST_F(InboxTest, ADeletedMessageIsGoneHereAndThere) {
     EXPECT_EQ(count("updateInboxMessage"), 1U);
 }
 
-TEST_F(InboxTest, WhatWasDeletedWithoutANetworkCatchesUpEvenAfterARestart) {
+TEST_F(InboxTest, OfflineDeletionsAreReportedAfterARestart) {
     const auto id = sendMessage();
     const auto other = sendMessage();
     list();
@@ -193,7 +193,7 @@ TEST_F(InboxTest, WhatWasDeletedWithoutANetworkCatchesUpEvenAfterARestart) {
     EXPECT_EQ(count("updateInboxMessage"), updates);
 }
 
-TEST_F(InboxTest, AMessageThatTheOperatorRemovesGoesAway) {
+TEST_F(InboxTest, MessagesRemovedByTheOperatorDisappear) {
     const auto id = sendMessage();
     const auto other = sendMessage();
     EXPECT_EQ(list().ids(), (Ids{other, id}));
@@ -223,7 +223,7 @@ TEST_F(InboxTest, UsersDoNotSeeEachOthersMessages) {
     EXPECT_EQ(count("inboxMessage"), fetches);
 }
 
-TEST_F(InboxTest, AMessageExpiresAtItsSecondAndStaysStoredWhileTheServiceListsIt) {
+TEST_F(InboxTest, ExpiredMessagesStayStoredWhileTheServiceListsThem) {
     const auto id = sendMessage({{"end", kStart + 100}});
     EXPECT_EQ(list().unread, 1U);
     phone->perform({{"do", "advance"}, {"seconds", 99.9}});
@@ -241,7 +241,7 @@ TEST_F(InboxTest, AMessageExpiresAtItsSecondAndStaysStoredWhileTheServiceListsIt
     EXPECT_EQ(database.value("SELECT count(*) FROM RICH_INBOX"), "0");
 }
 
-TEST_F(InboxTest, ACardImageIsLoadedOnceAndKept) {
+TEST_F(InboxTest, CardImagesAreLoadedOnceAndKept) {
     const auto png = testPNG(7, 5);
     const auto jpeg = testJPEG(9, 4);
     const auto first = sendMessage({{"image", hexadecimal(png)}});
@@ -262,7 +262,7 @@ TEST_F(InboxTest, ACardImageIsLoadedOnceAndKept) {
     EXPECT_EQ(count("cardImage"), before);
 }
 
-TEST_F(InboxTest, AnImageThatCannotBeHadIsNothingAndMayBeHadLater) {
+TEST_F(InboxTest, FailedImagesAreNullAndMayLoadLater) {
     const auto png = testPNG(7, 5);
     const auto whole = sendMessage({{"image", hexadecimal(png)}});
     const auto damaged = sendMessage({{"image", hexadecimal(Data(png.begin(), png.begin() + 40))}});
@@ -278,7 +278,7 @@ TEST_F(InboxTest, AnImageThatCannotBeHadIsNothingAndMayBeHadLater) {
     EXPECT_EQ(imageOf(whole)["width"], Value(7));
 }
 
-TEST_F(InboxTest, AnAnswerThatIsNoneLeavesTheInboxAsItWas) {
+TEST_F(InboxTest, UnreadableAnswersLeaveTheInboxUnchanged) {
     const auto id = sendMessage();
     list();
     const auto later = sendMessage({{"created", kStart - 1}});
@@ -295,7 +295,7 @@ TEST_F(InboxTest, AnAnswerThatIsNoneLeavesTheInboxAsItWas) {
     EXPECT_EQ(listAnew().ids(), (Ids{later, id}));
 }
 
-TEST_F(InboxTest, EndingInTheMiddleOfASynchronisationIsCleanAndNothingIsLost) {
+TEST_F(InboxTest, QuittingDuringSynchronisationLosesNoMessage) {
     for (int i = 0; i < 20; ++i) sendMessage();
     service.post("faults", Dictionary{{"endpoint", "inboxMessage"}, {"kind", "delay"}, {"seconds", 60}});
     phone->send(R"({"do":"call","op":"getInboxMessagesWithCompletionHandler:"})");

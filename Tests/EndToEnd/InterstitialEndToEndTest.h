@@ -8,17 +8,17 @@
 
 namespace vorlane {
 
-/// A scene for what fills the screen: placements at the service, interstitials and prompts at the phone.
+/// A fixture for placements, interstitials and prompts.
 class InterstitialEndToEndTest : public EndToEndTest {
 protected:
     static constexpr const char* kViewportTag = R"(<meta name="viewport" content="initial-scale=1.0" />)";
 
-    /// Where the service keeps a placement, given as it stands in a URL.
+    /// The admin path of a placement, percent-encoded.
     static std::string interstitial(const std::string& placement) {
         return "interstitials/" + appKey() + "/" + placement;
     }
 
-    /// What the permission service finds in its configuration.
+    /// Sets the configuration of the permission service.
     void configurePermissions(const Dictionary& permission) {
         service.put("config/" + appKey(), Dictionary{{"configs", Dictionary{{"permission", permission}}}});
     }
@@ -29,7 +29,7 @@ protected:
                         {"options", Dictionary{{"appKey", appKey()}, {"appOpenInterstitial", viewController}}}});
     }
 
-    /// Everything that follows has happened when this returns.
+    /// Calls the operation and settles.
     Value call(const std::string& operation, Array arguments) {
         auto value = phone->call(operation, std::move(arguments));
         phone->settle();
@@ -58,13 +58,13 @@ protected:
 
     std::size_t countEvents(const std::string& kind) const { return phone->events(kind).size(); }
 
-    /// The last interstitial that came on screen.
+    /// The last interstitial that was presented.
     Dictionary lastInterstitial() const {
         const auto interstitials = phone->events("interstitial");
         return interstitials.empty() ? Dictionary() : interstitials.back();
     }
 
-    /// The links of its buttons, in their order.
+    /// The links of its buttons, in order.
     std::vector<std::string> lastLinks() const {
         const auto interstitial = lastInterstitial();
         const auto found = interstitial.find("htmlContent");

@@ -4,7 +4,7 @@ namespace vorlane {
 
 namespace {
 
-/// A phone whose user allows notifications, and whose token the service knows.
+/// A fixture with a phone whose user allows notifications and whose token is registered.
 class NotificationsAgainstServiceTest : public EndToEndTest {
 protected:
     NotificationsAgainstServiceTest() {
@@ -30,7 +30,7 @@ protected:
         phone->settle();
     }
 
-    /// Schedules one that is due in so many seconds.
+    /// Schedules a notification that is due in `seconds`.
     void schedule(const std::string& text, double seconds, const Value& campaign = nullptr) {
         phone->call("scheduleLocalNotification:badge:campaign:date:metadata:action:",
                     {text, 1, campaign, now() + seconds, Dictionary{{"page", "offers"}}, nullptr});
@@ -48,7 +48,7 @@ protected:
     }
 };
 
-TEST_F(NotificationsAgainstServiceTest, TheServiceKnowsTheTokenAndWhatTheUserAllows) {
+TEST_F(NotificationsAgainstServiceTest, RegistersTokenAndSettings) {
     const auto device = listOf("devices")[0];
     EXPECT_EQ(device["token"], "00ab10");
     EXPECT_EQ(device["registered"], true);
@@ -56,7 +56,7 @@ TEST_F(NotificationsAgainstServiceTest, TheServiceKnowsTheTokenAndWhatTheUserAll
     EXPECT_EQ(device["trackingId"], phone->call("trackingId"));
 }
 
-TEST_F(NotificationsAgainstServiceTest, WhatTheUserChangesIsToldOnTheWayBack) {
+TEST_F(NotificationsAgainstServiceTest, ChangedSettingsAreRegisteredInTheForeground) {
     phone->perform({{"do", "notificationSettings"}, {"set", Dictionary{{"alertSetting", 1}}}});
     state("background");
     state("foreground");
@@ -64,20 +64,20 @@ TEST_F(NotificationsAgainstServiceTest, WhatTheUserChangesIsToldOnTheWayBack) {
     EXPECT_EQ(listOf("devices")[0]["notificationSettings"]["ios"]["alert"], "disabled");
 }
 
-TEST_F(NotificationsAgainstServiceTest, ATokenThatIsGivenBackIsOutOfForce) {
+TEST_F(NotificationsAgainstServiceTest, UnregisteringRemovesTheToken) {
     phone->call("unregisterFromRemoteNotificationsWithCompletionHandler:");
     EXPECT_EQ(lastResult(), Value({true, nullptr}));
     EXPECT_EQ(listOf("devices")[0]["registered"], false);
 }
 
-TEST_F(NotificationsAgainstServiceTest, ANewUserHasTheTokenToo) {
+TEST_F(NotificationsAgainstServiceTest, NewUsersKeepTheToken) {
     phone->call("setTrackingId:", {"somebody"});
     phone->settle();
     EXPECT_EQ(listOf("devices")[0]["trackingId"], "somebody");
     EXPECT_EQ(lastPayload("deviceRegistration")["trackingid"], "somebody");
 }
 
-TEST_F(NotificationsAgainstServiceTest, APushThatOpenedTheApplicationTravelsWithTheNextSession) {
+TEST_F(NotificationsAgainstServiceTest, OpenedPushesAreReportedWithTheNextSession) {
     state("background");
     const auto push = service.post(
         "pushes", Dictionary{{"appKey", appKey()}, {"deviceId", phone->call("deviceId")}, {"alert", "Come back"}});
@@ -87,7 +87,7 @@ TEST_F(NotificationsAgainstServiceTest, APushThatOpenedTheApplicationTravelsWith
     EXPECT_EQ(lastPayload("sessionStart")["phash"], push["payload"]["p"]);
 }
 
-TEST_F(NotificationsAgainstServiceTest, OneDueSoonShowsTheServicesText) {
+TEST_F(NotificationsAgainstServiceTest, NotificationsDueSoonShowTheServicesText) {
     service.put("campaigns/c", Value::parse(R"({"campaignId":7,"splits":[{"splitId":"a","messageText":"Hällo!"}]})"));
     schedule("Hello", 60, "c");
     const auto list = scheduled();
@@ -107,14 +107,14 @@ TEST_F(NotificationsAgainstServiceTest, OneDueSoonShowsTheServicesText) {
     EXPECT_EQ(phone->call("phash"), phash);
 }
 
-TEST_F(NotificationsAgainstServiceTest, AUserWhoIsLeftOutSeesNothing) {
+TEST_F(NotificationsAgainstServiceTest, ExcludedUsersSeeNoNotification) {
     service.put("campaigns/c", Dictionary{{"filteredTrackingIds", Value(Array{phone->call("trackingId")})}});
     schedule("Hello", 60, "c");
     EXPECT_TRUE(scheduled().empty());
     EXPECT_EQ(countLog("Local notification: will not be scheduled."), 1);
 }
 
-TEST_F(NotificationsAgainstServiceTest, WhileTheServiceFailsOneIsScheduledAsItIsAndAskedForAgain) {
+TEST_F(NotificationsAgainstServiceTest, FailedSplitsScheduleTheTextAndAreRetried) {
     addFault({{"endpoint", "MDN"}, {"kind", "status"}, {"status", 500}, {"count", 1}});
     schedule("Hello", 80);
     auto list = scheduled();
@@ -127,7 +127,7 @@ TEST_F(NotificationsAgainstServiceTest, WhileTheServiceFailsOneIsScheduledAsItIs
     EXPECT_TRUE(list[0]["userInfo"].contains("p") || list[1]["userInfo"].contains("p"));
 }
 
-TEST_F(NotificationsAgainstServiceTest, AHostileAnswerLeavesTheNotification) {
+TEST_F(NotificationsAgainstServiceTest, HostileAnswersKeepTheNotification) {
     for (const auto* kind : {"garbage", "drop", "truncate"}) {
         addFault({{"endpoint", "MDN"}, {"kind", kind}, {"count", 3}});
         schedule(kind, 80);
@@ -140,7 +140,7 @@ TEST_F(NotificationsAgainstServiceTest, AHostileAnswerLeavesTheNotification) {
     }
 }
 
-TEST_F(NotificationsAgainstServiceTest, LeavingTheForegroundGetsEveryPhash) {
+TEST_F(NotificationsAgainstServiceTest, LeavingTheForegroundFetchesEveryPhash) {
     schedule("Tomorrow", 86400);
     schedule("Next week", 604800);
     EXPECT_TRUE(listOf("splits").empty());
@@ -151,7 +151,7 @@ TEST_F(NotificationsAgainstServiceTest, LeavingTheForegroundGetsEveryPhash) {
     for (const auto& notification : list) EXPECT_TRUE(notification["userInfo"].contains("p"));
 }
 
-TEST_F(NotificationsAgainstServiceTest, CancellingTakesThePhashBack) {
+TEST_F(NotificationsAgainstServiceTest, CancellingReturnsThePhash) {
     schedule("Soon", 60);
     const auto notification = scheduled()[0];
     phone->call("cancelPendingLocalNotification:", {notification["handle"]});
@@ -163,7 +163,7 @@ TEST_F(NotificationsAgainstServiceTest, CancellingTakesThePhashBack) {
     EXPECT_TRUE(listOf("splits")[0]["cancelled"].is_number());
 }
 
-TEST_F(NotificationsAgainstServiceTest, CancellingAllTakesEveryPhashBackAtOnce) {
+TEST_F(NotificationsAgainstServiceTest, CancellingAllReturnsEveryPhashInOneRequest) {
     schedule("One", 60);
     schedule("Two", 70);
     phone->call("cancelAllPendingLocalNotifications");
@@ -173,7 +173,7 @@ TEST_F(NotificationsAgainstServiceTest, CancellingAllTakesEveryPhashBackAtOnce) 
     EXPECT_EQ(service.requests("cancelPhash").size(), 1U);
 }
 
-TEST_F(NotificationsAgainstServiceTest, OneScheduledBeforeARestartGetsItsPhashAndIsShownOnce) {
+TEST_F(NotificationsAgainstServiceTest, NotificationsSurviveARestartAndShowOnce) {
     schedule("Later", 200);
     relaunch();
     ASSERT_EQ(scheduled().size(), 1U);
@@ -190,7 +190,7 @@ TEST_F(NotificationsAgainstServiceTest, OneScheduledBeforeARestartGetsItsPhashAn
     EXPECT_TRUE(scheduled().empty());
 }
 
-TEST_F(NotificationsAgainstServiceTest, TheHostsOwnNotificationsFetchesAndLegacyAnswersHaveTheirWords) {
+TEST_F(NotificationsAgainstServiceTest, HostNotificationsFetchesAndLegacySettingsHaveCommands) {
     const auto own = [this](double in) {
         return phone->perform(
             {{"do", "schedulePlatform"}, {"notification", Dictionary{{"alertBody", "own"}, {"fireDate", now() + in}}}});

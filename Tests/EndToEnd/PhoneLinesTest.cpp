@@ -27,7 +27,7 @@ protected:
     }
 };
 
-TEST_F(PhoneLinesTest, LinesThatAreNoObjectAreAnsweredWithAnError) {
+TEST_F(PhoneLinesTest, LinesWithoutAnObjectAreErrors) {
     for (const auto* line :
          {"", "garbage", "[]", "1", "null", "\"launch\"", "{", "{\"do\":\"query\"", "{}{}", "{\"do\":\"\xff\"}"}) {
         expectRefused(line);
@@ -38,7 +38,7 @@ TEST_F(PhoneLinesTest, LinesThatAreNoObjectAreAnsweredWithAnError) {
     EXPECT_EQ(phone->perform({{"do", "query"}, {"what", "time"}}), Value(1'700'000'000.0));
 }
 
-TEST_F(PhoneLinesTest, LinesWithUnknownWordsOrUnusableFieldsAreAnsweredWithAnError) {
+TEST_F(PhoneLinesTest, UnknownCommandsAndUnusableFieldsAreErrors) {
     for (const auto* line : {R"({"id":7})",
                              R"({"id":7,"do":"dance"})",
                              R"({"id":7,"do":3})",
@@ -74,14 +74,14 @@ TEST_F(PhoneLinesTest, LinesWithUnknownWordsOrUnusableFieldsAreAnsweredWithAnErr
     }
 }
 
-TEST_F(PhoneLinesTest, AnIdOfAnyKindIsEchoed) {
+TEST_F(PhoneLinesTest, IdsOfAnyTypeAreEchoed) {
     for (const auto* id : {"1", "\"text\"", "null", "[1]", "{\"a\":true}"}) {
         const auto answer = phone->answerToText(std::string(R"({"do":"query","what":"time","id":)") + id + "}");
         EXPECT_EQ(answer.at("reply"), Value::parse(id));
     }
 }
 
-TEST_F(PhoneLinesTest, ANamedExceptionIsToldByNameAndReason) {
+TEST_F(PhoneLinesTest, ExceptionsAreReportedByNameAndReason) {
     for (const auto& key : {appKey().substr(1), appKey() + "x", std::string()}) {
         const auto answer = phone->answerTo({{"do", "launch"}, {"options", Dictionary{{"appKey", key}}}});
         ASSERT_TRUE(answer.contains("exception"));
@@ -94,14 +94,14 @@ TEST_F(PhoneLinesTest, ANamedExceptionIsToldByNameAndReason) {
     EXPECT_EQ(answer.at("exception")["name"], Value("Invalid Tag Type Exception"));
 }
 
-TEST_F(PhoneLinesTest, AKeyMayComeFromTheInfoDictionary) {
+TEST_F(PhoneLinesTest, AppKeyMayComeFromTheInfoDictionary) {
     std::ofstream(path("info.json")) << Value(Dictionary{{"VL_App_Key", appKey()}}).dump();
     startPhone({"--info", path("info.json")});
     phone->perform({{"do", "launch"}});
     EXPECT_EQ(phone->call("appKey"), Value(appKey()));
 }
 
-TEST_F(PhoneLinesTest, ALogLineComesAsAnEventWithItsPayload) {
+TEST_F(PhoneLinesTest, LogLinesAreEventsWithTheirPayload) {
     phone->perform({{"do", "log"}, {"message", "hello"}, {"payload", Dictionary{{"a", 1}}}, {"level", 1}});
     phone->perform({{"do", "log"}, {"message", "too fine"}, {"level", 4}});
     const auto lines = phone->events("log");
@@ -111,19 +111,19 @@ TEST_F(PhoneLinesTest, ALogLineComesAsAnEventWithItsPayload) {
     EXPECT_EQ(lines[0].at("payload"), Value(Dictionary{{"a", 1}}));
 }
 
-TEST_F(PhoneLinesTest, TheLogLevelOfTheCommandLineCountsWhenTheLineNamesNone) {
+TEST_F(PhoneLinesTest, LogLevelDefaultsToTheCommandLines) {
     startPhone({"--log-level", "4"});
     launch();
     EXPECT_GT(countLog("RQST0001"), 0);
 }
 
-TEST_F(PhoneLinesTest, TheVirtualClockMovesOnlyWhenItIsTold) {
+TEST_F(PhoneLinesTest, VirtualClockMovesOnlyWithAdvance) {
     phone->perform({{"do", "advance"}, {"seconds", 90.5}});
     EXPECT_EQ(phone->perform({{"do", "query"}, {"what", "time"}}), Value(1'700'000'090.5));
     EXPECT_EQ(phone->perform({{"do", "query"}, {"what", "timers"}}), Value(Array{}));
 }
 
-TEST_F(PhoneLinesTest, QueriesAndHelpersGiveTheirValues) {
+TEST_F(PhoneLinesTest, QueriesAndHelpersReturnValues) {
     EXPECT_EQ(phone->perform({{"do", "query"}, {"what", "documents"}}), Value(path("phone")));
     EXPECT_EQ(phone->perform({{"do", "query"}, {"what", "settings"}}), Value(Dictionary{}));
     EXPECT_EQ(phone->perform({{"do", "query"}, {"what", "urls"}})["mdnUrl"],
@@ -141,7 +141,7 @@ TEST_F(PhoneLinesTest, QueriesAndHelpersGiveTheirValues) {
     EXPECT_EQ(help("stringToAlertStyle:", "banner"), Value(1));
 }
 
-TEST_F(PhoneLinesTest, TheEndOfTheInputEndsItWithStatus0) {
+TEST_F(PhoneLinesTest, EndOfInputEndsItWithStatus0) {
     launch();
     EXPECT_EQ(phone->end(), 0);
 }
@@ -158,13 +158,13 @@ TEST_F(PhoneLinesTest, WrongOptionsEndItWithStatus2) {
     EXPECT_EQ(statusOf({"--data-dir", path("p"), "--clock", "real"}), 0);
 }
 
-TEST_F(PhoneLinesTest, ADataFolderIsMadeWithItsParents) {
+TEST_F(PhoneLinesTest, DataFolderIsCreatedWithItsParents) {
     startPhone({"--data-dir", path("a/b/c")});
     phone->call("deviceId");
     EXPECT_TRUE(std::filesystem::exists(path("a/b/c/VLLibSettings.plist")));
 }
 
-TEST_F(PhoneLinesTest, AFileInPlaceOfTheDataFolderLeavesEverythingInMemory) {
+TEST_F(PhoneLinesTest, AFileAsDataFolderLeavesEverythingInMemory) {
     std::ofstream(path("occupied")) << "x";
     startPhone({"--data-dir", path("occupied")});
     launch();

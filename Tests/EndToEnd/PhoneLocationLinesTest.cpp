@@ -14,7 +14,7 @@ protected:
     Value query(const std::string& what) { return phone->perform({{"do", "query"}, {"what", what}}); }
 };
 
-TEST_F(PhoneLocationLinesTest, LinesThatCannotBeTakenAreAnsweredWithAnError) {
+TEST_F(PhoneLocationLinesTest, UnusableLinesAreErrors) {
     for (
         const auto* line :
         {R"({"do":"capabilities"})",
@@ -43,7 +43,7 @@ TEST_F(PhoneLocationLinesTest, LinesThatCannotBeTakenAreAnsweredWithAnError) {
     }
 }
 
-TEST_F(PhoneLocationLinesTest, LinesBeforeTheLaunchAreTaken) {
+TEST_F(PhoneLocationLinesTest, LinesMayPrecedeTheLaunch) {
     phone->perform({{"do", "capabilities"},
                     {"set", Dictionary{{"locationServicesEnabled", true},
                                        {"regionMonitoring", true},

@@ -8,7 +8,7 @@ namespace {
 
 const char* const kPresent = "presentInterstitialWithPlacement:viewController:animated:completionHandler:";
 
-/// The words for screens, view controllers and links; nothing here needs an answer of the service.
+/// Tests the commands for screens, view controllers and links, which need no answer of the service.
 class PhoneScreenLinesTest : public EndToEndTest {
 protected:
     PhoneScreenLinesTest() { startPhone(); }
@@ -18,7 +18,7 @@ protected:
         return phone->perform({{"do", "helper"}, {"name", name}, {"args", std::move(arguments)}});
     }
 
-    /// The error that presenting comes to.
+    /// Presents an interstitial and returns the error.
     Value errorOf(Array arguments) {
         phone->takeEvents();
         phone->call(kPresent, std::move(arguments));
@@ -30,7 +30,7 @@ protected:
     }
 };
 
-TEST_F(PhoneScreenLinesTest, ThePhoneStartsWithAPlainScreenAndTakesAnyChain) {
+TEST_F(PhoneScreenLinesTest, StartsWithAPlainScreenAndAcceptsAnyChain) {
     EXPECT_EQ(presented(), Value(Array{"plain"}));
     for (const Array& chain : {Array{"plain", "navigation", "alert"}, Array{"navigation", "plain", "plain"},
                                Array{"alert"}, Array{"navigation"}, Array{}}) {
@@ -39,7 +39,7 @@ TEST_F(PhoneScreenLinesTest, ThePhoneStartsWithAPlainScreenAndTakesAnyChain) {
     }
 }
 
-TEST_F(PhoneScreenLinesTest, LinesThatCannotBeTakenAreAnsweredWithAnErrorAndChangeNothing) {
+TEST_F(PhoneScreenLinesTest, UnusableLinesAreErrorsWithoutEffect) {
     const std::string call = std::string(R"({"do":"call","op":")") + kPresent + R"(","args":)";
     for (const auto& line :
          {std::string(R"({"do":"viewControllers"})"), std::string(R"({"do":"viewControllers","chain":"plain"})"),
@@ -60,7 +60,7 @@ TEST_F(PhoneScreenLinesTest, LinesThatCannotBeTakenAreAnsweredWithAnErrorAndChan
     EXPECT_EQ(presented(), Value(Array{"plain"}));
 }
 
-TEST_F(PhoneScreenLinesTest, UnsuitableViewControllersAreTold) {
+TEST_F(PhoneScreenLinesTest, UnsuitableViewControllersAreReported) {
     EXPECT_EQ(errorOf({1, nullptr, true})["code"], Value(1));
     EXPECT_EQ(errorOf({1, "notAViewController", true})["description"],
               Value("Interstitial view controller object of type NSObject is not a subclass of UIViewController"));
@@ -71,7 +71,7 @@ TEST_F(PhoneScreenLinesTest, UnsuitableViewControllersAreTold) {
               Value("Could not display invalid placement with raw value 39"));
 }
 
-TEST_F(PhoneScreenLinesTest, LinksAreFollowedAndTheSettingsPageIsOpened) {
+TEST_F(PhoneScreenLinesTest, LinksAreFollowedAndOpenTheSettings) {
     EXPECT_EQ(phone->call("openVorlaneDeepLink:", {"vorlane://notification-settings-yes"}), Value(true));
     const auto opened = phone->events("openURL");
     ASSERT_EQ(opened.size(), 1U);
@@ -83,7 +83,7 @@ TEST_F(PhoneScreenLinesTest, LinksAreFollowedAndTheSettingsPageIsOpened) {
     EXPECT_EQ(phone->call("locationAuthorisationStatus"), Value(0));
 }
 
-TEST_F(PhoneScreenLinesTest, TheExtensionsAndConstantsAreThere) {
+TEST_F(PhoneScreenLinesTest, HelpersAndConstantsAreAvailable) {
     EXPECT_EQ(help("stringForPlacement:", {38}), Value("Placement Z"));
     EXPECT_EQ(help("stringForPlacement:", {39}), Value());
     EXPECT_EQ(help("stringForPlacement:", {-1}), Value());
@@ -96,13 +96,13 @@ TEST_F(PhoneScreenLinesTest, TheExtensionsAndConstantsAreThere) {
     EXPECT_EQ(constants["VIEWPORT_META_TAG"], Value(R"(<meta name="viewport" content="initial-scale=1.0" />)"));
 }
 
-TEST_F(PhoneScreenLinesTest, AColourOfTheWrongLengthStopsTheProcess) {
+TEST_F(PhoneScreenLinesTest, AColourOfTheWrongLengthAborts) {
     phone->send(R"({"do":"helper","name":"vl_colorWithHexString:alpha:","args":["#12345",1]})");
-    // 128 and the number of SIGABRT.
+    // 128 plus the number of SIGABRT.
     EXPECT_EQ(phone->wait(), 128 + 6);
 }
 
-TEST_F(PhoneScreenLinesTest, RequestsThatWaitDoNotKeepThePhoneFromQuitting) {
+TEST_F(PhoneScreenLinesTest, PendingRequestsDoNotPreventQuitting) {
     for (int i = 0; i < 3; ++i) phone->call("askForPermission:interstitialViewController:", {0, "interstitial"});
     phone->call("askForPermission:", {1});
     EXPECT_EQ(phone->quit(), 0);

@@ -11,8 +11,7 @@
 
 namespace vorlane {
 
-/// A scene for geofences and beacons: a phone whose user and application allow them, and what the service knows of
-/// places.
+/// A fixture for geofences and beacons, whose user and application allow them.
 class PlacesTest : public EndToEndTest {
 protected:
     PlacesTest() {
@@ -22,7 +21,7 @@ protected:
         std::ofstream(path("Info.json")) << Value(info).dump();
     }
 
-    /// Switches services on, each with its own configuration.
+    /// Switches services on, each with its configuration.
     void configure(const Dictionary& configurations) {
         Dictionary services;
         for (const auto& [name, configuration] : configurations) services[name] = true;
@@ -30,7 +29,7 @@ protected:
                     Dictionary{{"services", Value(services)}, {"configs", Value(configurations)}});
     }
 
-    /// A phone at this time, launched and active.
+    /// Starts, launches and activates a phone at the current time.
     void begin() {
         startPhone({"--info", path("Info.json"), "--clock", fmt::format("virtual={:.0f}", now)});
         phone->perform({{"do", "locationAuthorisation"}, {"status", 3}});
@@ -38,7 +37,7 @@ protected:
         state("active");
         phone->settle();
     }
-    /// The phone's process ends as the system ends one, and another begins with its files.
+    /// Kills the phone's process and starts another one with its files.
     void restart() {
         phone->kill(9);
         phone->wait();
@@ -61,7 +60,7 @@ protected:
         phone->settle();
     }
 
-    /// The identifiers of the regions that the phone watches, or ranges, sorted.
+    /// The identifiers of the monitored or ranged regions, sorted.
     std::vector<std::string> identifiers(const std::string& what) {
         std::vector<std::string> identifiers;
         const auto regions = phone->perform({{"do", "query"}, {"what", what}});
@@ -70,13 +69,13 @@ protected:
         return identifiers;
     }
 
-    /// The notifications that the phone showed since the events were last taken.
+    /// The notifications shown since the events were last taken.
     std::vector<Value> shown() const {
         std::vector<Value> notifications;
         for (const auto& event : phone->events("fired")) notifications.push_back(event.at("notification"));
         return notifications;
     }
-    /// Their texts.
+    /// The texts of these notifications.
     std::vector<std::string> shownTexts() const {
         std::vector<std::string> texts;
         for (const auto& notification : shown()) texts.push_back(notification.at("alertBody").get<std::string>());
@@ -85,7 +84,7 @@ protected:
 
     std::size_t requests(const std::string& endpoint) const { return service.requests(endpoint).size(); }
 
-    /// Faults at an endpoint until they are removed.
+    /// Adds a fault to an endpoint until it is removed.
     void fail(const std::string& endpoint, const std::string& kind = "drop") {
         service.post("faults", Dictionary{{"endpoint", endpoint}, {"kind", kind}});
     }

@@ -12,12 +12,12 @@ namespace {
 
 namespace files = std::filesystem;
 
-/// A phone whose data folder only lets it read. The superuser may write everywhere, so the phone runs as nobody then.
+/// A fixture with a read-only data folder. As root, who may write everywhere, the phone runs as nobody.
 class ReadOnlyFolderTest : public EndToEndTest {
 protected:
     ReadOnlyFolderTest() {
         files::create_directory(path("phone"));
-        // Out of a build folder that may be private.
+        // The build folder may be private.
         files::copy_file(VORLANE_PHONE, program());
         files::permissions(path(""), files::perms(0755));
     }
@@ -44,7 +44,7 @@ protected:
     }
 };
 
-TEST_F(ReadOnlyFolderTest, ALaunchWorksInMemory) {
+TEST_F(ReadOnlyFolderTest, LaunchWorksInMemory) {
     startReadOnlyPhone();
     launch();
     state("active");
@@ -56,7 +56,7 @@ TEST_F(ReadOnlyFolderTest, ALaunchWorksInMemory) {
     EXPECT_TRUE(files::is_empty(path("phone")));
 }
 
-TEST_F(ReadOnlyFolderTest, WhatAnEarlierLaunchStoredIsReadAndLeft) {
+TEST_F(ReadOnlyFolderTest, ReadsAndKeepsEarlierFiles) {
     startPhone();
     launch();
     phone->call("setTrackingId:", {"before"});

@@ -18,14 +18,14 @@ protected:
         phone->settle();
     }
 
-    /// The user taps a button: the interstitial closes, and the host hands its link to the library.
+    /// Taps a button: closes the interstitial and opens its link.
     Value tap(const std::string& link) {
         dismiss();
         return call("openVorlaneDeepLink:", {link});
     }
 };
 
-TEST_F(SoftOptInTest, AYesLeadsToTheSystemPromptAndTheServiceLearnsTheAnswer) {
+TEST_F(SoftOptInTest, AYesPromptsAndRegistersTheAnswer) {
     start();
     phone->perform({{"do", "token"}, {"hex", "00ff10"}});
     EXPECT_EQ(lastPayload("deviceRegistration")["notification_settings.v2"]["ios"]["authorisation"],
@@ -43,21 +43,21 @@ TEST_F(SoftOptInTest, AYesLeadsToTheSystemPromptAndTheServiceLearnsTheAnswer) {
     EXPECT_EQ(lastPayload("deviceRegistration")["notification_settings.v2"]["ios"]["authorisation"],
               Value("authorised"));
 
-    // Nothing is left to ask for.
+    // No permission is left to ask for.
     advance(86400);
     askForNotifications();
     EXPECT_EQ(countEvents("interstitial"), 1U);
     EXPECT_EQ(requestedPlacements(), std::vector<std::string>{"Notification%20Prompt"});
 }
 
-TEST_F(SoftOptInTest, ANoAsksNothingOfTheSystem) {
+TEST_F(SoftOptInTest, ANoShowsNoSystemPrompt) {
     start();
     askForNotifications();
     EXPECT_EQ(tap(lastLinks()[1]), Value(true));
     EXPECT_EQ(countEvents("prompt"), 0U);
 }
 
-TEST_F(SoftOptInTest, AnAnswerThatIsRefusedLeadsToTheSettingsTheNextTime) {
+TEST_F(SoftOptInTest, AfterARefusalTheSettingsPageIsShown) {
     phone->perform({{"do", "user"}, {"answers", Dictionary{{"notifications", "deny"}}}});
     start();
     askForNotifications();
@@ -73,7 +73,7 @@ TEST_F(SoftOptInTest, AnAnswerThatIsRefusedLeadsToTheSettingsTheNextTime) {
     EXPECT_EQ(countEvents("prompt"), 1U);
 }
 
-TEST_F(SoftOptInTest, ASecondOneIsRefusedForADayUnlessConfiguredOtherwise) {
+TEST_F(SoftOptInTest, ASecondSoftOptInIsRefusedFor1Day) {
     start();
     askForNotifications();
     dismiss();
@@ -92,7 +92,7 @@ TEST_F(SoftOptInTest, ASecondOneIsRefusedForADayUnlessConfiguredOtherwise) {
     EXPECT_EQ(countLog(kTooRecent), 1);
 }
 
-TEST_F(SoftOptInTest, TheLimitHoldsAcrossARestart) {
+TEST_F(SoftOptInTest, LimitHoldsAcrossARestart) {
     configurePermissions({{"reprompt_interval", 3600}});
     start();
     askForNotifications();
@@ -109,7 +109,7 @@ TEST_F(SoftOptInTest, TheLimitHoldsAcrossARestart) {
     EXPECT_EQ(countEvents("interstitial"), 1U);
 }
 
-TEST_F(SoftOptInTest, AnIntervalOf0LetsEveryOneThrough) {
+TEST_F(SoftOptInTest, AnIntervalOf0RefusesNone) {
     configurePermissions({{"reprompt_interval", 0}});
     start();
     for (std::size_t count = 1; count <= 3; ++count) {
@@ -120,7 +120,7 @@ TEST_F(SoftOptInTest, AnIntervalOf0LetsEveryOneThrough) {
     EXPECT_EQ(countLog(kTooRecent), 0);
 }
 
-TEST_F(SoftOptInTest, AFailedFetchFallsBackToTheSystemPromptAndCounts) {
+TEST_F(SoftOptInTest, FailedFetchesFallBackToTheSystemPrompt) {
     start();
     service.post("faults", Dictionary{{"endpoint", "interstitial"}, {"kind", "drop"}, {"count", 5}});
     askForNotifications();
@@ -134,7 +134,7 @@ TEST_F(SoftOptInTest, AFailedFetchFallsBackToTheSystemPromptAndCounts) {
     EXPECT_EQ(countEvents("prompt"), 1U);
 }
 
-TEST_F(SoftOptInTest, APlacementThatWasRemovedShowsNeitherPageNorPrompt) {
+TEST_F(SoftOptInTest, RemovedPlacementsShowNeitherPageNorPrompt) {
     service.remove(interstitial("Notification%20Prompt"));
     start();
     askForNotifications();
@@ -142,7 +142,7 @@ TEST_F(SoftOptInTest, APlacementThatWasRemovedShowsNeitherPageNorPrompt) {
     EXPECT_EQ(countEvents("interstitial") + countEvents("prompt"), 0U);
 }
 
-TEST_F(SoftOptInTest, WhatIsAskedBeforeTheLaunchWaitsForTheConfiguration) {
+TEST_F(SoftOptInTest, RequestsBeforeTheLaunchWaitForTheConfiguration) {
     askForNotifications();
     call("askForPermission:", {0});
     EXPECT_EQ(countEvents("interstitial") + countEvents("prompt"), 0U);
@@ -152,7 +152,7 @@ TEST_F(SoftOptInTest, WhatIsAskedBeforeTheLaunchWaitsForTheConfiguration) {
     EXPECT_EQ(countEvents("prompt"), 1U);
 }
 
-TEST_F(SoftOptInTest, AConfiguredProvisionalAuthorisationComesFirst) {
+TEST_F(SoftOptInTest, ProvisionalAuthorisationComesFirstIfConfigured) {
     configurePermissions({{"notification", Dictionary{{"provisional_authorisation", 1}}}});
     phone->perform({{"do", "user"}, {"answers", Dictionary{{"notifications", "later"}}}});
     start();
@@ -171,7 +171,7 @@ TEST_F(SoftOptInTest, AConfiguredProvisionalAuthorisationComesFirst) {
     EXPECT_EQ(phone->events("prompt")[1].at("options"), Value(15));
 }
 
-TEST_F(SoftOptInTest, APlatformWithoutProvisionalAuthorisationIsNotAskedForIt) {
+TEST_F(SoftOptInTest, OlderPlatformsAreNotAskedForProvisionalAuthorisation) {
     configurePermissions({{"notification", Dictionary{{"provisional_authorisation", true}}}});
     startPhone({"--os-version", "11.4"});
     start();

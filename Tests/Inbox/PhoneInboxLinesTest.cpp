@@ -133,7 +133,7 @@ TEST_F(PhoneInboxLinesTest, AMessageOutsideTheLastListIsRefused) {
                   "no message \"5\" in the last inbox list");
         EXPECT_NE(refusal({{"do", "call"}, {"op", operation}}), "none");
     }
-    EXPECT_EQ(refusal({{"do", "loadImage"}, {"messageId", nullptr}}), "messageId must be that of a message");
+    EXPECT_EQ(refusal({{"do", "loadImage"}, {"messageId", nullptr}}), "messageId must be the id of a message");
     EXPECT_EQ(refusal({{"do", "loadImage"}}), "missing field messageId");
 }
 

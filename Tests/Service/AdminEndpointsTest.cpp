@@ -12,13 +12,13 @@ protected:
         EXPECT_EQ(client().get("/config/application/ios/" + appKey + "?trackingId=" + trackingId).status, 200);
     }
 
-    /// Asks the operator's endpoint from a thread of its own.
+    /// Sends an admin request on a thread of its own.
     std::future<ServiceAnswer> askLater(const std::string& target) const {
         return std::async(std::launch::async, [this, target] { return client().get(target); });
     }
 };
 
-TEST_F(AdminEndpointsTest, TheFirstPageListsEveryEndpoint) {
+TEST_F(AdminEndpointsTest, FirstPageListsEveryEndpoint) {
     const auto answer = client().get("/");
     EXPECT_EQ(answer.status, 200);
     EXPECT_EQ(answer.headers.at("Content-Type"), "text/plain; charset=utf-8");
@@ -29,14 +29,14 @@ TEST_F(AdminEndpointsTest, TheFirstPageListsEveryEndpoint) {
 
 TEST_F(AdminEndpointsTest, HealthIsOK) { expectOK(client().get("/_admin/health")); }
 
-TEST_F(AdminEndpointsTest, TheOperatorsOwnRequestsAreNotRecorded) {
+TEST_F(AdminEndpointsTest, AdminRequestsAreNotRecorded) {
     client().get("/");
     client().get("/_admin/health");
     client().get("/_admin/tags");
     EXPECT_EQ(listOf("requests"), Value::array());
 }
 
-TEST_F(AdminEndpointsTest, ARequestIsRecordedWhole) {
+TEST_F(AdminEndpointsTest, RequestsAreRecordedCompletely) {
     const Value payload = {{"app_key", "K"}, {"tracking_id", "T"}, {"event_type", "e"}, {"event_label", "l"}};
     client().postForm("/0.8/register_app_event?app_key=K", payload);
     auto record = lastRecord();
@@ -59,7 +59,7 @@ TEST_F(AdminEndpointsTest, ARequestIsRecordedWhole) {
                              {"fault", nullptr}}));
 }
 
-TEST_F(AdminEndpointsTest, WhatHasNoEndpointIsNotFoundButRecorded) {
+TEST_F(AdminEndpointsTest, UnknownPathsAreNotFoundButRecorded) {
     expectError(client().get("/K/T/rich/other?stateHash=x&timezone=%252B600"), 404, "there is no such endpoint");
     const auto record = lastRecord();
     EXPECT_EQ(record["endpoint"], "unknown");
@@ -68,9 +68,9 @@ TEST_F(AdminEndpointsTest, WhatHasNoEndpointIsNotFoundButRecorded) {
     EXPECT_EQ(record["status"], 404);
 }
 
-TEST_F(AdminEndpointsTest, AWrongMethodIsToldWhichAreRight) {
+TEST_F(AdminEndpointsTest, WrongMethodsAreAnsweredWithTheRightOnes) {
     const auto answer = client().get("/0.8/session");
-    expectError(answer, 405, "the endpoint does not have this method");
+    expectError(answer, 405, "the endpoint does not support this method");
     EXPECT_EQ(answer.headers.at("Allow"), "POST");
     EXPECT_EQ(client().options("/api/apps/K/tracking/T/tag/*").headers.at("Allow"), "DELETE, GET, POST");
     EXPECT_EQ(listOf("requests", "?status=405").size(), 2u);
@@ -94,18 +94,19 @@ TEST_F(AdminEndpointsTest, RequestsAreFiltered) {
     EXPECT_EQ(listOf("requests", "?since=5"), Value::array());
 }
 
-TEST_F(AdminEndpointsTest, AMistakenQueryIsRefused) {
-    expectError(client().get("/_admin/requests?endpont=config"), 400, "there is no \"endpont\" here");
-    expectError(client().get("/_admin/requests?since=x"), 400, "\"since\" is no number from 0 to 9223372036854775807");
+TEST_F(AdminEndpointsTest, InvalidQueriesAreRefused) {
+    expectError(client().get("/_admin/requests?endpont=config"), 400, "unknown name \"endpont\"");
+    expectError(client().get("/_admin/requests?since=x"), 400,
+                "\"since\" is not a number from 0 to 9223372036854775807");
     expectError(client().get("/_admin/requests?waitFor=-1"), 400,
-                "\"waitFor\" is no number from 0 to 9223372036854775807");
+                "\"waitFor\" is not a number from 0 to 9223372036854775807");
     for (const std::string text : {"601", "-1", "nan", "inf", "1s", ""})
-        expectError(client().get("/_admin/requests?timeout=" + text), 400, "\"timeout\" is no number from 0 to 600");
+        expectError(client().get("/_admin/requests?timeout=" + text), 400, "\"timeout\" is not a number from 0 to 600");
     EXPECT_EQ(client().get("/_admin/tags?trackingid=T").status, 400);
     EXPECT_EQ(client().del("/_admin/faults?ids=1").status, 400);
 }
 
-TEST_F(AdminEndpointsTest, WaitingEndsWhenEnoughHaveCome) {
+TEST_F(AdminEndpointsTest, WaitingEndsWithEnoughRequests) {
     ask("K");
     auto waiting = askLater("/_admin/requests?endpoint=config&waitFor=3&timeout=600");
     client().get("/other");
@@ -117,21 +118,21 @@ TEST_F(AdminEndpointsTest, WaitingEndsWhenEnoughHaveCome) {
     EXPECT_EQ(answer["requests"][2]["number"], 4);
 }
 
-TEST_F(AdminEndpointsTest, WaitingForWhatIsThereAlreadyEndsAtOnce) {
+TEST_F(AdminEndpointsTest, WaitingForExistingRequestsEndsImmediately) {
     ask("K");
     const auto answer = client().get("/_admin/requests?waitFor=1&timeout=600").json();
     EXPECT_EQ(answer["complete"], true);
     EXPECT_EQ(answer["requests"].size(), 1u);
 }
 
-TEST_F(AdminEndpointsTest, WaitingInVainGivesWhatThereIs) {
+TEST_F(AdminEndpointsTest, WaitingReturnsExistingRequestsAtTheTimeout) {
     ask("K");
     const auto answer = client().get("/_admin/requests?waitFor=2&timeout=0.01").json();
     EXPECT_EQ(answer["complete"], false);
     EXPECT_EQ(answer["requests"].size(), 1u);
 }
 
-TEST_F(AdminEndpointsTest, OnlyLaterRequestsAreWaitedForWhenSoAsked) {
+TEST_F(AdminEndpointsTest, WaitingMayBeLimitedToLaterRequests) {
     ask("K");
     auto waiting = askLater("/_admin/requests?since=1&waitFor=1&timeout=600");
     ask("L");
@@ -140,18 +141,18 @@ TEST_F(AdminEndpointsTest, OnlyLaterRequestsAreWaitedForWhenSoAsked) {
     EXPECT_EQ(answer["requests"][0]["appKey"], "L");
 }
 
-TEST_F(AdminEndpointsTest, WaitingDoesNotKeepTheServiceFromEnding) {
+TEST_F(AdminEndpointsTest, WaitingDoesNotPreventShutdown) {
     auto waiting = askLater("/_admin/requests?waitFor=1&timeout=600");
     ask("K");  // there may be one thread at work now, or two
     auto second = askLater("/_admin/requests?waitFor=2&timeout=600");
     EXPECT_EQ(waiting.get().json()["complete"], true);
     stopServer();
-    // Answered with what there was, or cut off before it was sent, or refused.
+    // Answered with the existing requests, cut off before that, or refused.
     const auto answer = second.get();
     EXPECT_TRUE(answer.status == 0 || answer.json()["complete"] == false);
 }
 
-TEST_F(AdminEndpointsTest, ClearedRequestsAreGoneButTheirNumbersAreNotUsedAgain) {
+TEST_F(AdminEndpointsTest, ClearingDoesNotReuseRequestNumbers) {
     ask("K");
     expectOK(client().del("/_admin/requests"));
     EXPECT_EQ(listOf("requests"), Value::array());
@@ -159,7 +160,7 @@ TEST_F(AdminEndpointsTest, ClearedRequestsAreGoneButTheirNumbersAreNotUsedAgain)
     EXPECT_EQ(lastRecord()["number"], 2);
 }
 
-TEST_F(AdminEndpointsTest, ResetForgetsEverything) {
+TEST_F(AdminEndpointsTest, ResetRemovesEverything) {
     client().postForm("/0.8/session", {{"app_key", "K"}, {"tracking_id", "T"}, {"device_id", "D"}});
     client().postForm("/0.8/register_app_event",
                       {{"app_key", "K"}, {"tracking_id", "T"}, {"event_type", "e"}, {"event_label", "l"}});

@@ -40,13 +40,13 @@ protected:
     }
 };
 
-TEST_F(AdminInterstitialEndpointsTest, ANewAppKeyListsTheSamplePagesByName) {
+TEST_F(AdminInterstitialEndpointsTest, NewAppKeysListTheSamplePages) {
     EXPECT_EQ(expectedSamples().size(), 7u);
     EXPECT_EQ(list(), expectedSamples());
     EXPECT_EQ(list("another"), expectedSamples());
 }
 
-TEST_F(AdminInterstitialEndpointsTest, APlacementIsSetAndReadBack) {
+TEST_F(AdminInterstitialEndpointsTest, PlacementsAreSetAndReadBack) {
     expectOK(set("Placement%203", {{"html", "<p>"}, {"metadata", {{"a", {1}}}}, {"phash", "p"}}));
     EXPECT_EQ(client().get(kApp + "/Placement%203").json(),
               Value({{"placement", "Placement 3"}, {"html", "<p>"}, {"metadata", {{"a", {1}}}}, {"phash", "p"}}));
@@ -54,7 +54,7 @@ TEST_F(AdminInterstitialEndpointsTest, APlacementIsSetAndReadBack) {
     EXPECT_EQ(list("another").size(), 7u);
 }
 
-TEST_F(AdminInterstitialEndpointsTest, ASamplePageIsReplaced) {
+TEST_F(AdminInterstitialEndpointsTest, SamplePagesMayBeReplaced) {
     expectOK(set("Feedback", {{"html", "mine"}}));
     const Value mine = {{"placement", "Feedback"}, {"html", "mine"}, {"metadata", Value::object()}, {"phash", nullptr}};
     EXPECT_EQ(client().get(kApp + "/Feedback").json(), mine);
@@ -66,7 +66,7 @@ TEST_F(AdminInterstitialEndpointsTest, ASamplePageIsReplaced) {
     EXPECT_EQ(list().size(), 7u);
 }
 
-TEST_F(AdminInterstitialEndpointsTest, ARemovedPlacementHasNoContent) {
+TEST_F(AdminInterstitialEndpointsTest, RemovedPlacementsHaveNoContent) {
     expectOK(set("Placement%20B", {{"html", "b"}}));
     for (const std::string placement : {"Placement%20B", "App%20Open"}) {
         expectOK(client().del(kApp + "/" + placement));
@@ -81,14 +81,14 @@ TEST_F(AdminInterstitialEndpointsTest, ARemovedPlacementHasNoContent) {
     EXPECT_EQ(client().get(kApp + "/App%20Open").json()["html"], "back");
 }
 
-TEST_F(AdminInterstitialEndpointsTest, WhatNeverHadContentIsNotFound) {
+TEST_F(AdminInterstitialEndpointsTest, PlacementsWithoutContentAreNotFound) {
     for (const std::string placement : {"Push%20Open", "Nonsense"}) {
         expectError(client().get(kApp + "/" + placement), 404, "the placement has no content");
         expectError(client().del(kApp + "/" + placement), 404, "the placement has no content");
     }
 }
 
-TEST_F(AdminInterstitialEndpointsTest, ForgettingAnAppsOwnBringsItsSamplePagesBack) {
+TEST_F(AdminInterstitialEndpointsTest, RemovingAllPlacementsRestoresTheSamplePages) {
     expectOK(set("Feedback", {{"html", "mine"}}));
     expectOK(set("Placement%209", {{"html", "mine"}}));
     expectOK(client().del(kApp + "/App%20Open"));
@@ -98,13 +98,13 @@ TEST_F(AdminInterstitialEndpointsTest, ForgettingAnAppsOwnBringsItsSamplePagesBa
     EXPECT_EQ(client().get("/_admin/interstitials/L/Feedback").json()["html"], "other");
 }
 
-TEST_F(AdminInterstitialEndpointsTest, ResetBringsTheSamplePagesBack) {
+TEST_F(AdminInterstitialEndpointsTest, ResetRestoresTheSamplePages) {
     expectOK(set("Feedback", {{"html", "mine"}}));
     expectOK(client().post("/_admin/reset", "", "text/plain"));
     EXPECT_EQ(list(), expectedSamples());
 }
 
-TEST_F(AdminInterstitialEndpointsTest, APageIsLookedAtAsItIs) {
+TEST_F(AdminInterstitialEndpointsTest, PagesAreServedUnchanged) {
     expectOK(set("Feedback", {{"html", "<p>\xC3\xA9 %41"}}));
     const auto answer = client().get(kApp + "/Feedback/page");
     EXPECT_EQ(answer.status, 200);
@@ -112,7 +112,7 @@ TEST_F(AdminInterstitialEndpointsTest, APageIsLookedAtAsItIs) {
     EXPECT_EQ(answer.body, "<p>\xC3\xA9 %41");
 }
 
-TEST_F(AdminInterstitialEndpointsTest, WhatIsNoPlacementIsRefused) {
+TEST_F(AdminInterstitialEndpointsTest, UnknownPlacementsAreRefused) {
     const Value body = {{"html", "x"}};
     expectError(set("Placement%200", body), 400, "there is no placement \"Placement 0\"");
     expectError(set("app%20open", body), 400, "there is no placement \"app open\"");
@@ -122,22 +122,22 @@ TEST_F(AdminInterstitialEndpointsTest, WhatIsNoPlacementIsRefused) {
     EXPECT_EQ(list(), expectedSamples());
 }
 
-TEST_F(AdminInterstitialEndpointsTest, AMistakenPlacementIsRefusedAndChangesNothing) {
-    const std::string noPage = "\"html\" is missing, empty or no text";
+TEST_F(AdminInterstitialEndpointsTest, InvalidPlacementsAreRefusedWithoutEffect) {
+    const std::string noPage = "\"html\" is missing, empty or not a string";
     expectError(set("Feedback", Value::object()), 400, noPage);
     expectError(set("Feedback", {{"html", ""}}), 400, noPage);
     expectError(set("Feedback", {{"html", nullptr}}), 400, noPage);
     expectError(set("Feedback", {{"html", {"x"}}}), 400, noPage);
-    expectError(set("Feedback", {{"html", "x"}, {"metadata", "dark"}}), 400, "\"metadata\" is no object");
+    expectError(set("Feedback", {{"html", "x"}, {"metadata", "dark"}}), 400, "\"metadata\" is not an object");
     expectError(set("Feedback", {{"html", "x"}, {"metadata", {{"html", "y"}}}}), 400, "\"metadata\" has \"html\"");
-    expectError(set("Feedback", {{"html", "x"}, {"phash", ""}}), 400, "\"phash\" is missing, empty or no text");
-    expectError(set("Feedback", {{"html", "x"}, {"phash", 5}}), 400, "\"phash\" is missing, empty or no text");
-    expectError(set("Feedback", {{"html", "x"}, {"pHash", "p"}}), 400, "there is no \"pHash\" here");
+    expectError(set("Feedback", {{"html", "x"}, {"phash", ""}}), 400, "\"phash\" is missing, empty or not a string");
+    expectError(set("Feedback", {{"html", "x"}, {"phash", 5}}), 400, "\"phash\" is missing, empty or not a string");
+    expectError(set("Feedback", {{"html", "x"}, {"pHash", "p"}}), 400, "unknown name \"pHash\"");
     EXPECT_EQ(set("Feedback", Value::array()).status, 400);
     EXPECT_EQ(list(), expectedSamples());
 }
 
-TEST_F(AdminInterstitialEndpointsTest, NoneOfThisIsRecorded) {
+TEST_F(AdminInterstitialEndpointsTest, AdminRequestsForPlacementsAreNotRecorded) {
     set("Feedback", {{"html", "x"}});
     client().get(kApp + "/Feedback/page");
     list();
@@ -145,7 +145,7 @@ TEST_F(AdminInterstitialEndpointsTest, NoneOfThisIsRecorded) {
     EXPECT_EQ(listOf("requests"), Value::array());
 }
 
-TEST(PlacementTest, EveryNameThatAppsAskForIsOne) {
+TEST(PlacementTest, EveryRequestedNameIsAPlacement) {
     std::vector<std::string> names{"App Open",
                                    "Feedback",
                                    "Push Open",

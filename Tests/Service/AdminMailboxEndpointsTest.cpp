@@ -14,7 +14,7 @@ protected:
         return {{"appKey", appKey}, {"trackingId", trackingId}, {"subject", "Hello"}};
     }
 
-    /// The least that a message needs, with one more field.
+    /// The smallest valid message with one more field.
     static Value helloWith(const std::string& key, const Value& value) {
         auto message = hello();
         message[key] = value;
@@ -37,7 +37,7 @@ protected:
     }
 };
 
-TEST_F(AdminMailboxEndpointsTest, SendingTellsTheIdThePhashAndHowManyGotIt) {
+TEST_F(AdminMailboxEndpointsTest, SendingReturnsIdPhashAndRecipients) {
     auto answer = client().postJSON(kMessages, hello());
     EXPECT_EQ(answer.status, 201);
     EXPECT_EQ(answer.json(), Value({{"id", 1}, {"phash", "message-1"}, {"recipients", 1}}));
@@ -47,7 +47,7 @@ TEST_F(AdminMailboxEndpointsTest, SendingTellsTheIdThePhashAndHowManyGotIt) {
               Value({{"id", UINT64_MAX}, {"phash", "own"}, {"recipients", 1}}));
 }
 
-TEST_F(AdminMailboxEndpointsTest, AMessageToAllGoesToEveryKnownUserOfTheApp) {
+TEST_F(AdminMailboxEndpointsTest, MessagesToAllReachEveryKnownUser) {
     for (const std::string user : {"T", "U"}) client().get("/config/application/ios/K?trackingId=" + user);
     client().get("/config/application/ios/L?trackingId=V");
     const auto answer = client().postJSON(kMessages, {{"appKey", "K"}, {"all", true}, {"subject", "To all"}});
@@ -58,7 +58,7 @@ TEST_F(AdminMailboxEndpointsTest, AMessageToAllGoesToEveryKnownUserOfTheApp) {
     EXPECT_EQ(client().postJSON(kMessages, {{"appKey", "M"}, {"all", true}, {"subject", "s"}}).json()["recipients"], 0);
 }
 
-TEST_F(AdminMailboxEndpointsTest, AMessageIsListedWhole) {
+TEST_F(AdminMailboxEndpointsTest, MessagesAreListedCompletely) {
     send({{"appKey", "K"},
           {"trackingId", "T"},
           {"id", 9},
@@ -95,7 +95,7 @@ TEST_F(AdminMailboxEndpointsTest, AMessageIsListedWhole) {
                                                  {"deleted", false}}}));
 }
 
-TEST_F(AdminMailboxEndpointsTest, WithoutTimesAMessageIsMadeNowAndLivesFor30Days) {
+TEST_F(AdminMailboxEndpointsTest, MessagesLastFor30DaysByDefault) {
     send(hello());
     const auto message = listOf("messages")[0];
     EXPECT_GT(message["created"].get<double>(), 1.7e9);
@@ -104,7 +104,7 @@ TEST_F(AdminMailboxEndpointsTest, WithoutTimesAMessageIsMadeNowAndLivesFor30Days
     EXPECT_EQ(listOf("messages")[1]["end"], 30 * 86400);
 }
 
-TEST_F(AdminMailboxEndpointsTest, NullIsAsGoodAsAbsent) {
+TEST_F(AdminMailboxEndpointsTest, NullCountsAsAbsent) {
     auto message = hello();
     for (const char* key : {"id", "html", "label", "link", "phash", "backgroundColor", "foregroundColor", "cardUrl",
                             "image", "metadata", "created", "end"})
@@ -127,7 +127,7 @@ TEST_F(AdminMailboxEndpointsTest, MessagesAreListedByUserAndId) {
     EXPECT_EQ(ids().size(), 4u);
 }
 
-TEST_F(AdminMailboxEndpointsTest, MessagesAreRemovedAllOrSome) {
+TEST_F(AdminMailboxEndpointsTest, MessagesMayBeRemovedSinglyOrTogether) {
     for (const std::string user : {"T", "U", "V"}) client().get("/config/application/ios/K?trackingId=" + user);
     client().postJSON(kMessages, {{"appKey", "K"}, {"all", true}, {"subject", "To all"}});
     send(hello());
@@ -144,7 +144,7 @@ TEST_F(AdminMailboxEndpointsTest, MessagesAreRemovedAllOrSome) {
     EXPECT_EQ(ids(), Value::array());
 }
 
-TEST_F(AdminMailboxEndpointsTest, ARemovedMessagesIdIsNotUsedAgain) {
+TEST_F(AdminMailboxEndpointsTest, IdsOfRemovedMessagesAreNotReused) {
     send(hello());
     send(helloWith("id", 5));
     client().del(kMessages);
@@ -154,7 +154,7 @@ TEST_F(AdminMailboxEndpointsTest, ARemovedMessagesIdIsNotUsedAgain) {
     EXPECT_EQ(ids(), Value::array({6}));
 }
 
-TEST_F(AdminMailboxEndpointsTest, AnImageLastsAsLongAsAMessageShowsIt) {
+TEST_F(AdminMailboxEndpointsTest, ImagesLastAsLongAsTheirMessages) {
     send(helloWith("image", "ffd8ff"));
     send(helloWith("image", "FFD8FF"));
     const auto image = "/card-images/" + listOf("messages")[0]["image"].get<std::string>();
@@ -164,7 +164,7 @@ TEST_F(AdminMailboxEndpointsTest, AnImageLastsAsLongAsAMessageShowsIt) {
     EXPECT_EQ(client().get(image).status, 404);
 }
 
-TEST_F(AdminMailboxEndpointsTest, AResetEmptiesTheMailboxesAndBeginsAnew) {
+TEST_F(AdminMailboxEndpointsTest, ResetEmptiesTheMailboxes) {
     send(helloWith("image", "ffd8ff"));
     const auto image = "/card-images/" + listOf("messages")[0]["image"].get<std::string>();
     expectOK(client().post("/_admin/reset", "", "text/plain"));
@@ -173,38 +173,39 @@ TEST_F(AdminMailboxEndpointsTest, AResetEmptiesTheMailboxesAndBeginsAnew) {
     EXPECT_EQ(client().postJSON(kMessages, hello()).json()["id"], 1);
 }
 
-TEST_F(AdminMailboxEndpointsTest, AMessageThatMakesNoSenseIsRefused) {
-    expectRefusal({{"trackingId", "T"}, {"subject", "s"}}, "\"appKey\" is missing, empty or no text");
-    expectRefusal({{"appKey", "K"}, {"subject", "s"}}, "\"trackingId\" is missing, empty or no text");
-    expectRefusal({{"appKey", "K"}, {"subject", "s"}, {"all", false}}, "\"trackingId\" is missing, empty or no text");
-    expectRefusal({{"appKey", "K"}, {"trackingId", "T"}}, "\"subject\" is missing, empty or no text");
-    expectRefusal(helloWith("all", true), "\"trackingId\" and \"all\" cannot both be meant");
-    expectRefusal(helloWith("all", 1), "\"all\" is no boolean");
-    expectRefusal(helloWith("subjekt", "s"), "there is no \"subjekt\" here");
+TEST_F(AdminMailboxEndpointsTest, InvalidMessagesAreRefused) {
+    expectRefusal({{"trackingId", "T"}, {"subject", "s"}}, "\"appKey\" is missing, empty or not a string");
+    expectRefusal({{"appKey", "K"}, {"subject", "s"}}, "\"trackingId\" is missing, empty or not a string");
+    expectRefusal({{"appKey", "K"}, {"subject", "s"}, {"all", false}},
+                  "\"trackingId\" is missing, empty or not a string");
+    expectRefusal({{"appKey", "K"}, {"trackingId", "T"}}, "\"subject\" is missing, empty or not a string");
+    expectRefusal(helloWith("all", true), "\"trackingId\" and \"all\" exclude each other");
+    expectRefusal(helloWith("all", 1), "\"all\" is not a boolean");
+    expectRefusal(helloWith("subjekt", "s"), "unknown name \"subjekt\"");
     for (const Value& id : {Value(-1), Value(1.5), Value("1"), Value(true), Value(1e30)})
-        expectRefusal(helloWith("id", id), "\"id\" is no whole number from 0 on");
+        expectRefusal(helloWith("id", id), "\"id\" is not an integer from 0");
     for (const std::string key : {"html", "label", "link", "phash", "backgroundColor", "foregroundColor", "cardUrl"})
-        expectRefusal(helloWith(key, 1), "\"" + key + "\" is no text");
+        expectRefusal(helloWith(key, 1), "\"" + key + "\" is not a string");
     for (const Value& metadata : {Value("{}"), Value::array(), Value(1)})
-        expectRefusal(helloWith("metadata", metadata), "\"metadata\" is no object");
+        expectRefusal(helloWith("metadata", metadata), "\"metadata\" is not an object");
     for (const std::string key : {"created", "end"}) {
         for (const Value& time : {Value(-1), Value("1"), Value(true), Value(253402300800)})
-            expectRefusal(helloWith(key, time), "\"" + key + "\" is no number from 0 to 253402300799");
+            expectRefusal(helloWith(key, time), "\"" + key + "\" is not a number from 0 to 253402300799");
     }
     for (const std::string image : {"8", "xx"})
         expectRefusal(helloWith("image", image), "\"image\" is not hexadecimal");
-    expectRefusal(helloWith("image", 5), "\"image\" is missing, empty or no text");
+    expectRefusal(helloWith("image", 5), "\"image\" is missing, empty or not a string");
     expectRefusal(helloWith("image", "47494638"), "\"image\" is neither a PNG nor a JPEG");
     EXPECT_EQ(client().post(kMessages, "[]", "application/json").status, 400);
     EXPECT_EQ(ids(), Value::array());
 }
 
-TEST_F(AdminMailboxEndpointsTest, AMistakenQueryIsRefused) {
-    expectError(client().get("/_admin/messages?user=T"), 400, "there is no \"user\" here");
-    expectError(client().del("/_admin/messages?ids=1"), 400, "there is no \"ids\" here");
+TEST_F(AdminMailboxEndpointsTest, InvalidQueriesAreRefused) {
+    expectError(client().get("/_admin/messages?user=T"), 400, "unknown name \"user\"");
+    expectError(client().del("/_admin/messages?ids=1"), 400, "unknown name \"ids\"");
     for (const std::string id : {"x", "-1", "18446744073709551616", ""})
         expectError(client().del("/_admin/messages?id=" + id), 400,
-                    "\"id\" is no number from 0 to 18446744073709551615");
+                    "\"id\" is not a number from 0 to 18446744073709551615");
 }
 
 }  // namespace

@@ -28,7 +28,7 @@ protected:
     ServiceAnswer setCampaign(const Value& campaign) const { return client().put("/_admin/campaigns/c", campaign); }
 };
 
-TEST_F(AdminNotificationEndpointsTest, ACampaignIsListedAsItWasSet) {
+TEST_F(AdminNotificationEndpointsTest, CampaignsAreListedUnchanged) {
     const Value campaign = {{"campaignId", 1},
                             {"templateId", "t"},
                             {"splits", {{{"splitId", "a"}, {"messageText", "x"}, {"sound", nullptr}}}},
@@ -47,7 +47,7 @@ TEST_F(AdminNotificationEndpointsTest, ACampaignIsListedAsItWasSet) {
                                    {"filteredTrackingIds", Value::array()}}));
 }
 
-TEST_F(AdminNotificationEndpointsTest, ACampaignIsReplacedAndRemoved) {
+TEST_F(AdminNotificationEndpointsTest, CampaignsMayBeReplacedAndRemoved) {
     expectOK(setCampaign({{"campaignId", 1}}));
     expectOK(setCampaign({{"campaignId", 2}}));
     EXPECT_EQ(listOf("campaigns")[0]["campaignId"], 2);
@@ -56,17 +56,18 @@ TEST_F(AdminNotificationEndpointsTest, ACampaignIsReplacedAndRemoved) {
     expectError(client().del("/_admin/campaigns/c"), 404, "there is no such campaign");
 }
 
-TEST_F(AdminNotificationEndpointsTest, ACampaignThatIsNoneIsRefused) {
-    expectError(setCampaign({{"title", "x"}}), 400, "there is no \"title\" here");
-    expectError(setCampaign({{"campaignId", true}}), 400, "\"campaignId\" is neither a text nor a number");
-    expectError(setCampaign({{"splits", "a"}}), 400, "\"splits\" is no list");
-    expectError(setCampaign({{"splits", {"a"}}}), 400, "an element of \"splits\" is no object");
-    expectError(setCampaign({{"splits", {{{"text", "a"}}}}}), 400, "there is no \"text\" here");
-    expectError(setCampaign({{"filteredTrackingIds", {1}}}), 400, "an element of \"filteredTrackingIds\" is no text");
+TEST_F(AdminNotificationEndpointsTest, InvalidCampaignsAreRefused) {
+    expectError(setCampaign({{"title", "x"}}), 400, "unknown name \"title\"");
+    expectError(setCampaign({{"campaignId", true}}), 400, "\"campaignId\" is neither a string nor a number");
+    expectError(setCampaign({{"splits", "a"}}), 400, "\"splits\" is not a list");
+    expectError(setCampaign({{"splits", {"a"}}}), 400, "an element of \"splits\" is not an object");
+    expectError(setCampaign({{"splits", {{{"text", "a"}}}}}), 400, "unknown name \"text\"");
+    expectError(setCampaign({{"filteredTrackingIds", {1}}}), 400,
+                "an element of \"filteredTrackingIds\" is not a string");
     EXPECT_TRUE(listOf("campaigns").empty());
 }
 
-TEST_F(AdminNotificationEndpointsTest, DevicesAreListedWithTheirSettingsAndToken) {
+TEST_F(AdminNotificationEndpointsTest, DevicesAreListedWithSettingsAndToken) {
     registerDevice();
     auto device = listOf("devices")[0];
     EXPECT_EQ(device["token"], "00ff");
@@ -77,7 +78,7 @@ TEST_F(AdminNotificationEndpointsTest, DevicesAreListedWithTheirSettingsAndToken
     EXPECT_EQ(device["registered"], false);
 }
 
-TEST_F(AdminNotificationEndpointsTest, APushIsComposedForADeviceAndListed) {
+TEST_F(AdminNotificationEndpointsTest, PushesAreComposedForADeviceAndListed) {
     registerDevice();
     const auto answer = compose({{"alert", "Hello"}, {"badge", 3}, {"data", {{"page", "offers"}}}});
     EXPECT_EQ(answer.status, 201);
@@ -100,26 +101,26 @@ TEST_F(AdminNotificationEndpointsTest, APushIsComposedForADeviceAndListed) {
     EXPECT_TRUE(listOf("pushes", "?appKey=other").empty());
 }
 
-TEST_F(AdminNotificationEndpointsTest, APushMayBeSilentAndHaveAPhashOfTheOperators) {
+TEST_F(AdminNotificationEndpointsTest, PushesMayBeSilentOrHaveAGivenPhash) {
     registerDevice();
     EXPECT_EQ(compose(Value::object()).json()["payload"], Value({{"aps", {{"content-available", 1}}}}));
     EXPECT_EQ(compose({{"alert", "x"}, {"phash", "mine"}, {"sound", "bell.wav"}}).json()["payload"],
               Value({{"aps", {{"alert", "x"}, {"sound", "bell.wav"}}}, {"p", "mine"}}));
 }
 
-TEST_F(AdminNotificationEndpointsTest, ADeviceThatCannotBeReachedIsTold) {
+TEST_F(AdminNotificationEndpointsTest, PushesToUnreachableDevicesAreRefused) {
     expectError(compose({{"alert", "x"}}), 404, "there is no such device");
     registerDevice();
     registerDevice("unregister");
-    expectError(compose({{"alert", "x"}}), 409, "the device has no push token in force");
+    expectError(compose({{"alert", "x"}}), 409, "the device has no valid push token");
     EXPECT_TRUE(listOf("pushes").empty());
 }
 
-TEST_F(AdminNotificationEndpointsTest, APushThatIsNoneIsRefused) {
+TEST_F(AdminNotificationEndpointsTest, InvalidPushesAreRefused) {
     registerDevice();
-    expectError(compose({{"text", "x"}}), 400, "there is no \"text\" here");
-    expectError(compose({{"alert", "x"}, {"badge", "1"}}), 400, "\"badge\" is no whole number");
-    expectError(compose({{"data", 1}}), 400, "\"data\" is no object");
+    expectError(compose({{"text", "x"}}), 400, "unknown name \"text\"");
+    expectError(compose({{"alert", "x"}, {"badge", "1"}}), 400, "\"badge\" is not an integer");
+    expectError(compose({{"data", 1}}), 400, "\"data\" is not an object");
     expectError(compose({{"data", {{"aps", 1}}}}), 400, "\"data\" has a \"aps\"");
     EXPECT_EQ(compose({{"alert", 1}}).status, 400);
     EXPECT_EQ(client().postJSON("/_admin/pushes", {{"appKey", "K"}}).status, 400);
@@ -127,7 +128,7 @@ TEST_F(AdminNotificationEndpointsTest, APushThatIsNoneIsRefused) {
     EXPECT_TRUE(listOf("pushes").empty());
 }
 
-TEST_F(AdminNotificationEndpointsTest, AResetForgetsAllOfIt) {
+TEST_F(AdminNotificationEndpointsTest, ResetRemovesCampaignsAndPushes) {
     registerDevice();
     expectOK(setCampaign(Value::object()));
     compose({{"alert", "x"}});

@@ -24,7 +24,7 @@ protected:
             "/K/T/ibeacon",
             {{"getContent", getContent}, {"ibeacons", beacons}, {"contentType", "interstitial, local"}});
     }
-    /// The text that comes for one beacon; "" for no message.
+    /// The text of the message for one beacon; empty without a message.
     std::string textFor(const Value& asked) const {
         const auto answer = ask(Value::array({asked}));
         EXPECT_EQ(answer.status, 200) << answer.body;
@@ -40,7 +40,7 @@ protected:
     ServiceAnswer summarise(const Value& body) const { return client().postJSON("/K/T/session/beacon", body); }
 };
 
-TEST_F(BeaconEndpointsTest, AMessageComesAsATemplate) {
+TEST_F(BeaconEndpointsTest, MessagesAreSentAsTemplates) {
     expectOK(client().put(std::string("/_admin/beaconContent/K/") + kUUID + "/1/2",
                           {{"pushtext", "Hi, you"}, {"phash", "hash"}, {"metadata", {{"a", 1}}}}));
     EXPECT_EQ(ask(Value::array({beacon()})).json(), Value({{"message",
@@ -50,7 +50,7 @@ TEST_F(BeaconEndpointsTest, AMessageComesAsATemplate) {
                                                              {"messagecontent", "%7B%22a%22%3A1%7D"}}}}));
 }
 
-TEST_F(BeaconEndpointsTest, AStarStandsForAny) {
+TEST_F(BeaconEndpointsTest, AStarMatchesAnyValue) {
     setContent("1", "*", "major");
     EXPECT_EQ(textFor(beacon(1, 0)), "major");
     EXPECT_EQ(textFor(beacon(1, 65535)), "major");
@@ -58,7 +58,7 @@ TEST_F(BeaconEndpointsTest, AStarStandsForAny) {
     EXPECT_EQ(textFor(beacon(1, 0, kOtherUUID)), "");
 }
 
-TEST_F(BeaconEndpointsTest, TheMostExactPatternCounts) {
+TEST_F(BeaconEndpointsTest, TheMostExactPatternApplies) {
     setContent("*", "*", "all", "*");
     EXPECT_EQ(textFor(beacon()), "all");
     setContent("1", "2", "numbers", "*");
@@ -75,21 +75,21 @@ TEST_F(BeaconEndpointsTest, TheMostExactPatternCounts) {
     EXPECT_EQ(textFor(beacon(9, 9, kOtherUUID)), "all");
 }
 
-TEST_F(BeaconEndpointsTest, CapitalsAndKindsOfNumbersDoNotMatter) {
+TEST_F(BeaconEndpointsTest, CaseAndNumberTypesDoNotMatter) {
     setContent("1", "2", "a", "e2c56db5-dffb-48d2-b060-d0f5a71096e0");
     EXPECT_EQ(textFor(beacon()), "a");
     EXPECT_EQ(textFor(beacon("1", "2", "e2C56db5-dffb-48d2-b060-d0f5a71096E0")), "a");
     EXPECT_EQ(textFor(beacon("01", "002")), "a");
 }
 
-TEST_F(BeaconEndpointsTest, TheFirstBeaconWithContentCounts) {
+TEST_F(BeaconEndpointsTest, TheFirstBeaconWithContentApplies) {
     setContent("2", "2", "second");
     setContent("3", "3", "third");
     EXPECT_EQ(ask({beacon(1, 1), beacon(2, 2), beacon(3, 3)}).json()["message"]["pushtext"], "second");
     expectOK(ask(Value::array()));
 }
 
-TEST_F(BeaconEndpointsTest, ContentThatIsNotAskedForDoesNotCome) {
+TEST_F(BeaconEndpointsTest, ContentIsSentOnlyOnRequest) {
     setContent("*", "*", "a");
     expectOK(ask(Value::array({beacon()}), false));
     expectOK(client().postJSON("/K/T/ibeacon", {{"ibeacons", Value::array({beacon()})}}));
@@ -97,24 +97,24 @@ TEST_F(BeaconEndpointsTest, ContentThatIsNotAskedForDoesNotCome) {
     expectOK(client().postJSON("/L/T/ibeacon", {{"getContent", true}, {"ibeacons", Value::array({beacon()})}}));
 }
 
-TEST_F(BeaconEndpointsTest, AContentRequestNeedsBeacons) {
+TEST_F(BeaconEndpointsTest, ContentRequestsNeedBeacons) {
     const auto post = [this](const Value& body) { return client().postJSON("/K/T/ibeacon", body); };
-    expectError(post({{"getContent", true}}), 400, "\"ibeacons\" is missing or no list");
-    expectError(ask(Value::array({5})), 400, "a beacon is no object");
+    expectError(post({{"getContent", true}}), 400, "\"ibeacons\" is missing or not a list");
+    expectError(ask(Value::array({5})), 400, "a beacon is not an object");
     expectError(ask(Value::array({beacon("*", 1)})), 400, "a beacon has no \"*\"");
-    expectError(ask(Value::array({beacon(65536, 1)})), 400, "\"65536\" is no number from 0 to 65535");
-    expectError(ask(Value::array({beacon(1, -1)})), 400, "\"-1\" is no number from 0 to 65535");
-    expectError(ask(Value::array({beacon(1, 1.5)})), 400, "\"1.5\" is no number from 0 to 65535");
-    expectError(ask(Value::array({beacon(1, Value())})), 400, "\"minor\" is missing, empty or no text");
-    expectError(ask(Value::array({beacon(1, 2, "me")})), 400, "\"ME\" is no UUID");
+    expectError(ask(Value::array({beacon(65536, 1)})), 400, "\"65536\" is not a number from 0 to 65535");
+    expectError(ask(Value::array({beacon(1, -1)})), 400, "\"-1\" is not a number from 0 to 65535");
+    expectError(ask(Value::array({beacon(1, 1.5)})), 400, "\"1.5\" is not a number from 0 to 65535");
+    expectError(ask(Value::array({beacon(1, Value())})), 400, "\"minor\" is missing, empty or not a string");
+    expectError(ask(Value::array({beacon(1, 2, "me")})), 400, "\"ME\" is not a UUID");
     expectError(ask(Value::array({beacon(1, 2, "G2C56DB5-DFFB-48D2-B060-D0F5A71096E0")})), 400,
-                "\"G2C56DB5-DFFB-48D2-B060-D0F5A71096E0\" is no UUID");
+                "\"G2C56DB5-DFFB-48D2-B060-D0F5A71096E0\" is not a UUID");
     expectError(ask(Value::array({beacon(1, 2, "E2C56DB5DFFB-48D2-B060-D0F5A71096E00")})), 400,
-                "\"E2C56DB5DFFB-48D2-B060-D0F5A71096E00\" is no UUID");
+                "\"E2C56DB5DFFB-48D2-B060-D0F5A71096E00\" is not a UUID");
     EXPECT_EQ(lastRecord()["endpoint"], "beaconContent");
 }
 
-TEST_F(BeaconEndpointsTest, AVisitHasAStartAndAnEnd) {
+TEST_F(BeaconEndpointsTest, VisitsHaveAStartAndAnEnd) {
     expectOK(enter(visit("S", "1700000000123")));
     Value session = {{"number", 1},       {"appKey", "K"}, {"trackingId", "T"}, {"sessionId", "S"},
                      {"uuid", kUUID},     {"major", "5"},  {"minor", "*"},      {"startTime", 1700000000123},
@@ -125,7 +125,7 @@ TEST_F(BeaconEndpointsTest, AVisitHasAStartAndAnEnd) {
     EXPECT_EQ(listOf("beaconSessions"), Value::array({session}));
 }
 
-TEST_F(BeaconEndpointsTest, AnEndWithoutAStartIsKept) {
+TEST_F(BeaconEndpointsTest, EndsWithoutAStartAreKept) {
     expectOK(leave(visit("S", "5")));
     ASSERT_EQ(listOf("beaconSessions").size(), 1u);
     EXPECT_EQ(listOf("beaconSessions")[0]["startTime"], nullptr);
@@ -149,27 +149,27 @@ TEST_F(BeaconEndpointsTest, VisitsAreListedInOrderAndFiltered) {
     EXPECT_EQ(client().get("/_admin/beaconSessions?trackingid=T").status, 400);
 }
 
-TEST_F(BeaconEndpointsTest, AVisitNeedsAllOfItsFields) {
+TEST_F(BeaconEndpointsTest, VisitsNeedAllTheirFields) {
     const auto without = [](const std::string& key) {
         auto body = visit("S", "1");
         body.erase(key);
         return body;
     };
     for (const std::string key : {"sessionId", "uuid", "major", "minor", "timestamp"}) {
-        expectError(enter(without(key)), 400, "\"" + key + "\" is missing, empty or no text");
-        expectError(leave(without(key)), 400, "\"" + key + "\" is missing, empty or no text");
+        expectError(enter(without(key)), 400, "\"" + key + "\" is missing, empty or not a string");
+        expectError(leave(without(key)), 400, "\"" + key + "\" is missing, empty or not a string");
     }
     auto anywhere = visit("S", "1");
     anywhere["uuid"] = "*";
-    expectError(enter(anywhere), 400, "\"*\" is no UUID");
+    expectError(enter(anywhere), 400, "\"*\" is not a UUID");
     for (const std::string text : {"now", "1.5", "-1", "99999999999999999999", " 1"})
-        expectError(enter(visit("S", text)), 400, "\"timestamp\" is no time in milliseconds");
+        expectError(enter(visit("S", text)), 400, "\"timestamp\" is not a time in milliseconds");
     EXPECT_EQ(listOf("beaconSessions"), Value::array());
     EXPECT_EQ(listOf("requests", "?endpoint=beaconEntry").size(), 11u);
     EXPECT_EQ(listOf("requests", "?endpoint=beaconExit").size(), 5u);
 }
 
-TEST_F(BeaconEndpointsTest, ASummaryIsKeptAsItCame) {
+TEST_F(BeaconEndpointsTest, SummariesAreStoredUnchanged) {
     const Value beacons = {{{"uuid", kUUID}, {"major", 5}, {"minor", 1}, {"proximity", "far"}},
                            {{"uuid", kUUID}, {"major", 5}, {"minor", 2}, {"proximity", "near"}}};
     expectOK(summarise({{"beacons", beacons}, {"timestamp", "1700000000123"}, {"sessionId", "S"}}));
@@ -197,19 +197,19 @@ TEST_F(BeaconEndpointsTest, ASummaryIsKeptAsItCame) {
     EXPECT_EQ(client().get("/_admin/beaconSummaries?app=K").status, 400);
 }
 
-TEST_F(BeaconEndpointsTest, ASummaryOfSomethingElseIsRefused) {
-    expectError(summarise({{"timestamp", "1"}}), 400, "\"beacons\" is missing or no list");
-    expectError(summarise({{"beacons", Value::array()}}), 400, "\"timestamp\" is missing, empty or no text");
+TEST_F(BeaconEndpointsTest, InvalidSummariesAreRefused) {
+    expectError(summarise({{"timestamp", "1"}}), 400, "\"beacons\" is missing or not a list");
+    expectError(summarise({{"beacons", Value::array()}}), 400, "\"timestamp\" is missing, empty or not a string");
     expectError(summarise({{"beacons", Value::array({beacon()})}, {"timestamp", "1"}}), 400,
-                "\"proximity\" is missing, empty or no text");
-    expectError(summarise({{"beacons", Value::array({"near"})}, {"timestamp", "1"}}), 400, "a beacon is no object");
+                "\"proximity\" is missing, empty or not a string");
+    expectError(summarise({{"beacons", Value::array({"near"})}, {"timestamp", "1"}}), 400, "a beacon is not an object");
     expectError(summarise({{"beacons", Value::array()}, {"timestamp", "1"}, {"sessionId", nullptr}}), 400,
-                "\"sessionId\" is missing, empty or no text");
+                "\"sessionId\" is missing, empty or not a string");
     EXPECT_EQ(listOf("beaconSummaries"), Value::array());
     EXPECT_EQ(lastRecord()["endpoint"], "beaconSession");
 }
 
-TEST_F(BeaconEndpointsTest, ARequestMakesATrackingIdKnownOnceItIsUnderstood) {
+TEST_F(BeaconEndpointsTest, ValidRequestsMakeTheirTrackingIdKnown) {
     const auto isKnown = [this] { return client().get("/api/apps/K/tracking/T/tag/x").json().contains("value"); };
     ask(Value::array({5}));
     enter(Value::object());
@@ -220,7 +220,7 @@ TEST_F(BeaconEndpointsTest, ARequestMakesATrackingIdKnownOnceItIsUnderstood) {
     EXPECT_TRUE(isKnown());
 }
 
-TEST_F(BeaconEndpointsTest, FaultsHappenToEachEndpoint) {
+TEST_F(BeaconEndpointsTest, FaultsApplyToEachEndpoint) {
     for (const std::string name : {"beaconContent", "beaconEntry", "beaconExit", "beaconSession"})
         addFault({{"endpoint", name}, {"kind", "status"}, {"status", 500}, {"count", 1}});
     const Value summary = {{"beacons", Value::array()}, {"timestamp", "1"}};
@@ -251,7 +251,7 @@ TEST_F(BeaconEndpointsTest, ContentIsListedByItsPattern) {
     EXPECT_EQ(client().get("/_admin/beaconContent/L").json(), Value({{"beaconContent", Value::array()}}));
 }
 
-TEST_F(BeaconEndpointsTest, ContentIsRemovedOneByOneOrAllAtOnce) {
+TEST_F(BeaconEndpointsTest, ContentMayBeRemovedSinglyOrTogether) {
     setContent("1", "1", "a");
     setContent("1", "*", "b");
     setContent("2", "2", "c");
@@ -263,14 +263,14 @@ TEST_F(BeaconEndpointsTest, ContentIsRemovedOneByOneOrAllAtOnce) {
     EXPECT_EQ(textFor(beacon(2, 2)), "");
 }
 
-TEST_F(BeaconEndpointsTest, ContentForWhatIsNoBeaconIsRefused) {
+TEST_F(BeaconEndpointsTest, ContentForInvalidPatternsIsRefused) {
     const Value message = {{"pushtext", "a"}};
-    expectError(client().put("/_admin/beaconContent/K/me/1/2", message), 400, "\"ME\" is no UUID");
+    expectError(client().put("/_admin/beaconContent/K/me/1/2", message), 400, "\"ME\" is not a UUID");
     const std::string path = std::string("/_admin/beaconContent/K/") + kUUID;
-    expectError(client().put(path + "/x/2", message), 400, "\"x\" is no number from 0 to 65535");
-    expectError(client().put(path + "/1/65536", message), 400, "\"65536\" is no number from 0 to 65535");
-    expectError(client().del(path + "/1/x"), 400, "\"x\" is no number from 0 to 65535");
-    expectError(client().put(path + "/1/2", Value::object()), 400, "\"pushtext\" is missing, empty or no text");
+    expectError(client().put(path + "/x/2", message), 400, "\"x\" is not a number from 0 to 65535");
+    expectError(client().put(path + "/1/65536", message), 400, "\"65536\" is not a number from 0 to 65535");
+    expectError(client().del(path + "/1/x"), 400, "\"x\" is not a number from 0 to 65535");
+    expectError(client().put(path + "/1/2", Value::object()), 400, "\"pushtext\" is missing, empty or not a string");
     EXPECT_EQ(client().get("/_admin/beaconContent/K").json()["beaconContent"], Value::array());
 }
 

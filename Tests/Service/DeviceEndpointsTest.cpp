@@ -35,7 +35,7 @@ protected:
     }
 };
 
-TEST_F(DeviceEndpointsTest, ARegistrationIsStored) {
+TEST_F(DeviceEndpointsTest, RegistrationsAreStored) {
     expectOK(client().postJSON("/v1/device", registration()));
     EXPECT_EQ(onlyDevice(), Value({{"appKey", "K"},
                                    {"deviceId", "D"},
@@ -50,7 +50,7 @@ TEST_F(DeviceEndpointsTest, ARegistrationIsStored) {
     EXPECT_EQ(lastRecord()["payload"], registration());
 }
 
-TEST_F(DeviceEndpointsTest, AnUnregistrationKeepsTheDeviceButNotAsRegistered) {
+TEST_F(DeviceEndpointsTest, UnregisteredDevicesAreKept) {
     client().postJSON("/v1/device", registration());
     expectOK(client().postJSON("/v1/device", unregistration()));
     EXPECT_EQ(onlyDevice()["registered"], false);
@@ -58,7 +58,7 @@ TEST_F(DeviceEndpointsTest, AnUnregistrationKeepsTheDeviceButNotAsRegistered) {
     EXPECT_EQ(onlyDevice()["notificationSettings"], registration()["notification_settings.v2"]);
 }
 
-TEST_F(DeviceEndpointsTest, AnotherRegistrationBringsTheTokenToTheNewUser) {
+TEST_F(DeviceEndpointsTest, RegistrationsMoveTheTokenToTheNewUser) {
     client().postJSON("/v1/device", registration());
     auto second = registration();
     second["trackingid"] = "T2";
@@ -70,7 +70,7 @@ TEST_F(DeviceEndpointsTest, AnotherRegistrationBringsTheTokenToTheNewUser) {
     EXPECT_EQ(onlyDevice()["notificationSettings"], second["notification_settings.v2"]);
 }
 
-TEST_F(DeviceEndpointsTest, ASessionLeavesTheRegistrationAlone) {
+TEST_F(DeviceEndpointsTest, SessionsDoNotChangeTheRegistration) {
     client().postJSON("/v1/device", registration());
     client().postForm("/0.8/session",
                       {{"app_key", "K"}, {"tracking_id", "T"}, {"device_id", "D"}, {"device", {{"type", "x"}}}});
@@ -91,11 +91,11 @@ TEST_F(DeviceEndpointsTest, DevicesAreListedByAppAndUser) {
     EXPECT_EQ(listOf("devices", "?trackingId=T")[0]["appKey"], "K");
 }
 
-TEST_F(DeviceEndpointsTest, ARegistrationNeedsItsFields) {
+TEST_F(DeviceEndpointsTest, RegistrationsNeedTheirFields) {
     for (const std::string key : {"appkey", "trackingid", "device_id", "devicetoken", "type"}) {
         auto payload = registration();
         payload.erase(key);
-        expectError(client().postJSON("/v1/device", payload), 400, "\"" + key + "\" is missing, empty or no text");
+        expectError(client().postJSON("/v1/device", payload), 400, "\"" + key + "\" is missing, empty or not a string");
     }
     auto payload = registration();
     payload["type"] = "reregister";
@@ -104,7 +104,7 @@ TEST_F(DeviceEndpointsTest, ARegistrationNeedsItsFields) {
     EXPECT_EQ(listOf("requests").size(), 6u);
 }
 
-TEST_F(DeviceEndpointsTest, ABodyThatIsNoJSONIsRefusedAndRecorded) {
+TEST_F(DeviceEndpointsTest, InvalidJSONIsRefusedAndRecorded) {
     EXPECT_EQ(client().post("/v1/device", "{\"a\":", "application/json").status, 400);
     EXPECT_EQ(client().post("/v1/device", "", "application/json").status, 400);
     EXPECT_EQ(client().post("/v1/device", "{}", "text/plain").status, 400);

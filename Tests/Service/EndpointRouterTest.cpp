@@ -27,9 +27,9 @@ protected:
     EndpointRouter router;
 };
 
-TEST_F(EndpointRouterTest, AnEmptyTableFitsNothing) { EXPECT_EQ(nameOf("GET", "/"), "none"); }
+TEST_F(EndpointRouterTest, AnEmptyTableMatchesNoRequest) { EXPECT_EQ(nameOf("GET", "/"), "none"); }
 
-TEST_F(EndpointRouterTest, APathIsComparedWhole) {
+TEST_F(EndpointRouterTest, PathsAreComparedCompletely) {
     add("a", "GET", "/x/y");
     EXPECT_EQ(nameOf("GET", "/x/y"), "a");
     for (const char* target : {"/x", "/x/y/", "/x/y/z", "/X/y", "//x/y", "/x//y", "/", ""})
@@ -48,14 +48,14 @@ TEST_F(EndpointRouterTest, PartsAreComparedDecoded) {
     EXPECT_EQ(nameOf("GET", "/x%20y%2F*"), "none");
 }
 
-TEST_F(EndpointRouterTest, ANameTakesOnePartAndNoEmptyOne) {
+TEST_F(EndpointRouterTest, NamesMatchOneNonemptyPart) {
     add("a", "GET", "/{first}/b/{second}");
     EXPECT_EQ(match("GET", "/1%2F2/b/3").parameters, (Parameters{{"first", "1/2"}, {"second", "3"}}));
     EXPECT_EQ(nameOf("GET", "//b/3"), "none");
     EXPECT_EQ(nameOf("GET", "/1/b/"), "none");
 }
 
-TEST_F(EndpointRouterTest, ALongNameTakesAsFewPartsAsItCan) {
+TEST_F(EndpointRouterTest, LongNamesMatchAsFewPartsAsPossible) {
     add("a", "GET", "/u/{user*}/t/{tag*}");
     EXPECT_EQ(match("GET", "/u/1/2/t/3/t/4").parameters, (Parameters{{"user", "1/2"}, {"tag", "3/t/4"}}));
     EXPECT_EQ(match("GET", "/u/t/t/t").parameters, (Parameters{{"user", "t"}, {"tag", "t"}}));
@@ -64,14 +64,14 @@ TEST_F(EndpointRouterTest, ALongNameTakesAsFewPartsAsItCan) {
     EXPECT_EQ(nameOf("GET", "/u/1"), "none");
 }
 
-TEST_F(EndpointRouterTest, TheFirstThatFitsWins) {
+TEST_F(EndpointRouterTest, TheFirstMatchApplies) {
     add("special", "GET", "/x/y");
     add("general", "GET", "/x/{name}");
     EXPECT_EQ(nameOf("GET", "/x/y"), "special");
     EXPECT_EQ(nameOf("GET", "/x/z"), "general");
 }
 
-TEST_F(EndpointRouterTest, OtherMethodsOfThePathAreTold) {
+TEST_F(EndpointRouterTest, OtherMethodsOfThePathAreReported) {
     add("a", "GET", "/x");
     add("b", "PUT", "/{name}");
     EXPECT_EQ(match("POST", "/x").otherMethods, (std::set<std::string>{"GET", "PUT"}));
@@ -80,7 +80,7 @@ TEST_F(EndpointRouterTest, OtherMethodsOfThePathAreTold) {
     EXPECT_EQ(nameOf("get", "/x"), "none");
 }
 
-TEST_F(EndpointRouterTest, OnlyAppsEndpointsHaveNamesForFaults) {
+TEST_F(EndpointRouterTest, OnlyAppEndpointsHaveNamesForFaults) {
     add("a", "GET", "/x");
     router.addAdministrative("b", "GET", "/y", nullptr);
     EXPECT_TRUE(router.hasName("a"));

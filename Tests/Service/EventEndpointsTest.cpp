@@ -13,7 +13,7 @@ protected:
     }
 };
 
-TEST_F(EventEndpointsTest, AnEventIsStoredWhole) {
+TEST_F(EventEndpointsTest, EventsAreStoredCompletely) {
     expectOK(client().postForm(kTarget, payloadWithLabel("hat")));
     auto events = listOf("events");
     ASSERT_EQ(events.size(), 1u);
@@ -31,36 +31,37 @@ TEST_F(EventEndpointsTest, AnEventIsStoredWhole) {
     EXPECT_EQ(lastRecord()["endpoint"], "registerEvent");
 }
 
-TEST_F(EventEndpointsTest, ALabelMayBeData) {
+TEST_F(EventEndpointsTest, LabelsMayBeData) {
     const Value data = {{"price", 12.5}, {"tags", {"a", "b"}}, {"nothing", nullptr}, {"sub", {{"x", true}}}};
     expectOK(client().postForm(kTarget, payloadWithLabel(data)));
     EXPECT_EQ(listOf("events")[0]["label"], data);
 }
 
-TEST_F(EventEndpointsTest, ALabelMayBeEmptyButMustBeThere) {
+TEST_F(EventEndpointsTest, LabelsMayBeEmptyButNotAbsent) {
     expectOK(client().postForm(kTarget, payloadWithLabel("")));
-    expectError(client().postForm(kTarget, payloadWithLabel(12)), 400, "\"event_label\" is neither text nor an object");
+    expectError(client().postForm(kTarget, payloadWithLabel(12)), 400,
+                "\"event_label\" is neither a string nor an object");
     auto without = payloadWithLabel("");
     without.erase("event_label");
-    expectError(client().postForm(kTarget, without), 400, "\"event_label\" is neither text nor an object");
+    expectError(client().postForm(kTarget, without), 400, "\"event_label\" is neither a string nor an object");
     EXPECT_EQ(listOf("events").size(), 1u);
 }
 
-TEST_F(EventEndpointsTest, ALabelThatLooksLikeANumberStaysText) {
+TEST_F(EventEndpointsTest, NumericLabelsStayStrings) {
     expectOK(client().postForm(kTarget, payloadWithLabel("0012")));
     EXPECT_EQ(listOf("events")[0]["label"], "0012");
 }
 
-TEST_F(EventEndpointsTest, AnEventNeedsItsTypeAndItsUser) {
+TEST_F(EventEndpointsTest, EventsNeedATypeAndAUser) {
     for (const std::string key : {"event_type", "app_key", "tracking_id"}) {
         auto payload = payloadWithLabel("hat");
         payload.erase(key);
-        expectError(client().postForm(kTarget, payload), 400, "\"" + key + "\" is missing, empty or no text");
+        expectError(client().postForm(kTarget, payload), 400, "\"" + key + "\" is missing, empty or not a string");
     }
     EXPECT_EQ(listOf("events"), Value::array());
 }
 
-TEST_F(EventEndpointsTest, TheAppKeyOfThePayloadCountsMoreThanThatOfTheURL) {
+TEST_F(EventEndpointsTest, ThePayloadsAppKeyTakesPrecedence) {
     expectOK(client().postForm("/0.8/register_app_event?app_key=OLD", payloadWithLabel("hat")));
     EXPECT_EQ(listOf("events")[0]["appKey"], "K");
     EXPECT_EQ(lastRecord()["appKey"], "K");
@@ -83,7 +84,7 @@ TEST_F(EventEndpointsTest, EventsAreListedByAppAndUser) {
     EXPECT_EQ(listOf("events", "?appKey=X"), Value::array());
 }
 
-TEST_F(EventEndpointsTest, TextKeepsItsStrangestCharacters) {
+TEST_F(EventEndpointsTest, StringsKeepUnusualCharacters) {
     const std::string label("a\0b\n\xC3\xA9\xF0\x9F\x98\x80'\"%_;--", 17);
     expectOK(client().postForm(kTarget, payloadWithLabel(label)));
     EXPECT_EQ(listOf("events")[0]["label"], label);

@@ -36,14 +36,14 @@ protected:
 
 using Ids = std::vector<std::string>;
 
-TEST_F(GeoEndpointsTest, RegionsComeNearestFirst) {
+TEST_F(GeoEndpointsTest, RegionsAreSortedByDistance) {
     setRegions({region("far", 60, 10), region("near", 59.92, 10.75), region("middle", 59.6, 10.75)});
     EXPECT_EQ(idsNear(59.91, 10.75), (Ids{"near", "middle", "far"}));
     EXPECT_EQ(idsNear(60.5, 9), (Ids{"far", "near", "middle"}));
 }
 
-TEST_F(GeoEndpointsTest, DistanceIsAlongTheGlobe) {
-    // A degree of longitude is short in the north; across the date line and the pole it is not far either.
+TEST_F(GeoEndpointsTest, DistanceFollowsTheGlobe) {
+    // A degree of longitude is short in the north, and places across the date line or the pole are near.
     setRegions({region("east", 80, 1), region("north", 80.5, 0)});
     EXPECT_EQ(idsNear(80, 0), (Ids{"east", "north"}));
     setRegions({region("home", 0, 170), region("across", 0, -179)});
@@ -59,7 +59,7 @@ TEST_F(GeoEndpointsTest, EquallyNearRegionsKeepTheirOrder) {
     EXPECT_EQ(idsNear(0, 0), (Ids{"c", "a", "b"}));
 }
 
-TEST_F(GeoEndpointsTest, NoMoreThanWishedForCome) {
+TEST_F(GeoEndpointsTest, ReturnsAtMostMaxRegions) {
     Value regions = Value::array();
     for (int i = 0; i < 25; ++i) regions.push_back(region("r" + std::to_string(i), 0, i));
     setRegions(regions);
@@ -70,21 +70,21 @@ TEST_F(GeoEndpointsTest, NoMoreThanWishedForCome) {
     EXPECT_EQ(idsNear(0, 0, 1000).size(), 25u);
 }
 
-TEST_F(GeoEndpointsTest, ARegionComesWhole) {
+TEST_F(GeoEndpointsTest, RegionsAreReturnedCompletely) {
     const Value whole = {{"id", 17},       {"latitude", -59.5},   {"longitude", 10},    {"radius", 250.5},
                          {"name", "Café"}, {"plotwise_id", 4711}, {"own", {1, nullptr}}};
     setRegions(Value::array({whole}));
     EXPECT_EQ(ask("latitude=0&longitude=0&max=20").json(), Value({{"geo_regions", Value::array({whole})}}));
 }
 
-TEST_F(GeoEndpointsTest, AnAppHasRegionsOfItsOwn) {
+TEST_F(GeoEndpointsTest, EachAppHasItsOwnRegions) {
     setRegions(Value::array({region("a", 0, 0)}));
     EXPECT_EQ(client().get("/L/T/geo/regions?latitude=0&longitude=0&max=20").json(),
               Value({{"geo_regions", Value::array()}}));
     EXPECT_EQ(client().get("/K/U/geo/regions?latitude=0&longitude=0&max=20").json()["geo_regions"].size(), 1u);
 }
 
-TEST_F(GeoEndpointsTest, APlaceMayBeWrittenInAnyWayThatNumbersAre) {
+TEST_F(GeoEndpointsTest, CoordinatesAcceptAnyNumberFormat) {
     setRegions(Value::array({region("a", 0, 0)}));
     for (const std::string query :
          {"latitude=1e-05&longitude=-1.5e2&max=20", "latitude=-90&longitude=180&max=20",
@@ -92,21 +92,22 @@ TEST_F(GeoEndpointsTest, APlaceMayBeWrittenInAnyWayThatNumbersAre) {
         EXPECT_EQ(ask(query).json()["geo_regions"].size(), 1u) << query;
 }
 
-TEST_F(GeoEndpointsTest, APlaceThatIsNoneIsRefused) {
+TEST_F(GeoEndpointsTest, InvalidCoordinatesAreRefused) {
     for (const std::string text : {"", "x", "90.1", "-90.1", "nan", "inf", "1,5", "0x1", "59%20"})
-        expectError(ask("latitude=" + text + "&longitude=10&max=20"), 400, "\"latitude\" is no number from -90 to 90");
+        expectError(ask("latitude=" + text + "&longitude=10&max=20"), 400,
+                    "\"latitude\" is not a number from -90 to 90");
     for (const std::string text : {"", "180.1", "-180.1", "nan", "(null)"})
         expectError(ask("latitude=10&longitude=" + text + "&max=20"), 400,
-                    "\"longitude\" is no number from -180 to 180");
-    expectError(ask("longitude=10&max=20"), 400, "\"latitude\" is no number from -90 to 90");
+                    "\"longitude\" is not a number from -180 to 180");
+    expectError(ask("longitude=10&max=20"), 400, "\"latitude\" is not a number from -90 to 90");
     expectError(ask("latitude=10&longitude=10"), 400, "\"max\" is missing");
-    expectError(ask("latitude=10&longitude=10&max=-1"), 400, "\"max\" is no number from 0 to 9223372036854775807");
+    expectError(ask("latitude=10&longitude=10&max=-1"), 400, "\"max\" is not a number from 0 to 9223372036854775807");
     EXPECT_EQ(lastRecord()["endpoint"], "geoRegions");
     EXPECT_EQ(lastRecord()["appKey"], "K");
     EXPECT_EQ(lastRecord()["trackingId"], "T");
 }
 
-TEST_F(GeoEndpointsTest, AMessageComesAsATemplate) {
+TEST_F(GeoEndpointsTest, MessagesAreSentAsTemplates) {
     expectOK(client().put(
         "/_admin/geoContent/K/enter/cafe",
         {{"pushtext", "50% off & more"}, {"phash", "hash"}, {"sound", "bell"}, {"metadata", {{"deal", "Größe"}}}}));
@@ -118,7 +119,7 @@ TEST_F(GeoEndpointsTest, AMessageComesAsATemplate) {
                        {"messagecontent", "%7B%22deal%22%3A%22Gr%C3%B6%C3%9Fe%22%2C%22sound%22%3A%22bell%22%7D"}}}}));
 }
 
-TEST_F(GeoEndpointsTest, WhatAMessageHasNotIsLeftOut) {
+TEST_F(GeoEndpointsTest, AbsentFieldsOfAMessageAreOmitted) {
     expectOK(client().put("/_admin/geoContent/K/enter/cafe", {{"pushtext", "a"}}));
     EXPECT_EQ(askContent("cafe", "enter").json(), Value({{"message", {{"appkey", "K"}, {"pushtext", "a"}}}}));
     expectOK(client().put("/_admin/geoContent/K/enter/cafe",
@@ -128,14 +129,14 @@ TEST_F(GeoEndpointsTest, WhatAMessageHasNotIsLeftOut) {
     EXPECT_EQ(askContent("cafe", "enter").json()["message"]["messagecontent"], "%7B%22sound%22%3A%22s%22%7D");
 }
 
-TEST_F(GeoEndpointsTest, ASegmentHasContentOfItsOwnForEachTransition) {
+TEST_F(GeoEndpointsTest, SegmentsHaveContentForEachTransition) {
     expectOK(client().put("/_admin/geoContent/K/enter/cafe", {{"pushtext", "in"}}));
     expectOK(client().put("/_admin/geoContent/K/exit/cafe", {{"pushtext", "out"}}));
     EXPECT_EQ(askContent("cafe", "enter").json()["message"]["pushtext"], "in");
     EXPECT_EQ(askContent("cafe", "exit").json()["message"]["pushtext"], "out");
 }
 
-TEST_F(GeoEndpointsTest, ASegmentMayBeANumberOrAText) {
+TEST_F(GeoEndpointsTest, SegmentsMayBeNumbersOrStrings) {
     expectOK(client().put("/_admin/geoContent/K/enter/4711", {{"pushtext", "a"}}));
     EXPECT_TRUE(askContent(4711, "enter").json().contains("message"));
     EXPECT_TRUE(askContent("4711", "enter").json().contains("message"));
@@ -152,35 +153,35 @@ TEST_F(GeoEndpointsTest, WithoutContentThereIsNoMessage) {
                                {{"getContent", true}, {"geoRegion", {{"segmentId", "cafe"}, {"status", "enter"}}}}));
 }
 
-TEST_F(GeoEndpointsTest, ContentThatIsNotAskedForDoesNotCome) {
+TEST_F(GeoEndpointsTest, ContentIsSentOnlyOnRequest) {
     expectOK(client().put("/_admin/geoContent/K/enter/cafe", {{"pushtext", "in"}}));
     expectOK(askContent("cafe", "enter", false));
     expectOK(askContent("cafe", "enter", "yes"));
     EXPECT_TRUE(askContent("cafe", "enter").json().contains("message"));
 }
 
-TEST_F(GeoEndpointsTest, AContentRequestNeedsASegmentAndATransition) {
+TEST_F(GeoEndpointsTest, ContentRequestsNeedSegmentAndTransition) {
     const auto post = [this](const Value& body) { return client().postJSON("/K/T/geo", body); };
-    expectError(post(Value::object()), 400, "\"geoRegion\" is missing or no object");
-    expectError(post({{"geoRegion", "cafe"}}), 400, "\"geoRegion\" is missing or no object");
-    expectError(post({{"geoRegion", {{"status", "enter"}}}}), 400, "\"segmentId\" is missing, empty or no text");
+    expectError(post(Value::object()), 400, "\"geoRegion\" is missing or not an object");
+    expectError(post({{"geoRegion", "cafe"}}), 400, "\"geoRegion\" is missing or not an object");
+    expectError(post({{"geoRegion", {{"status", "enter"}}}}), 400, "\"segmentId\" is missing, empty or not a string");
     expectError(post({{"geoRegion", {{"segmentId", true}, {"status", "enter"}}}}), 400,
-                "\"segmentId\" is missing, empty or no text");
-    expectError(post({{"geoRegion", {{"segmentId", "a"}}}}), 400, "\"status\" is missing, empty or no text");
+                "\"segmentId\" is missing, empty or not a string");
+    expectError(post({{"geoRegion", {{"segmentId", "a"}}}}), 400, "\"status\" is missing, empty or not a string");
     expectError(post({{"geoRegion", {{"segmentId", "a"}, {"status", "dwell"}}}}), 400,
                 "\"status\" is neither \"enter\" nor \"exit\"");
     expectError(client().postForm("/K/T/geo", Value::object()), 400, "the body is not of type application/json");
     EXPECT_EQ(lastRecord()["endpoint"], "geoContent");
 }
 
-TEST_F(GeoEndpointsTest, ATrackingIdMayHoldSlashes) {
+TEST_F(GeoEndpointsTest, TrackingIdsMayContainSlashes) {
     setRegions(Value::array({region("a", 0, 0)}));
     EXPECT_EQ(client().get("/K/a/geo/b/geo/regions?latitude=0&longitude=0&max=20").status, 200);
     EXPECT_EQ(lastRecord()["trackingId"], "a/geo/b");
     EXPECT_EQ(client().get("/api/apps/K/tracking/a/geo/b/tag/x").json(), Value({{"value", nullptr}}));
 }
 
-TEST_F(GeoEndpointsTest, ARequestMakesATrackingIdKnownOnceItIsUnderstood) {
+TEST_F(GeoEndpointsTest, ValidRequestsMakeTheirTrackingIdKnown) {
     const auto read = [this](const std::string& user) {
         return client().get("/api/apps/K/tracking/" + user + "/tag/x").json();
     };
@@ -192,7 +193,7 @@ TEST_F(GeoEndpointsTest, ARequestMakesATrackingIdKnownOnceItIsUnderstood) {
     EXPECT_TRUE(read("C").contains("value"));
 }
 
-TEST_F(GeoEndpointsTest, FaultsHappenToEachEndpoint) {
+TEST_F(GeoEndpointsTest, FaultsApplyToEachEndpoint) {
     expectOK(client().put("/_admin/geoContent/K/enter/cafe", {{"pushtext", "in"}}));
     addFault({{"endpoint", "geoRegions"}, {"kind", "status"}, {"status", 503}, {"count", 1}});
     addFault({{"endpoint", "geoContent"}, {"kind", "drop"}, {"count", 1}});

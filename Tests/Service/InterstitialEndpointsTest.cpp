@@ -20,7 +20,7 @@ protected:
         expectOK(client().put("/_admin/interstitials/K/" + placement, body));
     }
 
-    /// What stands in "messagecontent", with its page decoded.
+    /// The value of "messagecontent", with its page decoded.
     static Value content(const Value& answer) {
         const auto text = stringByRemovingPercentEncoding(answer["message"]["messagecontent"].get<std::string>());
         EXPECT_TRUE(text);
@@ -33,7 +33,7 @@ protected:
     }
 };
 
-TEST_F(InterstitialEndpointsTest, APlacementGivesItsPageMetadataAndPhash) {
+TEST_F(InterstitialEndpointsTest, ReturnsPageMetadataAndPhash) {
     set("Store%20Launch", {{"html", "<h1>Open</h1>"},
                            {"metadata", {{"theme", "dark"}, {"nested", {1, {{"a", nullptr}}}}}},
                            {"phash", "p1"}});
@@ -51,7 +51,7 @@ TEST_F(InterstitialEndpointsTest, ContentAndPageAreEachPercentEncoded) {
               R"({"message":{"messagecontent":"%7B%22html%22%3A%22%253Cp%253E50%2520%2525%22%7D"}})");
 }
 
-TEST_F(InterstitialEndpointsTest, AnyTextComesThroughWhole) {
+TEST_F(InterstitialEndpointsTest, PagesArriveUnchanged) {
     const std::string page = std::string("\"\\/%41%zz+&\r\n\t<\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80>") + '\0' + "end";
     set("Placement%20A", {{"html", page}, {"metadata", {{page, page}}}, {"phash", page}});
     const auto json = ask("Placement%20A").json();
@@ -59,12 +59,12 @@ TEST_F(InterstitialEndpointsTest, AnyTextComesThroughWhole) {
     EXPECT_EQ(json["message"]["phash"], page);
 }
 
-TEST_F(InterstitialEndpointsTest, APlacementWithoutAPhashGivesNone) {
+TEST_F(InterstitialEndpointsTest, PhashesMayBeAbsent) {
     set("Feedback", {{"html", "x"}, {"metadata", nullptr}, {"phash", nullptr}});
     EXPECT_FALSE(ask("Feedback").json()["message"].contains("phash"));
 }
 
-TEST_F(InterstitialEndpointsTest, ANewAppKeyHasTheSamplePages) {
+TEST_F(InterstitialEndpointsTest, NewAppKeysHaveTheSamplePages) {
     ASSERT_EQ(samplePages().size(), 7u);
     for (const auto& sample : samplePages()) {
         const auto json = ask(stringByAddingPercentEncoding(sample.name, alphanumericCharacterSet())).json();
@@ -74,12 +74,12 @@ TEST_F(InterstitialEndpointsTest, ANewAppKeyHasTheSamplePages) {
     }
 }
 
-TEST_F(InterstitialEndpointsTest, APlacementWithoutContentIsAnAnswerWithoutAMessage) {
+TEST_F(InterstitialEndpointsTest, PlacementsWithoutContentReturnNoMessage) {
     for (const std::string placement : {"Push%20Open", "Store%20Launch", "Placement%201", "Placement%20Z", "Elsewhere"})
         expectOK(ask(placement));
 }
 
-TEST_F(InterstitialEndpointsTest, APlacementIsOneAppsAlone) {
+TEST_F(InterstitialEndpointsTest, PlacementsBelongToOneApp) {
     set("Feedback", {{"html", "mine"}});
     expectOK(client().del("/_admin/interstitials/K/App%20Open"));
     EXPECT_EQ(content(ask("Feedback").json())["html"], "mine");
@@ -88,7 +88,7 @@ TEST_F(InterstitialEndpointsTest, APlacementIsOneAppsAlone) {
     EXPECT_TRUE(ask("App%20Open", kRequest, "/L/T").json().contains("message"));
 }
 
-TEST_F(InterstitialEndpointsTest, TheRequestIsRecordedAndItsUserKnown) {
+TEST_F(InterstitialEndpointsTest, RequestsAreRecordedAndMakeTheirUserKnown) {
     ask("App%20Open");
     const auto record = lastRecord();
     EXPECT_EQ(record["endpoint"], "interstitial");
@@ -99,31 +99,31 @@ TEST_F(InterstitialEndpointsTest, TheRequestIsRecordedAndItsUserKnown) {
     EXPECT_EQ(client().get("/api/apps/K/tracking/T/tag/a").json(), Value({{"value", nullptr}}));
 }
 
-TEST_F(InterstitialEndpointsTest, ATrackingIdMayHoldSlashesAndTheEndpointsOwnName) {
+TEST_F(InterstitialEndpointsTest, TrackingIdsMayContainTheEndpointsName) {
     for (const std::string trackingId : {"a/b", "interstitial", "a/interstitial/b"}) {
         EXPECT_TRUE(ask("Feedback", kRequest, "/K/" + trackingId).json().contains("message")) << trackingId;
         EXPECT_EQ(lastRecord()["trackingId"], trackingId);
     }
 }
 
-TEST_F(InterstitialEndpointsTest, ARequestThatAsksForNoContentIsRefused) {
+TEST_F(InterstitialEndpointsTest, RequestsWithoutGetContentAreRefused) {
     expectError(ask("Feedback", {{"interstitial", {{"timezone", "+60"}}}}), 400, "\"getContent\" is not true");
     expectError(ask("Feedback", {{"getContent", false}, {"interstitial", {{"timezone", "+60"}}}}), 400,
                 "\"getContent\" is not true");
-    expectError(ask("Feedback", {{"getContent", true}}), 400, "\"interstitial\" is missing or no object");
+    expectError(ask("Feedback", {{"getContent", true}}), 400, "\"interstitial\" is missing or not an object");
     expectError(ask("Feedback", {{"getContent", true}, {"interstitial", "+60"}}), 400,
-                "\"interstitial\" is missing or no object");
+                "\"interstitial\" is missing or not an object");
     expectError(ask("Feedback", {{"getContent", true}, {"interstitial", Value::object()}}), 400,
-                "\"timezone\" is missing, empty or no text");
+                "\"timezone\" is missing, empty or not a string");
     expectError(client().postForm("/K/T/interstitial/Feedback", kRequest), 400,
                 "the body is not of type application/json");
     EXPECT_EQ(client().post("/K/T/interstitial/Feedback", "{", "application/json").status, 400);
     EXPECT_EQ(listOf("requests", "?endpoint=interstitial&status=400").size(), 7u);
-    // None of them has made the user known.
+    // No refused request has made the user known.
     EXPECT_TRUE(client().get("/api/apps/K/tracking/T/tag/a").json().contains("error"));
 }
 
-TEST_F(InterstitialEndpointsTest, OnlyPostingAnswers) {
+TEST_F(InterstitialEndpointsTest, OnlyPOSTIsSupported) {
     const auto answer = client().get("/K/T/interstitial/Feedback");
     EXPECT_EQ(answer.status, 405);
     EXPECT_EQ(answer.headers.at("Allow"), "POST");
@@ -132,7 +132,7 @@ TEST_F(InterstitialEndpointsTest, OnlyPostingAnswers) {
     EXPECT_EQ(ask("Feedback", kRequest, "/K").status, 404);
 }
 
-TEST_F(InterstitialEndpointsTest, FaultsHappenToItByItsName) {
+TEST_F(InterstitialEndpointsTest, FaultsApplyByEndpointName) {
     addFault({{"endpoint", "interstitial"}, {"kind", "status"}, {"status", 503}, {"count", 1}});
     EXPECT_EQ(ask("Feedback").status, 503);
     EXPECT_EQ(ask("Feedback").status, 200);

@@ -14,7 +14,7 @@ constexpr const char* kMailbox = "/K/T/rich/mailbox";
 
 class MailboxEndpointsTest : public ServiceTest {
 protected:
-    /// Sends a message to the user T of the app K and gives its id.
+    /// Sends a message to the user T of the app K and returns its id.
     Value send(Dictionary message) const {
         message.emplace("appKey", "K");
         message.emplace("trackingId", "T");
@@ -41,13 +41,13 @@ protected:
     }
 };
 
-TEST_F(MailboxEndpointsTest, AnEmptyMailboxHasTheHashOfAnEmptyList) {
+TEST_F(MailboxEndpointsTest, EmptyMailboxesHaveTheHashOfAnEmptyList) {
     const std::string text = R"({"notification":[]})";
     EXPECT_EQ(state(), answerWith(false, text, Value::array()));
     EXPECT_EQ(state(vl_md5(text)), answerWith(true, text, Value::array()));
 }
 
-TEST_F(MailboxEndpointsTest, AStateIsListedAndHashedInTheOrderOfAnAppsDatabase) {
+TEST_F(MailboxEndpointsTest, StatesAreHashedInTheOrderOfTheApp) {
     for (const std::uint64_t id : {std::uint64_t{2}, UINT64_MAX, std::uint64_t{10}, std::uint64_t{1} << 63U})
         send({{"id", id}});
     expectOK(change("10", {{"read", true}}));
@@ -61,11 +61,11 @@ TEST_F(MailboxEndpointsTest, AStateIsListedAndHashedInTheOrderOfAnAppsDatabase) 
     EXPECT_EQ(state(vl_md5(text)), answerWith(true, text, notification));
 }
 
-TEST_F(MailboxEndpointsTest, AStateWithoutAHashIsRefused) {
+TEST_F(MailboxEndpointsTest, StateRequestsNeedAHash) {
     expectError(client().get(kMailbox), 400, "the query has no \"stateHash\"");
 }
 
-TEST_F(MailboxEndpointsTest, AMessageHasAllItsFields) {
+TEST_F(MailboxEndpointsTest, MessagesHaveAllTheirFields) {
     send({{"id", 7},
           {"subject", "Sale"},
           {"html", "<b>Now</b>"},
@@ -93,7 +93,7 @@ TEST_F(MailboxEndpointsTest, AMessageHasAllItsFields) {
                                    {"meta_data", {{"a", {1, nullptr}}}}}));
 }
 
-TEST_F(MailboxEndpointsTest, WhatWasLeftOutIsNullInAMessage) {
+TEST_F(MailboxEndpointsTest, AbsentFieldsAreNullInAMessage) {
     send({{"created", 1700000000}});
     EXPECT_EQ(message("1"), Value({{"id", 1},
                                    {"sline", "Hello"},
@@ -110,14 +110,14 @@ TEST_F(MailboxEndpointsTest, WhatWasLeftOutIsNullInAMessage) {
                                    {"meta_data", nullptr}}));
 }
 
-TEST_F(MailboxEndpointsTest, AnAppFindsTheHTMLAsItWasSent) {
+TEST_F(MailboxEndpointsTest, HTMLArrivesUnchanged) {
     const std::string html = "<p title=\"a&quot;b\">50% &lt; 100%25 &amp;amp; Größe \xF0\x9F\x98\x80 +</p>\n";
     send({{"html", html}});
     const auto content = message("1")["content"].get<std::string>();
     EXPECT_EQ(vl_unescapeHTML(stringByRemovingPercentEncoding(content).value()), html);
 }
 
-TEST_F(MailboxEndpointsTest, AReadMessageIsReadFromThenOn) {
+TEST_F(MailboxEndpointsTest, ReadMessagesStayRead) {
     send({});
     expectOK(change("1", {{"read", true}}));
     expectOK(change("1", {{"read", true}}));
@@ -126,7 +126,7 @@ TEST_F(MailboxEndpointsTest, AReadMessageIsReadFromThenOn) {
     EXPECT_EQ(listOf("messages")[0]["read"], true);
 }
 
-TEST_F(MailboxEndpointsTest, ADeletedMessageIsGoneButMayBeDeletedAgain) {
+TEST_F(MailboxEndpointsTest, DeletedMessagesMayBeDeletedAgain) {
     send({});
     expectOK(change("1", {{"deleted", true}}));
     expectError(client().get(target("1")), 404, "there is no such message");
@@ -137,14 +137,14 @@ TEST_F(MailboxEndpointsTest, ADeletedMessageIsGoneButMayBeDeletedAgain) {
     EXPECT_EQ(state()["notification"], Value::array());
 }
 
-TEST_F(MailboxEndpointsTest, BothChangesMayComeAtOnce) {
+TEST_F(MailboxEndpointsTest, OneRequestMayMakeBothChanges) {
     send({});
     expectOK(change("1", {{"read", true}, {"deleted", true}}));
     EXPECT_EQ(listOf("messages")[0]["read"], true);
     EXPECT_EQ(listOf("messages")[0]["deleted"], true);
 }
 
-TEST_F(MailboxEndpointsTest, AChangeThatIsNoneIsRefused) {
+TEST_F(MailboxEndpointsTest, InvalidChangesAreRefused) {
     send({});
     expectError(change("1", Value::object()), 400, "the body has neither \"read\" nor \"deleted\"");
     for (const Value& value : {Value(false), Value(1), Value("true"), Value(nullptr)}) {
@@ -152,12 +152,12 @@ TEST_F(MailboxEndpointsTest, AChangeThatIsNoneIsRefused) {
         expectError(change("1", {{"deleted", value}}), 400, "\"deleted\" can only be set to true");
     }
     EXPECT_EQ(change("1", Value::array()).status, 400);
-    expectError(client().post(target("1"), "{}", "application/json"), 405, "the endpoint does not have this method");
+    expectError(client().post(target("1"), "{}", "application/json"), 405, "the endpoint does not support this method");
     EXPECT_EQ(client().options(target("1")).headers.at("Allow"), "GET, PUT");
     EXPECT_EQ(state()["notification"], Value::array({{{"id", 1}, {"read", 0}}}));
 }
 
-TEST_F(MailboxEndpointsTest, WhatAUserDoesNotHaveIsNotFound) {
+TEST_F(MailboxEndpointsTest, MessagesOfOtherUsersAreNotFound) {
     send({});
     for (const std::string id : {"2", "0", "-1", "1x", "x", "+1", "18446744073709551616", "18446744073709551617"}) {
         expectError(client().get(target(id)), 404, "there is no such message");
@@ -168,7 +168,7 @@ TEST_F(MailboxEndpointsTest, WhatAUserDoesNotHaveIsNotFound) {
     EXPECT_EQ(message("1")["read"], 0);
 }
 
-TEST_F(MailboxEndpointsTest, UsersHaveMailboxesOfTheirOwn) {
+TEST_F(MailboxEndpointsTest, EachUserHasAMailbox) {
     client().get("/config/application/ios/K?trackingId=T");
     client().get("/config/application/ios/K?trackingId=U");
     client().get("/config/application/ios/L?trackingId=T");
@@ -179,7 +179,7 @@ TEST_F(MailboxEndpointsTest, UsersHaveMailboxesOfTheirOwn) {
     EXPECT_EQ(state("none", "/L/T/rich/mailbox")["notification"], Value::array());
 }
 
-TEST_F(MailboxEndpointsTest, ATrackingIdMayHoldSlashesAndBlanks) {
+TEST_F(MailboxEndpointsTest, TrackingIdsMayContainSlashesAndBlanks) {
     send({{"trackingId", "a b/c"}});
     EXPECT_EQ(state("none", "/K/a%20b/c/rich/mailbox")["notification"].size(), 1u);
     EXPECT_EQ(client().get("/K/a%20b/c/rich/mailbox/messages/1").json()["sline"], "Hello");
@@ -189,13 +189,13 @@ TEST_F(MailboxEndpointsTest, ATrackingIdMayHoldSlashesAndBlanks) {
     EXPECT_EQ(record["trackingId"], "a b/c");
 }
 
-TEST_F(MailboxEndpointsTest, AskingForAStateMakesAUserKnown) {
+TEST_F(MailboxEndpointsTest, StateRequestsMakeTheirUserKnown) {
     state();
     const auto answer = client().postJSON("/_admin/messages", {{"appKey", "K"}, {"all", true}, {"subject", "To all"}});
     EXPECT_EQ(answer.json()["recipients"], 1);
 }
 
-TEST_F(MailboxEndpointsTest, ACardImageIsHandedOutAsItIs) {
+TEST_F(MailboxEndpointsTest, CardImagesAreServedUnchanged) {
     send({{"image", "89504e470d0a1a0a00ff"}});
     send({{"image", "FFD8FF00"}, {"cardUrl", "https://shop.example/card.png"}});
     const auto origin = "http://127.0.0.1:" + std::to_string(port());
@@ -212,7 +212,7 @@ TEST_F(MailboxEndpointsTest, ACardImageIsHandedOutAsItIs) {
     EXPECT_EQ(lastRecord()["endpoint"], "cardImage");
 }
 
-TEST_F(MailboxEndpointsTest, EveryEndpointHasItsFaults) {
+TEST_F(MailboxEndpointsTest, FaultsApplyToEachMailboxEndpoint) {
     send({{"image", "ffd8ff"}});
     const auto image = "/card-images/" + listOf("messages")[0]["image"].get<std::string>();
     for (const std::string endpoint : {"inboxState", "inboxMessage", "updateInboxMessage", "cardImage"})

@@ -35,7 +35,7 @@ protected:
     }
 };
 
-TEST_F(NotificationEndpointsTest, WithoutACampaignTheTextComesBackWithAPhash) {
+TEST_F(NotificationEndpointsTest, WithoutACampaignTheTextIsReturnedWithAPhash) {
     const auto answer = ask();
     EXPECT_EQ(answer.status, 200);
     const auto json = answer.json();
@@ -43,9 +43,9 @@ TEST_F(NotificationEndpointsTest, WithoutACampaignTheTextComesBackWithAPhash) {
     EXPECT_EQ(json["phash"].get<std::string>().size(), 36u);
 }
 
-TEST_F(NotificationEndpointsTest, EachPhashIsAnotherOne) { EXPECT_NE(ask().json()["phash"], ask().json()["phash"]); }
+TEST_F(NotificationEndpointsTest, EveryPhashIsDifferent) { EXPECT_NE(ask().json()["phash"], ask().json()["phash"]); }
 
-TEST_F(NotificationEndpointsTest, ACampaignChoosesTheTextAndTellsItsIdentifiers) {
+TEST_F(NotificationEndpointsTest, CampaignsSetTheTextAndTheirIdentifiers) {
     setCampaign(
         "morning",
         {{"campaignId", 17},
@@ -60,7 +60,7 @@ TEST_F(NotificationEndpointsTest, ACampaignChoosesTheTextAndTellsItsIdentifiers)
                            {"splitid", "a"}}));
 }
 
-TEST_F(NotificationEndpointsTest, TheTextsOfACampaignTakeTurns) {
+TEST_F(NotificationEndpointsTest, TextsOfACampaignTakeTurns) {
     setCampaign("c", {{"splits", {{{"splitId", 1}, {"messageText", "one"}}, {{"splitId", 2}}}}});
     setCampaign("d", {{"splits", {{{"messageText", "other"}}}}});
     const auto next = [this] { return ask({{"campaigntoken", "c"}}).json(); };
@@ -72,13 +72,13 @@ TEST_F(NotificationEndpointsTest, TheTextsOfACampaignTakeTurns) {
     EXPECT_EQ(next()["splitid"], 1);
 }
 
-TEST_F(NotificationEndpointsTest, AnUnknownCampaignIsNone) {
+TEST_F(NotificationEndpointsTest, UnknownCampaignsHaveNoEffect) {
     const auto json = ask({{"campaigntoken", "unknown"}}).json();
     EXPECT_EQ(json.size(), 2u);
     EXPECT_EQ(listOf("splits")[0]["campaignToken"], "unknown");
 }
 
-TEST_F(NotificationEndpointsTest, AUserWhoIsLeftOutGetsNoContent) {
+TEST_F(NotificationEndpointsTest, ExcludedUsersReceiveNoContent) {
     setCampaign("c", {{"filteredTrackingIds", {"T", "U"}}});
     const auto answer = ask({{"campaigntoken", "c"}});
     EXPECT_EQ(answer.status, 204);
@@ -88,7 +88,7 @@ TEST_F(NotificationEndpointsTest, AUserWhoIsLeftOutGetsNoContent) {
     EXPECT_EQ(listOf("splits")[0]["phash"], nullptr);
 }
 
-TEST_F(NotificationEndpointsTest, WhatWasAskedIsListed) {
+TEST_F(NotificationEndpointsTest, RequestsForSplitsAreListed) {
     setCampaign("c", {{"splits", {{{"splitId", "s"}}}}});
     const auto phash = ask({{"campaigntoken", "c"}, {"phash", "opened"}}).json()["phash"];
     ask({{"trackingid", "U"}});
@@ -109,17 +109,17 @@ TEST_F(NotificationEndpointsTest, WhatWasAskedIsListed) {
     EXPECT_EQ(lastRecord()["trackingId"], "U");
 }
 
-TEST_F(NotificationEndpointsTest, ARequestThatLacksSomethingIsRefused) {
-    expectRefused("pushtext", nullptr, "\"pushtext\" is missing or no text");
+TEST_F(NotificationEndpointsTest, IncompleteRequestsAreRefused) {
+    expectRefused("pushtext", nullptr, "\"pushtext\" is missing or not a string");
     expectRefused("pushtext", "50%", "\"pushtext\" is not percent-encoded");
     expectRefused("responsetype", "xml", "\"responsetype\" is not \"json\"");
-    expectRefused("campaigntoken", 5, "\"campaigntoken\" is no text");
-    expectRefused("phash", nullptr, "\"phash\" is missing or no text");
+    expectRefused("campaigntoken", 5, "\"campaigntoken\" is not a string");
+    expectRefused("phash", nullptr, "\"phash\" is missing or not a string");
     EXPECT_EQ(ask({{"trackingid", ""}}).status, 400);
     EXPECT_TRUE(listOf("splits").empty());
 }
 
-TEST_F(NotificationEndpointsTest, APhashThatIsTakenBackIsNoted) {
+TEST_F(NotificationEndpointsTest, ReturnedPhashesAreRecorded) {
     const auto phash = ask().json()["phash"];
     const Value record = {{"phash", phash}, {"campaigntoken", "c"}, {"campaignid", 5}};
     expectOK(cancel({record, Value::object()}));
@@ -136,14 +136,14 @@ TEST_F(NotificationEndpointsTest, APhashThatIsTakenBackIsNoted) {
     EXPECT_EQ(lastRecord()["endpoint"], "cancelPhash");
 }
 
-TEST_F(NotificationEndpointsTest, ATrackingIdWithSlashesCancelsToo) {
+TEST_F(NotificationEndpointsTest, TrackingIdsWithSlashesMayCancel) {
     expectOK(client().postJSON("/K/a/b/phash/cancel", {{"cancellations", Value::array()}}));
     EXPECT_EQ(lastRecord()["trackingId"], "a/b");
 }
 
-TEST_F(NotificationEndpointsTest, ACancellationThatIsNoneIsRefused) {
-    expectError(cancel("x"), 400, "\"cancellations\" is missing or no list");
-    expectError(cancel({1}), 400, "an element of \"cancellations\" is no object");
+TEST_F(NotificationEndpointsTest, InvalidCancellationsAreRefused) {
+    expectError(cancel("x"), 400, "\"cancellations\" is missing or not a list");
+    expectError(cancel({1}), 400, "an element of \"cancellations\" is not an object");
     EXPECT_TRUE(listOf("cancellations").empty());
 }
 

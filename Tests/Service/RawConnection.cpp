@@ -24,7 +24,7 @@ RawConnection::~RawConnection() { close(socket_); }
 RawConnection& RawConnection::send(const std::string& bytes) {
     for (std::size_t sent = 0; sent < bytes.size();) {
         const auto count = ::send(socket_, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
-        if (count <= 0) break;  // the service has had enough
+        if (count <= 0) break;  // the service has closed the connection
         sent += static_cast<std::size_t>(count);
     }
     return *this;

@@ -4,7 +4,7 @@
 
 namespace vorlane::service {
 
-/// A bare TCP connection to a service, for what no HTTP client would send or accept.
+/// A plain TCP connection to a service, for requests and answers that no HTTP client handles.
 class RawConnection {
 public:
     explicit RawConnection(int port);
@@ -13,9 +13,9 @@ public:
     RawConnection& operator=(const RawConnection&) = delete;
 
     RawConnection& send(const std::string& bytes);
-    /// No more is sent.
+    /// Ends the request.
     RawConnection& end();
-    /// All that comes until the service closes the connection.
+    /// Returns everything that the service sends until it closes the connection.
     std::string receiveAll();
 
 private:

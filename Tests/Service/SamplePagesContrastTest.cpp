@@ -15,7 +15,7 @@ namespace {
 
 using Colours = std::map<std::string, std::string>;
 
-/// The colours that a piece of the style names.
+/// The colours in a part of the style.
 Colours coloursIn(const std::string& style) {
     Colours colours;
     const std::regex expression(R"(--([a-z-]+): (#[0-9a-f]{6});)");
@@ -24,7 +24,7 @@ Colours coloursIn(const std::string& style) {
     return colours;
 }
 
-/// Of one of the three parts of a colour, 0 to 1.
+/// The linear value of one colour component, from 0 to 1.
 double linear(const std::string& digits) {
     const double part = std::stoi(digits, nullptr, 16) / 255.0;
     return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
@@ -35,7 +35,7 @@ double luminance(const std::string& colour) {
            0.0722 * linear(colour.substr(5, 2));
 }
 
-/// From 1, no difference, to 21, black on white.
+/// The contrast ratio, from 1 (none) to 21 (black on white).
 double contrast(const std::string& one, const std::string& other) {
     const auto [darker, lighter] = std::minmax({luminance(one), luminance(other)});
     return (lighter + 0.05) / (darker + 0.05);
@@ -48,12 +48,12 @@ void expectLegible(const Colours& colours) {
     for (const auto& [text, ground] : texts)
         EXPECT_GE(contrast(colours.at(text), colours.at(ground)), 4.5) << text << " on " << ground;
     const std::vector<std::pair<std::string, std::string>> shapes = {{"line", "card"}, {"accent", "glow"}};
-    // What is no text may be weaker.
+    // Shapes need less contrast than text.
     for (const auto& [shape, ground] : shapes)
         EXPECT_GE(contrast(colours.at(shape), colours.at(ground)), 3.0) << shape << " on " << ground;
 }
 
-TEST(SamplePagesContrastTest, TextIsLegibleInTheLightAndInTheDark) {
+TEST(SamplePagesContrastTest, TextIsLegibleInLightAndDarkMode) {
     const auto pages = embeddedPages();
     ASSERT_FALSE(pages.empty());
     const auto& page = pages.begin()->second;
@@ -63,7 +63,9 @@ TEST(SamplePagesContrastTest, TextIsLegibleInTheLightAndInTheDark) {
     expectLegible(coloursIn(page.substr(dark)));
 }
 
-TEST(SamplePagesContrastTest, BlackOnWhiteIsTheMost) { EXPECT_NEAR(contrast("#000000", "#ffffff"), 21, 0.001); }
+TEST(SamplePagesContrastTest, BlackOnWhiteHasTheHighestContrast) {
+    EXPECT_NEAR(contrast("#000000", "#ffffff"), 21, 0.001);
+}
 
 }  // namespace
 }  // namespace vorlane::service

@@ -15,10 +15,10 @@
 namespace vorlane::service {
 namespace {
 
-/// A page for each.
+/// Runs for every page.
 class SamplePagesTest : public ::testing::TestWithParam<std::string> {
 protected:
-    /// What the first group of the pattern takes, of every match.
+    /// The first group of every match of the pattern.
     std::vector<std::string> all(const std::string& pattern) const {
         const std::regex expression(pattern);
         std::vector<std::string> found;
@@ -52,7 +52,7 @@ const std::map<std::string, std::set<std::string>>& linksOfPages() {
     return links;
 }
 
-/// The links that the library knows what to do with.
+/// The links that the library handles.
 const std::set<std::string> kActions = {"notification-yes",
                                         "notification-no",
                                         "location-yes",
@@ -62,7 +62,7 @@ const std::set<std::string> kActions = {"notification-yes",
                                         "notification-location-yes",
                                         "notification-location-no"};
 
-TEST_P(SamplePagesTest, EveryLinkIsAnActionOfTheLibrarys) {
+TEST_P(SamplePagesTest, EveryLinkIsAKnownAction) {
     std::set<std::string> hosts;
     const std::string scheme = "vorlane://";
     for (const auto& link : all(R"re((?:href|action|formaction)="([^"]*)")re")) {
@@ -81,7 +81,7 @@ TEST_P(SamplePagesTest, NothingIsLoadedFromElsewhere) {
     EXPECT_EQ(count("<style>"), 1u);
 }
 
-TEST_P(SamplePagesTest, ThePageIsWholeAndSaysItsLanguage) {
+TEST_P(SamplePagesTest, PageIsCompleteAndNamesItsLanguage) {
     EXPECT_TRUE(html.starts_with("<!DOCTYPE html>\n<html lang=\"en\">\n"));
     EXPECT_TRUE(html.ends_with("</html>\n"));
     EXPECT_EQ(count(R"(<meta charset="utf-8">)"), 1u);
@@ -89,7 +89,7 @@ TEST_P(SamplePagesTest, ThePageIsWholeAndSaysItsLanguage) {
     EXPECT_EQ(count("</main>"), 1u);
 }
 
-TEST_P(SamplePagesTest, TheOneHeadingSaysWhatTheTitleDoes) {
+TEST_P(SamplePagesTest, TheOnlyHeadingEqualsTheTitle) {
     const auto headings = all("<h1>([^<]*)</h1>");
     ASSERT_EQ(headings.size(), 1u);
     EXPECT_EQ(all("<title>([^<]+)</title>"), headings);
@@ -113,7 +113,7 @@ TEST_P(SamplePagesTest, EveryFieldHasALabel) {
     EXPECT_EQ(count("<fieldset>"), count("<legend>"));
 }
 
-TEST_P(SamplePagesTest, EveryButtonSaysSomethingAndShowsItsFocus) {
+TEST_P(SamplePagesTest, EveryButtonHasATextAndAFocusStyle) {
     const auto buttons = all(R"re(<(?:a|button) class="button[^>]*>([^<]*)</(?:a|button)>)re");
     EXPECT_GE(buttons.size(), 2u);
     EXPECT_EQ(buttons.size(), count("<a ") + count("<button "));
@@ -122,9 +122,9 @@ TEST_P(SamplePagesTest, EveryButtonSaysSomethingAndShowsItsFocus) {
     EXPECT_GE(count(":focus-visible"), 1u);
 }
 
-TEST_P(SamplePagesTest, ThereIsALookForTheDark) { EXPECT_EQ(count(R"(prefers-color-scheme: dark)"), 1u); }
+TEST_P(SamplePagesTest, HasADarkMode) { EXPECT_EQ(count(R"(prefers-color-scheme: dark)"), 1u); }
 
-TEST_P(SamplePagesTest, ThePageComesThroughItsEncodingWhole) {
+TEST_P(SamplePagesTest, PageSurvivesItsEncoding) {
     const auto message = page.message();
     const auto content = stringByRemovingPercentEncoding(message.at("messagecontent").get<std::string>());
     ASSERT_TRUE(content);
@@ -133,7 +133,7 @@ TEST_P(SamplePagesTest, ThePageComesThroughItsEncodingWhole) {
     EXPECT_EQ(parsed["title"], page.metadata.at("title"));
 }
 
-TEST_P(SamplePagesTest, ThePlacementIsOneThatAppsAskFor) {
+TEST_P(SamplePagesTest, PlacementIsKnownToApps) {
     EXPECT_TRUE(Placement::isName(page.name));
     EXPECT_TRUE(page.phash && page.phash->starts_with("sample-"));
 }
@@ -147,7 +147,7 @@ std::vector<std::string> namesOfPages() {
 INSTANTIATE_TEST_SUITE_P(Pages, SamplePagesTest, ::testing::ValuesIn(namesOfPages()),
                          [](const auto& test) { return std::regex_replace(test.param, std::regex(" "), ""); });
 
-TEST(EmbeddedPagesTest, EveryFileIsTheSampleOfOnePlacement) {
+TEST(EmbeddedPagesTest, EveryFileIsOnePlacementsSample) {
     EXPECT_EQ(embeddedPages().size(), samplePages().size());
     std::set<std::string> pages;
     std::set<std::string> phashes;

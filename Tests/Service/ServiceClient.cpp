@@ -11,7 +11,7 @@ constexpr int kPatienceSeconds = 100;
 
 httplib::Client clientOf(int port) {
     httplib::Client client("127.0.0.1", port);
-    // Targets are sent as the tests write them.
+    // Targets are sent unchanged.
     client.set_url_encode(false);
     client.set_read_timeout(kPatienceSeconds);
     return client;

@@ -7,18 +7,18 @@
 
 namespace vorlane::service {
 
-/// What a client got from the service.
+/// An answer of the service.
 struct ServiceAnswer {
-    /// 0 when no answer came, or not all of it.
+    /// 0 if no complete answer arrived.
     int status = 0;
     std::string body;
     std::map<std::string, std::string> headers;
 
-    /// The body as JSON; a discarded value when it is none.
+    /// The body as JSON; a discarded value if it is not JSON.
     Value json() const { return Value::parse(body, nullptr, false); }
 };
 
-/// Speaks HTTP with a service, one request on a connection. Any thread.
+/// Sends each request on a connection of its own. Any thread.
 class ServiceClient {
 public:
     explicit ServiceClient(int port) : port_(port) {}
@@ -30,7 +30,7 @@ public:
     ServiceAnswer options(const std::string& target) const;
 
     ServiceAnswer postJSON(const std::string& target, const Value& json) const;
-    /// As an app's sessions and events are sent.
+    /// Sends a form, as apps report sessions and events.
     ServiceAnswer postForm(const std::string& target, const Value& payload) const;
 
 private:

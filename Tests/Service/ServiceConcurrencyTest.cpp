@@ -14,7 +14,7 @@ constexpr int kRequests = 10;
 
 class ServiceConcurrencyTest : public ServiceTest {
 protected:
-    /// Runs `work` as so many clients at the same time.
+    /// Runs `work` on kClients threads at the same time.
     template <class Work>
     static void atOnce(Work work) {
         std::vector<std::thread> threads;
@@ -23,7 +23,7 @@ protected:
     }
 };
 
-TEST_F(ServiceConcurrencyTest, ManyClientsAreServedAtOnceAndNothingIsLost) {
+TEST_F(ServiceConcurrencyTest, ServesManyClientsAtOnce) {
     auto waiting = std::async(std::launch::async, [this] {
         return client().get("/_admin/requests?waitFor=" + std::to_string(3 * kClients * kRequests) + "&timeout=600");
     });
@@ -45,7 +45,7 @@ TEST_F(ServiceConcurrencyTest, ManyClientsAreServedAtOnceAndNothingIsLost) {
     EXPECT_EQ(listOf("tags").size(), std::size_t{kClients * kRequests});
 }
 
-TEST_F(ServiceConcurrencyTest, ACountedFaultHappensExactlyAsOften) {
+TEST_F(ServiceConcurrencyTest, CountedFaultsApplyExactlyAsOften) {
     addFault({{"endpoint", "config"}, {"kind", "status"}, {"status", 500}, {"count", 20}});
     atOnce([this](const std::string& appKey) {
         for (int i = 0; i < kRequests; ++i) client().get("/config/application/ios/" + appKey);
@@ -54,7 +54,7 @@ TEST_F(ServiceConcurrencyTest, ACountedFaultHappensExactlyAsOften) {
     EXPECT_EQ(listOf("requests", "?status=200").size(), std::size_t{kClients * kRequests - 20});
 }
 
-TEST_F(ServiceConcurrencyTest, TheOperatorMayChangeThingsWhileAppsAreAtWork) {
+TEST_F(ServiceConcurrencyTest, OperatorsMayChangeDataDuringRequests) {
     atOnce([this](const std::string& user) {
         for (int i = 0; i < kRequests; ++i) {
             client().postJSON("/api/apps/K/tracking/" + user, {{"name", "a"}, {"value", i}});
@@ -70,7 +70,7 @@ TEST_F(ServiceConcurrencyTest, TheOperatorMayChangeThingsWhileAppsAreAtWork) {
     EXPECT_EQ(listOf("tags"), Value::array());
 }
 
-TEST_F(ServiceConcurrencyTest, ManyPhonesWalkAtOnceAndNothingIsLost) {
+TEST_F(ServiceConcurrencyTest, ServesManyWalkingPhonesAtOnce) {
     const std::string uuid = "E2C56DB5-DFFB-48D2-B060-D0F5A71096E0";
     atOnce([this, uuid](const std::string& user) {
         const std::string phone = "/K/" + user;
@@ -100,7 +100,7 @@ TEST_F(ServiceConcurrencyTest, ManyPhonesWalkAtOnceAndNothingIsLost) {
     EXPECT_EQ(listOf("beaconSummaries").size(), std::size_t{kClients * kRequests});
 }
 
-TEST_F(ServiceConcurrencyTest, ManyWaitingOperatorsDoNotKeepAppsFromBeingServed) {
+TEST_F(ServiceConcurrencyTest, WaitingOperatorsDoNotBlockApps) {
     std::vector<std::future<ServiceAnswer>> waiting;
     for (int i = 0; i < 3 * kClients; ++i) {
         waiting.push_back(
@@ -110,11 +110,11 @@ TEST_F(ServiceConcurrencyTest, ManyWaitingOperatorsDoNotKeepAppsFromBeingServed)
     for (auto& answer : waiting) EXPECT_EQ(answer.get().json()["complete"], true);
 }
 
-TEST_F(ServiceConcurrencyTest, TheServiceEndsInTheMidstOfWork) {
+TEST_F(ServiceConcurrencyTest, MayEndDuringRequests) {
     std::vector<std::thread> clients;
     for (int i = 0; i < kClients; ++i) {
         clients.emplace_back([this] {
-            // Until the service is gone.
+            // Until the service has ended.
             while (client().get("/config/application/ios/K").status == 200) continue;
         });
     }

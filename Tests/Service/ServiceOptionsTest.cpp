@@ -7,7 +7,7 @@
 namespace vorlane::service {
 namespace {
 
-TEST(ServiceOptionsTest, WithoutArgumentsItIsAFreePortOfThisMachineAndMemory) {
+TEST(ServiceOptionsTest, DefaultsToAFreeLoopbackPortAndMemory) {
     const auto options = ServiceOptions::fromArguments({});
     EXPECT_EQ(options.host, "127.0.0.1");
     EXPECT_EQ(options.port, 0);
@@ -16,7 +16,7 @@ TEST(ServiceOptionsTest, WithoutArgumentsItIsAFreePortOfThisMachineAndMemory) {
     EXPECT_FALSE(options.wantsHelp);
 }
 
-TEST(ServiceOptionsTest, ValuesStandBehindABlankOrAnEqualsSign) {
+TEST(ServiceOptionsTest, ValuesFollowABlankOrAnEqualsSign) {
     for (const auto& arguments :
          {std::vector<std::string>{"--port", "8780", "--host", "::1", "--database", "a=b", "--log-requests", "-"},
           std::vector<std::string>{"--port=8780", "--host=::1", "--database=a=b", "--log-requests=-"}}) {
@@ -28,13 +28,13 @@ TEST(ServiceOptionsTest, ValuesStandBehindABlankOrAnEqualsSign) {
     }
 }
 
-TEST(ServiceOptionsTest, HelpIsAskedForWithOneWord) {
+TEST(ServiceOptionsTest, HelpIsOneWord) {
     EXPECT_TRUE(ServiceOptions::fromArguments({"--help"}).wantsHelp);
     for (const char* option : {"--port", "--host", "--database", "--log-requests", "--help"})
         EXPECT_NE(ServiceOptions::usage().find(option), std::string::npos);
 }
 
-TEST(ServiceOptionsTest, WhatMakesNoSenseIsAnError) {
+TEST(ServiceOptionsTest, InvalidArgumentsAreErrors) {
     for (const auto& arguments : {std::vector<std::string>{"--port"}, std::vector<std::string>{"--port", "x"},
                                   std::vector<std::string>{"--port", "65536"}, std::vector<std::string>{"--port", "-1"},
                                   std::vector<std::string>{"--port="}, std::vector<std::string>{"--prt", "1"},

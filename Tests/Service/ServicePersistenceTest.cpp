@@ -25,7 +25,7 @@ protected:
     const TemporaryFolder folder;
 };
 
-/// One of everything.
+/// Stores one object of every kind.
 void fill(const ServiceClient& client) {
     client.postForm("/0.8/session", {{"app_key", "K"}, {"tracking_id", "T"}, {"device_id", "D"}});
     client.postForm("/0.8/register_app_event",
@@ -41,7 +41,7 @@ void fill(const ServiceClient& client) {
                     {{"appKey", "K"}, {"trackingId", "T"}, {"subject", "Hello"}, {"image", "ffd8ff"}});
 }
 
-/// One of everything that belongs to places.
+/// Stores one object of every kind that belongs to places.
 void fillPlaces(const ServiceClient& client) {
     const std::string uuid = "E2C56DB5-DFFB-48D2-B060-D0F5A71096E0";
     client.put("/_admin/regions/K/a", {{"latitude", 1}, {"longitude", 2}, {"radius", 3}, {"own", {4, nullptr}}});
@@ -69,7 +69,7 @@ std::vector<Value> everything(const ServiceClient& client) {
     return answers;
 }
 
-TEST_F(ServicePersistenceTest, AFileKeepsEverythingButTheRecordOfRequests) {
+TEST_F(ServicePersistenceTest, FilesKeepEverythingButTheRequests) {
     std::vector<Value> before;
     {
         const ServiceServer server(optionsWith("db"));
@@ -84,7 +84,7 @@ TEST_F(ServicePersistenceTest, AFileKeepsEverythingButTheRecordOfRequests) {
     EXPECT_EQ(client.get("/_admin/requests").json()["requests"].size(), 2u);
 }
 
-TEST_F(ServicePersistenceTest, MemoryKeepsNothing) {
+TEST_F(ServicePersistenceTest, MemoryIsLostAtTheEnd) {
     {
         const ServiceServer server;
         fill(ServiceClient(server.port()));
@@ -93,7 +93,7 @@ TEST_F(ServicePersistenceTest, MemoryKeepsNothing) {
     EXPECT_EQ(ServiceClient(server.port()).get("/_admin/events").json()["events"], Value::array());
 }
 
-TEST_F(ServicePersistenceTest, NumbersGoOnAfterARestart) {
+TEST_F(ServicePersistenceTest, NumbersContinueAfterARestart) {
     for (int i = 0; i < 2; ++i) {
         const ServiceServer server(optionsWith("db"));
         fill(ServiceClient(server.port()));
@@ -104,7 +104,7 @@ TEST_F(ServicePersistenceTest, NumbersGoOnAfterARestart) {
     EXPECT_EQ(events[1]["number"], 2);
 }
 
-TEST_F(ServicePersistenceTest, ADatabaseFromBeforeTheMailboxesGetsThem) {
+TEST_F(ServicePersistenceTest, OldDatabasesReceiveMailboxes) {
     {
         const ServiceServer server(optionsWith("db"));
         fill(ServiceClient(server.port()));
@@ -123,14 +123,14 @@ TEST_F(ServicePersistenceTest, ADatabaseFromBeforeTheMailboxesGetsThem) {
     EXPECT_EQ(client.get("/_admin/messages").json()["messages"].size(), 1u);
 }
 
-TEST_F(ServicePersistenceTest, ADatabaseThatCannotBeHadIsAnError) {
+TEST_F(ServicePersistenceTest, UnusableDatabasesAreErrors) {
     EXPECT_THROW(ServiceServer(optionsWith("no/such/folder")), ServiceError);
     std::ofstream(folder.path("text")) << std::string(5000, 'x');
     EXPECT_THROW(ServiceServer(optionsWith("text")), ServiceError);
     EXPECT_EQ(std::filesystem::file_size(folder.path("text")), 5000u);
 }
 
-TEST_F(ServicePersistenceTest, ADatabaseOfSomethingElseIsLeftAlone) {
+TEST_F(ServicePersistenceTest, ForeignDatabasesAreLeftUnchanged) {
     {
         SQLiteDatabase other(folder.path("other"));
         other.execute("CREATE TABLE mine (a)");
@@ -143,7 +143,7 @@ TEST_F(ServicePersistenceTest, ADatabaseOfSomethingElseIsLeftAlone) {
     EXPECT_THROW(ServiceServer(optionsWith("newer")), ServiceError);
 }
 
-TEST_F(ServicePersistenceTest, AFileKeepsGeofencesAndBeacons) {
+TEST_F(ServicePersistenceTest, FilesKeepGeofencesAndBeacons) {
     std::vector<Value> before;
     {
         const ServiceServer server(optionsWith("db"));
@@ -156,7 +156,7 @@ TEST_F(ServicePersistenceTest, AFileKeepsGeofencesAndBeacons) {
     EXPECT_EQ(allPlaces(ServiceClient(server.port())), before);
 }
 
-TEST_F(ServicePersistenceTest, ADatabaseOfTheFirstVersionIsTakenOver) {
+TEST_F(ServicePersistenceTest, DatabasesOfVersion1AreUpgraded) {
     std::vector<Value> before;
     {
         const ServiceServer server(optionsWith("db"));
@@ -180,14 +180,14 @@ TEST_F(ServicePersistenceTest, ADatabaseOfTheFirstVersionIsTakenOver) {
     for (const auto& answer : allPlaces(client)) EXPECT_EQ(answer.begin()->size(), 1u) << answer;
 }
 
-TEST_F(ServicePersistenceTest, APortThatIsTakenIsAnError) {
+TEST_F(ServicePersistenceTest, OccupiedPortsAreErrors) {
     const ServiceServer first;
     ServiceOptions options;
     options.port = first.port();
     EXPECT_THROW(ServiceServer{options}, ServiceError);
 }
 
-TEST_F(ServicePersistenceTest, APortIsFreeAgainAtOnce) {
+TEST_F(ServicePersistenceTest, PortsAreReleasedImmediately) {
     ServiceOptions options;
     {
         const ServiceServer first;

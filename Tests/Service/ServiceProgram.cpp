@@ -6,7 +6,7 @@ namespace vorlane::service {
 
 namespace {
 
-/// A shell that joins the two streams and then becomes the program.
+/// A shell command that joins the two streams and runs the program.
 std::vector<std::string> commandWith(const std::vector<std::string>& arguments) {
     std::vector<std::string> command{"/bin/sh", "-c", R"(exec "$0" "$@" 2>&1)", VORLANE_SERVICE_PROGRAM};
     command.insert(command.end(), arguments.begin(), arguments.end());

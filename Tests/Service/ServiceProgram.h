@@ -7,8 +7,8 @@
 
 namespace vorlane::service {
 
-/// The service's program as a process, with standard output and standard error read as one stream. Killed with the
-/// object when it still runs.
+/// The service's program as a process, with standard output and standard error in one stream. Killed on destruction if
+/// it still runs.
 class ServiceProgram {
 public:
     explicit ServiceProgram(const std::vector<std::string>& arguments);
@@ -21,7 +21,7 @@ public:
     static int portIn(const std::string& line);
 
     void signal(int number);
-    /// Waits for the end and returns the exit status, or 128 and the number of the signal that ended the program.
+    /// Waits for the end. Returns the exit status, or 128 plus the number of the signal that ended it.
     int wait();
 
 private:

@@ -12,7 +12,7 @@
 namespace vorlane::service {
 namespace {
 
-TEST(ServiceProgramTest, ItSaysWhereItListensAndEndsWhenToldTo) {
+TEST(ServiceProgramTest, PrintsItsOriginAndEndsWithASignal) {
     for (const int signal : {SIGTERM, SIGINT}) {
         ServiceProgram program({"--port", "0"});
         const ServiceClient client(ServiceProgram::portIn(program.nextLine()));
@@ -23,7 +23,7 @@ TEST(ServiceProgramTest, ItSaysWhereItListensAndEndsWhenToldTo) {
     }
 }
 
-TEST(ServiceProgramTest, ADatabaseOutlivesIt) {
+TEST(ServiceProgramTest, DatabasesSurviveARestart) {
     const TemporaryFolder folder;
     for (int run = 0; run < 2; ++run) {
         ServiceProgram program({"--database", folder.path("db")});
@@ -35,7 +35,7 @@ TEST(ServiceProgramTest, ADatabaseOutlivesIt) {
     }
 }
 
-TEST(ServiceProgramTest, WhatWasStoredSurvivesASuddenDeath) {
+TEST(ServiceProgramTest, StoredDataSurvivesAKill) {
     const TemporaryFolder folder;
     {
         ServiceProgram program({"--database", folder.path("db")});
@@ -49,7 +49,7 @@ TEST(ServiceProgramTest, WhatWasStoredSurvivesASuddenDeath) {
     EXPECT_EQ(client.get("/api/apps/K/tracking/T/tag/a").json(), Value({{"value", "1"}}));
 }
 
-TEST(ServiceProgramTest, RequestsAreLoggedToItsOutputAfterItsFirstLine) {
+TEST(ServiceProgramTest, RequestsMayBeLoggedToStandardOutput) {
     ServiceProgram program({"--log-requests", "-"});
     const ServiceClient client(ServiceProgram::portIn(program.nextLine()));
     client.get("/config/application/ios/K?trackingId=T");
@@ -58,7 +58,7 @@ TEST(ServiceProgramTest, RequestsAreLoggedToItsOutputAfterItsFirstLine) {
     EXPECT_EQ(Value::array({line}), client.get("/_admin/requests").json()["requests"]);
 }
 
-TEST(ServiceProgramTest, RequestsAreLoggedToAFileAfterWhatIsInIt) {
+TEST(ServiceProgramTest, RequestsAreAppendedToALogFile) {
     const TemporaryFolder folder;
     std::ofstream(folder.path("log")) << "before\n";
     {
@@ -80,19 +80,19 @@ TEST(ServiceProgramTest, RequestsAreLoggedToAFileAfterWhatIsInIt) {
     EXPECT_FALSE(std::getline(log, line));
 }
 
-TEST(ServiceProgramTest, HelpIsPrintedAndNothingElseDone) {
+TEST(ServiceProgramTest, HelpPrintsOnlyTheUsage) {
     ServiceProgram program({"--help"});
     EXPECT_EQ(program.restOfOutput(), ServiceOptions::usage());
     EXPECT_EQ(program.wait(), 0);
 }
 
-TEST(ServiceProgramTest, AMistakenCommandLineIsAnError) {
+TEST(ServiceProgramTest, InvalidCommandLinesAreErrors) {
     ServiceProgram program({"--prt", "1"});
-    EXPECT_EQ(program.restOfOutput(), "vorlane-service: there is no option --prt\n");
+    EXPECT_EQ(program.restOfOutput(), "vorlane-service: unknown option --prt\n");
     EXPECT_EQ(program.wait(), 1);
 }
 
-TEST(ServiceProgramTest, WhatItCannotHaveIsAnError) {
+TEST(ServiceProgramTest, UnusableFilesAreErrors) {
     const TemporaryFolder folder;
     ServiceProgram database({"--database", folder.path("no/db")});
     EXPECT_EQ(database.restOfOutput(),

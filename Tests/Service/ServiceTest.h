@@ -12,7 +12,7 @@
 
 namespace vorlane::service {
 
-/// A scene with a service in this process and a client of it, which speaks real HTTP with it.
+/// A fixture with a service in this process and an HTTP client.
 class ServiceTest : public ::testing::Test {
 protected:
     explicit ServiceTest(const ServiceOptions& options = {})
@@ -23,7 +23,7 @@ protected:
     int port() const { return server_->port(); }
     void stopServer() { server_.reset(); }
 
-    /// A list of the operator's by its name, with a query: listOf("tags", "?appKey=K").
+    /// Returns an admin list by name, with a query: listOf("tags", "?appKey=K").
     Value listOf(const std::string& name, const std::string& query = "") const {
         const auto answer = client_.get("/_admin/" + name + query);
         EXPECT_EQ(answer.status, 200) << answer.body;
@@ -31,7 +31,7 @@ protected:
         return json.is_object() && json.contains(name) ? json[name] : Value();
     }
 
-    /// The record of the last request; null when there is none.
+    /// Returns the record of the last request, or null without one.
     Value lastRecord() const {
         const auto records = listOf("requests");
         return records.empty() ? Value() : records.back();

@@ -33,7 +33,7 @@ Value withoutTime(Value row) {
     return row;
 }
 
-TEST_F(SessionEndpointsTest, AStartedSessionIsStoredWhole) {
+TEST_F(SessionEndpointsTest, SessionsAreStoredCompletely) {
     expectOK(client().postForm("/0.8/session", payload()));
     const auto sessions = listOf("sessions");
     ASSERT_EQ(sessions.size(), 1u);
@@ -50,7 +50,7 @@ TEST_F(SessionEndpointsTest, AStartedSessionIsStoredWhole) {
                                                {"payload", payload()}}));
 }
 
-TEST_F(SessionEndpointsTest, TheThreeRequestsAreToldApart) {
+TEST_F(SessionEndpointsTest, TheThreeRequestsAreDistinguished) {
     expectOK(client().postForm("/0.8/session", payload()));
     expectOK(client().postForm("/0.8/session/tracking_id", movedPayload()));
     expectOK(client().postForm("/0.8/session/end", movedPayload()));
@@ -65,7 +65,7 @@ TEST_F(SessionEndpointsTest, TheThreeRequestsAreToldApart) {
     EXPECT_EQ(records[2]["endpoint"], "sessionEnd");
 }
 
-TEST_F(SessionEndpointsTest, ASessionTellsOfItsDevice) {
+TEST_F(SessionEndpointsTest, SessionsUpdateTheirDevice) {
     client().postForm("/0.8/session", payload());
     const auto devices = listOf("devices");
     ASSERT_EQ(devices.size(), 1u);
@@ -80,7 +80,7 @@ TEST_F(SessionEndpointsTest, ASessionTellsOfItsDevice) {
                                               {"notificationSettings", nullptr}}));
 }
 
-TEST_F(SessionEndpointsTest, AChangeOfTheTrackingIdMovesTheDevice) {
+TEST_F(SessionEndpointsTest, ChangingTheTrackingIdMovesTheDevice) {
     client().postForm("/0.8/session", payload());
     client().postForm("/0.8/session/tracking_id", movedPayload());
     const auto devices = listOf("devices");
@@ -90,7 +90,7 @@ TEST_F(SessionEndpointsTest, AChangeOfTheTrackingIdMovesTheDevice) {
     EXPECT_EQ(listOf("sessions").back()["prevTrackingId"], "T");
 }
 
-TEST_F(SessionEndpointsTest, BothTrackingIdsOfAChangeAreKnownFromThenOn) {
+TEST_F(SessionEndpointsTest, ChangesMakeBothTrackingIdsKnown) {
     client().postForm("/0.8/session/tracking_id", movedPayload());
     for (const std::string trackingId : {"T", "T2"}) {
         const auto answer = client().get("/api/apps/K/tracking/" + trackingId + "/tag/x");
@@ -98,15 +98,15 @@ TEST_F(SessionEndpointsTest, BothTrackingIdsOfAChangeAreKnownFromThenOn) {
     }
 }
 
-TEST_F(SessionEndpointsTest, AChangeNeedsTheOldTrackingId) {
+TEST_F(SessionEndpointsTest, ChangesNeedTheOldTrackingId) {
     expectError(client().postForm("/0.8/session/tracking_id", payload()), 400,
-                "\"prev_tracking_id\" is missing, empty or no text");
+                "\"prev_tracking_id\" is missing, empty or not a string");
     EXPECT_EQ(listOf("sessions"), Value::array());
 }
 
-TEST_F(SessionEndpointsTest, WhoItIsAboutMustBeThere) {
+TEST_F(SessionEndpointsTest, SessionsNeedAUser) {
     for (const std::string key : {"app_key", "tracking_id", "device_id"}) {
-        const auto text = "\"" + key + "\" is missing, empty or no text";
+        const auto text = "\"" + key + "\" is missing, empty or not a string";
         expectError(client().postForm("/0.8/session", payloadWithout(key)), 400, text);
         auto wrong = payload();
         wrong[key] = 5;
@@ -116,7 +116,7 @@ TEST_F(SessionEndpointsTest, WhoItIsAboutMustBeThere) {
     EXPECT_EQ(listOf("requests").size(), 6u);
 }
 
-TEST_F(SessionEndpointsTest, AFormWithoutAPayloadIsRefusedAndRecorded) {
+TEST_F(SessionEndpointsTest, FormsWithoutAPayloadAreRefusedAndRecorded) {
     expectError(client().post("/0.8/session", "other=1", "application/x-www-form-urlencoded"), 400,
                 "the form has no field \"payload\"");
     const auto record = lastRecord();
@@ -125,7 +125,7 @@ TEST_F(SessionEndpointsTest, AFormWithoutAPayloadIsRefusedAndRecorded) {
     EXPECT_EQ(record["payload"], nullptr);
 }
 
-TEST_F(SessionEndpointsTest, APayloadThatIsNoJSONObjectIsRefusedAndRecorded) {
+TEST_F(SessionEndpointsTest, InvalidPayloadsAreRefusedAndRecorded) {
     for (const std::string text : {"%7B", "", "%5B%5D", "12", "%7B%22a%22%3A%22%FF%22%7D"}) {
         const auto answer = client().post("/0.8/session", "payload=" + text, "application/x-www-form-urlencoded");
         EXPECT_EQ(answer.status, 400) << text;
@@ -134,12 +134,12 @@ TEST_F(SessionEndpointsTest, APayloadThatIsNoJSONObjectIsRefusedAndRecorded) {
     EXPECT_EQ(listOf("requests").size(), 5u);
 }
 
-TEST_F(SessionEndpointsTest, AJSONBodyIsNoForm) {
+TEST_F(SessionEndpointsTest, JSONBodiesAreNotForms) {
     expectError(client().postJSON("/0.8/session", payload()), 400,
                 "the body is not of type application/x-www-form-urlencoded");
 }
 
-TEST_F(SessionEndpointsTest, AFormLargerThanUsualIsTakenWhole) {
+TEST_F(SessionEndpointsTest, LargeFormsAreAccepted) {
     auto large = payload();
     large["app_name"] = std::string(100'000, '"');
     expectOK(client().postForm("/0.8/session", large));

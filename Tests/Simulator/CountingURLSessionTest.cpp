@@ -17,7 +17,7 @@ protected:
     CountingURLSession counting{phone().makeURLSession({}), count, [this] { ++completions; }};
 };
 
-TEST_F(CountingURLSessionTest, ARequestCountsFromItsStartUntilItsHandlerHasRun) {
+TEST_F(CountingURLSessionTest, RequestsCountFromStartUntilHandlerHasRun) {
     bool wasCounted = false;
     const auto task = makeTask([&](auto, auto, auto) { wasCounted = !count->isZero(); });
     EXPECT_TRUE(count->isZero());
@@ -29,7 +29,7 @@ TEST_F(CountingURLSessionTest, ARequestCountsFromItsStartUntilItsHandlerHasRun) 
     EXPECT_EQ(completions, 1);
 }
 
-TEST_F(CountingURLSessionTest, AnswersArePassedOnAsTheyAre) {
+TEST_F(CountingURLSessionTest, ForwardsAnswersUnchanged) {
     std::optional<Data> received;
     std::int64_t status = 0;
     makeTask([&](std::optional<Data> data, const std::shared_ptr<const NSURLResponse>& response, auto) {
@@ -50,7 +50,7 @@ TEST_F(CountingURLSessionTest, ResumingTwiceCountsOnce) {
     EXPECT_EQ(session().requests().size(), 1U);
 }
 
-TEST_F(CountingURLSessionTest, ACancelledRequestIsCountedToItsEnd) {
+TEST_F(CountingURLSessionTest, CancelledRequestsCountUntilTheyEnd) {
     std::int64_t code = 0;
     const auto task = makeTask([&](auto, auto, const std::optional<NSError>& error) { code = error->code(); });
     task->resume();
@@ -61,7 +61,7 @@ TEST_F(CountingURLSessionTest, ACancelledRequestIsCountedToItsEnd) {
     EXPECT_EQ(completions, 1);
 }
 
-TEST_F(CountingURLSessionTest, CancellingBeforeTheStartLeavesTheCountEven) {
+TEST_F(CountingURLSessionTest, CancellingASuspendedTaskLeavesTheCountAt0) {
     const auto task = makeTask();
     task->cancel();
     task->resume();
@@ -70,7 +70,7 @@ TEST_F(CountingURLSessionTest, CancellingBeforeTheStartLeavesTheCountEven) {
     EXPECT_EQ(completions, 1);
 }
 
-TEST_F(CountingURLSessionTest, ATaskThatNobodyKeepsLivesUntilItsHandlerHasRun) {
+TEST_F(CountingURLSessionTest, UnreferencedTasksLiveUntilTheirHandlerHasRun) {
     auto task = makeTask();
     const std::weak_ptr<NSURLSessionDataTask> watched = task;
     task->resume();
@@ -80,7 +80,7 @@ TEST_F(CountingURLSessionTest, ATaskThatNobodyKeepsLivesUntilItsHandlerHasRun) {
     EXPECT_TRUE(watched.expired());
 }
 
-TEST_F(CountingURLSessionTest, ATaskThatIsNeverStartedLeavesNothingBehind) {
+TEST_F(CountingURLSessionTest, TasksThatAreNeverResumedAreReleased) {
     auto held = std::make_shared<int>(1);
     const std::weak_ptr<int> watched = held;
     makeTask([held](auto, auto, auto) {});

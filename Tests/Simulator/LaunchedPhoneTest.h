@@ -9,7 +9,7 @@
 
 namespace vorlane {
 
-/// A fixture that uses the phone as a host's test does: it starts the library, and looks at what the user sees.
+/// A fixture that uses the phone as a host's test does: it starts the library and checks what the user sees.
 class LaunchedPhoneTest : public SimulatedPhoneTest {
 protected:
     LaunchedPhoneTest()

@@ -10,7 +10,7 @@ Dictionary backgroundTask(const char* action, const Value& name, const Value& id
     return {{"event", "backgroundTask"}, {"action", action}, {"name", name}, {"identifier", identifier}};
 }
 
-TEST_F(PhoneProgramCommandsTest, ALaunchStartsTheLibraryAndTellsWhatItAsksOfThePhone) {
+TEST_F(PhoneProgramCommandsTest, LaunchStartsTheLibraryAndReportsItsRequests) {
     launch();
     EXPECT_EQ(countLog("Vorlane SDK initialised with app key: " + appKey()), 1);
     EXPECT_EQ(phone->events("registerForRemoteNotifications").size(), 1U);
@@ -20,14 +20,14 @@ TEST_F(PhoneProgramCommandsTest, ALaunchStartsTheLibraryAndTellsWhatItAsksOfTheP
     EXPECT_EQ(phone->call("appKey"), Value(appKey()));
 }
 
-TEST_F(PhoneProgramCommandsTest, ALaunchStartsASessionOnlyInTheForeground) {
+TEST_F(PhoneProgramCommandsTest, LaunchStartsASessionOnlyInTheForeground) {
     launch({{"state", "background"}});
     EXPECT_EQ(countLog("RQST0002"), 0);
     launch({{"state", "active"}});
     EXPECT_EQ(countLog("RQST"), 3);
 }
 
-TEST_F(PhoneProgramCommandsTest, WhatOpenedTheApplicationIsHandedOver) {
+TEST_F(PhoneProgramCommandsTest, LaunchPassesLaunchOptions) {
     launch({{"launchOptions", Dictionary{{"remote", Dictionary{{"p", "hash"}}}}}});
     EXPECT_EQ(phone->call("phash"), Value("hash"));
     launch({{"launchOptions", nullptr}});
@@ -38,14 +38,14 @@ TEST_F(PhoneProgramCommandsTest, WhatOpenedTheApplicationIsHandedOver) {
     EXPECT_EQ(phone->call("phash"), Value());
 }
 
-TEST_F(PhoneProgramCommandsTest, ALaunchByTheLabelledNameIsTheSame) {
+TEST_F(PhoneProgramCommandsTest, LaunchByLabelledNameIsEquivalent) {
     phone->call("initialiseSDKWithApplication:launchOptions:sdkOptions:",
                 {Dictionary{{"remote", Dictionary{{"p", "hash"}}}}, Dictionary{{"appKey", appKey()}}});
     EXPECT_EQ(phone->call("phash"), Value("hash"));
     EXPECT_EQ(phone->call("appKey"), Value(appKey()));
 }
 
-TEST_F(PhoneProgramCommandsTest, EachPresetLogsAtItsLevelUnlessAnotherIsNamed) {
+TEST_F(PhoneProgramCommandsTest, PresetsLogAtTheirLevelByDefault) {
     const auto hasDebugLines = [this](Dictionary options, Dictionary line) {
         options.emplace("appKey", appKey());
         line.insert({{"do", "launch"}, {"options", std::move(options)}});
@@ -63,7 +63,7 @@ TEST_F(PhoneProgramCommandsTest, EachPresetLogsAtItsLevelUnlessAnotherIsNamed) {
     EXPECT_TRUE(hasDebugLines({{"logLevel", 4}}, {}));
 }
 
-TEST_F(PhoneProgramCommandsTest, EachStateIsReportedToTheLibrary) {
+TEST_F(PhoneProgramCommandsTest, EveryStateIsReportedToTheLibrary) {
     launch();
     const auto linesOf = [this](const char* state) {
         phone->takeEvents();
@@ -78,7 +78,7 @@ TEST_F(PhoneProgramCommandsTest, EachStateIsReportedToTheLibrary) {
     EXPECT_EQ(linesOf("terminate"), (std::vector<long>{0, 0, 1}));
 }
 
-TEST_F(PhoneProgramCommandsTest, ARequestHoldsABackgroundTaskUntilItsTimeIsOver) {
+TEST_F(PhoneProgramCommandsTest, RequestsHoldABackgroundTaskUntilExpiry) {
     phone->call("getTag:completionHandler:", {"size"});
     const auto open = query("backgroundTasks");
     ASSERT_EQ(open.size(), 1U);
@@ -92,7 +92,7 @@ TEST_F(PhoneProgramCommandsTest, ARequestHoldsABackgroundTaskUntilItsTimeIsOver)
     EXPECT_EQ(query("backgroundTasks"), Value(Array{}));
 }
 
-TEST_F(PhoneProgramCommandsTest, AResultNamesItsLineAndWhatTheHandlerReceived) {
+TEST_F(PhoneProgramCommandsTest, ResultsNameTheirLineAndTheHandlersArguments) {
     const auto answer = phone->answerTo({{"do", "call"},
                                          {"id", Array{"an", 1}},
                                          {"op", "setTag:value:type:completionHandler:"},
@@ -128,7 +128,7 @@ TEST_F(PhoneProgramCommandsTest, OtherCommandsDoNotWaitForRequests) {
     EXPECT_EQ(phone->quit(), 0);
 }
 
-TEST_F(PhoneProgramCommandsTest, QuittingEndsOpenRequestsAndTheirHandlersAreTold) {
+TEST_F(PhoneProgramCommandsTest, QuitCancelsOpenRequestsAndRunsTheirHandlers) {
     phone->call("getTag:completionHandler:", {"size"});
     phone->perform({{"do", "quit"}});
     EXPECT_EQ(phone->end(), 0);
@@ -137,13 +137,13 @@ TEST_F(PhoneProgramCommandsTest, QuittingEndsOpenRequestsAndTheirHandlersAreTold
     EXPECT_EQ(results[0].at("values")[1]["code"], Value(-999));
 }
 
-TEST_F(PhoneProgramCommandsTest, TheEndOfTheInputIsAsGoodAsQuitting) {
+TEST_F(PhoneProgramCommandsTest, EndOfInputQuits) {
     phone->call("getTag:completionHandler:", {"size"});
     EXPECT_EQ(phone->end(), 0);
     EXPECT_EQ(phone->events("result").size(), 1U);
 }
 
-TEST_F(PhoneProgramCommandsTest, LinesAfterQuittingAreNotTaken) {
+TEST_F(PhoneProgramCommandsTest, LinesAfterQuitAreIgnored) {
     phone->send(R"({"do":"quit"})");
     phone->send(R"({"do":"call","op":"setPhash:","args":["hash"]})");
     phone->end();
@@ -160,7 +160,7 @@ TEST_F(PhoneProgramCommandsTest, SettingsAreTheWholeStoredDictionary) {
     EXPECT_NE(settings.dump().find(device.get<std::string>()), std::string::npos);
 }
 
-TEST_F(PhoneProgramCommandsTest, EndpointsThatAreNotNamedAreTheProductionOnes) {
+TEST_F(PhoneProgramCommandsTest, UnnamedEndpointsAreTheProductionEndpoints) {
     const auto service = query("urls");
     phone->perform({{"do", "setURLs"}, {"urls", Dictionary{{"mdnUrl", "http://127.0.0.1:9/x"}}}});
     const auto urls = query("urls");
@@ -176,7 +176,7 @@ TEST_F(PhoneProgramCommandsTest, TheRealClockCannotBeAdvanced) {
     EXPECT_TRUE(phone->answerTo({{"do", "advance"}, {"seconds", 1}}).contains("error"));
 }
 
-TEST_F(PhoneProgramCommandsTest, TheVirtualClockStartsWhereItIsTold) {
+TEST_F(PhoneProgramCommandsTest, VirtualClockStartsAtTheGivenTime) {
     startPhone({"--clock", "virtual=12.5"});
     EXPECT_EQ(query("time"), Value(12.5));
     startPhone({"--clock", "virtual=-3e9"});

@@ -9,7 +9,7 @@ namespace {
 
 class PhoneProgramHostileTest : public PhoneProgramTest {
 protected:
-    /// The line is answered somehow, and the phone goes on.
+    /// Expects any answer, and that the phone continues.
     void expectAnswered(const Dictionary& line) {
         const auto answer = phone->answerTo(line);
         const auto kinds = answer.count("value") + answer.count("exception") + answer.count("error");
@@ -17,7 +17,7 @@ protected:
     }
 };
 
-/// One value of every kind, and those at the edges.
+/// One value of every type, and values at the limits.
 Array hostileValues() {
     return {nullptr,
             true,
@@ -38,7 +38,7 @@ Array hostileValues() {
             Dictionary{{"", nullptr}, {"a", Dictionary{{"b", Array{}}}}}};
 }
 
-TEST_F(PhoneProgramHostileTest, EveryFieldOfEveryWordMayHoldAnything) {
+TEST_F(PhoneProgramHostileTest, EveryFieldOfEveryCommandAcceptsAnyValue) {
     const std::map<std::string, std::vector<std::string>> fields = {
         {"launch", {"options", "preset", "launchOptions", "state"}},
         {"state", {"to"}},
@@ -55,7 +55,7 @@ TEST_F(PhoneProgramHostileTest, EveryFieldOfEveryWordMayHoldAnything) {
         for (const auto& name : names) {
             for (const auto& value : hostileValues()) {
                 Dictionary line{{"do", word}};
-                // The other fields as they should be, so that this one is looked at.
+                // The other fields are valid, so that this field is reached.
                 if (word == "log") line.insert({{"message", "m"}, {"level", 1}});
                 if (word == "call") line.insert({{"op", "setPhash:"}, {"args", Array{"p"}}});
                 if (word == "helper") line.insert({{"name", "vl_md5"}, {"args", Array{"p"}}});
@@ -68,7 +68,7 @@ TEST_F(PhoneProgramHostileTest, EveryFieldOfEveryWordMayHoldAnything) {
     EXPECT_TRUE(phone->perform({{"do", "query"}, {"what", "time"}}).is_number());
 }
 
-TEST_F(PhoneProgramHostileTest, EveryOperationAndHelperTakesAnyArguments) {
+TEST_F(PhoneProgramHostileTest, EveryOperationAndHelperAcceptsAnyArguments) {
     const std::vector<std::string> operations = {"setURLs:",
                                                  "setTrackingId:",
                                                  "setPhash:",
@@ -102,7 +102,7 @@ TEST_F(PhoneProgramHostileTest, EveryOperationAndHelperTakesAnyArguments) {
     EXPECT_EQ(phone->quit(), 0);
 }
 
-TEST_F(PhoneProgramHostileTest, TimeMayMoveBeyondEveryCalendar) {
+TEST_F(PhoneProgramHostileTest, TimeMayMoveBeyondTheCalendar) {
     launch();
     server.close();
     for (const double seconds : {1e9, 1e12, 1e300}) {
@@ -115,7 +115,7 @@ TEST_F(PhoneProgramHostileTest, TimeMayMoveBeyondEveryCalendar) {
     EXPECT_EQ(phone->quit(), 0);
 }
 
-TEST_F(PhoneProgramHostileTest, BytesThatAreNoTextAreRefused) {
+TEST_F(PhoneProgramHostileTest, BytesThatAreNotUTF8AreRefused) {
     for (const auto* line : {"{\"do\":\"query\",\"what\":\"time\",\"id\":\"\xff\"}", "{\"do\":\"query\xc3\"}",
                              "\xef\xbb\xbf{}", "{\"do\":\"query\",\"what\":\"time\",\"id\":\"\\ud800\"}",
                              "{\"id\":1e999}", "{\"do\":\"query\",\"what\":\"time\",}", "{'do':'query'}", "\x7f"}) {

@@ -13,7 +13,7 @@ protected:
         return path(name);
     }
 
-    /// The exit status of the program with these options and an empty input, and all that it wrote.
+    /// Runs the program with these options and an empty input. Returns its exit status and output.
     std::pair<int, std::string> run(const std::string& options) const {
         const auto program = std::string(VORLANE_PHONE) + " --data-dir " + path("other") + " " + options;
         support::ChildProcess process({"/bin/sh", "-c", "exec " + program + " 2>&1"});
@@ -32,7 +32,7 @@ protected:
     }
 };
 
-TEST_F(PhoneProgramOptionsTest, WhatCannotBeUsedIsRefusedWithTheUsage) {
+TEST_F(PhoneProgramOptionsTest, UnusableOptionsAreRefusedWithTheUsage) {
     expectRefused("--clock");
     expectRefused("--clock virtual=nan");
     expectRefused("--clock virtual=inf");
@@ -49,7 +49,7 @@ TEST_F(PhoneProgramOptionsTest, WhatCannotBeUsedIsRefusedWithTheUsage) {
     expectRefused("-h");
 }
 
-TEST_F(PhoneProgramOptionsTest, FilesMustHoldOneObject) {
+TEST_F(PhoneProgramOptionsTest, FilesMustContainOneObject) {
     for (const auto* text : {"", "[]", "{", "{}{}", "null"}) {
         expectRefused("--urls " + file("file", text));
         expectRefused("--info " + file("file", text));
@@ -64,11 +64,11 @@ TEST_F(PhoneProgramOptionsTest, EndpointsMustBeKnownAndAbsolute) {
     expectRefused("--urls " + file("urls", R"({"mdnUrl":5})"));
 }
 
-TEST_F(PhoneProgramOptionsTest, AServiceAndSingleEndpointsExcludeEachOther) {
+TEST_F(PhoneProgramOptionsTest, ServiceAndUrlsExcludeEachOther) {
     expectRefused("--service http://h --urls " + file("urls", R"({"mdnUrl":"http://h/"})"));
 }
 
-TEST_F(PhoneProgramOptionsTest, HelpPrintsTheUsageAndNothingElse) {
+TEST_F(PhoneProgramOptionsTest, HelpPrintsOnlyTheUsage) {
     for (const auto* options : {"--help", "--clock virtual --help", "--unknown --help"}) {
         const auto [status, text] = run(options);
         EXPECT_EQ(status, 0);
@@ -80,12 +80,12 @@ TEST_F(PhoneProgramOptionsTest, HelpPrintsTheUsageAndNothingElse) {
     EXPECT_FALSE(std::filesystem::exists(path("other")));
 }
 
-TEST_F(PhoneProgramOptionsTest, WithoutLinesItEndsAtOnceAndSaysNothing) {
+TEST_F(PhoneProgramOptionsTest, EmptyInputEndsItWithoutOutput) {
     EXPECT_EQ(run(""), (std::pair<int, std::string>{0, ""}));
     EXPECT_EQ(run("--os-version 9.3 --clock virtual --log-level 0"), (std::pair<int, std::string>{0, ""}));
 }
 
-TEST_F(PhoneProgramOptionsTest, EndpointsFromAFileAreInForce) {
+TEST_F(PhoneProgramOptionsTest, EndpointsFromAFileAreUsed) {
     const auto urls = file("urls", R"({"mdnUrl":"http://127.0.0.1:9/m"})");
     phone = std::make_unique<support::PhoneProcess>(
         VORLANE_PHONE, std::vector<std::string>{"--data-dir", path("phone"), "--urls", urls});
@@ -93,7 +93,7 @@ TEST_F(PhoneProgramOptionsTest, EndpointsFromAFileAreInForce) {
     EXPECT_TRUE(query("urls")["inboxUrl"].get<std::string>().starts_with("https://"));
 }
 
-TEST_F(PhoneProgramOptionsTest, TheTimeZoneIsTheProcesssOwn) {
+TEST_F(PhoneProgramOptionsTest, TimeZoneIsTheProcesss) {
     const auto program = std::string(VORLANE_PHONE) + " --data-dir " + path("zone") + " --clock virtual";
     support::ChildProcess process({"/bin/sh", "-c", "TZ=XYZ-5:30 exec " + program});
     process.writeLine(R"({"do":"launch","preset":"development","options":{"appKey":")" + appKey() +

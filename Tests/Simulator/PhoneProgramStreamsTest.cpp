@@ -19,7 +19,7 @@ protected:
 
 Dictionary parsed(const std::string& line) { return Value::parse(line).get<Dictionary>(); }
 
-TEST_F(PhoneProgramStreamsTest, LogLinesOfACommandComeBeforeItsReply) {
+TEST_F(PhoneProgramStreamsTest, LogLinesPrecedeTheReplyOfTheirCommand) {
     support::ChildProcess process(command());
     constexpr int kLines = 200;
     for (int i = 0; i < kLines; ++i) {
@@ -33,7 +33,7 @@ TEST_F(PhoneProgramStreamsTest, LogLinesOfACommandComeBeforeItsReply) {
     }
 }
 
-TEST_F(PhoneProgramStreamsTest, ALineMayEndWithCarriageReturnOrWithTheInput) {
+TEST_F(PhoneProgramStreamsTest, LinesMayEndWithCarriageReturnOrEndOfInput) {
     support::ChildProcess process(
         {"/bin/sh", "-c",
          R"(printf '{"do":"query","what":"time"}\r\n{"do":"query","what":"time","id":2}' | )" + command()[0] +
@@ -44,10 +44,10 @@ TEST_F(PhoneProgramStreamsTest, ALineMayEndWithCarriageReturnOrWithTheInput) {
     EXPECT_EQ(process.wait(), 0);
 }
 
-TEST_F(PhoneProgramStreamsTest, ItEndsQuietlyWhenNobodyReadsAnyMore) {
+TEST_F(PhoneProgramStreamsTest, ClosedOutputEndsItWithStatus0) {
     const auto program = command()[0] + " --data-dir " + path("unread");
     support::ChildProcess process({"/bin/bash", "-c", program + " | head -n 1; exit ${PIPESTATUS[0]}"});
-    // The input stays open: the program ends by itself, at the first reply after its reader has gone.
+    // The input stays open: the program ends with its first reply after its reader has gone.
     while (process.writeLine(R"({"do":"query","what":"time"})")) {
     }
     EXPECT_TRUE(process.readLine());
@@ -55,13 +55,13 @@ TEST_F(PhoneProgramStreamsTest, ItEndsQuietlyWhenNobodyReadsAnyMore) {
     EXPECT_EQ(process.wait(), 0);
 }
 
-TEST_F(PhoneProgramStreamsTest, ALineOfManyMegabytesIsTaken) {
+TEST_F(PhoneProgramStreamsTest, AcceptsALineOfManyMegabytes) {
     const std::string text(8'000'000, 'a');
     const auto value = phone->perform({{"do", "helper"}, {"name", "vl_md5"}, {"args", Array{text}}});
     EXPECT_EQ(value.get<std::string>().size(), 32U);
 }
 
-TEST_F(PhoneProgramStreamsTest, TextOfEveryKindComesBackAsItWas) {
+TEST_F(PhoneProgramStreamsTest, StringsOfEveryKindAreEchoedUnchanged) {
     const std::string text = std::string("\0\x01\n\r\"\\/", 7) + "\xc3\xa9\xe2\x82\xac\xf0\x9f\x98\x80\x7f";
     phone->call("setPhash:", {text});
     EXPECT_EQ(phone->call("phash"), Value(text));
@@ -69,7 +69,7 @@ TEST_F(PhoneProgramStreamsTest, TextOfEveryKindComesBackAsItWas) {
     EXPECT_EQ(answer.at("reply"), Value(std::string("\xf0\x9f\x98\x80\0", 5)));
 }
 
-TEST_F(PhoneProgramStreamsTest, NestingIsTakenUpToItsLimit) {
+TEST_F(PhoneProgramStreamsTest, AcceptsNestingUpToTheLimit) {
     const auto nested = [](int depth) {
         return R"({"do":"query","what":"time","id":)" + std::string(static_cast<std::size_t>(depth), '[') +
                std::string(static_cast<std::size_t>(depth), ']') + "}";
@@ -80,7 +80,7 @@ TEST_F(PhoneProgramStreamsTest, NestingIsTakenUpToItsLimit) {
     EXPECT_TRUE(refused.contains("error"));
 }
 
-/// A program whose input and output are ours and do not block it.
+/// A program with non-blocking standard input and output.
 class NonBlockingProgram {
 public:
     explicit NonBlockingProgram(const std::vector<std::string>& arguments) {
@@ -118,7 +118,7 @@ public:
     void closeInput() {
         if (input_ >= 0) ::close(std::exchange(input_, -1));
     }
-    /// Everything until the end of the output.
+    /// Returns the output up to its end.
     std::string readAll() const {
         std::string text;
         std::array<char, 65536> chunk{};
@@ -141,9 +141,9 @@ private:
     int output_ = -1;
 };
 
-TEST_F(PhoneProgramStreamsTest, StreamsThatDoNotBlockAreWaitedFor) {
+TEST_F(PhoneProgramStreamsTest, WaitsForNonBlockingStreams) {
     NonBlockingProgram program(command());
-    // More replies than the output holds at once.
+    // More replies than the pipe holds.
     constexpr int kLines = 100;
     for (int i = 0; i < kLines; ++i) ASSERT_TRUE(program.write("{\"do\":\"query\",\"what\":\"constants\"}\n"));
     program.closeInput();

@@ -11,7 +11,7 @@
 
 namespace vorlane {
 
-/// A scene with a phone as a process, whose requests reach a server that never answers.
+/// A fixture with a phone as a process, whose requests reach a server that never answers.
 class PhoneProgramTest : public TemporaryFolderTest {
 protected:
     PhoneProgramTest() { startPhone(); }
@@ -36,7 +36,7 @@ protected:
         for (const auto& event : phone->events("log")) found.push_back(event.at("message").get<std::string>());
         return found;
     }
-    /// How many log lines since the last `takeEvents()` begin so.
+    /// The number of log lines with this start since the last `takeEvents()`.
     long countLog(const std::string& start) const {
         const auto all = messages();
         return std::count_if(all.begin(), all.end(), [&](const auto& message) { return message.starts_with(start); });

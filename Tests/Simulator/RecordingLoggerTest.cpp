@@ -6,7 +6,7 @@ namespace vorlane {
 
 namespace {
 
-TEST(RecordingLoggerTest, EveryLineIsKeptWithItsLevelAndPayload) {
+TEST(RecordingLoggerTest, KeepsLinesWithLevelAndPayload) {
     RecordingLogger logger;
     logger.logMessage("one", std::nullopt, VLLogLevel::Info);
     logger.logMessage("two", Value(Dictionary{{"a", 1}}), VLLogLevel::Error);
@@ -18,7 +18,7 @@ TEST(RecordingLoggerTest, EveryLineIsKeptWithItsLevelAndPayload) {
     EXPECT_EQ(lines[1].payload, Value(Dictionary{{"a", 1}}));
 }
 
-TEST(RecordingLoggerTest, LinesAreCountedByTheirWholeTextAndLevel) {
+TEST(RecordingLoggerTest, CountsLinesByMessageAndLevel) {
     RecordingLogger logger;
     for (const auto* text : {"one", "one", "one more"}) logger.logMessage(text, std::nullopt, VLLogLevel::Info);
     logger.logMessage("one", std::nullopt, VLLogLevel::Debug);
@@ -27,7 +27,7 @@ TEST(RecordingLoggerTest, LinesAreCountedByTheirWholeTextAndLevel) {
     EXPECT_EQ(logger.count("on", VLLogLevel::Info), 0);
 }
 
-TEST(RecordingLoggerTest, LinesAreFoundByAPart) {
+TEST(RecordingLoggerTest, FindsLinesByAPart) {
     RecordingLogger logger;
     for (const auto* text : {"one", "two", "one more"}) logger.logMessage(text, std::nullopt, VLLogLevel::Info);
     const auto found = logger.linesContaining("one");

@@ -9,7 +9,7 @@ namespace vorlane {
 
 namespace {
 
-/// What a completion handler received, and how often.
+/// The arguments of a completion handler, and the number of its calls.
 struct Outcome {
     int calls = 0;
     bool wasCurrentOnMain = true;
@@ -45,7 +45,7 @@ protected:
     }
 };
 
-TEST_F(ScriptedURLSessionTest, AnAnswerHasReachedTheHandlerWhenTheCallReturns) {
+TEST_F(ScriptedURLSessionTest, AnswerReturnsAfterTheHandlerHasRun) {
     const auto outcome = start("http://h/a");
     EXPECT_EQ(outcome->calls, 0);
     session().answer("/a", 201, "body");
@@ -57,14 +57,14 @@ TEST_F(ScriptedURLSessionTest, AnAnswerHasReachedTheHandlerWhenTheCallReturns) {
     EXPECT_FALSE(outcome->wasCurrentOnMain);
 }
 
-TEST_F(ScriptedURLSessionTest, AnAnswerWithoutTextHasNoData) {
+TEST_F(ScriptedURLSessionTest, AnswerWithoutBodyHasNoData) {
     const auto outcome = start("http://h/a");
     session().answer("/a", 204);
     EXPECT_EQ(outcome->body, std::nullopt);
     EXPECT_EQ(outcome->status(), 204);
 }
 
-TEST_F(ScriptedURLSessionTest, BytesComeAsTheyAre) {
+TEST_F(ScriptedURLSessionTest, AnswersWithBytesUnchanged) {
     const auto empty = start("http://h/a");
     session().answerData("/a", 200, Data());
     EXPECT_EQ(empty->body, "");
@@ -73,7 +73,7 @@ TEST_F(ScriptedURLSessionTest, BytesComeAsTheyAre) {
     EXPECT_EQ(zeros->body, std::string("\0\xff", 2));
 }
 
-TEST_F(ScriptedURLSessionTest, AnAnswerMayBeNoHTTPOrNoneAtAll) {
+TEST_F(ScriptedURLSessionTest, AnswersWithoutHTTPOrResponse) {
     const auto other = start("http://h/a");
     session().answerWithoutHTTP("/a", true);
     ASSERT_TRUE(other->response);
@@ -85,7 +85,7 @@ TEST_F(ScriptedURLSessionTest, AnAnswerMayBeNoHTTPOrNoneAtAll) {
     EXPECT_FALSE(none->error);
 }
 
-TEST_F(ScriptedURLSessionTest, AFailureIsTheNetworksError) {
+TEST_F(ScriptedURLSessionTest, FailuresAreNSURLErrors) {
     const auto offline = start("http://h/a");
     session().fail("/a");
     EXPECT_EQ(offline->error->domain(), NSURLErrorDomain);
@@ -96,7 +96,7 @@ TEST_F(ScriptedURLSessionTest, AFailureIsTheNetworksError) {
     EXPECT_EQ(slow->code(), -1001);
 }
 
-TEST_F(ScriptedURLSessionTest, TheOldestOpenRequestThatFitsIsAnswered) {
+TEST_F(ScriptedURLSessionTest, AnswersTheOldestMatchingRequest) {
     const auto first = start("http://h/a?1");
     const auto second = start("http://h/a?2");
     const auto other = start("http://h/b");
@@ -109,7 +109,7 @@ TEST_F(ScriptedURLSessionTest, TheOldestOpenRequestThatFitsIsAnswered) {
     EXPECT_EQ(session().openRequests(), 1U);
 }
 
-TEST_F(ScriptedURLSessionTest, AnsweringWhatNobodyAskedIsAMistakeOfTheTest) {
+TEST_F(ScriptedURLSessionTest, AnsweringWithoutAMatchingRequestThrows) {
     EXPECT_THROW(session().answer("/a", 200), std::logic_error);
     const auto outcome = start("http://h/a");
     session().answer("/a", 200);
@@ -118,7 +118,7 @@ TEST_F(ScriptedURLSessionTest, AnsweringWhatNobodyAskedIsAMistakeOfTheTest) {
     EXPECT_EQ(outcome->calls, 1);
 }
 
-TEST_F(ScriptedURLSessionTest, ARuleAnswersWhatIsOpenAndWhatComes) {
+TEST_F(ScriptedURLSessionTest, RulesAnswerOpenAndLaterRequests) {
     const auto open = start("http://h/a");
     session().alwaysAnswer("/a", 200, "rule");
     EXPECT_EQ(open->body, "rule");
@@ -129,7 +129,7 @@ TEST_F(ScriptedURLSessionTest, ARuleAnswersWhatIsOpenAndWhatComes) {
     EXPECT_EQ(other->calls, 0);
 }
 
-TEST_F(ScriptedURLSessionTest, OfSeveralRulesTheNewestThatFitsWins) {
+TEST_F(ScriptedURLSessionTest, NewestMatchingRuleApplies) {
     session().alwaysAnswer("", 500);
     session().alwaysAnswer("/a", 200);
     session().alwaysFail("/a/b", NSURLError::cannotFindHost);
@@ -142,7 +142,7 @@ TEST_F(ScriptedURLSessionTest, OfSeveralRulesTheNewestThatFitsWins) {
     EXPECT_EQ(narrowest->code(), -1003);
 }
 
-TEST_F(ScriptedURLSessionTest, ARuleMayComputeItsAnswers) {
+TEST_F(ScriptedURLSessionTest, RulesMayComputeAnswers) {
     const auto open = start("http://h/echo?one");
     session().alwaysAnswer("/echo", [](const RecordedRequest& request) {
         return ScriptedAnswer::withBody(202, request.request.URL.query().value_or("(none)"));
@@ -154,7 +154,7 @@ TEST_F(ScriptedURLSessionTest, ARuleMayComputeItsAnswers) {
     EXPECT_EQ(later->status(), 202);
 }
 
-TEST_F(ScriptedURLSessionTest, ARuleMayChooseRequestsByMethod) {
+TEST_F(ScriptedURLSessionTest, RulesMayMatchByMethod) {
     session().alwaysAnswerMatching(
         "reads", [](const NSURLRequest& request) { return request.HTTPMethod == "GET"; },
         [](const RecordedRequest& /*request*/) {
@@ -172,7 +172,7 @@ TEST_F(ScriptedURLSessionTest, ARuleMayChooseRequestsByMethod) {
     EXPECT_EQ(session().openRequests(), 1U);
 }
 
-TEST_F(ScriptedURLSessionTest, ARuleReplacesTheRuleOfItsName) {
+TEST_F(ScriptedURLSessionTest, RulesReplaceTheRuleOfTheirName) {
     session().alwaysAnswer("/a", 200, "first");
     session().alwaysFail("/");
     session().alwaysAnswer("/a", 200, "second");
@@ -181,7 +181,7 @@ TEST_F(ScriptedURLSessionTest, ARuleReplacesTheRuleOfItsName) {
     EXPECT_EQ(outcome->body, "second");
 }
 
-TEST_F(ScriptedURLSessionTest, AMatcherMayAskTheSession) {
+TEST_F(ScriptedURLSessionTest, MatchersMayCallTheSession) {
     session().alwaysAnswerMatching(
         "first only", [this](const NSURLRequest& /*request*/) { return session().requests().size() == 1; },
         [](const RecordedRequest& /*request*/) { return ScriptedAnswer(); });
@@ -192,7 +192,7 @@ TEST_F(ScriptedURLSessionTest, AMatcherMayAskTheSession) {
     EXPECT_EQ(second->calls, 0);
 }
 
-TEST_F(ScriptedURLSessionTest, WithoutRulesRequestsStayOpenAgain) {
+TEST_F(ScriptedURLSessionTest, ForgettingRulesLeavesRequestsOpen) {
     session().alwaysAnswer("", 200);
     session().forgetRules();
     const auto outcome = start("http://h/a");
@@ -201,7 +201,7 @@ TEST_F(ScriptedURLSessionTest, WithoutRulesRequestsStayOpenAgain) {
     EXPECT_EQ(session().openRequests(), 1U);
 }
 
-TEST_F(ScriptedURLSessionTest, NothingIsSentBeforeResuming) {
+TEST_F(ScriptedURLSessionTest, SuspendedTasksSendNoRequest) {
     const auto outcome = std::make_shared<Outcome>();
     const auto task = makeTask("http://h/a", outcome);
     EXPECT_TRUE(session().requests().empty());
@@ -212,7 +212,7 @@ TEST_F(ScriptedURLSessionTest, NothingIsSentBeforeResuming) {
     EXPECT_EQ(outcome->calls, 1);
 }
 
-TEST_F(ScriptedURLSessionTest, ACancelledRequestEndsOnceWithThatError) {
+TEST_F(ScriptedURLSessionTest, CancelledRequestsEndOnceAsCancelled) {
     const auto outcome = std::make_shared<Outcome>();
     const auto task = makeTask("http://h/a", outcome);
     task->resume();
@@ -226,7 +226,7 @@ TEST_F(ScriptedURLSessionTest, ACancelledRequestEndsOnceWithThatError) {
     EXPECT_EQ(session().openRequests(), 0U);
 }
 
-TEST_F(ScriptedURLSessionTest, CancellingBeforeResumingRunsTheHandlerToo) {
+TEST_F(ScriptedURLSessionTest, CancellingASuspendedTaskRunsItsHandler) {
     const auto outcome = std::make_shared<Outcome>();
     const auto task = makeTask("http://h/a", outcome);
     task->cancel();
@@ -236,7 +236,7 @@ TEST_F(ScriptedURLSessionTest, CancellingBeforeResumingRunsTheHandlerToo) {
     EXPECT_EQ(outcome->code(), -999);
 }
 
-TEST_F(ScriptedURLSessionTest, CancellingAfterTheAnswerChangesNothing) {
+TEST_F(ScriptedURLSessionTest, CancellingAfterTheAnswerHasNoEffect) {
     const auto outcome = std::make_shared<Outcome>();
     const auto task = makeTask("http://h/a", outcome);
     task->resume();
@@ -249,7 +249,7 @@ TEST_F(ScriptedURLSessionTest, CancellingAfterTheAnswerChangesNothing) {
     EXPECT_FALSE(session().lastRequest().cancelled);
 }
 
-TEST_F(ScriptedURLSessionTest, ATaskLivesWhileItsRequestIsOpen) {
+TEST_F(ScriptedURLSessionTest, TasksLiveWhileTheirRequestIsOpen) {
     const auto outcome = std::make_shared<Outcome>();
     auto task = makeTask("http://h/a", outcome);
     const std::weak_ptr<NSURLSessionDataTask> watched = task;
@@ -260,7 +260,7 @@ TEST_F(ScriptedURLSessionTest, ATaskLivesWhileItsRequestIsOpen) {
     EXPECT_TRUE(watched.expired());
 }
 
-TEST_F(ScriptedURLSessionTest, WhatAHandlerHoldsGoesWithIt) {
+TEST_F(ScriptedURLSessionTest, HandlersAreReleasedAfterTheyHaveRun) {
     auto held = std::make_shared<int>(1);
     const std::weak_ptr<int> watched = held;
     session().dataTaskWithRequest({*NSURL::URLWithString("http://h/a")}, [held](auto, auto, auto) {})->resume();
@@ -270,7 +270,7 @@ TEST_F(ScriptedURLSessionTest, WhatAHandlerHoldsGoesWithIt) {
     EXPECT_TRUE(watched.expired());
 }
 
-TEST_F(ScriptedURLSessionTest, AHandlerMayStartTheNextRequest) {
+TEST_F(ScriptedURLSessionTest, HandlersMayStartRequests) {
     const auto second = std::make_shared<Outcome>();
     session()
         .dataTaskWithRequest({*NSURL::URLWithString("http://h/a")},
@@ -281,13 +281,13 @@ TEST_F(ScriptedURLSessionTest, AHandlerMayStartTheNextRequest) {
     EXPECT_EQ(second->calls, 1);
 }
 
-TEST_F(ScriptedURLSessionTest, AnEmptyHandlerIsFine) {
+TEST_F(ScriptedURLSessionTest, HandlersMayBeEmpty) {
     session().dataTaskWithRequest({*NSURL::URLWithString("http://h/a")}, nullptr)->resume();
     session().answer("/a", 200);
     EXPECT_EQ(session().openRequests(), 0U);
 }
 
-TEST_F(ScriptedURLSessionTest, OnceInvalidatedEverythingIsCancelled) {
+TEST_F(ScriptedURLSessionTest, InvalidatingCancelsOpenAndLaterRequests) {
     const auto open = start("http://h/a");
     session().alwaysAnswer("/b", 200);
     session().invalidateAndCancel();
@@ -298,7 +298,7 @@ TEST_F(ScriptedURLSessionTest, OnceInvalidatedEverythingIsCancelled) {
     EXPECT_TRUE(session().lastRequest("/b").cancelled);
 }
 
-TEST_F(ScriptedURLSessionTest, TheRequestsAreRecordedInTheirOrder) {
+TEST_F(ScriptedURLSessionTest, RequestsAreRecordedInOrder) {
     start("http://h/a");
     start("http://h/b");
     start("http://h/a2");
@@ -308,7 +308,7 @@ TEST_F(ScriptedURLSessionTest, TheRequestsAreRecordedInTheirOrder) {
     EXPECT_THROW(session().lastRequest("/c"), std::logic_error);
 }
 
-TEST_F(ScriptedURLSessionTest, RequestsFromManyThreadsAllArrive) {
+TEST_F(ScriptedURLSessionTest, AcceptsRequestsFromManyThreads) {
     session().alwaysAnswer("", 200);
     std::atomic<int> calls = 0;
     std::vector<std::shared_ptr<DispatchQueue>> queues;
@@ -332,7 +332,7 @@ RecordedRequest withBody(const std::string& text) {
     return recorded;
 }
 
-TEST(RecordedRequestTest, ItsPayloadIsItsJSONPlainOrFormEncoded) {
+TEST(RecordedRequestTest, PayloadIsPlainOrFormEncodedJSON) {
     EXPECT_EQ(withBody(R"({"a":1})").payload(), Value(Dictionary{{"a", 1}}));
     EXPECT_EQ(withBody("payload=%7B%22a%22%3A%22%C3%a9+%22%7D").payload(), Value(Dictionary{{"a", "\xc3\xa9+"}}));
     EXPECT_EQ(withBody("{").payload(), Value());
@@ -341,7 +341,7 @@ TEST(RecordedRequestTest, ItsPayloadIsItsJSONPlainOrFormEncoded) {
     EXPECT_EQ(RecordedRequest{{*NSURL::URLWithString("http://h/a")}}.payload(), Value());
 }
 
-TEST(RecordedRequestTest, ItsBodyAndHeadersAreThereToRead) {
+TEST(RecordedRequestTest, ReadsBodyAndHeaders) {
     EXPECT_EQ(withBody("text").bodyText(), "text");
     EXPECT_EQ(RecordedRequest{{*NSURL::URLWithString("http://h/a")}}.bodyText(), "");
     EXPECT_EQ(withBody("").header("Content-Type"), "x");

@@ -11,7 +11,7 @@
 
 namespace vorlane {
 
-/// A server that lets everybody connect and never answers; closing it breaks every connection.
+/// A server that accepts connections and never answers; destroying it closes every connection.
 class SilentServer {
 public:
     SilentServer() : socket_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
@@ -32,7 +32,7 @@ public:
 
     const std::string& origin() const { return origin_; }
 
-    /// Waits for the next connection.
+    /// Blocks until the next connection.
     void accept() { connections_.push_back(::accept4(socket_, nullptr, nullptr, SOCK_CLOEXEC)); }
 
     void close() {

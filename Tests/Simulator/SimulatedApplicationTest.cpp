@@ -19,7 +19,7 @@ protected:
     std::vector<std::pair<std::string, Dictionary>> events;
 };
 
-TEST_F(SimulatedApplicationTest, ARegistrationIsCountedAndTold) {
+TEST_F(SimulatedApplicationTest, RegistrationsAreCountedAndReported) {
     application.registerForRemoteNotifications();
     application.registerForRemoteNotifications();
     EXPECT_EQ(application.remoteNotificationRegistrations(), 2);
@@ -28,7 +28,7 @@ TEST_F(SimulatedApplicationTest, ARegistrationIsCountedAndTold) {
     EXPECT_EQ(events[0].second, Dictionary());
 }
 
-TEST_F(SimulatedApplicationTest, FetchIntervalsAreKeptAndTold) {
+TEST_F(SimulatedApplicationTest, FetchIntervalsAreKeptAndReported) {
     application.setMinimumBackgroundFetchInterval(86400);
     application.setMinimumBackgroundFetchInterval(0.5);
     EXPECT_EQ(application.backgroundFetchIntervals(), (std::vector<TimeInterval>{86400, 0.5}));
@@ -37,7 +37,7 @@ TEST_F(SimulatedApplicationTest, FetchIntervalsAreKeptAndTold) {
     EXPECT_EQ(events[1].second, (Dictionary{{"seconds", 0.5}}));
 }
 
-TEST_F(SimulatedApplicationTest, ABackgroundTaskIsToldFromItsBeginningToItsEnd) {
+TEST_F(SimulatedApplicationTest, BackgroundTasksReportTheirBeginningAndEnd) {
     const auto identifier = application.beginBackgroundTaskWithName("work", nullptr);
     application.endBackgroundTask(identifier);
     application.endBackgroundTask(identifier);
@@ -48,7 +48,7 @@ TEST_F(SimulatedApplicationTest, ABackgroundTaskIsToldFromItsBeginningToItsEnd) 
     EXPECT_EQ(application.begunBackgroundTasks(), std::vector<std::string>{"work"});
 }
 
-TEST_F(SimulatedApplicationTest, ATaskWhoseTimeRunsOutExpiresAndThenEnds) {
+TEST_F(SimulatedApplicationTest, TasksExpireAndThenEnd) {
     bool wasTold = false;
     const auto identifier = application.beginBackgroundTaskWithName("work", [&] { wasTold = true; });
     application.expireBackgroundTasks();
@@ -58,7 +58,7 @@ TEST_F(SimulatedApplicationTest, ATaskWhoseTimeRunsOutExpiresAndThenEnds) {
     EXPECT_EQ(events[2].second, task("end", identifier, "work"));
 }
 
-TEST_F(SimulatedApplicationTest, AnObserverMayUseTheApplication) {
+TEST_F(SimulatedApplicationTest, ObserversMayCallTheApplication) {
     application.setEventObserver([this](const std::string& event, const Dictionary& fields) {
         application.begunBackgroundTasks();
         application.setEventObserver(nullptr);

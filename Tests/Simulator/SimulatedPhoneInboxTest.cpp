@@ -11,7 +11,7 @@ class SimulatedPhoneInboxTest : public LaunchedPhoneTest {
 protected:
     using Messages = std::vector<std::shared_ptr<VLInboxMessage>>;
 
-    /// The list that the application receives once no synchronisation is due to be skipped.
+    /// Returns the list after a synchronisation.
     Messages list() {
         Messages newest;
         phone().advance(31);
@@ -111,7 +111,7 @@ TEST_F(SimulatedPhoneInboxTest, DeletingReachesTheService) {
     EXPECT_EQ(subjects(), Subjects{});
 }
 
-TEST_F(SimulatedPhoneInboxTest, MessagesComeAndGoWhileTheApplicationRuns) {
+TEST_F(SimulatedPhoneInboxTest, MessagesMayChangeWhileTheApplicationRuns) {
     const auto hello = phone().addInboxMessage({.subject = "Hello"});
     launch();
     EXPECT_EQ(subjects(), Subjects{"Hello"});
@@ -133,7 +133,7 @@ TEST_F(SimulatedPhoneInboxTest, MessagesOfAnotherUserAreNotListed) {
     EXPECT_EQ(subjects(), (Subjects{"For Ben", "For everyone"}));
 }
 
-TEST_F(SimulatedPhoneInboxTest, ATestsOwnRuleTakesPrecedence) {
+TEST_F(SimulatedPhoneInboxTest, LaterRulesOfTheTestTakePrecedence) {
     phone().addInboxMessage({.subject = "Hello"});
     session().alwaysFail("/rich/mailbox");
     launch();

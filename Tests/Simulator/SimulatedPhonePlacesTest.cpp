@@ -46,7 +46,7 @@ TEST_F(SimulatedPhonePlacesTest, GeofencesShowTheirMessagesOnCrossing) {
     EXPECT_EQ(shown(), (Texts{"A coffee, 50% off?", "See you & à bientôt"}));
 }
 
-TEST_F(SimulatedPhonePlacesTest, TheMessagesFieldsArrive) {
+TEST_F(SimulatedPhonePlacesTest, EveryFieldOfAMessageArrives) {
     phone().addGeofence(
         {.identifier = "cafe",
          .center = kCafe,
@@ -114,7 +114,7 @@ TEST_F(SimulatedPhonePlacesTest, BeaconsShowTheirMessages) {
     EXPECT_TRUE(phone().simulatedLocationManager().rangedRegions().empty());
 }
 
-TEST_F(SimulatedPhonePlacesTest, TheMostExactBeaconsMessageIsShown) {
+TEST_F(SimulatedPhonePlacesTest, TheMostExactBeaconApplies) {
     phone().addBeacon({.uuid = kUUID, .message = SimulatedMessage{.text = "shop"}});
     phone().addBeacon({.uuid = kUUID, .major = 1, .minor = 2, .message = SimulatedMessage{.text = "till"}});
     phone().addBeacon({.uuid = kUUID, .major = 1, .message = SimulatedMessage{.text = "ground floor"}});
@@ -124,7 +124,7 @@ TEST_F(SimulatedPhonePlacesTest, TheMostExactBeaconsMessageIsShown) {
     EXPECT_EQ(shown().front(), "till");
 }
 
-TEST_F(SimulatedPhonePlacesTest, ABeaconsUUIDMayBeInLowerCase) {
+TEST_F(SimulatedPhonePlacesTest, BeaconUUIDsMayBeInLowerCase) {
     std::string lower = kUUID;
     std::ranges::transform(lower, lower.begin(), [](char letter) {
         return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
@@ -135,7 +135,7 @@ TEST_F(SimulatedPhonePlacesTest, ABeaconsUUIDMayBeInLowerCase) {
     EXPECT_EQ(shown(), Texts{"Hello"});
 }
 
-TEST_F(SimulatedPhonePlacesTest, AnotherBeaconIsNoticedByNobody) {
+TEST_F(SimulatedPhonePlacesTest, UnknownBeaconsAreIgnored) {
     phone().addBeacon({.uuid = kUUID, .major = 2, .message = SimulatedMessage{.text = "Hello"}});
     launch();
     phone().detectBeacons({{"0A407F30-F5F8-466E-AFF9-25556B57FE6D", 2, 1, CLProximity::Near, 1.5}});
@@ -143,7 +143,7 @@ TEST_F(SimulatedPhonePlacesTest, AnotherBeaconIsNoticedByNobody) {
     EXPECT_TRUE(session().requests("/ibeacon").empty());
 }
 
-TEST_F(SimulatedPhonePlacesTest, VisitsAreReportedWhereTheServiceWantsThem) {
+TEST_F(SimulatedPhonePlacesTest, VisitsAreReportedIfRequested) {
     phone().addBeacon({.uuid = kUUID, .reportsVisits = true});
     launch();
     phone().detectBeacons({beacon(1)});

@@ -15,7 +15,7 @@ namespace {
 
 class SimulatedPhonePlatformTest : public TemporaryFolderTest {};
 
-TEST_F(SimulatedPhonePlatformTest, ItsTemporaryFolderGoesWithIt) {
+TEST_F(SimulatedPhonePlatformTest, RemovesItsTemporaryFolder) {
     std::string folder;
     {
         const SimulatedPhone phone;
@@ -26,13 +26,13 @@ TEST_F(SimulatedPhonePlatformTest, ItsTemporaryFolderGoesWithIt) {
     EXPECT_FALSE(std::filesystem::exists(folder));
 }
 
-TEST_F(SimulatedPhonePlatformTest, EachPhoneHasATemporaryFolderOfItsOwn) {
+TEST_F(SimulatedPhonePlatformTest, EachPhoneHasItsOwnTemporaryFolder) {
     const SimulatedPhone one;
     const SimulatedPhone other;
     EXPECT_NE(one.documentsFolder(), other.documentsFolder());
 }
 
-TEST_F(SimulatedPhonePlatformTest, TemporaryFoldersAreMadeWhereTMPDIRSays) {
+TEST_F(SimulatedPhonePlatformTest, TemporaryFoldersAreCreatedInTMPDIR) {
     const char* const before = getenv("TMPDIR");
     const std::string saved = before ? before : "";
     setenv("TMPDIR", path("").c_str(), 1);
@@ -44,12 +44,12 @@ TEST_F(SimulatedPhonePlatformTest, TemporaryFoldersAreMadeWhereTMPDIRSays) {
     before ? setenv("TMPDIR", saved.c_str(), 1) : unsetenv("TMPDIR");
 }
 
-TEST_F(SimulatedPhonePlatformTest, AFolderThatWasGivenIsMadeAndStays) {
+TEST_F(SimulatedPhonePlatformTest, AGivenFolderIsCreatedAndKept) {
     { const SimulatedPhone phone({.documentsFolder = path("a/b")}); }
     EXPECT_TRUE(std::filesystem::is_directory(path("a/b")));
 }
 
-TEST_F(SimulatedPhonePlatformTest, TheInstallDateIsTheFoldersUntilAnotherIsSet) {
+TEST_F(SimulatedPhonePlatformTest, InstallDateIsTheFoldersCreationDateByDefault) {
     SimulatedPhone phone({.documentsFolder = path("phone")});
     EXPECT_TRUE(phone.documentsCreationDate());
     phone.setDocumentsCreationDate(5.0);
@@ -58,7 +58,7 @@ TEST_F(SimulatedPhonePlatformTest, TheInstallDateIsTheFoldersUntilAnotherIsSet) 
     EXPECT_EQ(phone.documentsCreationDate(), std::nullopt);
 }
 
-TEST_F(SimulatedPhonePlatformTest, TheGenerationIsReportedAsANumberAndByTheDevice) {
+TEST_F(SimulatedPhonePlatformTest, GenerationIsReportedByPhoneAndDevice) {
     EXPECT_EQ(SimulatedPhone().systemVersion(), 12.0);
     SimulatedPhone phone({.systemVersion = 9.3});
     EXPECT_EQ(phone.systemVersion(), 9.3);
@@ -66,7 +66,7 @@ TEST_F(SimulatedPhonePlatformTest, TheGenerationIsReportedAsANumberAndByTheDevic
     EXPECT_EQ(SimulatedPhone({.systemVersion = 10.0}).device()->systemVersion(), "10.0");
 }
 
-TEST_F(SimulatedPhonePlatformTest, TheBundleIsTheOneThatWasDescribed) {
+TEST_F(SimulatedPhonePlatformTest, BundleHasTheGivenInfoAndResources) {
     std::ofstream(path("ding.wav")) << "x";
     SimulatedPhone phone({.infoDictionary = {{"VL_App_Key", "key"}}, .resourceFolder = path("")});
     EXPECT_EQ(phone.mainBundle()->objectForInfoDictionaryKey("VL_App_Key"), Value("key"));
@@ -74,7 +74,7 @@ TEST_F(SimulatedPhonePlatformTest, TheBundleIsTheOneThatWasDescribed) {
     EXPECT_FALSE(phone.mainBundle()->pathForResource("dong", "wav"));
 }
 
-TEST_F(SimulatedPhonePlatformTest, EveryAccessorGivesTheSameObjectEachTime) {
+TEST_F(SimulatedPhonePlatformTest, AccessorsReturnTheSameObjectEachTime) {
     SimulatedPhone phone;
     EXPECT_EQ(phone.application(), phone.application());
     EXPECT_EQ(phone.device(), phone.device());
@@ -87,7 +87,7 @@ TEST_F(SimulatedPhonePlatformTest, EveryAccessorGivesTheSameObjectEachTime) {
     EXPECT_NE(phone.makeSerialQueue("a"), phone.makeSerialQueue("a"));
 }
 
-TEST_F(SimulatedPhonePlatformTest, TheSystemLogAndTheConsoleAreWrittenDown) {
+TEST_F(SimulatedPhonePlatformTest, RecordsTheSystemLogAndTheConsole) {
     SimulatedPhone phone;
     phone.makeOSLog("sub", "category")->log(OSLogType::error, "text");
     phone.makeOSLog("sub", "other")->log(OSLogType::debug, "more");
@@ -102,7 +102,7 @@ TEST_F(SimulatedPhonePlatformTest, TheSystemLogAndTheConsoleAreWrittenDown) {
     EXPECT_EQ(phone.console(), std::vector<std::string>{"line"});
 }
 
-TEST_F(SimulatedPhonePlatformTest, ALogThatOutlivesThePhoneIsHarmless) {
+TEST_F(SimulatedPhonePlatformTest, LogsMayOutliveThePhone) {
     std::shared_ptr<OSLog> log;
     {
         SimulatedPhone phone;

@@ -6,7 +6,7 @@ namespace {
 
 using SimulatedPhonePushTest = LaunchedPhoneTest;
 
-TEST_F(SimulatedPhonePushTest, AnOpenedPushStartsASessionWithItsPhash) {
+TEST_F(SimulatedPhonePushTest, OpenedPushesStartASessionWithTheirPhash) {
     launch();
     phone().simulatedApplication().didEnterBackground();
     phone().openPush({.alert = "Hello", .phash = "P"});
@@ -15,14 +15,14 @@ TEST_F(SimulatedPhonePushTest, AnOpenedPushStartsASessionWithItsPhash) {
     EXPECT_EQ(session().lastRequest("/0.8/session").payload()["phash"], Value("P"));
 }
 
-TEST_F(SimulatedPhonePushTest, APushMayBeOpenedWhileTheApplicationIsActive) {
+TEST_F(SimulatedPhonePushTest, PushesMayBeOpenedWhileActive) {
     launch();
     phone().simulatedApplication().didBecomeActive();
     phone().openPush({.alert = "Hello", .phash = "P"});
     EXPECT_EQ(Vorlane::phash(), "P");
 }
 
-TEST_F(SimulatedPhonePushTest, AnActiveApplicationOnlyReceivesAPush) {
+TEST_F(SimulatedPhonePushTest, ActiveApplicationsDiscardThePhash) {
     launch();
     phone().simulatedApplication().didBecomeActive();
     phone().receivePush({.alert = "Hello", .phash = "P"});
@@ -30,19 +30,19 @@ TEST_F(SimulatedPhonePushTest, AnActiveApplicationOnlyReceivesAPush) {
     EXPECT_EQ(log().linesContaining("App is already in foreground - discarding phash P").size(), 1U);
 }
 
-TEST_F(SimulatedPhonePushTest, APushWithoutAnAlertIsSilent) {
+TEST_F(SimulatedPhonePushTest, PushesWithoutAnAlertAreSilent) {
     launch();
     phone().receivePush({.phash = "P"});
     EXPECT_EQ(log().linesContaining("Silent push received and ignored").size(), 1U);
     EXPECT_EQ(Vorlane::phash(), std::nullopt);
 }
 
-TEST_F(SimulatedPhonePushTest, APushMayLaunchTheApplication) {
+TEST_F(SimulatedPhonePushTest, PushesMayLaunchTheApplication) {
     launch(SimulatedPush{.alert = "Hello", .phash = "P"}.launchOptions());
     EXPECT_EQ(Vorlane::phash(), "P");
 }
 
-TEST_F(SimulatedPhonePushTest, TheApplicationsOwnCallbackReceivesThePayload) {
+TEST_F(SimulatedPhonePushTest, TheApplicationsCallbackReceivesThePayload) {
     launch();
     std::vector<Dictionary> received;
     phone().setRemoteNotificationHandler([&](const Dictionary& userInfo) { received.push_back(userInfo); });

@@ -16,12 +16,12 @@ protected:
     std::shared_ptr<DispatchQueue> otherQueue = phone().makeSerialQueue("other");
 };
 
-TEST_F(SimulatedPhoneSettleTest, APhoneWithNothingToDoIsSettled) {
+TEST_F(SimulatedPhoneSettleTest, AnIdlePhoneIsSettled) {
     EXPECT_TRUE(phone().settle(0));
     EXPECT_TRUE(phone().settleQueues(0));
 }
 
-TEST_F(SimulatedPhoneSettleTest, WorkThatGoesBackAndForthIsDoneToItsEnd) {
+TEST_F(SimulatedPhoneSettleTest, WorkAcrossQueuesIsCompleted) {
     int hops = 0;
     std::function<void()> hop = [&] {
         if (++hops == 100) return;
@@ -33,7 +33,7 @@ TEST_F(SimulatedPhoneSettleTest, WorkThatGoesBackAndForthIsDoneToItsEnd) {
     EXPECT_EQ(hops, 100);
 }
 
-TEST_F(SimulatedPhoneSettleTest, AQueueThatWaitsForTheMainQueueIsServed) {
+TEST_F(SimulatedPhoneSettleTest, SerialQueuesMayWaitForTheMainQueue) {
     bool wasServed = false;
     queue->post([&] {
         std::promise<void> ran;
@@ -44,7 +44,7 @@ TEST_F(SimulatedPhoneSettleTest, AQueueThatWaitsForTheMainQueueIsServed) {
     EXPECT_TRUE(wasServed);
 }
 
-TEST_F(SimulatedPhoneSettleTest, AQueueWhoseTaskBlocksIsBusy) {
+TEST_F(SimulatedPhoneSettleTest, ABlockedQueueIsNotSettled) {
     std::promise<void> gate;
     queue->post([open = gate.get_future().share()] { open.wait(); });
     EXPECT_FALSE(phone().settle(0.02));
@@ -53,7 +53,7 @@ TEST_F(SimulatedPhoneSettleTest, AQueueWhoseTaskBlocksIsBusy) {
     EXPECT_TRUE(phone().settle());
 }
 
-TEST_F(SimulatedPhoneSettleTest, WorkWithoutEndIsGivenUpAtTheTimeOut) {
+TEST_F(SimulatedPhoneSettleTest, EndlessWorkFailsAfterTheTimeout) {
     bool goesOn = true;
     std::function<void()> again = [&] {
         if (goesOn) phone().mainQueue()->post(again);
@@ -64,18 +64,18 @@ TEST_F(SimulatedPhoneSettleTest, WorkWithoutEndIsGivenUpAtTheTimeOut) {
     EXPECT_TRUE(phone().settle());
 }
 
-TEST_F(SimulatedPhoneSettleTest, AnyLengthIsATimeOut) {
+TEST_F(SimulatedPhoneSettleTest, AnyNumberIsATimeout) {
     for (const double timeout : {-1.0, 0.0, 1e300}) EXPECT_TRUE(phone().settle(timeout));
 }
 
-TEST_F(SimulatedPhoneSettleTest, OpenRequestsOfTheScriptedNetworkAreNotWaitedFor) {
+TEST_F(SimulatedPhoneSettleTest, OpenScriptedRequestsDoNotCount) {
     const auto task = phone().makeURLSession({})->dataTaskWithRequest({*NSURL::URLWithString("http://h/a")}, nullptr);
     task->resume();
     EXPECT_TRUE(phone().settle());
     EXPECT_EQ(session().openRequests(), 1U);
 }
 
-TEST_F(SimulatedPhoneSettleTest, AQueueThatIsGoneIsNotWaitedFor) {
+TEST_F(SimulatedPhoneSettleTest, DestroyedQueuesDoNotCount) {
     queue->post([] {});
     queue = nullptr;
     EXPECT_TRUE(phone().settle());
@@ -95,14 +95,14 @@ protected:
     }
 
     SilentServer server;
-    // Without it the request would be cancelled.
+    // Keeps the request from being cancelled.
     std::shared_ptr<NSURLSession> urlSession;
     static constexpr std::int64_t kNotEnded = 1, kNoFailure = 0;
     // Written on the session's queue.
     std::atomic<std::int64_t> failure = kNotEnded;
 };
 
-TEST_F(RealHTTPPhoneTest, SettlingWaitsForARequestInFlight) {
+TEST_F(RealHTTPPhoneTest, SettleWaitsForRequestsInFlight) {
     startRequest();
     server.accept();
     EXPECT_FALSE(phone().settle(0.05));
@@ -112,19 +112,19 @@ TEST_F(RealHTTPPhoneTest, SettlingWaitsForARequestInFlight) {
     EXPECT_EQ(failure, static_cast<std::int64_t>(NSURLError::networkConnectionLost));
 }
 
-TEST_F(RealHTTPPhoneTest, SettlingTheQueuesDoesNot) {
+TEST_F(RealHTTPPhoneTest, SettleQueuesDoesNotWaitForRequests) {
     startRequest();
     EXPECT_TRUE(phone().settleQueues());
     EXPECT_EQ(failure, kNotEnded);
 }
 
-TEST_F(RealHTTPPhoneTest, ATaskThatIsNotResumedIsNotInFlight) {
+TEST_F(RealHTTPPhoneTest, SuspendedTasksAreNotInFlight) {
     const auto task =
         phone().makeURLSession({})->dataTaskWithRequest({*NSURL::URLWithString(server.origin())}, nullptr);
     EXPECT_TRUE(phone().settle(0));
 }
 
-TEST_F(RealHTTPPhoneTest, ShuttingDownCancelsTheRequestAndItsHandlerRuns) {
+TEST_F(RealHTTPPhoneTest, ShutdownCancelsRequestsAndRunsTheirHandlers) {
     startRequest();
     Platform::shutdown();
     EXPECT_EQ(failure, static_cast<std::int64_t>(NSURLError::cancelled));

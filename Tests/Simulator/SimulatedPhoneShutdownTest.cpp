@@ -25,7 +25,7 @@ protected:
     std::promise<void> gate;
 };
 
-TEST_F(SimulatedPhoneShutdownTest, OpenRequestsEndAsCancelledAndTheirHandlersRun) {
+TEST_F(SimulatedPhoneShutdownTest, CancelsOpenRequestsAndRunsTheirHandlers) {
     std::vector<std::int64_t> codes;
     for (int i = 0; i < 3; ++i) startRequest([&](Outcome error) { codes.push_back(error->code()); });
     Platform::shutdown();
@@ -33,7 +33,7 @@ TEST_F(SimulatedPhoneShutdownTest, OpenRequestsEndAsCancelledAndTheirHandlersRun
     EXPECT_EQ(session().openRequests(), 0U);
 }
 
-TEST_F(SimulatedPhoneShutdownTest, WhatIsQueuedAndWhatItLeadsToStillRuns) {
+TEST_F(SimulatedPhoneShutdownTest, RunsQueuedTasksAndWhatTheyPost) {
     bool hasRun = false;
     const auto queue = phone().makeSerialQueue("worker");
     phone().mainQueue()->post([&] { queue->post([&] { phone().mainQueue()->post([&] { hasRun = true; }); }); });
@@ -41,7 +41,7 @@ TEST_F(SimulatedPhoneShutdownTest, WhatIsQueuedAndWhatItLeadsToStillRuns) {
     EXPECT_TRUE(hasRun);
 }
 
-TEST_F(SimulatedPhoneShutdownTest, AHandlerThatWaitsForTheMainQueueIsServed) {
+TEST_F(SimulatedPhoneShutdownTest, HandlersMayWaitForTheMainQueue) {
     bool wasServed = false;
     startRequest([&](const Outcome&) {
         std::promise<void> ran;
@@ -52,7 +52,7 @@ TEST_F(SimulatedPhoneShutdownTest, AHandlerThatWaitsForTheMainQueueIsServed) {
     EXPECT_TRUE(wasServed);
 }
 
-TEST_F(SimulatedPhoneShutdownTest, NothingRunsAfterwards) {
+TEST_F(SimulatedPhoneShutdownTest, TasksPostedAfterwardsDoNotRun) {
     const auto queue = phone().makeSerialQueue("worker");
     queue->post([] {});
     queue->postAfter(0.001, [] {});
@@ -68,30 +68,30 @@ TEST_F(SimulatedPhoneShutdownTest, NothingRunsAfterwards) {
     EXPECT_TRUE(phone().settle(0));
 }
 
-TEST_F(SimulatedPhoneShutdownTest, ARequestStartedAfterwardsNeverLeaves) {
+TEST_F(SimulatedPhoneShutdownTest, RequestsStartedAfterwardsAreCancelled) {
     Platform::shutdown();
     startRequest([](const Outcome&) { FAIL() << "a handler"; });
     EXPECT_EQ(session().openRequests(), 0U);
 }
 
-TEST_F(SimulatedPhoneShutdownTest, AHandlerThatBlocksHoldsItUpForTwoSecondsAtMost) {
+TEST_F(SimulatedPhoneShutdownTest, BlockedHandlersDelayItAtMost2Seconds) {
     startRequest([open = gate.get_future().share()](const Outcome&) { open.wait(); });
     const auto start = SteadyClock::now();
     Platform::shutdown();
     const auto length = SteadyClock::now() - start;
     gate.set_value();
-    // Generous, because the machine may be busy; the network's own patience is far longer.
+    // Generous, because the machine may be busy; the network's timeout is far longer.
     EXPECT_LT(length, std::chrono::seconds(20));
 }
 
-TEST_F(SimulatedPhoneShutdownTest, WorkWithoutEndIsLeft) {
+TEST_F(SimulatedPhoneShutdownTest, AbandonsEndlessWork) {
     std::function<void()> again = [&] { phone().mainQueue()->post(again); };
     again();
     Platform::shutdown();
     EXPECT_TRUE(phone().settle(0));
 }
 
-TEST_F(SimulatedPhoneShutdownTest, ASecondOneDoesNothing) {
+TEST_F(SimulatedPhoneShutdownTest, ASecondShutdownHasNoEffect) {
     Platform::shutdown();
     Platform::shutdown();
     EXPECT_TRUE(phone().settle(0));

@@ -20,7 +20,7 @@ protected:
     std::vector<std::pair<int, double>> seen;
 };
 
-TEST_F(SimulatedPhoneTimeTest, TimeStandsStillUntilItIsAdvanced) {
+TEST_F(SimulatedPhoneTimeTest, ClockStandsStillUntilAdvanced) {
     EXPECT_EQ(phone().now(), kStart);
     phone().settle();
     EXPECT_EQ(phone().clock().now(), kStart);
@@ -29,7 +29,7 @@ TEST_F(SimulatedPhoneTimeTest, TimeStandsStillUntilItIsAdvanced) {
     EXPECT_EQ(Platform::current().clock().now(), kStart + 12.5);
 }
 
-TEST_F(SimulatedPhoneTimeTest, EachTimerFiresAtItsOwnTime) {
+TEST_F(SimulatedPhoneTimeTest, TimersFireAtTheirTimes) {
     after(30, noting(3));
     after(10, noting(1));
     after(20, noting(2));
@@ -39,7 +39,7 @@ TEST_F(SimulatedPhoneTimeTest, EachTimerFiresAtItsOwnTime) {
     EXPECT_EQ(seen.back(), (std::pair{3, kStart + 30}));
 }
 
-TEST_F(SimulatedPhoneTimeTest, ATimerSetByATimerFiresInTheSameAdvance) {
+TEST_F(SimulatedPhoneTimeTest, TimersSetByTimersFireInTheSameAdvance) {
     after(10, [this] { after(10, noting(2)); });
     after(15, noting(1));
     phone().advance(100);
@@ -47,7 +47,7 @@ TEST_F(SimulatedPhoneTimeTest, ATimerSetByATimerFiresInTheSameAdvance) {
     EXPECT_EQ(phone().now(), kStart + 100);
 }
 
-TEST_F(SimulatedPhoneTimeTest, EverythingSettlesAfterEachTimer) {
+TEST_F(SimulatedPhoneTimeTest, SettlesAfterEachTimer) {
     const auto queue = phone().makeSerialQueue("worker");
     after(10, [&, this] { queue->post([this] { phone().mainQueue()->post(noting(1)); }); });
     after(20, noting(2));
@@ -55,7 +55,7 @@ TEST_F(SimulatedPhoneTimeTest, EverythingSettlesAfterEachTimer) {
     EXPECT_EQ(seen, (decltype(seen){{1, kStart + 10}, {2, kStart + 20}}));
 }
 
-TEST_F(SimulatedPhoneTimeTest, TheTimersAreToldAsTheSecondsLeft) {
+TEST_F(SimulatedPhoneTimeTest, TimersAreReportedAsSecondsLeft) {
     after(90, noting(1));
     after(30, noting(2));
     EXPECT_EQ(phone().timers(), (std::vector<double>{30, 90}));
@@ -65,7 +65,7 @@ TEST_F(SimulatedPhoneTimeTest, TheTimersAreToldAsTheSecondsLeft) {
     EXPECT_EQ(phone().timers(), std::vector<double>{60});
 }
 
-TEST_F(SimulatedPhoneTimeTest, SettingTheClockRunsNothingByItself) {
+TEST_F(SimulatedPhoneTimeTest, SettingTheClockRunsNoTask) {
     after(10, noting(1));
     phone().setClock(kStart - 5);
     EXPECT_EQ(phone().now(), kStart - 5);
@@ -75,7 +75,7 @@ TEST_F(SimulatedPhoneTimeTest, SettingTheClockRunsNothingByItself) {
     EXPECT_EQ(seen, (decltype(seen){{1, kStart + 50}}));
 }
 
-TEST(RealClockPhoneTest, TheClockIsTheSystemsAndCannotBeMoved) {
+TEST(RealClockPhoneTest, RealClockCannotBeMoved) {
     const auto systemTime = [] {
         return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
     };
@@ -88,7 +88,7 @@ TEST(RealClockPhoneTest, TheClockIsTheSystemsAndCannotBeMoved) {
     EXPECT_THROW(phone.setClock(1), std::logic_error);
 }
 
-TEST(RealClockPhoneTest, WaitingEndsWhenATimerIsDue) {
+TEST(RealClockPhoneTest, WaitEndsWhenATimerIsDue) {
     SimulatedPhone phone({.virtualClock = std::nullopt});
     bool hasFired = false;
     phone.mainQueue()->postAfter(0.01, [&] { hasFired = true; });
@@ -99,7 +99,7 @@ TEST(RealClockPhoneTest, WaitingEndsWhenATimerIsDue) {
     EXPECT_GE(phone.now() - start, 0.0099);
 }
 
-TEST(RealClockPhoneTest, SettlingDoesNotWaitForATimerThatIsNotDue) {
+TEST(RealClockPhoneTest, SettleDoesNotWaitForLaterTimers) {
     SimulatedPhone phone({.virtualClock = std::nullopt});
     phone.mainQueue()->postAfter(3600, [] { FAIL(); });
     EXPECT_TRUE(phone.settle());

@@ -28,7 +28,7 @@ protected:
     std::promise<void> gate;
 };
 
-TEST_F(SimulatedSerialQueueTest, ATaskIsWorkFromItsPostingUntilItsEnd) {
+TEST_F(SimulatedSerialQueueTest, TasksCountFromPostingUntilTheirEnd) {
     queue.post([open = gate.get_future().share()] { open.wait(); });
     queue.post([] {});
     EXPECT_TRUE(mainQueue->hasWorkElsewhere());
@@ -38,7 +38,7 @@ TEST_F(SimulatedSerialQueueTest, ATaskIsWorkFromItsPostingUntilItsEnd) {
     EXPECT_FALSE(mainQueue->hasWorkElsewhere());
 }
 
-TEST_F(SimulatedSerialQueueTest, WhatATaskHoldsIsGoneWhenItsWorkHasEnded) {
+TEST_F(SimulatedSerialQueueTest, CapturesAreDestroyedBeforeTheWorkEnds) {
     auto held = std::make_shared<int>(1);
     const std::weak_ptr<int> watched = held;
     queue.post([held = std::move(held)] {});
@@ -46,7 +46,7 @@ TEST_F(SimulatedSerialQueueTest, WhatATaskHoldsIsGoneWhenItsWorkHasEnded) {
     EXPECT_TRUE(watched.expired());
 }
 
-TEST_F(SimulatedSerialQueueTest, ADelayedTaskIsNoWorkUntilItRuns) {
+TEST_F(SimulatedSerialQueueTest, DelayedTasksCountOnlyWhileTheyRun) {
     bool wasWork = false;
     queue.postAfter(3600, [] {});
     EXPECT_FALSE(mainQueue->hasWorkElsewhere());
@@ -62,7 +62,7 @@ TEST_F(SimulatedSerialQueueTest, ADelayedTaskIsNoWorkUntilItRuns) {
     EXPECT_FALSE(mainQueue->hasWorkElsewhere());
 }
 
-TEST_F(SimulatedSerialQueueTest, InThePhonesTimeADelayedTaskWaitsForThePhonesClock) {
+TEST_F(SimulatedSerialQueueTest, DelaysMayRunOnThePhonesClock) {
     const auto inPhoneTime = std::make_shared<SimulatedSerialQueue>("another queue", mainQueue, activity,
                                                                     SimulatedSerialQueue::Delays::phoneTime);
     std::atomic<bool> hasRun = false;
@@ -76,7 +76,7 @@ TEST_F(SimulatedSerialQueueTest, InThePhonesTimeADelayedTaskWaitsForThePhonesClo
     EXPECT_TRUE(hasRun);
 }
 
-TEST_F(SimulatedSerialQueueTest, TasksThatAreDroppedAreNoWork) {
+TEST_F(SimulatedSerialQueueTest, DroppedTasksDoNotCount) {
     std::promise<void> started;
     queue.post([&started, open = gate.get_future().share()] {
         started.set_value();
@@ -92,7 +92,7 @@ TEST_F(SimulatedSerialQueueTest, TasksThatAreDroppedAreNoWork) {
     EXPECT_FALSE(mainQueue->hasWorkElsewhere());
 }
 
-TEST_F(SimulatedSerialQueueTest, NoTaskIsNoWork) {
+TEST_F(SimulatedSerialQueueTest, EmptyTasksDoNotCount) {
     queue.post(nullptr);
     EXPECT_FALSE(mainQueue->hasWorkElsewhere());
     EXPECT_EQ(*activity, 0U);
