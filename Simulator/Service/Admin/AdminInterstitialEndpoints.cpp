@@ -48,8 +48,9 @@ ServiceResponse page(ServiceStore& store, const EndpointCall& call) {
 }
 
 ServiceResponse set(ServiceStore& store, const EndpointCall& call) {
-    store.setPlacement(call.parameters.at("appKey"),
-                       Placement::fromPayload(call.parameters.at("placement"), jsonObject(call.request.body)));
+    store.placements().setPlacement(
+        call.parameters.at("appKey"),
+        Placement::fromPayload(call.parameters.at("placement"), jsonObject(call.request.body)));
     return ServiceResponse::ok();
 }
 
@@ -57,12 +58,12 @@ ServiceResponse remove(ServiceStore& store, const EndpointCall& call) {
     const auto placement = namedPlacement(store, call);
     if (!placement) return noContent();
     // Stored as removed, so that the sample page does not replace it.
-    store.setPlacement(call.parameters.at("appKey"), {placement->name, std::nullopt, {}, std::nullopt});
+    store.placements().setPlacement(call.parameters.at("appKey"), {placement->name, std::nullopt, {}, std::nullopt});
     return ServiceResponse::ok();
 }
 
 ServiceResponse restore(ServiceStore& store, const EndpointCall& call) {
-    store.removePlacements(call.parameters.at("appKey"));
+    store.placements().removePlacements(call.parameters.at("appKey"));
     return ServiceResponse::ok();
 }
 

@@ -43,7 +43,7 @@ void addInterstitialEndpoints(EndpointRouter& router, ServiceStore& store) {
 }
 
 std::optional<Placement> placementInForce(ServiceStore& store, const std::string& appKey, const std::string& name) {
-    auto own = store.placement(appKey, name);
+    auto own = store.placements().placement(appKey, name);
     if (own) return own->html ? std::move(own) : std::nullopt;
     const auto& samples = samplePages();
     const auto sample =
@@ -54,7 +54,7 @@ std::optional<Placement> placementInForce(ServiceStore& store, const std::string
 std::vector<Placement> placementsInForce(ServiceStore& store, const std::string& appKey) {
     std::map<std::string, Placement> placements;
     for (const auto& sample : samplePages()) placements[sample.name] = sample;
-    for (auto& own : store.placements(appKey)) placements[own.name] = std::move(own);
+    for (auto& own : store.placements().placements(appKey)) placements[own.name] = std::move(own);
     std::vector<Placement> shown;
     for (auto& [name, placement] : placements) {
         if (placement.html) shown.push_back(std::move(placement));

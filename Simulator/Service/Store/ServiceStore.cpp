@@ -2,11 +2,9 @@
 
 #include <utility>
 
-#include "Categories/NSDictionary+VLLookup.h"
 #include "Simulator/Service/Http/ServiceResponse.h"
 #include "Simulator/Service/Store/DeviceRegistration.h"
 #include "Simulator/Service/Store/EventReport.h"
-#include "Simulator/Service/Store/Placement.h"
 #include "Simulator/Service/Store/SQLiteStatement.h"
 #include "Simulator/Service/Store/ServiceSchema.h"
 #include "Simulator/Service/Store/SessionReport.h"
@@ -26,12 +24,6 @@ std::optional<std::string> optionalText(const Dictionary& dictionary) {
     return dictionary.empty() ? std::nullopt : std::optional(jsonText(dictionary));
 }
 
-Placement placementOf(const Dictionary& row) {
-    const auto* metadata = dictionaryForKey(row, "metadata");
-    return {row.at("name").get<std::string>(), stringForKey(row, "html"), metadata ? *metadata : Dictionary(),
-            stringForKey(row, "phash")};
-}
-
 }  // namespace
 
 ServiceStore::ServiceStore(const std::string& path)
@@ -39,6 +31,7 @@ ServiceStore::ServiceStore(const std::string& path)
       geo_(mutex_, database_),
       beacons_(mutex_, database_),
       notifications_(mutex_, database_),
+      placements_(mutex_, database_),
       mailboxes_(mutex_, database_) {
     database_.execute("PRAGMA busy_timeout = 5000; PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL");
     prepareSchema(database_);
@@ -179,37 +172,6 @@ void ServiceStore::setConfiguration(const std::string& appKey, const Dictionary&
 void ServiceStore::removeConfiguration(const std::string& appKey) {
     const std::lock_guard lock(mutex_);
     SQLiteStatement(database_, "DELETE FROM configurations WHERE app_key = ?1").bind(appKey).run();
-}
-
-std::optional<Placement> ServiceStore::placement(const std::string& appKey, const std::string& name) {
-    const std::lock_guard lock(mutex_);
-    SQLiteStatement statement(database_,
-                              "SELECT name, html, metadata, phash FROM placements WHERE app_key = ?1 AND name = ?2");
-    return statement.bind(appKey, name).step() ? std::optional(placementOf(statement.row())) : std::nullopt;
-}
-
-std::vector<Placement> ServiceStore::placements(const std::string& appKey) {
-    const std::lock_guard lock(mutex_);
-    SQLiteStatement statement(database_,
-                              "SELECT name, html, metadata, phash FROM placements WHERE app_key = ?1 ORDER BY name");
-    statement.bind(appKey);
-    std::vector<Placement> placements;
-    while (statement.step()) placements.push_back(placementOf(statement.row()));
-    return placements;
-}
-
-void ServiceStore::setPlacement(const std::string& appKey, const Placement& placement) {
-    const std::lock_guard lock(mutex_);
-    SQLiteStatement(database_,
-                    "INSERT OR REPLACE INTO placements (app_key, name, html, metadata, phash) "
-                    "VALUES (?1, ?2, ?3, ?4, ?5)")
-        .bind(appKey, placement.name, placement.html, jsonText(placement.metadata), placement.phash)
-        .run();
-}
-
-void ServiceStore::removePlacements(const std::string& appKey) {
-    const std::lock_guard lock(mutex_);
-    SQLiteStatement(database_, "DELETE FROM placements WHERE app_key = ?1").bind(appKey).run();
 }
 
 Array ServiceStore::sessions(const StoreFilter& filter) {

@@ -10,13 +10,13 @@
 #include "Simulator/Service/Store/GeoStore.h"
 #include "Simulator/Service/Store/MailboxStore.h"
 #include "Simulator/Service/Store/NotificationStore.h"
+#include "Simulator/Service/Store/PlacementStore.h"
 #include "Simulator/Service/Store/SQLiteDatabase.h"
 
 namespace vorlane::service {
 
 struct DeviceRegistration;
 struct EventReport;
-struct Placement;
 struct SessionReport;
 struct StoreFilter;
 struct Tag;
@@ -48,16 +48,10 @@ public:
     void setConfiguration(const std::string& appKey, const Dictionary& document);
     void removeConfiguration(const std::string& appKey);
 
-    /// Returns `nullopt` if the app has no placement of its own; a placement without a page if it was removed.
-    std::optional<Placement> placement(const std::string& appKey, const std::string& name);
-    /// The placements of the app's own, by name.
-    std::vector<Placement> placements(const std::string& appKey);
-    void setPlacement(const std::string& appKey, const Placement& placement);
-    void removePlacements(const std::string& appKey);
-
     GeoStore& geo() { return geo_; }
     BeaconStore& beacons() { return beacons_; }
     NotificationStore& notifications() { return notifications_; }
+    PlacementStore& placements() { return placements_; }
     MailboxStore& mailboxes() { return mailboxes_; }
 
     // Lists of objects, oldest first; tags and devices by name.
@@ -83,6 +77,7 @@ private:
     GeoStore geo_;
     BeaconStore beacons_;
     NotificationStore notifications_;
+    PlacementStore placements_;
     MailboxStore mailboxes_;
 };
 
