@@ -1,3 +1,4 @@
+#include <fmt/format.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -12,9 +13,12 @@ namespace {
 
 namespace files = std::filesystem;
 
-/// A fixture with a read-only data folder. As root, who may write everywhere, the phone runs as nobody.
+/// A fixture with a read-only data folder. As root, who may write everywhere, the phone runs as nobody and owns the
+/// folder.
 class ReadOnlyFolderTest : public EndToEndTest {
 protected:
+    static constexpr uid_t kNobody = 65534;
+
     ReadOnlyFolderTest() {
         files::create_directory(path("phone"));
         // The build folder may be private.
@@ -27,6 +31,7 @@ protected:
     std::string settingsFile() const { return path("phone") + "/VLLibSettings.plist"; }
 
     void startReadOnlyPhone() {
+        if (geteuid() == 0) giveFolderToNobody();
         files::permissions(path("phone"), files::perms(0555));
         std::vector<std::string> arguments{"--data-dir",     path("phone"), "--service",
                                            service.origin(), "--clock",     "virtual"};
@@ -34,8 +39,15 @@ protected:
             phone = std::make_unique<support::PhoneProcess>(program(), arguments);
             return;
         }
-        arguments.insert(arguments.begin(), {"--reuid=65534", "--regid=65534", "--clear-groups", program()});
+        arguments.insert(arguments.begin(), {fmt::format("--reuid={}", kNobody), fmt::format("--regid={}", kNobody),
+                                             "--clear-groups", program()});
         phone = std::make_unique<support::PhoneProcess>("setpriv", arguments);
+    }
+
+    void giveFolderToNobody() const {
+        ASSERT_EQ(chown(path("phone").c_str(), kNobody, kNobody), 0);
+        for (const auto& entry : files::recursive_directory_iterator(path("phone")))
+            ASSERT_EQ(chown(entry.path().c_str(), kNobody, kNobody), 0);
     }
 
     static std::string textOf(const std::string& file) {
@@ -62,7 +74,9 @@ TEST_F(ReadOnlyFolderTest, ReadsAndKeepsEarlierFiles) {
     phone->call("setTrackingId:", {"before"});
     phone->settle();
     EXPECT_EQ(phone->quit(), 0);
-    for (const auto& entry : files::directory_iterator(path("phone"))) files::permissions(entry, files::perms(0444));
+    for (const auto& entry : files::directory_iterator(path("phone"))) {
+        if (entry.is_regular_file()) files::permissions(entry, files::perms(0444));
+    }
     const auto stored = textOf(settingsFile());
 
     startReadOnlyPhone();
