@@ -1,7 +1,7 @@
 # The shared library exports names of namespace vorlane only: everything that the installed headers declare, and no internal
 # class. Its soname is the major version.
 source "$(dirname "$0")/common.sh"
-exported=$("$NM" --dynamic --demangle --defined-only "$LIBRARY" | cut -d ' ' -f 2-)
+exported=$("$NM" --dynamic --defined-only "$LIBRARY" | cut -d " " -f 2- | c++filt)
 strangers=$(grep -vE '^[A-Za-z] ((typeinfo( name)?|vtable|VTT|guard variable) for |(non-)?virtual thunk to )?vorlane::|^A VORLANE_2$' \
     <<<"$exported" || true)
 [[ -z $strangers ]] || fail "exported without a header: $strangers"
