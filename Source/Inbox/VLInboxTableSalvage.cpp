@@ -15,7 +15,7 @@ namespace {
 /// The range of keys that is searched if an end of the table cannot be read.
 constexpr std::int64_t kReach = std::int64_t{1} << 20U;
 /// Limits the search in a table that is mostly unreadable to about half a second.
-constexpr int kMostProbes = 20'000;
+constexpr int kMostProbes = 4'000;
 
 constexpr VLInboxTableSalvage::Table kInbox{
     "RICH_INBOX", "ID",
@@ -61,8 +61,10 @@ VLInboxTableSalvage::VLInboxTableSalvage(VLInboxConnection& source, VLInboxConne
       insert_(insertStatement(table)) {}
 
 bool VLInboxTableSalvage::copyRows() {
-    copyEnds();
-    copyHalves();
+    if (canQuery()) {
+        copyEnds();
+        copyHalves();
+    }
     return isWritable_;
 }
 
@@ -78,6 +80,8 @@ void VLInboxTableSalvage::copyEnds() {
     if (hole_->last == kAll.last) hole_->last = sumUpToMaximum(hole_->first, kReach);
     if (hole_->first > hole_->last) hole_.reset();
 }
+
+bool VLInboxTableSalvage::canQuery() { return VLInboxStatement(source_, selectAscending_.c_str()).isPrepared(); }
 
 void VLInboxTableSalvage::copyHalves() {
     std::deque<Range> holes;

@@ -39,6 +39,8 @@ private:
         Key last = std::numeric_limits<Key>::max();
     };
 
+    /// Returns false if the definition of the table cannot be read.
+    bool canQuery();
     void copyEnds();
     void copyHalves();
     /// Copies a range until it ends or a row cannot be read. Returns the part that is left, if any.
