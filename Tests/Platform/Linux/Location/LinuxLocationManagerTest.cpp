@@ -299,7 +299,8 @@ TEST_F(LinuxLocationManagerTest, SurvivesTheEndOfDelegateAndQueue) {
 
 TEST_F(LinuxLocationManagerTest, ThreadsDeliverAndMonitorAtOnce) {
     LinuxPlatform platform;
-    const auto running = LinuxLocationManager::managerWith({platform.mainQueue(), clock, backEnd, path("others.plist")});
+    const auto running =
+        LinuxLocationManager::managerWith({platform.mainQueue(), clock, backEnd, path("others.plist")});
     running->setDelegate(delegate);
     std::thread delivering([&] {
         for (int i = 0; i < 200; ++i) running->positionsArrived({fix(i % 2 == 0 ? 0 : 500)});
