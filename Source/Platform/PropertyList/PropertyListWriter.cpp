@@ -12,7 +12,11 @@ namespace vorlane {
 
 namespace {
 
-constexpr std::string_view kStart = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">\n";
+// With the document type, by which other readers know a property list.
+constexpr std::string_view kStart =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+    "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" \"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
+    "<plist version=\"1.0\">\n";
 constexpr std::string_view kEnd = "</plist>\n";
 
 /// In decimal, without the help of a locale; a real has just the digits that it needs to be read back to the last bit.
