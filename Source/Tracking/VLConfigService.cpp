@@ -1,11 +1,13 @@
 #include "Tracking/VLConfigService.h"
 
+#include <cstddef>
 #include <utility>
 
 #include "Categories/NSDictionary+VLLookup.h"
 #include "Core/Base/VLSettings.h"
 #include "Network/VLURLBuilder.h"
 #include "Network/VLURLSession.h"
+#include "Platform/Internal/DocumentLimits.h"
 #include "Platform/Internal/PropertyListFile.h"
 #include "Platform/NSPropertyListSerialization.h"
 #include "Platform/Platform.h"
@@ -20,6 +22,21 @@ constexpr const char* kFileName = "VLConfig.plist";
 /// The dictionary under `key`, or null. `config` may be null.
 const Dictionary* sectionOf(const std::shared_ptr<const Dictionary>& config, const char* key) {
     return config ? dictionaryForKey(*config, key) : nullptr;
+}
+
+/// Counts the value and all that is in it, whose nesting the parser has limited.
+std::size_t valueCountOf(const Value& value) {
+    std::size_t count = 1;
+    if (value.is_structured()) {
+        for (const auto& element : value) count += valueCountOf(element);
+    }
+    return count;
+}
+
+bool isTooLarge(const Dictionary& config) {
+    std::size_t count = 1;
+    for (const auto& [key, value] : config) count += valueCountOf(value);
+    return count > DocumentLimits::kMostValuesInConfiguration;
 }
 
 /// A document as the cache stores it, and as a later read of the cache returns it: without null, and without the few
@@ -50,7 +67,7 @@ void VLConfigService::loadConfigWithCompletion(LoadHandler completionHandler) {
             const auto self = weakSelf.lock();
             if (!self) {
                 if (handler) handler(LoadStatus::unavailable);
-            } else if (config && !error) {
+            } else if (config && !error && !isTooLarge(*config)) {
                 self->configFetched(std::move(*config), handler);
             } else {
                 self->loadCachedConfig(handler);

@@ -361,12 +361,20 @@ TEST_F(VLConfigServiceTest, TheLastOfDuplicateKeysCounts) {
     EXPECT_TRUE(service->serviceEnabled("beacon"));
 }
 
-TEST_F(VLConfigServiceTest, AnUnreadableCacheCountsAsMissingAndIsKept) {
+TEST_F(VLConfigServiceTest, MalformedCacheCountsAsMissing) {
     for (const auto* text : {"", "garbage", "<plist><array/></plist>", "bplist00 and no more"}) {
         writeCache(text);
         EXPECT_EQ(loadOffline(), LoadStatus::unavailable) << text;
-        EXPECT_TRUE(NSFileManager::fileExistsAtPath(documentsPath("VLConfig.plist")));
+        EXPECT_TRUE(NSFileManager::fileExistsAtPath(documentsPath("VLConfig.plist.corrupt")));
     }
+}
+
+TEST_F(VLConfigServiceTest, OversizedConfigurationLeadsToTheCache) {
+    loadAnswered(kDocument);
+    std::string list = "1";
+    for (int i = 1; i < 25'000; ++i) list += ",1";
+    EXPECT_EQ(loadAnswered("{\"list\":[" + list + "]}"), LoadStatus::cached);
+    EXPECT_TRUE(service->serviceEnabled(VLCONFIGSERVICEGEO));
 }
 
 TEST_F(VLConfigServiceTest, AConfigurationThatCannotBeCachedIsUsed) {

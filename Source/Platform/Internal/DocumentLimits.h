@@ -12,7 +12,10 @@ struct DocumentLimits {
 
     /// Values in an answer of the service, a payload or any other JSON text, counting arrays, dictionaries and what
     /// they hold.
-    static constexpr std::size_t kMostValuesInJSON = 50'000;
+    static constexpr std::size_t kMostValuesInJSON = 100'000;
+
+    /// Values in the remote configuration, which the main thread stores and reads back.
+    static constexpr std::size_t kMostValuesInConfiguration = 25'000;
 
     /// Values in a property list, which may hold what came in several answers. A list beyond it is not written either.
     static constexpr std::size_t kMostValuesInPropertyList = 1'000'000;
