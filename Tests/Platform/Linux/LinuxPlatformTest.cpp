@@ -138,8 +138,8 @@ TEST_F(LinuxPlatformTest, DocumentsFolderIsTheHostsChoice) {
 TEST_F(LinuxPlatformTest, DefaultDocumentsFolderFollowsXDG) {
     EXPECT_EQ(description(VORLANE_HOST_PROGRAM, {{"XDG_DATA_HOME", "/data"}}),
               "none\n/data/vorlane_host_program\nmissing\n");
-    EXPECT_EQ(description(VORLANE_HOST_PROGRAM, {{"XDG_DATA_HOME", ""}, {"HOME", "/home/me"}}),
-              "none\n/home/me/.local/share/vorlane_host_program\nmissing\n");
+    EXPECT_EQ(description(VORLANE_HOST_PROGRAM, {{"XDG_DATA_HOME", ""}, {"HOME", folder.string()}}),
+              "none\n" + folder.string() + "/.local/share/vorlane_host_program\nmissing\n");
 }
 
 TEST_F(LinuxPlatformTest, ReadsInfoPlistBesideTheExecutable) {
