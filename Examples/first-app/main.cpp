@@ -1,6 +1,6 @@
 // The first program of a host: starts the library, sends two events and a tag, ends its session, and leaves in order.
 //
-//   first-app              prints what happens, and the log's errors
+//   first-app              prints what happens, and the log without requests that succeed
 //   first-app --verbose    prints every line of the log: each request and its answer
 //
 // VORLANE_SERVICE_ORIGIN=http://127.0.0.1:8780 points it at a local service. A real application uses the production
@@ -10,16 +10,10 @@
 #include <string_view>
 
 #include <vorlane/Platform/Linux/LinuxPlatform.h>
+#include <vorlane/VLConsoleLogger.h>
 #include <vorlane/Vorlane.h>
 
 using namespace vorlane;
-
-/// Prints the log. Without a sink of its own a program's log is in the system journal: journalctl -t first-app
-class ConsoleLogger : public VLLogger {
-    void logMessage(const std::string& message, const std::optional<Value>&, VLLogLevel level) override {
-        std::clog << VLLog::logLevelToString(level) << "  " << message << std::endl;
-    }
-};
 
 static bool useServiceOf(const char* origin) {
     const auto url = NSURL::URLWithString(origin);
@@ -32,12 +26,11 @@ int main(int argc, char** argv) {
     const bool isVerbose = argc > 1 && std::string_view(argv[1]) == "--verbose";
 
     // 1. The platform, before any use of Vorlane. Its Info dictionary identifies the application.
-    LinuxPlatform::Options platformOptions;
-    platformOptions.infoDictionary = {{"CFBundleIdentifier", "example.first-app"},
-                                      {"CFBundleShortVersionString", "1.0"}};
-    const auto platform = std::make_shared<LinuxPlatform>(platformOptions);
+    const auto platform = std::make_shared<LinuxPlatform>(LinuxPlatform::Options{
+        .infoDictionary = {{"CFBundleIdentifier", "example.first-app"}, {"CFBundleShortVersionString", "1.0"}}});
     Platform::install(platform);
-    VLLog::sharedInstance().addLogger(std::make_shared<ConsoleLogger>());
+    // Without a sink of its own a program's log is in the system journal: journalctl -t first-app
+    VLLog::sharedInstance().addLogger(std::make_shared<VLConsoleLogger>());
     if (const char* origin = std::getenv("VORLANE_SERVICE_ORIGIN"); origin && !useServiceOf(origin)) {
         std::cerr << "VORLANE_SERVICE_ORIGIN is not a URL: " << origin << std::endl;
         return EXIT_FAILURE;
@@ -61,13 +54,13 @@ int main(int argc, char** argv) {
     });
 
     // 4. Going to the background ends the session. Each request holds a background task until it has ended, so the
-    //    program runs the main queue until there is none.
+    //    program runs the main queue until there is none, here for at most 30 seconds.
     application->didEnterBackground();
-    while (!application->backgroundTasks().empty()) platform->runFor(0.05);
-    std::cout << "every request has ended" << std::endl;
+    const bool isIdle = platform->runUntilIdle(30.0);
+    std::cout << (isIdle ? "every request has ended" : "some requests are still under way") << std::endl;
 
     // 5. Stops the library's threads. No handler runs after this.
     Platform::shutdown();
     if (!isTagSet) std::cout << "the service was not reached; --verbose shows each request" << std::endl;
-    return isTagSet ? EXIT_SUCCESS : EXIT_FAILURE;
+    return isTagSet && isIdle ? EXIT_SUCCESS : EXIT_FAILURE;
 }
