@@ -20,7 +20,7 @@ std::string verdict(const Row& row) {
 
 void print(const Row& row) {
     const auto target =
-        row.target == 0 ? "none" : fmt::format("{} {:.4g} {}", row.isAtLeast ? "≥" : "≤", row.target, row.unit);
+        row.target == 0 ? "none" : fmt::format("{} {:.5g} {}", row.isAtLeast ? "≥" : "≤", row.target, row.unit);
     fmt::print("| {} | {} | {} | {:.2f} {} | {} | {} |\n", row.what, row.measured, row.bare, row.figure, row.unit,
                target, verdict(row));
 }
