@@ -8,8 +8,8 @@
 #include "Beacons/VLBeaconRule.h"
 #include "Beacons/VLBeaconsSettings.h"
 #include "Categories/CLBeacon+VLProximity.h"
+#include "Categories/NSDate+VLTimestamp.h"
 #include "Categories/NSDictionary+VLJSON.h"
-#include "Platform/Platform.h"
 #include "Public/VLLog.h"
 
 namespace vorlane {
@@ -18,8 +18,6 @@ namespace {
 
 constexpr const char* kCoolOffPeriodMinutes = "cooloff_period_minutes";
 constexpr std::int64_t kSecondsPerMinute = 60;
-
-double now() { return Platform::current().clock().now(); }
 
 std::int64_t secondsIn(std::int64_t minutes) {
     using Limits = std::numeric_limits<std::int64_t>;
@@ -56,12 +54,12 @@ std::int64_t VLBeaconContentData::coolOffPeriod() {
 
 bool VLBeaconContentData::isInCoolOff() {
     const auto start = settings_->coolOffStart();
-    if (!start || now() - *start > static_cast<double>(coolOffPeriod())) return false;
+    if (!start || vl_now() - *start > static_cast<double>(coolOffPeriod())) return false;
     logMessage(VLLogLevel::Debug, fmt::format("Beacon in cooloff mode: {}", descriptionOf(beacon_)));
     return true;
 }
 
-void VLBeaconContentData::enableCoolOff() { settings_->setCoolOffStart(now()); }
+void VLBeaconContentData::enableCoolOff() { settings_->setCoolOffStart(vl_now()); }
 
 bool VLBeaconContentData::isMessageLimitReached() {
     beginPeriodIfOver();
@@ -74,8 +72,8 @@ bool VLBeaconContentData::isMessageLimitReached() {
 
 void VLBeaconContentData::beginPeriodIfOver() {
     const auto start = settings_->periodStart();
-    if (start && now() - *start < maximumMessageTimePeriod_) return;
-    settings_->setPeriodStart(now());
+    if (start && vl_now() - *start < maximumMessageTimePeriod_) return;
+    settings_->setPeriodStart(vl_now());
     settings_->setMessageDisplayCount(0);
 }
 

@@ -15,7 +15,6 @@
 #include "Network/VLURLBuilder.h"
 #include "Network/VLURLSession.h"
 #include "Platform/CLBeaconRegion.h"
-#include "Platform/Platform.h"
 #include "Public/VLLog.h"
 
 namespace vorlane {
@@ -24,7 +23,7 @@ namespace {
 
 constexpr const char* kProximity = "proximity";
 
-std::string timestamp() { return vl_unixTimestampInMilliseconds(Platform::current().clock().now()); }
+std::string timestamp() { return vl_unixTimestampInMilliseconds(vl_now()); }
 
 std::string stringOrAny(std::optional<std::uint16_t> number) { return number ? fmt::format("{}", *number) : "*"; }
 

@@ -13,11 +13,11 @@
 #include "Beacons/VLBeaconsSettings.h"
 #include "Categories/CLBeacon+VLProximity.h"
 #include "Categories/CLBeaconRegion+VLRegionId.h"
+#include "Categories/NSDate+VLTimestamp.h"
 #include "Categories/NSDictionary+VLJSON.h"
 #include "Platform/CLBeaconRegion.h"
 #include "Platform/CLLocationManager.h"
 #include "Platform/Internal/PropertyListFile.h"
-#include "Platform/Platform.h"
 #include "Public/VLConstants.h"
 #include "Public/VLLog.h"
 #include "Tracking/VLConfigService.h"
@@ -54,7 +54,7 @@ void VLBeaconService::getBeaconsConfig(const ConfigHandler& handler) {
 
 bool VLBeaconService::isConfigStale() const {
     const auto time = config_->beaconsSettings()->lastServerConfigUpdateTime();
-    return !time || *time < Platform::current().clock().now() - kConfigLifetime;
+    return !time || *time < vl_now() - kConfigLifetime;
 }
 
 void VLBeaconService::didDetermineState(CLRegionState state, const std::shared_ptr<CLBeaconRegion>& region) {

@@ -4,6 +4,7 @@
 
 #include <utility>
 
+#include "Categories/NSDate+VLTimestamp.h"
 #include "Categories/NSDictionary+VLLookup.h"
 #include "Platform/Platform.h"
 
@@ -87,7 +88,7 @@ void VLBeaconsSettings::setServerConfig(const Dictionary& config) {
     vl_removeNulls(stored);
     const std::lock_guard lock(mutex_);
     allSettings_[kServerConfig] = std::move(stored);
-    allSettings_[kLastServerConfigUpdateTime] = Platform::current().clock().now();
+    allSettings_[kLastServerConfigUpdateTime] = vl_now();
     writeSettingsFile();
 }
 

@@ -1,11 +1,11 @@
 #include "Categories/UILocalNotification+VLTimeToFire.h"
 
-#include "Platform/Platform.h"
+#include "Categories/NSDate+VLTimestamp.h"
 
 namespace vorlane {
 
 double timeToFire(const UILocalNotification& notification) {
-    return notification.fireDate ? *notification.fireDate - Platform::current().clock().now() : 0;
+    return notification.fireDate ? *notification.fireDate - vl_now() : 0;
 }
 
 }  // namespace vorlane

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <utility>
 
+#include "Categories/NSDate+VLTimestamp.h"
 #include "Categories/NSDictionary+VLLookup.h"
 #include "Categories/NSNumber+VLLooseValue.h"
 #include "Core/Base/VLSettings.h"
@@ -18,7 +19,6 @@
 #include "Platform/CLCircularRegion.h"
 #include "Platform/CLLocationManager.h"
 #include "Platform/Internal/PropertyListFile.h"
-#include "Platform/Platform.h"
 #include "Public/VLConstants.h"
 #include "Public/VLLog.h"
 #include "Tracking/VLConfigService.h"
@@ -34,8 +34,6 @@ constexpr double kFreshness = 5.0;
 constexpr std::size_t kMonitoringSlots = 20;
 
 using Record = VLGeoRegionRecord;
-
-double now() { return Platform::current().clock().now(); }
 
 double orDefault(double setting, double otherwise) { return setting == 0 ? otherwise : setting; }
 
@@ -129,7 +127,7 @@ bool VLGeoService::isUsableLocation(const CLLocation& location, bool allowSignif
 }
 
 bool VLGeoService::isFreshLocation(const CLLocation& location) {
-    const double age = now() - location.timestamp;
+    const double age = vl_now() - location.timestamp;
     if (age <= kFreshness) return true;
     logMessage(VLLogLevel::Debug, fmt::format("Location is not fresh, is {:.2f} limit is {:.2f}", age, kFreshness));
     return false;
@@ -137,8 +135,8 @@ bool VLGeoService::isFreshLocation(const CLLocation& location) {
 
 void VLGeoService::logLocation(const CLLocation& location) const {
     logMessage(VLLogLevel::Debug, fmt::format("Activity:{}", activity()));
-    logMessage(VLLogLevel::Debug, fmt::format("Age:{:.0f} seconds, ACCURACY {:f}", std::abs(now() - location.timestamp),
-                                              location.horizontalAccuracy));
+    logMessage(VLLogLevel::Debug, fmt::format("Age:{:.0f} seconds, ACCURACY {:f}",
+                                              std::abs(vl_now() - location.timestamp), location.horizontalAccuracy));
     logMessage(VLLogLevel::Debug, fmt::format("LATITUDE {:+.6f}, LONGITUDE {:+.6f}", location.coordinate.latitude,
                                               location.coordinate.longitude));
     logMessage(VLLogLevel::Debug, fmt::format("Attempt:{}", numNewLocationsRetried_));
@@ -163,7 +161,7 @@ void VLGeoService::updateConfig(const CLLocation& location) {
     const double neededDistance = orDefault(settings->significantDistance(), kDefaultDistance);
     const double neededTime = orDefault(settings->significantTime(), kDefaultTime);
     const double distance = distanceFromOldLocation(*settings, location, neededDistance);
-    const double time = calculateTimeInSecondsBetweenTimeStamps(now(), settings->fetchGeoRegionTimestamp());
+    const double time = calculateTimeInSecondsBetweenTimeStamps(vl_now(), settings->fetchGeoRegionTimestamp());
     logMessage(VLLogLevel::Debug, fmt::format("SIGNIFICANT DISTANCE {:f}", distance));
     // Intended: the misspelling is part of the text.
     logMessage(VLLogLevel::Debug, fmt::format("SIGNIGICANT TIME {:f}", time));
@@ -236,7 +234,7 @@ void VLGeoService::storeFetch(const CLLocation& location, bool isSuccessful) con
     if (!settings) return;
     settings->setOldLocation(
         Dictionary{{"Latitude", location.coordinate.latitude}, {"Longitude", location.coordinate.longitude}});
-    if (isSuccessful) settings->setFetchGeoRegionTimestamp(now());
+    if (isSuccessful) settings->setFetchGeoRegionTimestamp(vl_now());
 }
 
 VLGeoService::Descriptions VLGeoService::extractGeoRegionsFromJson(const Dictionary& response) {
@@ -293,7 +291,7 @@ void VLGeoService::monitorRegions(const Descriptions& regions, std::size_t slots
     const auto count = std::min({slots, regions.size(), geoRegionsFromAPI_.size()});
     VLGeoRegionFile::Records records;
     for (std::size_t i = 0; i < count; ++i) {
-        auto record = Record::recordOf(geoRegionsFromAPI_[i], now());
+        auto record = Record::recordOf(geoRegionsFromAPI_[i], vl_now());
         const auto identifier = stringForKey(record, Record::kIdentifierKey).value_or("");
         const auto* retained = findRecord(stored, identifier);
         // Intended: the stored record wins where the description differs.
@@ -370,7 +368,7 @@ void VLGeoService::didCross(const CLRegion& region, const Transition& transition
 
 /// Records the transition, unless the last one of its kind is too recent.
 bool VLGeoService::accept(Dictionary& record, const CLRegion& region, const Transition& transition) const {
-    const double time = now();
+    const double time = vl_now();
     const auto settings = settings_.lock();
     const double limit = orDefault(settings ? settings->geoRegionStateChangeTime() : 0, kDefaultStateChangeTime);
     if (!(time - Record::numberIn(record, transition.timestampKey) > limit)) return false;

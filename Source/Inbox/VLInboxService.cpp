@@ -4,6 +4,7 @@
 
 #include <utility>
 
+#include "Categories/NSDate+VLTimestamp.h"
 #include "Categories/NSDictionary+VLJSON.h"
 #include "Categories/NSString+VLHash.h"
 #include "Core/Base/VLCompletion.h"
@@ -24,8 +25,6 @@
 namespace vorlane {
 
 namespace {
-
-double now() { return Platform::current().clock().now(); }
 
 /// The host passed a null message.
 void completeWithoutMessage(const VLInboxService::MessageHandler& completion) {
@@ -146,7 +145,7 @@ void VLInboxService::runMessageListBlockCallback(const std::string& trackingId, 
 }
 
 VLInboxService::List VLInboxService::readList(const std::string& trackingId) {
-    const double time = now();
+    const double time = vl_now();
     const auto list = store_->list(trackingId, time);
     return {list.rows ? visibleRows(*list.rows, time) : Messages(), list.unreadCount.value_or(0)};
 }
@@ -156,7 +155,7 @@ VLInboxService::Messages VLInboxService::getInboxList(const std::string& trackin
 }
 
 std::size_t VLInboxService::getUnreadCount(const std::string& trackingId) {
-    return store_->unreadCount(trackingId, now()).value_or(0);
+    return store_->unreadCount(trackingId, vl_now()).value_or(0);
 }
 
 void VLInboxService::openInboxMessage(const std::shared_ptr<VLInboxMessage>& message, MessageHandler completion) {

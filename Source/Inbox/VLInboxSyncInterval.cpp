@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <utility>
 
-#include "Platform/Platform.h"
+#include "Categories/NSDate+VLTimestamp.h"
 #include "Public/VLConstants.h"
 #include "Public/VLLog.h"
 #include "Tracking/VLConfigService.h"
@@ -34,14 +34,14 @@ bool VLInboxSyncInterval::isReturningLocalDatabaseResult(const std::string& trac
 }
 
 void VLInboxSyncInterval::syncEnded(const std::string& trackingId) {
-    const double time = Platform::current().clock().now();
+    const double time = vl_now();
     const std::lock_guard lock(mutex_);
     lastSync_ = time;
     lastSyncTrackingId_ = trackingId;
 }
 
 std::optional<double> VLInboxSyncInterval::secondsSinceLastSync(const std::string& trackingId) {
-    const double time = Platform::current().clock().now();
+    const double time = vl_now();
     const std::lock_guard lock(mutex_);
     if (!lastSync_ || lastSyncTrackingId_ != trackingId) return std::nullopt;
     return time - *lastSync_;

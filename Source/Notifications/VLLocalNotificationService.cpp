@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "Categories/NSCharacterSet+VLURLEncoding.h"
+#include "Categories/NSDate+VLTimestamp.h"
 #include "Categories/NSDictionary+VLJSON.h"
 #include "Categories/NSDictionary+VLLookup.h"
 #include "Categories/UILocalNotification+VLTimeToFire.h"
@@ -236,7 +237,7 @@ UILocalNotification VLLocalNotificationService::splitCopy(UILocalNotification co
 std::vector<UILocalNotification> VLLocalNotificationService::outstandingNotifications() const {
     auto notifications = collaborators_.application->scheduledLocalNotifications();
     std::erase_if(notifications, [](const auto& notification) { return !isOutstanding(notification); });
-    std::ranges::stable_sort(notifications, {}, [now = Platform::current().clock().now()](const auto& notification) {
+    std::ranges::stable_sort(notifications, {}, [now = vl_now()](const auto& notification) {
         const double due = notification.fireDate.value_or(now);
         return due == due ? due : std::numeric_limits<double>::infinity();
     });

@@ -5,10 +5,10 @@
 #include <utility>
 
 #include "Categories/NSCharacterSet+VLURLEncoding.h"
+#include "Categories/NSDate+VLTimestamp.h"
 #include "Categories/NSDictionary+VLJSON.h"
 #include "Categories/NSDictionary+VLLookup.h"
 #include "Platform/NSBundle.h"
-#include "Platform/Platform.h"
 #include "Platform/UIApplication.h"
 #include "Platform/UIDevice.h"
 #include "Public/VLConstants.h"
@@ -39,7 +39,7 @@ void VLNotificationHelper::displayLocalNotification(const std::optional<std::str
                                                     const std::optional<std::string>& sound,
                                                     const std::optional<Dictionary>& metadata) const {
     UILocalNotification notification;
-    notification.fireDate = Platform::current().clock().now();
+    notification.fireDate = vl_now();
     notification.timeZone = defaultTimeZone();
     notification.alertBody = text;
     notification.soundName = sound;

@@ -8,6 +8,7 @@
 #include <system_error>
 #include <utility>
 
+#include "Categories/NSDate+VLTimestamp.h"
 #include "Categories/NSDictionary+VLLookup.h"
 #include "Core/Base/VLMainQueueRelease.h"
 #include "Core/Base/VLSettings.h"
@@ -209,7 +210,7 @@ void VLPermissionService::displayLocationInUseSoftOptInUsingViewController(
 
 void VLPermissionService::displayInterstitialPlacement(const std::string& placement, VLPermissions permission,
                                                        const std::shared_ptr<NSObject>& viewController) {
-    const double now = Platform::current().clock().now();
+    const double now = vl_now();
     const double elapsed = now - settings_->lastPermissionInterstitial();
     const std::int64_t limit = requestTimeLimitSeconds_;
     if (elapsed < static_cast<double>(limit)) {

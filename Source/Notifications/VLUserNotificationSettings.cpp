@@ -65,7 +65,8 @@ std::uint64_t VLUserNotificationSettings::hash() const {
 
 bool VLUserNotificationSettings::willNotificationsBeVisible() const {
     const bool isAllowed = authorisationStatus == kAuthorised || authorisationStatus == kProvisional;
-    return isAllowed && (lockScreen == kSettingEnabled || notificationCentre == kSettingEnabled || alertSetting == kSettingEnabled);
+    return isAllowed &&
+           (lockScreen == kSettingEnabled || notificationCentre == kSettingEnabled || alertSetting == kSettingEnabled);
 }
 
 bool VLUserNotificationSettings::isProvisionallyAuthorised() const { return authorisationStatus == kProvisional; }

@@ -5,6 +5,7 @@
 #include <limits>
 #include <utility>
 
+#include "Categories/NSDate+VLTimestamp.h"
 #include "Categories/NSDictionary+VLLookup.h"
 #include "Core/Base/VLSettings.h"
 #include "Network/VLPayloadBuilder.h"
@@ -13,14 +14,11 @@
 #include "Network/VLURLSession.h"
 #include "Notifications/VLRemoteNotificationService.h"
 #include "Platform/NSBundle.h"
-#include "Platform/Platform.h"
 #include "Public/VLLog.h"
 
 namespace vorlane {
 
 namespace {
-
-double now() { return Platform::current().clock().now(); }
 
 /// Truncated towards zero and clamped to the range of 64 bits.
 std::int64_t wholeSeconds(TimeInterval length) { return integerValue(Value(length)).value_or(0); }
@@ -57,7 +55,7 @@ void VLSessionService::startSessionIfNotActive() {
 }
 
 void VLSessionService::sessionStart() {
-    startDate_ = now();
+    startDate_ = vl_now();
     hasActiveSession_ = true;
     sessionLength_ = 0;
     averageSessionLength_ = 0;
@@ -73,7 +71,7 @@ void VLSessionService::sessionEnd() {
     const auto settings = settings_.lock();
     const auto urlBuilder = urlBuilder_.lock();
     if (!settings || !urlBuilder) return;
-    sessionLength_ = now() - startDate_;
+    sessionLength_ = vl_now() - startDate_;
     addSessionToTotals(*settings, sessionLength_);
     hasActiveSession_ = false;
     // The body is built before the session's values are cleared.

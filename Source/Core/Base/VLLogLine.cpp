@@ -5,8 +5,8 @@
 #include <cmath>
 #include <ctime>
 
+#include "Categories/NSDate+VLTimestamp.h"
 #include "Categories/NSDictionary+VLJSON.h"
-#include "Platform/Platform.h"
 #include "Public/VLLog.h"
 
 namespace vorlane {
@@ -26,8 +26,7 @@ std::string timeStamp(double time) {
 }  // namespace
 
 std::string logLine(const std::string& message, const std::optional<Value>& payload, VLLogLevel level) {
-    std::string line =
-        fmt::format("{} {} {}", timeStamp(Platform::current().clock().now()), VLLog::logLevelToString(level), message);
+    std::string line = fmt::format("{} {} {}", timeStamp(vl_now()), VLLog::logLevelToString(level), message);
     if (payload) line += "\n" + vl_description(*payload);
     return line;
 }

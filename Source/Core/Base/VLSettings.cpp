@@ -317,7 +317,7 @@ std::string VLSettings::appCleanInstallTime() {
 
 std::string VLSettings::libInstallTime() {
     if (auto stored = storedString(kLibInstallTime)) return *stored;
-    const auto time = vl_unixTimestampInMilliseconds(Platform::current().clock().now());
+    const auto time = vl_unixTimestampInMilliseconds(vl_now());
     storeGenerated(time, kLibInstallTime);
     return storedString(kLibInstallTime).value_or(time);
 }
