@@ -106,7 +106,7 @@ ssize_t __wrap_write(int descriptor, const void* bytes, size_t count) {
     const auto allowed = std::min({static_cast<long long>(count), faults.pieceSize, faults.writableBytes});
     const auto written = recorded(
         [=] { return __real_write(descriptor, bytes, static_cast<size_t>(allowed)); },
-        [=](RecordedDisk& disk, ssize_t count) { disk.written(descriptor, bytes, static_cast<size_t>(count)); });
+        [=](RecordedDisk& disk, ssize_t length) { disk.written(descriptor, bytes, static_cast<size_t>(length)); });
     if (written > 0 && faults.writableBytes != kNoLimit) faults.writableBytes -= written;
     return written;
 }
