@@ -43,8 +43,8 @@ public:
         Dictionary infoDictionary = {};
         /// The folder of the application's resource files. Empty: the folder of the executable.
         std::string resourceFolder = {};
-        /// The folder of the library's files. Empty: a folder in `$XDG_DATA_HOME` (default `~/.local/share`) with the
-        /// name of the bundle identifier, or of the executable if there is none.
+        /// The folder of the library's files. Empty: a folder with the name of the bundle identifier, or of the
+        /// executable if there is none, in `$STATE_DIRECTORY`, or else `$XDG_DATA_HOME`, or else `~/.local/share`.
         std::string documentsFolder = {};
         /// The queue of the host's own main loop. Null: a loop that the host runs with `run()` or polls with `poll()`.
         std::shared_ptr<DispatchQueue> mainQueue = nullptr;

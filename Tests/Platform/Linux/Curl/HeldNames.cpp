@@ -3,9 +3,12 @@
 #include <dlfcn.h>
 #include <netdb.h>
 
+#include <chrono>
 #include <condition_variable>
 #include <mutex>
 #include <string_view>
+
+#include "Platform/Linux/Curl/CurlResolver.h"
 
 namespace vorlane {
 
@@ -49,6 +52,8 @@ void lookUpEnded() {
 }  // namespace
 
 HeldNames::HeldNames() {
+    // A look-up of an earlier test would answer this one's requests for the same name.
+    CurlResolver::shared().waitUntilIdle(std::chrono::steady_clock::now() + std::chrono::seconds(10));
     const std::lock_guard lock(names().mutex);
     names().isHolding = names().isReplaced = true;
     names().begun = 0;
