@@ -255,7 +255,7 @@ TEST_F(VLBeaconRegionSessionsDataTest, OnlySettersWriteTheFile) {
     EXPECT_EQ(VLBeaconRegionSessionsData().idWithRegionId("B"), "2");
     std::filesystem::remove(documentsPath("VLBeaconRegionSessions.plist"));
     sessionsData->removeRegion("no such region");
-    EXPECT_TRUE(sessionsFile().is_null());
+    EXPECT_EQ(sessionsFile(), Value(Dictionary{{"B", Dictionary{{"REGION_SESSION_ID", "2"}}}}));
 }
 
 TEST_F(VLBeaconRegionSessionsDataTest, FileIsAPrivatePropertyList) {
