@@ -262,6 +262,8 @@ TEST_F(VLBeaconRegionSessionsDataTest, FileIsAPrivatePropertyList) {
     sessionsData->setId("I", "A_*_*");
     EXPECT_EQ(bytesOf("VLBeaconRegionSessions.plist"),
               "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+              "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
+              "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
               "<plist version=\"1.0\">\n<dict>\n\t<key>A_*_*</key>\n\t<dict>\n\t\t<key>REGION_SESSION_ID</key>\n"
               "\t\t<string>I</string>\n\t</dict>\n</dict>\n</plist>\n");
     EXPECT_EQ(std::filesystem::status(documentsPath("VLBeaconRegionSessions.plist")).permissions(),

@@ -239,14 +239,14 @@ TEST_F(VLBeaconServiceTest, LostRegionsAreStartedAgain) {
 
 TEST_F(VLBeaconServiceTest, StartsNoMoreRegionsThanThePlatformMonitors) {
     Array rules;
-    for (int i = 0; i < 5000; ++i) rules.push_back(rule("data", {{"minor", i}}));
+    for (int i = 0; i < 2000; ++i) rules.push_back(rule("data", {{"minor", i}}));
     begin(rules);
     const std::size_t limit = manager().maximumMonitoredRegionCount();
     EXPECT_EQ(manager().monitoredRegions().size(), limit);
     EXPECT_TRUE(manager().monitoredRegion(id("_1_0")));
     service->addBeaconRegions();
     EXPECT_EQ(manager().monitoredRegions().size(), limit);
-    EXPECT_EQ(log().count("Could not add 4500 beacon regions for monitoring due to the platform's limit of 500 regions",
+    EXPECT_EQ(log().count("Could not add 1500 beacon regions for monitoring due to the platform's limit of 500 regions",
                           VLLogLevel::Warn),
               1);
     EXPECT_EQ(loggedPart("Attempting to monitor"), 0);

@@ -63,6 +63,8 @@ TEST_F(VLBeaconsSettingsTest, FileIsAPrivatePropertyList) {
     store.setMessageDisplayCount(3);
     EXPECT_EQ(bytesOf(kFile),
               "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+              "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
+              "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
               "<plist version=\"1.0\">\n<dict>\n\t<key>VL_BEACON_RULES_KEY</key>\n\t<dict>\n\t\t<key>R_*_*</key>\n"
               "\t\t<dict>\n\t\t\t<key>VL_MESSAGE_DISPLAY_COUNT</key>\n\t\t\t<integer>3</integer>\n\t\t</dict>\n"
               "\t</dict>\n\t<key>VL_COOLDOWN_TIME_KEY</key>\n\t<dict/>\n</dict>\n</plist>\n");
