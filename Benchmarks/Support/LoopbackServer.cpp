@@ -81,7 +81,7 @@ void watch(int poller, int descriptor) {
 
 LoopbackServer::LoopbackServer(Manner manner) : LoopbackServer(manner, Answers()) {}
 
-LoopbackServer::LoopbackServer(Answers answers) : LoopbackServer(Manner::answers, answers) {}
+LoopbackServer::LoopbackServer(Answers answers) : LoopbackServer(Manner::Answers, answers) {}
 
 LoopbackServer::LoopbackServer(Manner manner, const Answers& answers) {
     const int listener = listenOnLoopback();
@@ -150,7 +150,7 @@ void LoopbackServer::serve(int listener, Manner manner, const Answers& answers, 
             const auto* told = answerTo(responses, std::string_view(buffer).substr(0, buffer.find("\r\n")));
             const auto& answer = told ? *told : empty;
             buffer.erase(0, length);
-            if (manner == Manner::answers && write(event.data.fd, answer.data(), answer.size()) < 0) break;
+            if (manner == Manner::Answers && write(event.data.fd, answer.data(), answer.size()) < 0) break;
             if (++shared.requests == shared.expected && write(reached, "x", 1) < 0) _exit(1);
         }
     }

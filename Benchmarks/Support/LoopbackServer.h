@@ -14,9 +14,9 @@ namespace vorlane::benchmarks {
 /// Answers with `answers`, or else with "{}", or never. Ends with the object.
 class LoopbackServer {
 public:
-    enum class Manner { answers, isSilent };
+    enum class Manner { Answers, IsSilent };
 
-    explicit LoopbackServer(Manner manner = Manner::answers);
+    explicit LoopbackServer(Manner manner = Manner::Answers);
     explicit LoopbackServer(Answers answers);
     ~LoopbackServer();
     LoopbackServer(const LoopbackServer&) = delete;

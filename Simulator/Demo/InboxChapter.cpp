@@ -69,7 +69,7 @@ void fillAndRead(Stage& stage, const Value& sale) {
 }
 
 void deleteOffline(Stage& stage, const Value& news) {
-    launch(stage, "launch, without a network", Stage::Network::unavailable);
+    launch(stage, "launch, without a network", Stage::Network::Unavailable);
     const auto offline = stage.call("the list, without a network", kList);
     stage.promise("without a network the inbox lists the stored messages",
                   subjectsIn(offline) == Subjects{"Sale", "News", "Welcome"} && offline[1] == Value(2));
@@ -80,7 +80,7 @@ void deleteOffline(Stage& stage, const Value& news) {
 }
 
 void catchUp(Stage& stage, const Value& news) {
-    launch(stage, "launch, the network is back", Stage::Network::available);
+    launch(stage, "launch, the network is back", Stage::Network::Available);
     const auto list = stage.call("the list of messages", kList);
     stage.promise("the deleted message does not come back",
                   subjectsIn(list) == Subjects{"Sale", "Welcome"} && list[1] == Value(1) && fetches(stage) == 3);
@@ -106,7 +106,7 @@ void playInbox(Stage& stage) {
     const auto news = send(stage, "anna@example", "News", 9, {{"label", "news"}});
     const auto sale = send(stage, "anna@example", "Sale", 10, {{"image", kImage}, {"link", "https://shop.example/"}});
     send(stage, "boris@example", "Hello Boris", 11);
-    launch(stage, "launch, with three messages waiting", Stage::Network::available);
+    launch(stage, "launch, with three messages waiting", Stage::Network::Available);
     fillAndRead(stage, sale);
     deleteOffline(stage, news);
     catchUp(stage, news);

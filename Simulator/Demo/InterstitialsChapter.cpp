@@ -96,7 +96,7 @@ void followLinks(Stage& stage) {
 }  // namespace
 
 void playInterstitials(Stage& stage) {
-    stage.switchOn(Stage::Network::available);
+    stage.switchOn(Stage::Network::Available);
     greet(stage);
     sayNotNow(stage);
     sayYes(stage);

@@ -6,7 +6,7 @@ void playLaunch(Stage& stage) {
     stage.service().put("config/" + Stage::appKey(),
                         Dictionary{{"services", Dictionary{{"rich_inbox", true}}},
                                    {"configs", Dictionary{{"rich_inbox", Dictionary{{"sync_time_limit_s", 60}}}}}});
-    stage.switchOn(Stage::Network::available);
+    stage.switchOn(Stage::Network::Available);
     stage.play("launch, opened from a notification",
                {{"do", "launch"},
                 {"preset", "development"},

@@ -74,7 +74,7 @@ void openPush(Stage& stage) {
 }  // namespace
 
 void playNotifications(Stage& stage) {
-    stage.switchOn(Stage::Network::available);
+    stage.switchOn(Stage::Network::Available);
     stage.play("launch", {{"do", "launch"}, {"preset", "development"}});
     stage.play("the application becomes active", {{"do", "state"}, {"to", "active"}});
     allowNotifications(stage);

@@ -57,7 +57,7 @@ const std::string& Stage::appKey() {
 }
 
 void Stage::switchOn(Network network) {
-    const auto origin = network == Network::available ? service_.origin() : kNowhere;
+    const auto origin = network == Network::Available ? service_.origin() : kNowhere;
     phone_ = std::make_unique<support::PhoneProcess>(
         programs_.phone,
         std::vector<std::string>{"--data-dir", dataFolder_ + "/phone", "--info", writeInfo(dataFolder_), "--service",

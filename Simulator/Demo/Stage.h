@@ -39,7 +39,7 @@ public:
     Transcript& transcript() { return transcript_; }
 
     /// Starts the phone's process with the files of the previous run. Its endpoints are the service's, or unreachable.
-    enum class Network { available, unavailable };
+    enum class Network { Available, Unavailable };
     void switchOn(Network network);
     /// Ends the phone's process, and promises status 0.
     void switchOff();

@@ -56,7 +56,7 @@ void launch(Stage& stage) {
         "config/" + Stage::appKey(),
         Dictionary{{"services", Dictionary{{"geo_regions", true}, {"beacon", true}}},
                    {"configs", Dictionary{{"geo_regions", Dictionary{}}, {"beacon", beaconConfiguration(stage)}}}});
-    stage.switchOn(Stage::Network::available);
+    stage.switchOn(Stage::Network::Available);
     stage.play("the user allows the location", {{"do", "locationAuthorisation"}, {"status", 3}});
     stage.play("launch", {{"do", "launch"}, {"preset", "development"}});
     stage.play("the application becomes active", {{"do", "state"}, {"to", "active"}});

@@ -5,7 +5,7 @@ namespace vorlane::demo {
 
 void playWithoutNetwork(Stage& stage) {
     const auto requests = stage.service().requests().size();
-    stage.switchOn(Stage::Network::unavailable);
+    stage.switchOn(Stage::Network::Unavailable);
     bool isCached = false;
     bool isMissing = false;
     stage.phone().perform({{"do", "launch"}, {"preset", "development"}});

@@ -12,9 +12,9 @@ namespace {
 
 UIApplicationState stateFrom(const Value& value) {
     const auto text = stringFrom(value, "state");
-    if (text == "inactive") return UIApplicationState::inactive;
-    if (text == "active") return UIApplicationState::active;
-    if (text == "background") return UIApplicationState::background;
+    if (text == "inactive") return UIApplicationState::Inactive;
+    if (text == "active") return UIApplicationState::Active;
+    if (text == "background") return UIApplicationState::Background;
     throw BadLine("state must be inactive, active or background");
 }
 
@@ -24,7 +24,7 @@ Value launch(Phone& phone, const Dictionary& line) {
     const auto options = sdkOptionsFrom(phone, line);
     const auto given = launchOptions ? launchOptionsFrom(phone, *launchOptions) : std::nullopt;
     auto& application = phone.device().simulatedApplication();
-    application.setApplicationState(state ? stateFrom(*state) : UIApplicationState::inactive);
+    application.setApplicationState(state ? stateFrom(*state) : UIApplicationState::Inactive);
     Vorlane::initialiseSDKWithApplication(phone.device().application(), given, options);
     return nullptr;
 }

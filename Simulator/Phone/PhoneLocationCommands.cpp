@@ -73,8 +73,8 @@ Value location(Phone& phone, const Dictionary& line) {
 
 RegionEvent regionEventFrom(const Value& value) {
     static const std::map<std::string, RegionEvent> events = {
-        {"enter", RegionEvent::enter},     {"exit", RegionEvent::exit},       {"inside", RegionEvent::inside},
-        {"outside", RegionEvent::outside}, {"unknown", RegionEvent::unknown}, {"failed", RegionEvent::failed}};
+        {"enter", RegionEvent::Enter},     {"exit", RegionEvent::Exit},       {"inside", RegionEvent::Inside},
+        {"outside", RegionEvent::Outside}, {"unknown", RegionEvent::Unknown}, {"failed", RegionEvent::Failed}};
     const auto found = events.find(stringFrom(value, "event"));
     if (found == events.end()) throw BadLine("event must be enter, exit, inside, outside, unknown or failed");
     return found->second;

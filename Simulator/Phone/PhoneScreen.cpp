@@ -122,8 +122,8 @@ Value locationAuthorisationStatus(const OperationCall& /*call*/) { return Vorlan
 std::shared_ptr<NSObject> viewControllerFrom(Phone& phone, const Value& value, const std::string& name) {
     const auto word = optionalStringFrom(value, name);
     if (!word) return nullptr;
-    if (word == "interstitial") return makeInterstitial(phone, Interstitial::Metadata::ignored);
-    if (word == "interstitialWithMetadata") return makeInterstitial(phone, Interstitial::Metadata::taken);
+    if (word == "interstitial") return makeInterstitial(phone, Interstitial::Metadata::Ignored);
+    if (word == "interstitialWithMetadata") return makeInterstitial(phone, Interstitial::Metadata::Taken);
     if (word == "plainViewController") return std::make_shared<UIViewController>();
     if (word == "notAViewController") return std::make_shared<NSObject>();
     throw BadLine(name +

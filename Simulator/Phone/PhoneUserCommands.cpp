@@ -10,11 +10,11 @@ namespace {
 
 SimulatedUser::Answer answerFrom(const Value& value, const std::string& name) {
     using Answer = SimulatedUser::Answer;
-    static const std::map<std::string, Answer> answers = {{"allow", Answer::allow},
-                                                          {"deny", Answer::deny},
-                                                          {"error", Answer::error},
-                                                          {"undetermined", Answer::undetermined},
-                                                          {"later", Answer::later}};
+    static const std::map<std::string, Answer> answers = {{"allow", Answer::Allow},
+                                                          {"deny", Answer::Deny},
+                                                          {"error", Answer::Error},
+                                                          {"undetermined", Answer::Undetermined},
+                                                          {"later", Answer::Later}};
     const auto found = answers.find(stringFrom(value, name));
     if (found == answers.end()) throw BadLine(name + " must be allow, deny, error, undetermined or later");
     return found->second;

@@ -82,7 +82,7 @@ void ScriptedURLSession::Impl::send(const std::shared_ptr<Entry>& entry, std::sh
 }
 
 void ScriptedURLSession::Impl::cancel(const std::shared_ptr<Entry>& entry) {
-    if (close(*entry, true)) post(entry, always({.failure = NSURLError::cancelled}));
+    if (close(*entry, true)) post(entry, always({.failure = NSURLError::Cancelled}));
 }
 
 /// Returns false if the request is closed already.

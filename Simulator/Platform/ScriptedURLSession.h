@@ -39,13 +39,13 @@ public:
     /// As `answer()`, with a response that is not an HTTP response, or without a response.
     void answerWithoutHTTP(const std::string& part, bool withResponse);
     /// As `answer()`, with an error in `NSURLErrorDomain`.
-    void fail(const std::string& part, NSURLError code = NSURLError::notConnectedToInternet);
+    void fail(const std::string& part, NSURLError code = NSURLError::NotConnectedToInternet);
 
     /// From now on answers every request whose URL contains `part` immediately, including requests that are open. The
     /// newest matching rule applies; a rule with the same `part` is replaced.
     void alwaysAnswer(const std::string& part, std::int64_t status, const std::string& body = {});
     void alwaysAnswer(const std::string& part, Responder responder);
-    void alwaysFail(const std::string& part, NSURLError code = NSURLError::notConnectedToInternet);
+    void alwaysFail(const std::string& part, NSURLError code = NSURLError::NotConnectedToInternet);
     /// As `alwaysAnswer()`, for the requests that `matches` accepts, on the thread that sends them. A rule with the
     /// same `name` is replaced.
     void alwaysAnswerMatching(const std::string& name, Matcher matches, Responder responder);

@@ -49,8 +49,8 @@ void SimulatedApplication::registerUserNotificationSettings(const UIUserNotifica
     tell("categories", {{"identifiers", std::move(identifiers)}});
     if (!user_) return;
     user_->prompt("notifications", settings.types, [this, types = settings.types](SimulatedUser::Answer answer) {
-        if (answer == SimulatedUser::Answer::allow) userNotificationSettings_.types = types;
-        if (answer == SimulatedUser::Answer::deny) userNotificationSettings_.types = 0;
+        if (answer == SimulatedUser::Answer::Allow) userNotificationSettings_.types = types;
+        if (answer == SimulatedUser::Answer::Deny) userNotificationSettings_.types = 0;
         if (userNotificationSettingsObserver_) userNotificationSettingsObserver_(userNotificationSettings_);
     });
 }
@@ -105,7 +105,7 @@ SimulatedApplication::Handle SimulatedApplication::addObject(const ScheduledLoca
     constexpr double kAlready = -std::numeric_limits<double>::infinity();
     const double date = entry.notification.fireDate.value_or(kAlready);
     if (mainQueue_ && date == date)
-        waits_[entry.number].token = mainQueue_->postAt(date, SimulatedMainQueue::Kind::phone, [this] { fireDue(); });
+        waits_[entry.number].token = mainQueue_->postAt(date, SimulatedMainQueue::Kind::Phone, [this] { fireDue(); });
     return handle;
 }
 

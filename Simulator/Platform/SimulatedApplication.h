@@ -94,7 +94,7 @@ private:
     const std::shared_ptr<SimulatedMainQueue> mainQueue_;
     const std::shared_ptr<SimulatedUser> user_;
     // Main queue only.
-    UIBackgroundRefreshStatus backgroundRefreshStatus_ = UIBackgroundRefreshStatus::available;
+    UIBackgroundRefreshStatus backgroundRefreshStatus_ = UIBackgroundRefreshStatus::Available;
     TimeInterval backgroundTimeRemaining_ = 180;
     UIUserNotificationSettings userNotificationSettings_;
     std::function<void(const UIUserNotificationSettings&)> userNotificationSettingsObserver_;

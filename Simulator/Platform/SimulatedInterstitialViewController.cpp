@@ -18,7 +18,7 @@ public:
 };
 
 SimulatedInterstitialViewController::SimulatedInterstitialViewController(Metadata metadata)
-    : takesMetadata_(metadata == Metadata::taken), webView_(std::make_shared<WebView>()) {}
+    : takesMetadata_(metadata == Metadata::Taken), webView_(std::make_shared<WebView>()) {}
 
 SimulatedInterstitialViewController::~SimulatedInterstitialViewController() = default;
 

@@ -16,9 +16,9 @@ namespace vorlane {
 /// A host's view controller for interstitials that displays nothing and records everything. Main thread only.
 class SimulatedInterstitialViewController : public UIViewController, public VLInterstitialViewController {
 public:
-    enum class Metadata { ignored, taken };
+    enum class Metadata { Ignored, Taken };
 
-    explicit SimulatedInterstitialViewController(Metadata metadata = Metadata::ignored);
+    explicit SimulatedInterstitialViewController(Metadata metadata = Metadata::Ignored);
     ~SimulatedInterstitialViewController() override;
 
     std::string htmlContent() const override { return htmlContent_; }

@@ -54,8 +54,8 @@ void SimulatedLocationManager::request(const char* kind, CLAuthorizationStatus a
         manager->user_->prompt(kind, 0, [weakSelf = manager->weak_from_this(), allowed](Answer answer) {
             const auto self = weakSelf.lock();
             if (!self) return;
-            if (answer == Answer::allow) self->setAuthorizationStatus(allowed);
-            if (answer == Answer::deny) self->setAuthorizationStatus(CLAuthorizationStatus::Denied);
+            if (answer == Answer::Allow) self->setAuthorizationStatus(allowed);
+            if (answer == Answer::Deny) self->setAuthorizationStatus(CLAuthorizationStatus::Denied);
         });
     });
 }
@@ -157,17 +157,17 @@ void SimulatedLocationManager::deliverLocations(std::vector<CLLocation> location
 void SimulatedLocationManager::deliverRegionEvent(RegionEvent event, std::shared_ptr<CLRegion> region) {
     deliver([event, region = std::move(region)](CLLocationManager& manager, CLLocationManagerDelegate& delegate) {
         switch (event) {
-            case RegionEvent::enter:
+            case RegionEvent::Enter:
                 return delegate.didEnterRegion(manager, region);
-            case RegionEvent::exit:
+            case RegionEvent::Exit:
                 return delegate.didExitRegion(manager, region);
-            case RegionEvent::inside:
+            case RegionEvent::Inside:
                 return delegate.didDetermineState(manager, CLRegionState::Inside, region);
-            case RegionEvent::outside:
+            case RegionEvent::Outside:
                 return delegate.didDetermineState(manager, CLRegionState::Outside, region);
-            case RegionEvent::unknown:
+            case RegionEvent::Unknown:
                 return delegate.didDetermineState(manager, CLRegionState::Unknown, region);
-            case RegionEvent::failed:
+            case RegionEvent::Failed:
                 return delegate.monitoringDidFailForRegion(
                     manager, region,
                     NSError(kErrorDomain, kRegionMonitoringFailure,

@@ -38,7 +38,7 @@ public:
     };
 
     /// An event of a region.
-    enum class RegionEvent { enter, exit, inside, outside, unknown, failed };
+    enum class RegionEvent { Enter, Exit, Inside, Outside, Unknown, Failed };
 
     /// `regionsPath` is the file that holds the monitored regions.
     SimulatedLocationManager(std::shared_ptr<SimulatedUser> user, std::shared_ptr<DispatchQueue> mainQueue,

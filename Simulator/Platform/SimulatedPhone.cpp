@@ -61,7 +61,7 @@ struct SimulatedPhone::Impl {
           documents(options.documentsFolder),
           virtualClock(options.virtualClock ? std::make_unique<VirtualClock>(*options.virtualClock) : nullptr),
           queues(clock(),
-                 virtualClock ? SimulatedSerialQueue::Delays::phoneTime : SimulatedSerialQueue::Delays::realTime),
+                 virtualClock ? SimulatedSerialQueue::Delays::PhoneTime : SimulatedSerialQueue::Delays::RealTime),
           user(std::make_shared<SimulatedUser>(
               [this](const std::string& event, const Dictionary& fields) { application->tell(event, fields); })),
           application(std::make_shared<SimulatedApplication>(notificationCenter, queues.mainQueue(), user)),
@@ -152,7 +152,7 @@ std::shared_ptr<NSTimer> SimulatedPhone::scheduledTimer(TimeInterval seconds, st
     auto timer = std::make_shared<NSTimer>(std::move(block));
     const auto queue = impl_->queues.mainQueue();
     const auto token =
-        queue->postAt(now() + seconds, SimulatedMainQueue::Kind::application, [timer] { timer->fire(); });
+        queue->postAt(now() + seconds, SimulatedMainQueue::Kind::Application, [timer] { timer->fire(); });
     timer->setInvalidationHandler([queue, token] { queue->cancel(token); });
     return timer;
 }
@@ -281,8 +281,8 @@ void SimulatedPhone::receivePush(const SimulatedPush& push) {
 
 void SimulatedPhone::openPush(const SimulatedPush& push) {
     auto& application = *impl_->application;
-    if (application.applicationState() == UIApplicationState::background) application.willEnterForeground();
-    if (application.applicationState() == UIApplicationState::active) application.willResignActive();
+    if (application.applicationState() == UIApplicationState::Background) application.willEnterForeground();
+    if (application.applicationState() == UIApplicationState::Active) application.willResignActive();
     receivePush(push);
     application.didBecomeActive();
     settle();
@@ -309,7 +309,7 @@ void SimulatedPhone::stop() {
     // The handler of an open prompt keeps the user alive. Its answer has no effect any more.
     auto& user = *impl_->user;
     while (!user.openPrompts().empty())
-        user.answer(user.openPrompts().front().number, SimulatedUser::Answer::undetermined);
+        user.answer(user.openPrompts().front().number, SimulatedUser::Answer::Undetermined);
 }
 
 }  // namespace vorlane

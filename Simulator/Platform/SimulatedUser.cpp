@@ -12,8 +12,8 @@ void SimulatedUser::prompt(const std::string& kind, std::uint64_t options, Handl
     const auto number = ++newestNumber_;
     tell_("prompt", {{"prompt", number}, {"kind", kind}, {"options", options}});
     const auto found = answers_.find(kind);
-    const auto answer = found == answers_.end() ? Answer::allow : found->second;
-    if (answer == Answer::later) {
+    const auto answer = found == answers_.end() ? Answer::Allow : found->second;
+    if (answer == Answer::Later) {
         openPrompts_.push_back({number, kind, options, std::move(handler)});
     } else if (handler) {
         handler(answer);
@@ -30,7 +30,7 @@ bool SimulatedUser::answer(const std::string& kind, Answer answer) {
 
 bool SimulatedUser::answerAt(std::vector<Prompt>::iterator place, Answer answer) {
     if (place == openPrompts_.end()) return false;
-    if (answer == Answer::later) return true;
+    if (answer == Answer::Later) return true;
     const auto prompt = std::move(*place);
     openPrompts_.erase(place);
     if (prompt.handler) prompt.handler(answer);

@@ -13,7 +13,7 @@ namespace vorlane {
 /// The simulated phone's user, who answers the system's prompts as a test says. Main thread only.
 class SimulatedUser {
 public:
-    enum class Answer { allow, deny, error, undetermined, later };
+    enum class Answer { Allow, Deny, Error, Undetermined, Later };
     using Handler = std::function<void(Answer answer)>;
     /// An open prompt.
     struct Prompt {

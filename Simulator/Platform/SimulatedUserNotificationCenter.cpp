@@ -38,14 +38,14 @@ void SimulatedUserNotificationCenter::requestAuthorizationWithOptions(std::uint6
 
 void SimulatedUserNotificationCenter::answered(Answer answer, std::uint64_t options,
                                                const AuthorizationHandler& handler) {
-    if (answer == Answer::allow) setNotificationSettings(settingsAllThe((options & kProvisional) != 0 ? 3 : 2, 2, 1));
-    if (answer == Answer::deny) setNotificationSettings(settingsAllThe(1, 1, 0));
+    if (answer == Answer::Allow) setNotificationSettings(settingsAllThe((options & kProvisional) != 0 ? 3 : 2, 2, 1));
+    if (answer == Answer::Deny) setNotificationSettings(settingsAllThe(1, 1, 0));
     std::optional<NSError> error;
-    if (answer == Answer::error) {
+    if (answer == Answer::Error) {
         error = NSError(UNErrorDomain, UNErrorCodeNotificationsNotAllowed,
                         {{NSLocalizedDescriptionKey, "Notifications are not allowed for this application"}});
     }
-    answerQueue_->post([handler, isGranted = answer == Answer::allow, error] {
+    answerQueue_->post([handler, isGranted = answer == Answer::Allow, error] {
         if (handler) handler(isGranted, error);
     });
 }

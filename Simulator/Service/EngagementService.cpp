@@ -52,7 +52,7 @@ ServiceResponse answerOf(const EndpointRouter::Match& match, EndpointCall& call)
 
 std::optional<int> sentStatus(const ServiceResponse& response) {
     using Delivery = ServiceResponse::Delivery;
-    const bool isHTTP = response.delivery == Delivery::whole || response.delivery == Delivery::truncated;
+    const bool isHTTP = response.delivery == Delivery::Whole || response.delivery == Delivery::Truncated;
     return isHTTP ? std::optional(response.status) : std::nullopt;
 }
 
@@ -99,7 +99,7 @@ ServiceResponse EngagementService::answerRecorded(const EndpointRouter::Match& m
     if (fault) record.fault = Value(fault->asDictionary());
     log_.add(std::move(record));
     if (fault && fault->seconds > 0 && stopSignal_.isRaisedWithin(fault->seconds))
-        response.delivery = ServiceResponse::Delivery::none;
+        response.delivery = ServiceResponse::Delivery::None;
     return response;
 }
 

@@ -117,7 +117,7 @@ Dictionary VLBeaconMessage::configureContentRequest(VLBeaconContentData& data) {
                                         {VLBeaconsConfig::majorKey(), beacon->major},
                                         {VLBeaconsConfig::minorKey(), beacon->minor}});
     }
-    const bool isActive = application_->applicationState() == UIApplicationState::active;
+    const bool isActive = application_->applicationState() == UIApplicationState::Active;
     return {{"getContent", isShowMessage(data)},
             {"ibeacons", Value(std::move(beacons))},
             {"contentType", isActive ? "interstitial, local" : "local"}};

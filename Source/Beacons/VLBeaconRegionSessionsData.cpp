@@ -16,7 +16,7 @@ constexpr const char* kSessionId = "REGION_SESSION_ID";
 
 VLBeaconRegionSessionsData::VLBeaconRegionSessionsData() : file_(getFilePath()) {
     auto reading = file_.read();
-    if (reading.status == PropertyListFile::Status::contents) {
+    if (reading.status == PropertyListFile::Status::Contents) {
         regionSessions_ = std::move(reading.contents.get_ref<Dictionary&>());
     }
 }

@@ -32,7 +32,7 @@ Dictionary& sectionOf(Dictionary& dictionary, const std::string& key) {
 
 VLBeaconsSettings::VLBeaconsSettings() : file_(getFilePath()) {
     auto reading = file_.read();
-    if (reading.status == PropertyListFile::Status::contents) {
+    if (reading.status == PropertyListFile::Status::Contents) {
         allSettings_ = std::move(reading.contents.get_ref<Dictionary&>());
     }
     sectionOf(allSettings_, kBeaconRules);

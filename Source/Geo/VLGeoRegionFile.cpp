@@ -34,15 +34,16 @@ void keepLaterTimes(Dictionary& record, const VLGeoRegionFile::Records& stored) 
 
 }  // namespace
 
-VLGeoRegionFile::VLGeoRegionFile() : file_(std::make_unique<PropertyListFile>(path(), PropertyListFile::Root::array)) {}
+VLGeoRegionFile::VLGeoRegionFile()
+    : file_(std::make_unique<PropertyListFile>(path(), PropertyListFile::Root::ArrayRoot)) {}
 
 VLGeoRegionFile::~VLGeoRegionFile() = default;
 
 const std::optional<VLGeoRegionFile::Records>& VLGeoRegionFile::getRegionsFromFile() {
     if (isRead_) return records_;
     const auto reading = file_->read();
-    isRead_ = reading.status != PropertyListFile::Status::unreadable;
-    if (reading.status == PropertyListFile::Status::contents) records_ = recordsIn(reading.contents);
+    isRead_ = reading.status != PropertyListFile::Status::Unreadable;
+    if (reading.status == PropertyListFile::Status::Contents) records_ = recordsIn(reading.contents);
     return records_;
 }
 

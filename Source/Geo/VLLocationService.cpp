@@ -104,7 +104,7 @@ void VLLocationService::configureLocationUpdates(bool enabled) {
 }
 
 void VLLocationService::updateAfterConfiguration() {
-    const bool isInBackground = collaborators_.application->applicationState() == UIApplicationState::background;
+    const bool isInBackground = collaborators_.application->applicationState() == UIApplicationState::Background;
     const auto stored = settings();
     if (!isInBackground && stored) stored->setForceGeoConfigUpdate(true);
     configUpdateWithBeacons(!isInBackground || collaborators_.beacons->isConfigStale(), true, nullptr);

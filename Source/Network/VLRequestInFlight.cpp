@@ -39,8 +39,8 @@ void VLRequestInFlight::start(const std::shared_ptr<NSURLSessionDataTask>& dataT
     bool hasExpired = false;
     {
         const std::lock_guard lock(mutex_);
-        hasExpired = phase_ == Phase::expiredWhileBeginning;
-        phase_ = hasExpired ? Phase::ended : Phase::running;
+        hasExpired = phase_ == Phase::ExpiredWhileBeginning;
+        phase_ = hasExpired ? Phase::Ended : Phase::Running;
         backgroundTask_ = backgroundTask;
     }
     dataTask->resume();
@@ -95,7 +95,7 @@ void VLRequestInFlight::endBackgroundTask() {
     {
         const std::lock_guard lock(mutex_);
         // The background time expired first and has ended the task.
-        if (std::exchange(phase_, Phase::ended) == Phase::ended) return;
+        if (std::exchange(phase_, Phase::Ended) == Phase::Ended) return;
         backgroundTask = backgroundTask_;
     }
     if (const auto application = application_.lock()) application->endBackgroundTask(backgroundTask);
@@ -105,13 +105,13 @@ void VLRequestInFlight::backgroundTimeExpired() {
     UIBackgroundTaskIdentifier backgroundTask = UIBackgroundTaskInvalid;
     {
         const std::lock_guard lock(mutex_);
-        if (phase_ == Phase::beginning) {
+        if (phase_ == Phase::Beginning) {
             // start() does not know the identifier yet; it stops the request when it does.
-            phase_ = Phase::expiredWhileBeginning;
+            phase_ = Phase::ExpiredWhileBeginning;
             return;
         }
-        if (phase_ != Phase::running) return;
-        phase_ = Phase::ended;
+        if (phase_ != Phase::Running) return;
+        phase_ = Phase::Ended;
         backgroundTask = backgroundTask_;
     }
     forceStop(backgroundTask);

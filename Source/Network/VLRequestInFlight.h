@@ -33,7 +33,7 @@ public:
     void complete(const std::optional<Data>& data, const NSURLResponse* response, std::optional<NSError> error);
 
 private:
-    enum class Phase { beginning, expiredWhileBeginning, running, ended };
+    enum class Phase { Beginning, ExpiredWhileBeginning, Running, Ended };
 
     void logSuccess(const std::optional<std::string>& text, const NSHTTPURLResponse& response) const;
     void succeed(std::optional<std::string> text, const NSHTTPURLResponse& response);
@@ -55,7 +55,7 @@ private:
 
     std::mutex mutex_;
     // Guarded by mutex_.
-    Phase phase_ = Phase::beginning;
+    Phase phase_ = Phase::Beginning;
     UIBackgroundTaskIdentifier backgroundTask_ = UIBackgroundTaskInvalid;
 };
 

@@ -10,23 +10,23 @@ namespace {
 static_assert(sizeof(VORLANE_SERVICE_DOMAIN) > 1, "VORLANE_SERVICE_DOMAIN must not be empty");
 
 enum Role : std::size_t {
-    deviceRegistration,
-    mdn,
-    getTag,
-    setTag,
-    deleteTag,
-    geoRegions,
-    geoContent,
-    beaconContent,
-    interstitial,
-    content,
-    inbox,
-    config,
-    events,
-    sessionStart,
-    sessionEnd,
-    changeTrackingId,
-    roleCount
+    DeviceRegistration,
+    Mdn,
+    GetTag,
+    SetTag,
+    DeleteTag,
+    GeoRegions,
+    GeoContent,
+    BeaconContent,
+    Interstitial,
+    Content,
+    Inbox,
+    Config,
+    Events,
+    SessionStart,
+    SessionEnd,
+    ChangeTrackingId,
+    RoleCount
 };
 
 struct Endpoint {
@@ -35,7 +35,7 @@ struct Endpoint {
 };
 
 // In the order of Role. Sessions share one host.
-constexpr std::array<Endpoint, roleCount> kEndpoints = {{{"device-registration", "/v1/device"},
+constexpr std::array<Endpoint, RoleCount> kEndpoints = {{{"device-registration", "/v1/device"},
                                                          {"message-analytics", "/message/analytics"},
                                                          {"tag-read", ""},
                                                          {"tag-write", ""},
@@ -69,7 +69,7 @@ std::string originOf(const NSURL& url) {
 
 }  // namespace
 
-VLURLsProduction::VLURLsProduction() { static_assert(kRoles == roleCount); }
+VLURLsProduction::VLURLsProduction() { static_assert(kRoles == RoleCount); }
 
 VLURLsProduction::~VLURLsProduction() = default;
 
@@ -79,38 +79,38 @@ std::shared_ptr<VLURLsProduction> VLURLsProduction::URLsWithOrigin(const NSURL& 
     return urls;
 }
 
-NSURL VLURLsProduction::deviceRegistrationUrl() const { return url(deviceRegistration); }
-void VLURLsProduction::setDeviceRegistrationUrl(NSURL url) { setURL(deviceRegistration, std::move(url)); }
-NSURL VLURLsProduction::mdnUrl() const { return url(mdn); }
-void VLURLsProduction::setMdnUrl(NSURL url) { setURL(mdn, std::move(url)); }
-NSURL VLURLsProduction::getTagUrl() const { return url(getTag); }
-void VLURLsProduction::setGetTagUrl(NSURL url) { setURL(getTag, std::move(url)); }
-NSURL VLURLsProduction::setTagUrl() const { return url(setTag); }
-void VLURLsProduction::setSetTagUrl(NSURL url) { setURL(setTag, std::move(url)); }
-NSURL VLURLsProduction::deleteTagUrl() const { return url(deleteTag); }
-void VLURLsProduction::setDeleteTagUrl(NSURL url) { setURL(deleteTag, std::move(url)); }
-NSURL VLURLsProduction::geoRegionsUrl() const { return url(geoRegions); }
-void VLURLsProduction::setGeoRegionsUrl(NSURL url) { setURL(geoRegions, std::move(url)); }
-NSURL VLURLsProduction::geoContentUrl() const { return url(geoContent); }
-void VLURLsProduction::setGeoContentUrl(NSURL url) { setURL(geoContent, std::move(url)); }
-NSURL VLURLsProduction::beaconContentUrl() const { return url(beaconContent); }
-void VLURLsProduction::setBeaconContentUrl(NSURL url) { setURL(beaconContent, std::move(url)); }
-NSURL VLURLsProduction::interstitialUrl() const { return url(interstitial); }
-void VLURLsProduction::setInterstitialUrl(NSURL url) { setURL(interstitial, std::move(url)); }
-NSURL VLURLsProduction::contentUrl() const { return url(content); }
-void VLURLsProduction::setContentUrl(NSURL url) { setURL(content, std::move(url)); }
-NSURL VLURLsProduction::inboxUrl() const { return url(inbox); }
-void VLURLsProduction::setInboxUrl(NSURL url) { setURL(inbox, std::move(url)); }
-NSURL VLURLsProduction::configUrl() const { return url(config); }
-void VLURLsProduction::setConfigUrl(NSURL url) { setURL(config, std::move(url)); }
-NSURL VLURLsProduction::eventsUrl() const { return url(events); }
-void VLURLsProduction::setEventsUrl(NSURL url) { setURL(events, std::move(url)); }
-NSURL VLURLsProduction::sessionStartUrl() const { return url(sessionStart); }
-void VLURLsProduction::setSessionStartUrl(NSURL url) { setURL(sessionStart, std::move(url)); }
-NSURL VLURLsProduction::sessionEndUrl() const { return url(sessionEnd); }
-void VLURLsProduction::setSessionEndUrl(NSURL url) { setURL(sessionEnd, std::move(url)); }
-NSURL VLURLsProduction::changeTrackingIdUrl() const { return url(changeTrackingId); }
-void VLURLsProduction::setChangeTrackingIdUrl(NSURL url) { setURL(changeTrackingId, std::move(url)); }
+NSURL VLURLsProduction::deviceRegistrationUrl() const { return url(DeviceRegistration); }
+void VLURLsProduction::setDeviceRegistrationUrl(NSURL url) { setURL(DeviceRegistration, std::move(url)); }
+NSURL VLURLsProduction::mdnUrl() const { return url(Mdn); }
+void VLURLsProduction::setMdnUrl(NSURL url) { setURL(Mdn, std::move(url)); }
+NSURL VLURLsProduction::getTagUrl() const { return url(GetTag); }
+void VLURLsProduction::setGetTagUrl(NSURL url) { setURL(GetTag, std::move(url)); }
+NSURL VLURLsProduction::setTagUrl() const { return url(SetTag); }
+void VLURLsProduction::setSetTagUrl(NSURL url) { setURL(SetTag, std::move(url)); }
+NSURL VLURLsProduction::deleteTagUrl() const { return url(DeleteTag); }
+void VLURLsProduction::setDeleteTagUrl(NSURL url) { setURL(DeleteTag, std::move(url)); }
+NSURL VLURLsProduction::geoRegionsUrl() const { return url(GeoRegions); }
+void VLURLsProduction::setGeoRegionsUrl(NSURL url) { setURL(GeoRegions, std::move(url)); }
+NSURL VLURLsProduction::geoContentUrl() const { return url(GeoContent); }
+void VLURLsProduction::setGeoContentUrl(NSURL url) { setURL(GeoContent, std::move(url)); }
+NSURL VLURLsProduction::beaconContentUrl() const { return url(BeaconContent); }
+void VLURLsProduction::setBeaconContentUrl(NSURL url) { setURL(BeaconContent, std::move(url)); }
+NSURL VLURLsProduction::interstitialUrl() const { return url(Interstitial); }
+void VLURLsProduction::setInterstitialUrl(NSURL url) { setURL(Interstitial, std::move(url)); }
+NSURL VLURLsProduction::contentUrl() const { return url(Content); }
+void VLURLsProduction::setContentUrl(NSURL url) { setURL(Content, std::move(url)); }
+NSURL VLURLsProduction::inboxUrl() const { return url(Inbox); }
+void VLURLsProduction::setInboxUrl(NSURL url) { setURL(Inbox, std::move(url)); }
+NSURL VLURLsProduction::configUrl() const { return url(Config); }
+void VLURLsProduction::setConfigUrl(NSURL url) { setURL(Config, std::move(url)); }
+NSURL VLURLsProduction::eventsUrl() const { return url(Events); }
+void VLURLsProduction::setEventsUrl(NSURL url) { setURL(Events, std::move(url)); }
+NSURL VLURLsProduction::sessionStartUrl() const { return url(SessionStart); }
+void VLURLsProduction::setSessionStartUrl(NSURL url) { setURL(SessionStart, std::move(url)); }
+NSURL VLURLsProduction::sessionEndUrl() const { return url(SessionEnd); }
+void VLURLsProduction::setSessionEndUrl(NSURL url) { setURL(SessionEnd, std::move(url)); }
+NSURL VLURLsProduction::changeTrackingIdUrl() const { return url(ChangeTrackingId); }
+void VLURLsProduction::setChangeTrackingIdUrl(NSURL url) { setURL(ChangeTrackingId, std::move(url)); }
 
 NSURL VLURLsProduction::url(std::size_t role) const {
     const std::lock_guard lock(mutex_);

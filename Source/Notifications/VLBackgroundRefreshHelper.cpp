@@ -14,9 +14,9 @@ std::int64_t VLBackgroundRefreshHelper::getUIKitBackgroundRefreshSetting() const
     const auto application = application_.lock();
     if (!application) return kUnknown;
     switch (const auto status = application->backgroundRefreshStatus()) {
-        case UIBackgroundRefreshStatus::restricted:
-        case UIBackgroundRefreshStatus::denied:
-        case UIBackgroundRefreshStatus::available:
+        case UIBackgroundRefreshStatus::Restricted:
+        case UIBackgroundRefreshStatus::Denied:
+        case UIBackgroundRefreshStatus::Available:
             return static_cast<std::int64_t>(status);
     }
     return kUnknown;

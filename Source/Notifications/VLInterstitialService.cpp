@@ -219,8 +219,8 @@ bool VLInterstitialService::presentInterstitialViewController(const std::shared_
     const auto window = collaborators_.application->keyWindow();
     const auto top = vl_topViewController(window ? window->rootViewController() : nullptr);
     if (!top) return false;
-    viewController->setModalTransitionStyle(UIModalTransitionStyle::crossDissolve);
-    viewController->setModalPresentationStyle(UIModalPresentationStyle::overCurrentContext);
+    viewController->setModalTransitionStyle(UIModalTransitionStyle::CrossDissolve);
+    viewController->setModalPresentationStyle(UIModalPresentationStyle::OverCurrentContext);
     top->presentViewController(viewController, animated, nullptr);
     // A controller that the host has placed elsewhere is not presented; one that never left the screen still is.
     if (top->presentedViewController() != viewController && !viewController->presentingViewController()) return false;

@@ -126,7 +126,7 @@ std::optional<UILocalNotification> VLLocalNotificationService::scheduleLocalNoti
     if (!allowed || !allowed->willNotificationsBeVisible()) return std::nullopt;
     const auto notification = notificationWith(text, badge, campaign, date, metadata, action);
     const double due = timeToFire(notification);
-    if (due < kSoon || collaborators_.application->applicationState() == UIApplicationState::background) {
+    if (due < kSoon || collaborators_.application->applicationState() == UIApplicationState::Background) {
         logMessage(VLLogLevel::Debug, fmt::format("Local notification: due in {:.0f} seconds, get the phash now", due));
         createPhashNow(notification);
     } else {
@@ -302,7 +302,7 @@ void VLLocalNotificationService::didAcceptLocalNotification(const std::shared_pt
     logMessage(VLLogLevel::Debug,
                fmt::format("Local notification: user opened notification {}", notification.description()));
     Vorlane::sharedInstance().setNotificationOpen(true);
-    if (collaborators_.application->applicationState() != UIApplicationState::inactive || !notification.userInfo)
+    if (collaborators_.application->applicationState() != UIApplicationState::Inactive || !notification.userInfo)
         return;
     const auto phash = stringForKey(*notification.userInfo, VL_NOTIFICATION_KEY_PHASH);
     if (phash) collaborators_.settings->setPhash(phash);

@@ -81,12 +81,12 @@ bool isProvisionalWanted(const Dictionary& config) {
 /// The placement of the soft opt-in for an authorisation status; null for none.
 const char* notificationPlacement(std::int64_t status) {
     switch (status) {
-        case VLAuthorisation::prompted:
-        case VLAuthorisation::denied:
+        case VLAuthorisation::Prompted:
+        case VLAuthorisation::Denied:
             return kNotificationSettings;
-        case VLAuthorisation::notDetermined:
+        case VLAuthorisation::NotDetermined:
             return kNotificationPrompt;
-        case VLAuthorisation::provisional:
+        case VLAuthorisation::Provisional:
             return kNotificationProvisionalUpgrade;
         default:
             return nullptr;
@@ -250,16 +250,16 @@ void VLPermissionService::requestNotificationAuthorisationWithProvisionalAuth(bo
 void VLPermissionService::notificationAuthorisationAnswered(std::int64_t status, const std::optional<NSError>& error,
                                                             bool isProvisional) {
     switch (status) {
-        case VLAuthorisation::denied:
-        case VLAuthorisation::authorised:
-        case VLAuthorisation::provisional:
+        case VLAuthorisation::Denied:
+        case VLAuthorisation::Authorised:
+        case VLAuthorisation::Provisional:
             logMessage(VLLogLevel::Debug,
                        fmt::format("Register device triggered by "
                                    "VLPermissionService.requestNotificationAuthorisationWithProvisionalAuth({:d})",
                                    isProvisional));
             return remoteNotificationService_->registerDeviceTokenIfNotificationSettingsChangedWithCompletionHandler(
                 nullptr);
-        case VLAuthorisation::notDetermined:
+        case VLAuthorisation::NotDetermined:
             if (error) {
                 return logMessage(
                     VLLogLevel::Error,
@@ -268,7 +268,7 @@ void VLPermissionService::notificationAuthorisationAnswered(std::int64_t status,
             return logMessage(VLLogLevel::Warn,
                               "Notification authorisation request returned a Not Determined status, but no error "
                               "occurred.");
-        case VLAuthorisation::prompted:
+        case VLAuthorisation::Prompted:
             logMessage(VLLogLevel::Info, "User has seen the notification authorisation system prompt");
             // Differs from any settings read later, and shows that the user was asked.
             return settings_->setNotificationSettings(

@@ -33,8 +33,8 @@ bool hasAlert(const Dictionary& userInfo) {
 }
 
 UIBackgroundFetchResult fetchResult(bool didRegister, const std::optional<NSError>& error) {
-    if (error) return UIBackgroundFetchResult::failed;
-    return didRegister ? UIBackgroundFetchResult::newData : UIBackgroundFetchResult::noData;
+    if (error) return UIBackgroundFetchResult::Failed;
+    return didRegister ? UIBackgroundFetchResult::NewData : UIBackgroundFetchResult::NoData;
 }
 
 }  // namespace
@@ -190,7 +190,7 @@ void VLRemoteNotificationService::didReceiveRemoteNotification(const std::shared
 void VLRemoteNotificationService::takePhash(const std::string& phash, const Dictionary& userInfo) {
     logMessage(VLLogLevel::Info, fmt::format("Vorlane notification received with phash: {}", phash), userInfo);
     const auto application = collaborators_.application.lock();
-    if (application && application->applicationState() == UIApplicationState::inactive) {
+    if (application && application->applicationState() == UIApplicationState::Inactive) {
         logMessage(VLLogLevel::Info, fmt::format("Storing phash {}", phash));
         collaborators_.settings->setPhash(phash);
     } else {

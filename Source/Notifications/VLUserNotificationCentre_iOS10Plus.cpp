@@ -46,19 +46,19 @@ std::int64_t VLUserNotificationCentre_iOS10Plus::statusOfAnswer(std::uint64_t op
                                                                 const std::optional<NSError>& error) const {
     if (isGranted && isProvisionalAuthorisationSupported() && (options & VLAuthorisation::kProvisionalOption) != 0) {
         logMessage(VLLogLevel::Info, "Provisional notification authorisation granted.");
-        return VLAuthorisation::provisional;
+        return VLAuthorisation::Provisional;
     }
     if (isGranted) {
         logMessage(VLLogLevel::Info, "Prominent notification authorisation granted.");
-        return VLAuthorisation::authorised;
+        return VLAuthorisation::Authorised;
     }
     if (error) {
         logMessage(VLLogLevel::Error,
                    fmt::format("Notification authorisation request failed with error: {}", error->description()));
-        return VLAuthorisation::notDetermined;
+        return VLAuthorisation::NotDetermined;
     }
     logMessage(VLLogLevel::Info, "Notification authorisation request DENIED by user");
-    return VLAuthorisation::denied;
+    return VLAuthorisation::Denied;
 }
 
 /// Adds the library's category to those of the application.

@@ -43,7 +43,7 @@ void VLUserNotificationCentre_iOS8To9::requestNotificationAuthorisation(std::uin
     if (application) wanted.categories = application->currentUserNotificationSettings().categories;
     if (std::ranges::find(wanted.categories, basic) == wanted.categories.end()) wanted.categories.push_back(basic);
     wanted.types = VLAuthOptionsToUIUserNotificationType(options);
-    if (completionHandler) completionHandler(VLAuthorisation::prompted, std::nullopt);
+    if (completionHandler) completionHandler(VLAuthorisation::Prompted, std::nullopt);
     if (application) application->registerUserNotificationSettings(wanted);
 }
 
@@ -59,13 +59,13 @@ VLUserNotificationSettings VLUserNotificationCentre_iOS8To9::currentSettings() c
     const auto setting = [types](std::uint64_t type) { return (types & type) != 0 ? kEnabled : kDisabled; };
     VLUserNotificationSettings settings;
     if (types != 0) {
-        settings.authorisationStatus = VLAuthorisation::authorised;
+        settings.authorisationStatus = VLAuthorisation::Authorised;
         settings.sound = setting(UIUserNotificationTypeSound);
         settings.badge = setting(UIUserNotificationTypeBadge);
         settings.alertSetting = setting(UIUserNotificationTypeAlert);
     } else {
         const bool isDenied = hasUserDecided();
-        settings.authorisationStatus = isDenied ? VLAuthorisation::denied : VLAuthorisation::notDetermined;
+        settings.authorisationStatus = isDenied ? VLAuthorisation::Denied : VLAuthorisation::NotDetermined;
         settings.sound = settings.badge = settings.alertSetting = isDenied ? kDisabled : kUnknown;
     }
     settings.silentPush = backgroundRefreshHelper_->getUIKitBackgroundRefreshSetting();
@@ -78,8 +78,8 @@ bool VLUserNotificationCentre_iOS8To9::hasUserDecided() const {
     const auto stored = settings_->notificationSettings();
     if (!stored) return false;
     const auto status = stored->authorisationStatus;
-    return status >= VLAuthorisation::prompted && status <= VLAuthorisation::provisional &&
-           status != VLAuthorisation::notDetermined;
+    return status >= VLAuthorisation::Prompted && status <= VLAuthorisation::Provisional &&
+           status != VLAuthorisation::NotDetermined;
 }
 
 std::uint64_t VLUserNotificationCentre_iOS8To9::VLAuthOptionsToUIUserNotificationType(std::uint64_t options) {

@@ -8,7 +8,7 @@
 namespace vorlane {
 
 /// The types of line in the system's log.
-enum class OSLogType : std::uint8_t { defaultType = 0, info = 1, debug = 2, error = 16 };
+enum class OSLogType : std::uint8_t { DefaultType = 0, Info = 1, Debug = 2, Error = 16 };
 
 /// A handle on the system's log for one subsystem and category. Failures are silent.
 class VORLANE_EXPORT OSLog {

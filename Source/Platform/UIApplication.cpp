@@ -17,18 +17,18 @@ UIApplication::UIApplication(std::shared_ptr<NSNotificationCenter> notificationC
 
 UIApplication::~UIApplication() = default;
 
-void UIApplication::didBecomeActive() { change(UIApplicationState::active, UIApplicationDidBecomeActiveNotification); }
+void UIApplication::didBecomeActive() { change(UIApplicationState::Active, UIApplicationDidBecomeActiveNotification); }
 
 void UIApplication::willResignActive() {
-    change(UIApplicationState::inactive, UIApplicationWillResignActiveNotification);
+    change(UIApplicationState::Inactive, UIApplicationWillResignActiveNotification);
 }
 
 void UIApplication::didEnterBackground() {
-    change(UIApplicationState::background, UIApplicationDidEnterBackgroundNotification);
+    change(UIApplicationState::Background, UIApplicationDidEnterBackgroundNotification);
 }
 
 void UIApplication::willEnterForeground() {
-    change(UIApplicationState::inactive, UIApplicationWillEnterForegroundNotification);
+    change(UIApplicationState::Inactive, UIApplicationWillEnterForegroundNotification);
 }
 
 void UIApplication::willTerminate() { change(applicationState(), UIApplicationWillTerminateNotification); }

@@ -22,7 +22,7 @@ class NSURL;
 class ScheduledLocalNotifications;
 class UIWindow;
 
-enum class UIApplicationState : std::int64_t { active = 0, inactive = 1, background = 2 };
+enum class UIApplicationState : std::int64_t { Active = 0, Inactive = 1, Background = 2 };
 
 inline constexpr const char* UIApplicationDidBecomeActiveNotification = "UIApplicationDidBecomeActiveNotification";
 inline constexpr const char* UIApplicationWillResignActiveNotification = "UIApplicationWillResignActiveNotification";
@@ -44,10 +44,10 @@ inline constexpr const char* UIApplicationLaunchOptionsLocalNotificationKey =
 inline constexpr const char* UIApplicationOpenSettingsURLString = "app-settings:";
 
 /// The result of a background fetch.
-enum class UIBackgroundFetchResult : std::uint64_t { newData = 0, noData = 1, failed = 2 };
+enum class UIBackgroundFetchResult : std::uint64_t { NewData = 0, NoData = 1, Failed = 2 };
 
 /// Whether the platform may wake the application in the background.
-enum class UIBackgroundRefreshStatus : std::int64_t { restricted = 0, denied = 1, available = 2 };
+enum class UIBackgroundRefreshStatus : std::int64_t { Restricted = 0, Denied = 1, Available = 2 };
 
 using UIBackgroundTaskIdentifier = std::uint64_t;
 inline constexpr UIBackgroundTaskIdentifier UIBackgroundTaskInvalid = 0;
@@ -113,7 +113,7 @@ public:
     virtual void setMinimumBackgroundFetchInterval(TimeInterval seconds) = 0;
 
     /// Main queue.
-    virtual UIBackgroundRefreshStatus backgroundRefreshStatus() const { return UIBackgroundRefreshStatus::restricted; }
+    virtual UIBackgroundRefreshStatus backgroundRefreshStatus() const { return UIBackgroundRefreshStatus::Restricted; }
 
     /// What the user allows, on platforms below 10; empty on later platforms. Main queue.
     virtual UIUserNotificationSettings currentUserNotificationSettings() const { return {}; }
@@ -167,7 +167,7 @@ private:
     // Fixed at construction.
     const std::shared_ptr<NSNotificationCenter> notificationCenter_;
     const std::unique_ptr<BackgroundTasks> backgroundTasks_;
-    std::atomic<UIApplicationState> applicationState_ = UIApplicationState::inactive;
+    std::atomic<UIApplicationState> applicationState_ = UIApplicationState::Inactive;
 
     // Main queue only.
     const std::unique_ptr<ScheduledLocalNotifications> scheduled_;

@@ -9,15 +9,15 @@
 
 namespace vorlane {
 
-enum class UIModalTransitionStyle : std::int64_t { coverVertical = 0, flipHorizontal = 1, crossDissolve = 2 };
+enum class UIModalTransitionStyle : std::int64_t { CoverVertical = 0, FlipHorizontal = 1, CrossDissolve = 2 };
 enum class UIModalPresentationStyle : std::int64_t {
-    fullScreen = 0,
-    pageSheet = 1,
-    formSheet = 2,
-    currentContext = 3,
-    custom = 4,
-    overFullScreen = 5,
-    overCurrentContext = 6
+    FullScreen = 0,
+    PageSheet = 1,
+    FormSheet = 2,
+    CurrentContext = 3,
+    Custom = 4,
+    OverFullScreen = 5,
+    OverCurrentContext = 6
 };
 
 /// One screen of the application. This class records which view controller presents which. An application derives its
@@ -65,8 +65,8 @@ private:
     bool canPresent(const UIViewController& controller) const;
     void dismissPresented(bool animated);
 
-    UIModalTransitionStyle modalTransitionStyle_ = UIModalTransitionStyle::coverVertical;
-    UIModalPresentationStyle modalPresentationStyle_ = UIModalPresentationStyle::fullScreen;
+    UIModalTransitionStyle modalTransitionStyle_ = UIModalTransitionStyle::CoverVertical;
+    UIModalPresentationStyle modalPresentationStyle_ = UIModalPresentationStyle::FullScreen;
     std::weak_ptr<UIViewController> parent_;
     std::weak_ptr<UIViewController> presenting_;
     std::shared_ptr<UIViewController> presented_;

@@ -111,7 +111,7 @@ public:
     /// Receives whether the operation was done, and the error if it failed. `false` without an error means that there
     /// was nothing to do.
     using OutcomeHandler = std::function<void(bool success, std::optional<NSError> error)>;
-    /// Receives `newData`, `noData` or `failed`.
+    /// Receives `NewData`, `NoData` or `Failed`.
     using FetchHandler = std::function<void(UIBackgroundFetchResult result)>;
     /// Receives what the user allows.
     using NotificationSettingsHandler = std::function<void(const VLUserNotificationSettings& settings)>;
@@ -232,8 +232,8 @@ public:
     static void didRegisterUserNotificationSettings(const std::shared_ptr<UIApplication>& application,
                                                     const UIUserNotificationSettings& settings);
     /// `application:performFetchWithCompletionHandler:` registers the push token again if the user's notification
-    /// settings have changed. The handler receives `newData` if it was registered, `noData` if nothing has changed, or
-    /// `failed`. Throws an `NSException` named "Background fetch completion handler is nil" for an empty handler.
+    /// settings have changed. The handler receives `NewData` if it was registered, `NoData` if nothing has changed, or
+    /// `Failed`. Throws an `NSException` named "Background fetch completion handler is nil" for an empty handler.
     static void performFetchWithCompletionHandler(const std::shared_ptr<UIApplication>& application,
                                                   FetchHandler completionHandler);
     /// `getNotificationSettingsWithCompletionHandler:` reads what the user allows now. Any thread.

@@ -66,7 +66,7 @@ void VLConfigService::loadConfigWithCompletion(LoadHandler completionHandler) {
             std::optional<Dictionary> config, std::int64_t /*statusCode*/, const std::optional<NSError>& error) {
             const auto self = weakSelf.lock();
             if (!self) {
-                if (handler) handler(LoadStatus::unavailable);
+                if (handler) handler(LoadStatus::Unavailable);
             } else if (config && !error && !isTooLarge(*config)) {
                 self->configFetched(std::move(*config), handler);
             } else {
@@ -80,20 +80,20 @@ void VLConfigService::configFetched(Dictionary config, const LoadHandler& comple
     setConfigDictonary(std::make_shared<const Dictionary>(std::move(document.root.get_ref<Dictionary&>())));
     PropertyListFile(getFilePath()).writeBytes(document.bytes);
     logMessage(VLLogLevel::Info, "Successfully loaded config from remote server");
-    if (completionHandler) completionHandler(LoadStatus::fetched);
+    if (completionHandler) completionHandler(LoadStatus::Fetched);
 }
 
 void VLConfigService::loadCachedConfig(const LoadHandler& completionHandler) {
     auto cached = PropertyListFile(getFilePath()).read();
-    if (cached.status != PropertyListFile::Status::contents) {
+    if (cached.status != PropertyListFile::Status::Contents) {
         setConfigDictonary(nullptr);
-        if (completionHandler) completionHandler(LoadStatus::unavailable);
+        if (completionHandler) completionHandler(LoadStatus::Unavailable);
         logMessage(VLLogLevel::Error, "Failed to fetch config from remote server and no config is cached locally.");
         return;
     }
     const auto inForce = std::make_shared<const Dictionary>(std::move(cached.contents.get_ref<Dictionary&>()));
     setConfigDictonary(inForce);
-    if (completionHandler) completionHandler(LoadStatus::cached);
+    if (completionHandler) completionHandler(LoadStatus::Cached);
     logMessage(VLLogLevel::Info, "Couldn't fetch config from remote server, config loaded from local cache instead.");
     logMessage(VLLogLevel::Debug, "Cached config payload:", Value(*inForce));
 }

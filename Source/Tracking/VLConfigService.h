@@ -22,7 +22,7 @@ class VLURLSession;
 class VLConfigService : public std::enable_shared_from_this<VLConfigService> {
 public:
     /// The source of the current configuration.
-    enum class LoadStatus : std::int64_t { fetched = 0, cached = 1, unavailable = 2 };
+    enum class LoadStatus : std::int64_t { Fetched = 0, Cached = 1, Unavailable = 2 };
     using LoadHandler = std::function<void(LoadStatus status)>;
 
     /// `initWithSettings:urlBuilder:urlSession:`

@@ -20,7 +20,7 @@ namespace vorlane {
 
 namespace {
 
-enum class TagError : std::int64_t { blankName = 0, unknownTrackingId = 1, noSuchTag = 2 };
+enum class TagError : std::int64_t { BlankName = 0, UnknownTrackingId = 1, NoSuchTag = 2 };
 
 NSError tagError(TagError code, const std::string& description) {
     return VLError::errorWithDomain(VLErrorDomainTag, static_cast<std::int64_t>(code), description);
@@ -39,14 +39,14 @@ void completeWithAnswer(const Dictionary& answer, const std::string& name, const
     if (valueForKey(answer, "error")) {
         logMessage(VLLogLevel::Error, fmt::format("Tags: tracking id {} not found", trackingId));
         const auto text = fmt::format("Could not get tag because the tracking id {} was not found", trackingId);
-        return completeOnMainQueue(handler, std::nullopt, tagError(TagError::unknownTrackingId, text));
+        return completeOnMainQueue(handler, std::nullopt, tagError(TagError::UnknownTrackingId, text));
     }
     const auto* value = valueForKey(answer, "value");
     if (!value) return completeOnMainQueue(handler, std::nullopt, std::nullopt);
     if (value->is_null()) {
         logMessage(VLLogLevel::Error, fmt::format("Tags: tag with name \"{}\" does not exist", name));
         const auto text = fmt::format("Tag with name {} does not exist", name);
-        return completeOnMainQueue(handler, std::nullopt, tagError(TagError::noSuchTag, text));
+        return completeOnMainQueue(handler, std::nullopt, tagError(TagError::NoSuchTag, text));
     }
     completeOnMainQueue(handler, textOf(*value), std::nullopt);
 }
@@ -70,7 +70,7 @@ void VLTagsService::getTag(const std::optional<std::string>& name, TagHandler co
     if (isBlank(name)) {
         logMessage(VLLogLevel::Error, "Tags: cannot get tag with nil or blank name");
         return completeOnMainQueue(completionHandler, std::nullopt,
-                                   tagError(TagError::blankName, "Cannot get tag with nil or blank name"));
+                                   tagError(TagError::BlankName, "Cannot get tag with nil or blank name"));
     }
     const auto trackingId = settings_->trackingId();
     urlSession_->GETJSON(
@@ -88,7 +88,7 @@ void VLTagsService::setTag(const std::optional<std::string>& name, const std::op
     if (isBlank(name)) {
         logMessage(VLLogLevel::Error, "Tags: cannot set tag with nil or blank name");
         return completeOnMainQueue(completionHandler,
-                                   tagError(TagError::blankName, "Cannot set tag with nil or blank name"));
+                                   tagError(TagError::BlankName, "Cannot set tag with nil or blank name"));
     }
     const auto typeText = tagTypeToString(type);
     logMessage(VLLogLevel::Debug, fmt::format("Tags: set tag with Name: \"{}\", Value: \"{}\", Type: \"{}\"", *name,

@@ -72,9 +72,9 @@ TEST_F(VLBeaconMessageTest, ActiveApplicationAllowsInterstitials) {
         filter({beacon(minor)});
         return session().lastRequest().payload()["contentType"].get<std::string>();
     };
-    EXPECT_EQ(typeIn(UIApplicationState::active, 1), "interstitial, local");
-    EXPECT_EQ(typeIn(UIApplicationState::inactive, 2), "local");
-    EXPECT_EQ(typeIn(UIApplicationState::background, 3), "local");
+    EXPECT_EQ(typeIn(UIApplicationState::Active, 1), "interstitial, local");
+    EXPECT_EQ(typeIn(UIApplicationState::Inactive, 2), "local");
+    EXPECT_EQ(typeIn(UIApplicationState::Background, 3), "local");
 }
 
 TEST_F(VLBeaconMessageTest, MessageIsShownAndCounted) {

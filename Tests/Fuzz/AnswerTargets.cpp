@@ -35,7 +35,7 @@ void stand(FuzzPhone& device) {
 void cross(FuzzPhone& device) {
     stand(device);
     auto& manager = device.phone().simulatedLocationManager();
-    for (const auto event : {RegionEvent::enter, RegionEvent::exit}) {
+    for (const auto event : {RegionEvent::Enter, RegionEvent::Exit}) {
         for (const auto& region : manager.monitoredRegions()) manager.deliverRegionEvent(event, region);
         device.phone().settle();
     }
@@ -43,7 +43,7 @@ void cross(FuzzPhone& device) {
 
 void hearBeacon(FuzzPhone& device) {
     auto& manager = device.phone().simulatedLocationManager();
-    for (const auto& region : manager.monitoredRegions()) manager.deliverRegionEvent(RegionEvent::enter, region);
+    for (const auto& region : manager.monitoredRegions()) manager.deliverRegionEvent(RegionEvent::Enter, region);
     device.phone().settle();
     for (const auto& region : manager.rangedRegions()) {
         manager.deliverRanging({{kBeacon, 1, 2, CLProximity::Near, 1.5}}, region);
@@ -72,7 +72,7 @@ void presentInterstitial(FuzzPhone& device) {
     int calls = 0;
     Vorlane::presentInterstitialWithPlacement(
         VLInterstitialPlacement::Feedback,
-        std::make_shared<SimulatedInterstitialViewController>(SimulatedInterstitialViewController::Metadata::taken),
+        std::make_shared<SimulatedInterstitialViewController>(SimulatedInterstitialViewController::Metadata::Taken),
         true, [&calls](bool, const auto&) { ++calls; });
     device.phone().settle();
     require(calls == 1, "a handler runs exactly once");

@@ -136,14 +136,14 @@ TEST_F(VLLocationServiceTest, EnabledGeoForcesAFetchInTheForeground) {
 }
 
 TEST_F(VLLocationServiceTest, BackgroundForcesNoFetch) {
-    application().setApplicationState(UIApplicationState::background);
+    application().setApplicationState(UIApplicationState::Background);
     start(kGeo);
     EXPECT_FALSE(settings->forceGeoConfigUpdate());
     EXPECT_EQ(significantChanges, std::vector<bool>{true});
 }
 
 TEST_F(VLLocationServiceTest, InactiveForcesAFetch) {
-    application().setApplicationState(UIApplicationState::inactive);
+    application().setApplicationState(UIApplicationState::Inactive);
     start(kGeo);
     EXPECT_TRUE(settings->forceGeoConfigUpdate());
 }
@@ -325,14 +325,14 @@ TEST_F(VLLocationServiceTest, PassesTheFlagOfTheBeaconServiceOn) {
 }
 
 TEST_F(VLLocationServiceTest, BackgroundUpdatesStaleBeaconsOnly) {
-    application().setApplicationState(UIApplicationState::background);
+    application().setApplicationState(UIApplicationState::Background);
     start(kBeacons);  // never updated, so stale
     EXPECT_EQ(manager().monitoredRegions().size(), 1U);
     manager().stopMonitoringForRegion(manager().monitoredRegions()[0]);
     service->configureLocationUpdates(true);
     phone().settle();
     EXPECT_TRUE(manager().monitoredRegions().empty());
-    application().setApplicationState(UIApplicationState::active);
+    application().setApplicationState(UIApplicationState::Active);
     service->configureLocationUpdates(true);
     phone().settle();
     EXPECT_EQ(manager().monitoredRegions().size(), 1U);
@@ -360,7 +360,7 @@ TEST_F(VLLocationServiceTest, OnlyGrantedAuthorisationConfiguresTracking) {
 
 TEST_F(VLLocationServiceTest, LogsStates) {
     for (const auto& region : {circle, std::static_pointer_cast<CLRegion>(shop)}) {
-        for (const auto event : {RegionEvent::inside, RegionEvent::outside, RegionEvent::unknown})
+        for (const auto event : {RegionEvent::Inside, RegionEvent::Outside, RegionEvent::Unknown})
             happens(event, region);
         EXPECT_EQ(debugLines("## Inside of Region - " + region->identifier()), 1);
         EXPECT_EQ(debugLines("## Outside of Region - " + region->identifier()), 1);
@@ -372,7 +372,7 @@ TEST_F(VLLocationServiceTest, LogsStates) {
 
 TEST_F(VLLocationServiceTest, LogsStartAndFailureOfMonitoring) {
     manager().startMonitoringForRegion(circle);
-    happens(RegionEvent::failed, circle);
+    happens(RegionEvent::Failed, circle);
     EXPECT_EQ(log().count("Started monitoring region: circle", VLLogLevel::Info), 1);
     EXPECT_EQ(log().count("Error occurred: Error Domain=kCLErrorDomain Code=5 \"The region cannot be monitored\"\n"
                           "when monitoring region: " +
@@ -382,11 +382,11 @@ TEST_F(VLLocationServiceTest, LogsStartAndFailureOfMonitoring) {
 }
 
 TEST_F(VLLocationServiceTest, EnteringAGeofenceOpensABackgroundTask) {
-    happens(RegionEvent::enter, circle);
+    happens(RegionEvent::Enter, circle);
     EXPECT_EQ(debugLines("************** INSIDE GEOFENCE - ENTERED REGION circle *****************"), 1);
     EXPECT_TRUE(log().linesContaining("DidEnterRegion called for region").empty());
     EXPECT_EQ(application().backgroundTasks().size(), 1U);
-    happens(RegionEvent::exit, circle);
+    happens(RegionEvent::Exit, circle);
     EXPECT_EQ(debugLines("************** OUTSIDE GEOFENCE - EXITED REGION  circle *****************"), 1);
     EXPECT_EQ(application().backgroundTasks().size(), 1U);  // ended by its expiry only
     application().expireBackgroundTasks();
@@ -394,12 +394,12 @@ TEST_F(VLLocationServiceTest, EnteringAGeofenceOpensABackgroundTask) {
 }
 
 TEST_F(VLLocationServiceTest, ExpiryEndsTheTaskOfEachEnter) {
-    happens(RegionEvent::enter, circle);
-    happens(RegionEvent::enter, circle);
+    happens(RegionEvent::Enter, circle);
+    happens(RegionEvent::Enter, circle);
     EXPECT_EQ(application().backgroundTasks().size(), 2U);
     application().expireBackgroundTasks();
     EXPECT_TRUE(application().backgroundTasks().empty());
-    happens(RegionEvent::enter, circle);
+    happens(RegionEvent::Enter, circle);
     service.reset();
     components.reset();
     application().expireBackgroundTasks();
@@ -407,12 +407,12 @@ TEST_F(VLLocationServiceTest, ExpiryEndsTheTaskOfEachEnter) {
 }
 
 TEST_F(VLLocationServiceTest, BeaconRegionEventsReachTheBeaconService) {
-    happens(RegionEvent::enter, shop);
+    happens(RegionEvent::Enter, shop);
     EXPECT_EQ(debugLines("************** INSIDE BEACON DELEGATE- ENTERED REGION shop *****************"), 1);
     EXPECT_EQ(log().linesContaining("DidEnterRegion called for region:").size(), 1U);
     EXPECT_EQ(application().backgroundTasks().size(), 1U);
     EXPECT_EQ(manager().rangedRegions().size(), 1U);
-    happens(RegionEvent::exit, shop);
+    happens(RegionEvent::Exit, shop);
     EXPECT_EQ(debugLines("************** OUTSIDE BEACON DELEGATE - EXITED REGION shop *****************"), 1);
     EXPECT_EQ(log().linesContaining("DidExitRegion called for region:").size(), 1U);
     EXPECT_TRUE(manager().rangedRegions().empty());

@@ -63,7 +63,7 @@ TEST_F(VorlaneGeoTest, ReturnsThePlatformsAuthorisationStatus) {
 TEST_F(VorlaneGeoTest, EnteringAGeofenceShowsItsMessage) {
     launch();
     stand(59.9, 10.7);
-    happens(RegionEvent::enter);
+    happens(RegionEvent::Enter);
     ASSERT_EQ(shown(), 1U);
     const auto& notification = phone().simulatedApplication().deliveredByHandle().begin()->second;
     EXPECT_EQ(notification.alertBody, "Welcome");
@@ -74,12 +74,12 @@ TEST_F(VorlaneGeoTest, FlappingRegionShowsItsMessageOnce) {
     launch();
     stand(59.9, 10.7);
     for (int i = 0; i < 10; ++i) {
-        happens(RegionEvent::enter);
+        happens(RegionEvent::Enter);
         phone().advance(6);
     }
     EXPECT_EQ(shown(), 1U);
     phone().advance(1);
-    happens(RegionEvent::enter);
+    happens(RegionEvent::Enter);
     EXPECT_EQ(shown(), 2U);
 }
 
@@ -174,8 +174,8 @@ TEST_F(VorlaneGeoTest, TerminationClearsAForcedFetch) {
         return stored.value_or(Dictionary())["VLForceGeoConfigUpdate"];
     };
     auto& application = phone().simulatedApplication();
-    for (const auto state : {UIApplicationState::active, UIApplicationState::background}) {
-        application.setApplicationState(UIApplicationState::inactive);
+    for (const auto state : {UIApplicationState::Active, UIApplicationState::Background}) {
+        application.setApplicationState(UIApplicationState::Inactive);
         launch();
         ASSERT_EQ(forced(), Value(true));
         application.setApplicationState(state);

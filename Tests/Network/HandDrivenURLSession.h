@@ -48,7 +48,7 @@ private:
             const auto complete = std::exchange(*handler, nullptr);
             if (complete)
                 complete(std::nullopt, nullptr,
-                         NSError(NSURLErrorDomain, static_cast<std::int64_t>(NSURLError::cancelled)));
+                         NSError(NSURLErrorDomain, static_cast<std::int64_t>(NSURLError::Cancelled)));
         }
 
         std::vector<std::string>& events;

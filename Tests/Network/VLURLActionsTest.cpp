@@ -15,7 +15,7 @@ using testing::IsEmpty;
 class VLURLActionsTest : public PermissionsTest {
 protected:
     VLURLActionsTest() {
-        phone().simulatedUser().setAnswer("notifications", SimulatedUser::Answer::later);
+        phone().simulatedUser().setAnswer("notifications", SimulatedUser::Answer::Later);
         locationManager->setRequestObserver(
             [this](const std::string& kind) { onMainQueue([this, kind] { note(kind); }); });
         application().setEventObserver([this](const std::string& event, const Dictionary& fields) {

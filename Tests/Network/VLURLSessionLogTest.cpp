@@ -105,7 +105,7 @@ TEST_F(VLURLSessionLogTest, AFailureIsLoggedAsAnErrorWithItsReason) {
 TEST_F(VLURLSessionLogTest, ATransportErrorIsLoggedUnchanged) {
     NSError received("", 0);
     urlSession.GET(url, [&](auto, auto, auto error) { received = error.value(); });
-    session().fail("h.test", NSURLError::timedOut);
+    session().fail("h.test", NSURLError::TimedOut);
     expectLine("RSPN", VLLogLevel::Error, "RSPN0001 GET ERROR -1 https://h.test/a?b=c\n" + received.description(),
                std::nullopt);
 }

@@ -236,7 +236,7 @@ TEST_F(VLURLSessionTest, AnAnswerThatIsNotHTTPIsAnError) {
 }
 
 TEST_F(VLURLSessionTest, ATransportErrorIsPassedOnUnchanged) {
-    for (const NSURLError code : {NSURLError::notConnectedToInternet, NSURLError::timedOut, NSURLError::cancelled}) {
+    for (const NSURLError code : {NSURLError::NotConnectedToInternet, NSURLError::TimedOut, NSURLError::Cancelled}) {
         texts.clear();
         urlSession.GET(url, into(texts));
         session().fail("h.test", code);
@@ -253,7 +253,7 @@ TEST_F(VLURLSessionTest, AJSONHandlerReceivesTheErrorOfTheRequest) {
     urlSession.GETJSON(url, into(objects));
     session().answer("h.test", 404, "{}");
     urlSession.POSTWithJSONResponse(url, {}, true, into(objects));
-    session().fail("h.test", NSURLError::timedOut);
+    session().fail("h.test", NSURLError::TimedOut);
     ASSERT_EQ(objects.size(), 2u);
     EXPECT_FALSE(objects[0].result);
     EXPECT_EQ(objects[0].status, 404);

@@ -20,7 +20,7 @@ protected:
     using Interstitial = SimulatedInterstitialViewController;
 
     static std::shared_ptr<Interstitial> makeInterstitial(
-        Interstitial::Metadata metadata = Interstitial::Metadata::ignored) {
+        Interstitial::Metadata metadata = Interstitial::Metadata::Ignored) {
         return std::make_shared<Interstitial>(metadata);
     }
 

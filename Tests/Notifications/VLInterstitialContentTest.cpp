@@ -33,7 +33,7 @@ class VLInterstitialHostileContentTest : public VLInterstitialContentTest,
                                          public testing::WithParamInterface<HostileContent> {};
 
 TEST_P(VLInterstitialHostileContentTest, EndsInAParseError) {
-    const auto interstitial = makeInterstitial(Interstitial::Metadata::taken);
+    const auto interstitial = makeInterstitial(Interstitial::Metadata::Taken);
     const auto result = shown(interstitial, R"({"message":)" + GetParam().message + "}");
     expectError(result, GetParam().domain, GetParam().code);
     EXPECT_EQ(log().count("Cannot display interstitial because its HTML content was corrupted.", VLLogLevel::Error), 1);

@@ -88,9 +88,9 @@ TEST_F(VLInterstitialServiceTest, TheRequestHoldsTimeZoneSessionAndDevice) {
 
 TEST_F(VLInterstitialServiceTest, AFailedRequestIsReportedAndLogged) {
     ask(makeInterstitial(), outcome);
-    session().fail("/interstitial/", NSURLError::timedOut);
+    session().fail("/interstitial/", NSURLError::TimedOut);
     phone().settle();
-    expectError(outcome, NSURLErrorDomain, static_cast<std::int64_t>(NSURLError::timedOut));
+    expectError(outcome, NSURLErrorDomain, static_cast<std::int64_t>(NSURLError::TimedOut));
     EXPECT_EQ(
         log().count("Interstitial: request failed with error: " + outcome.error->description(), VLLogLevel::Error), 1);
     EXPECT_EQ(session().requests("/interstitial/").size(), 1U);
@@ -109,8 +109,8 @@ TEST_F(VLInterstitialServiceTest, ThePageCoversTheRootOfTheKeyWindow) {
     EXPECT_EQ(service->displayedInterstitialController(), interstitial);
     EXPECT_EQ(interstitial->htmlContent(), VIEWPORT_META_TAG + kPage);
     EXPECT_EQ(interstitial->phash(), "ph-7");
-    EXPECT_EQ(interstitial->modalTransitionStyle(), UIModalTransitionStyle::crossDissolve);
-    EXPECT_EQ(interstitial->modalPresentationStyle(), UIModalPresentationStyle::overCurrentContext);
+    EXPECT_EQ(interstitial->modalTransitionStyle(), UIModalTransitionStyle::CrossDissolve);
+    EXPECT_EQ(interstitial->modalPresentationStyle(), UIModalPresentationStyle::OverCurrentContext);
     EXPECT_EQ(interstitial->loadedPages(), std::vector<std::string>{VIEWPORT_META_TAG + kPage});
     EXPECT_EQ(interstitial->baseURLs(), std::vector<std::optional<NSURL>>{std::nullopt});
     EXPECT_EQ(interstitial->appearances(), 1);
@@ -161,7 +161,7 @@ TEST_F(VLInterstitialServiceTest, TheHandlerMayBeEmpty) {
 }
 
 TEST_F(VLInterstitialServiceTest, MetadataIsTheWholeContent) {
-    const auto interstitial = makeInterstitial(Interstitial::Metadata::taken);
+    const auto interstitial = makeInterstitial(Interstitial::Metadata::Taken);
     expectPresented(shown(interstitial, answerWithContent(R"({"html":"%3Cp%3E","colour":"#fff","n":{"a":[1,null]}})")));
     Dictionary expected{{"html", "%3Cp%3E"}, {"colour", "#fff"}};
     expected["n"] = Dictionary{{"a", Array{1, nullptr}}};

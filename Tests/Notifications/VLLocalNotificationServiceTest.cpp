@@ -21,7 +21,7 @@ protected:
     VLLocalNotificationServiceTest() {
         phone().simulatedDevice().setLocalTimeZone({"Europe/Oslo", 3600});
         settings->setNotificationSettings(allowed());
-        application().setApplicationState(UIApplicationState::active);
+        application().setApplicationState(UIApplicationState::Active);
     }
 
     std::optional<UILocalNotification> schedule(std::optional<double> in,
@@ -147,7 +147,7 @@ TEST_F(VLLocalNotificationServiceTest, DueIn90SecondsItIsScheduledUnchanged) {
 }
 
 TEST_F(VLLocalNotificationServiceTest, InTheBackgroundEverySplitIsRequestedAtOnce) {
-    application().setApplicationState(UIApplicationState::background);
+    application().setApplicationState(UIApplicationState::Background);
     schedule(100'000);
     EXPECT_EQ(splits().size(), 1U);
     EXPECT_TRUE(scheduled().empty());
@@ -334,7 +334,7 @@ TEST_F(VLLocalNotificationServiceTest, ADestroyedServiceStopsObserving) {
 TEST_F(VLLocalNotificationServiceTest, OpeningWhileInactiveStoresThePhash) {
     UILocalNotification notification;
     notification.userInfo = Dictionary{{"p", "hash"}};
-    application().setApplicationState(UIApplicationState::inactive);
+    application().setApplicationState(UIApplicationState::Inactive);
     service->didAcceptLocalNotification(phone().application(), notification);
     EXPECT_EQ(settings->phash(), "hash");
     EXPECT_TRUE(isNotificationOpen());
@@ -347,7 +347,7 @@ TEST_F(VLLocalNotificationServiceTest, OpeningInOtherStatesStoresNoPhash) {
     UILocalNotification notification;
     notification.userInfo = Dictionary{{"p", "hash"}};
     settings->setPhash("earlier");
-    for (const auto state : {UIApplicationState::active, UIApplicationState::background}) {
+    for (const auto state : {UIApplicationState::Active, UIApplicationState::Background}) {
         Vorlane::sharedInstance().setNotificationOpen(false);
         application().setApplicationState(state);
         service->didAcceptLocalNotification(phone().application(), notification);
@@ -357,7 +357,7 @@ TEST_F(VLLocalNotificationServiceTest, OpeningInOtherStatesStoresNoPhash) {
 }
 
 TEST_F(VLLocalNotificationServiceTest, OnlyAStringPhashIsStored) {
-    application().setApplicationState(UIApplicationState::inactive);
+    application().setApplicationState(UIApplicationState::Inactive);
     UILocalNotification notification;
     service->didAcceptLocalNotification(phone().application(), notification);
     for (const auto& phash : {Value(), Value(5)}) {
@@ -369,7 +369,7 @@ TEST_F(VLLocalNotificationServiceTest, OnlyAStringPhashIsStored) {
 
 TEST_F(VLLocalNotificationServiceTest, WithoutAPhashTheEarlierOneStays) {
     settings->setPhash("earlier");
-    application().setApplicationState(UIApplicationState::inactive);
+    application().setApplicationState(UIApplicationState::Inactive);
     UILocalNotification notification;
     service->didAcceptLocalNotification(phone().application(), notification);
     notification.userInfo = Dictionary{{"own", 1}};

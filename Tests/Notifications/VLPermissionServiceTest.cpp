@@ -146,13 +146,13 @@ TEST_F(VLPermissionServiceTest, WithoutALocationManagerNoLocationPromptAppears) 
 }
 
 TEST_F(VLPermissionServiceTest, AProvisionalRequestPrecedesQueuedPrompts) {
-    phone().simulatedUser().setAnswer("notifications", SimulatedUser::Answer::later);
+    phone().simulatedUser().setAnswer("notifications", SimulatedUser::Answer::Later);
     permissions->queueSystemPromptForPermission(VLPermissions::LocationAlways);
     start(kProvisionalConfig);
     EXPECT_THAT(prompts, ElementsAre(Prompt{"notifications", 79U}));
     EXPECT_FALSE(permissions->isQueueOpen());
     EXPECT_THAT(locationManager->requests(), IsEmpty());
-    phone().simulatedUser().answer("notifications", SimulatedUser::Answer::allow);
+    phone().simulatedUser().answer("notifications", SimulatedUser::Answer::Allow);
     phone().settle();
     EXPECT_TRUE(permissions->isQueueOpen());
     EXPECT_THAT(locationManager->requests(), ElementsAre("locationAlways"));
@@ -165,14 +165,14 @@ TEST_F(VLPermissionServiceTest, AProvisionalRequestIncludesTheSettingsScreenOpti
 }
 
 TEST_F(VLPermissionServiceTest, ARefusedProvisionalRequestOpensTheQueueToo) {
-    phone().simulatedUser().setAnswer("notifications", SimulatedUser::Answer::deny);
+    phone().simulatedUser().setAnswer("notifications", SimulatedUser::Answer::Deny);
     start(kProvisionalConfig);
     EXPECT_TRUE(permissions->isQueueOpen());
     EXPECT_EQ(log().count(kProvisionalDone, VLLogLevel::Debug), 1);
 }
 
 TEST_F(VLPermissionServiceTest, AFailedProvisionalRequestOpensTheQueueToo) {
-    phone().simulatedUser().setAnswer("notifications", SimulatedUser::Answer::error);
+    phone().simulatedUser().setAnswer("notifications", SimulatedUser::Answer::Error);
     start(kProvisionalConfig);
     EXPECT_TRUE(permissions->isQueueOpen());
     EXPECT_EQ(log().linesContaining("Error occurred when requesting notification authorisation: ").size(), 1U);
@@ -180,7 +180,7 @@ TEST_F(VLPermissionServiceTest, AFailedProvisionalRequestOpensTheQueueToo) {
 }
 
 TEST_F(VLPermissionServiceTest, AnUndecidedProvisionalRequestOpensTheQueueToo) {
-    phone().simulatedUser().setAnswer("notifications", SimulatedUser::Answer::undetermined);
+    phone().simulatedUser().setAnswer("notifications", SimulatedUser::Answer::Undetermined);
     start(kProvisionalConfig);
     EXPECT_TRUE(permissions->isQueueOpen());
 }
@@ -229,7 +229,7 @@ TEST_F(VLPermissionServiceTest, AnInvalidConfigurationOpensTheQueue) {
 }
 
 TEST_F(VLPermissionServiceTest, ALaterStartOpensAClosedQueue) {
-    phone().simulatedUser().setAnswer("notifications", SimulatedUser::Answer::later);
+    phone().simulatedUser().setAnswer("notifications", SimulatedUser::Answer::Later);
     start(kProvisionalConfig);
     EXPECT_FALSE(permissions->isQueueOpen());
     start();
@@ -238,7 +238,7 @@ TEST_F(VLPermissionServiceTest, ALaterStartOpensAClosedQueue) {
 
 TEST_F(VLPermissionServiceTest, ALaterStartKeepsTheQueueOpen) {
     start(R"({"reprompt_interval":100})");
-    phone().simulatedUser().setAnswer("notifications", SimulatedUser::Answer::later);
+    phone().simulatedUser().setAnswer("notifications", SimulatedUser::Answer::Later);
     start(R"({"reprompt_interval":200,"notification":{"provisional_authorisation":1}})");
     EXPECT_TRUE(permissions->isQueueOpen());
     EXPECT_EQ(permissions->requestTimeLimitSeconds(), 200);
@@ -288,11 +288,11 @@ TEST_F(VLPermissionServiceTest, TheIntervalIsANumberOrDecimalString) {
 }
 
 TEST_F(VLPermissionServiceTest, ADestroyedServiceDropsQueuedPrompts) {
-    phone().simulatedUser().setAnswer("notifications", SimulatedUser::Answer::later);
+    phone().simulatedUser().setAnswer("notifications", SimulatedUser::Answer::Later);
     permissions->queueSystemPromptForPermission(VLPermissions::LocationAlways);
     start(kProvisionalConfig);
     permissions.reset();
-    phone().simulatedUser().answer("notifications", SimulatedUser::Answer::allow);
+    phone().simulatedUser().answer("notifications", SimulatedUser::Answer::Allow);
     phone().settle();
     EXPECT_THAT(locationManager->requests(), IsEmpty());
 }

@@ -206,13 +206,13 @@ TEST_F(VLRemoteNotificationServiceTest, AFetchThatRegistersReportsNewData) {
     fetch();
     EXPECT_EQ(fetched, std::nullopt);
     answer(200);
-    EXPECT_EQ(fetched, UIBackgroundFetchResult::newData);
+    EXPECT_EQ(fetched, UIBackgroundFetchResult::NewData);
     EXPECT_EQ(static_cast<int>(*fetched), 0);
 }
 
 TEST_F(VLRemoteNotificationServiceTest, AFetchWithoutChangesReportsNoData) {
     fetch();
-    EXPECT_EQ(fetched, UIBackgroundFetchResult::noData);
+    EXPECT_EQ(fetched, UIBackgroundFetchResult::NoData);
     EXPECT_EQ(static_cast<int>(*fetched), 1);
 }
 
@@ -220,7 +220,7 @@ TEST_F(VLRemoteNotificationServiceTest, AFetchReportsAFailedRegistration) {
     settings->setDeviceToken(kToken);
     fetch();
     answer(500);
-    EXPECT_EQ(fetched, UIBackgroundFetchResult::failed);
+    EXPECT_EQ(fetched, UIBackgroundFetchResult::Failed);
     EXPECT_EQ(static_cast<int>(*fetched), 2);
 }
 
@@ -247,7 +247,7 @@ TEST_F(VLRemoteNotificationServiceTest, ADestroyedServiceStopsObserving) {
 
 TEST_F(VLRemoteNotificationServiceTest, ARefusalIsRegisteredAsDenied) {
     settings->setDeviceToken(kToken);
-    application().setBackgroundRefreshStatus(UIBackgroundRefreshStatus::denied);
+    application().setBackgroundRefreshStatus(UIBackgroundRefreshStatus::Denied);
     service->didRegisterUserNotificationSettings({});
     EXPECT_TRUE(session().requests().empty());  // handled on the main queue
     ASSERT_EQ(registrations().size(), 1U);
@@ -345,7 +345,7 @@ TEST_F(VLRemoteNotificationServiceTest, AnOpeningNotificationStoresItsPhash) {
 
 TEST_F(VLRemoteNotificationServiceTest, OnlyAnInactiveApplicationStoresThePhash) {
     settings->setPhash("earlier");
-    for (const auto state : {UIApplicationState::active, UIApplicationState::background}) {
+    for (const auto state : {UIApplicationState::Active, UIApplicationState::Background}) {
         Vorlane::sharedInstance().setNotificationOpen(false);
         application().setApplicationState(state);
         service->didReceiveRemoteNotification(phone().application(), push({{"p", "hash"}}));

@@ -111,7 +111,7 @@ TEST_F(VLSoftOptInTest, EachLocationStatusHasItsPlacements) {
 
 TEST_F(VLSoftOptInTest, TheInterstitialIsShownAnimated) {
     start();
-    const auto interstitial = makeInterstitial(Interstitial::Metadata::taken);
+    const auto interstitial = makeInterstitial(Interstitial::Metadata::Taken);
     permissions->queueSoftOptInForPermission(VLPermissions::Notifications, interstitial);
     phone().settle();
     answer(answerWithPage("May we?"));

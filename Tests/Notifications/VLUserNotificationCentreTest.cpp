@@ -97,7 +97,7 @@ protected:
 
 TEST_F(ModernCentreTest, SettingsAreReadFieldByField) {
     center().setNotificationSettings({3, 2, 1, 0, 2, 1, 0, 2});
-    application().setBackgroundRefreshStatus(UIBackgroundRefreshStatus::restricted);
+    application().setBackgroundRefreshStatus(UIBackgroundRefreshStatus::Restricted);
     EXPECT_EQ(read(*centre), VLUserNotificationSettings::settingsWithAuthorisation(3, 2, 1, 0, 0, 2, 1, 0, 2));
     center().setNotificationSettings({9, 3, 3, 3, 3, 3, 3, 3});
     application().setBackgroundRefreshStatus(static_cast<UIBackgroundRefreshStatus>(7));
@@ -131,7 +131,7 @@ TEST_F(ModernCentreTest, Below12AProvisionalRequestIsAuthorised) {
 }
 
 TEST_F(ModernCentreTest, ARefusedRequestIsDenied) {
-    phone().simulatedUser().setAnswer("notifications", SimulatedUser::Answer::deny);
+    phone().simulatedUser().setAnswer("notifications", SimulatedUser::Answer::Deny);
     const auto answer = request(*centre, 7);
     EXPECT_EQ(answer.status, 1);
     EXPECT_EQ(answer.error, std::nullopt);
@@ -141,7 +141,7 @@ TEST_F(ModernCentreTest, ARefusedRequestIsDenied) {
 }
 
 TEST_F(ModernCentreTest, AFailedRequestIsNotDetermined) {
-    phone().simulatedUser().setAnswer("notifications", SimulatedUser::Answer::error);
+    phone().simulatedUser().setAnswer("notifications", SimulatedUser::Answer::Error);
     const auto answer = request(*centre, 7);
     EXPECT_EQ(answer.status, 0);
     ASSERT_TRUE(answer.error);
@@ -151,7 +151,7 @@ TEST_F(ModernCentreTest, AFailedRequestIsNotDetermined) {
 }
 
 TEST_F(ModernCentreTest, TheHandlerWaitsForUserAndCategories) {
-    phone().simulatedUser().setAnswer("notifications", SimulatedUser::Answer::later);
+    phone().simulatedUser().setAnswer("notifications", SimulatedUser::Answer::Later);
     center().setNotificationCategories({{"own"}, {"vl-basic-category"}, {"other"}});
     int calls = 0;
     std::vector<std::string> seen;
@@ -162,7 +162,7 @@ TEST_F(ModernCentreTest, TheHandlerWaitsForUserAndCategories) {
     phone().settle();
     EXPECT_EQ(calls, 0);
     EXPECT_EQ(phone().simulatedUser().openPrompts().size(), 1U);
-    EXPECT_TRUE(phone().simulatedUser().answer("notifications", SimulatedUser::Answer::allow));
+    EXPECT_TRUE(phone().simulatedUser().answer("notifications", SimulatedUser::Answer::Allow));
     phone().settle();
     EXPECT_EQ(calls, 1);
     EXPECT_EQ(seen, (std::vector<std::string>{"own", "other", "vl-basic-category"}));

@@ -271,7 +271,7 @@ TEST_F(VorlaneInterstitialsTest, ALocationPromptSetsTheStatus) {
     phone().settle();
     EXPECT_EQ(Vorlane::locationAuthorisationStatus(), 4);
     phone().simulatedLocationManager().setAuthorizationStatus(CLAuthorizationStatus::NotDetermined);
-    phone().simulatedUser().setAnswer("locationAlways", SimulatedUser::Answer::deny);
+    phone().simulatedUser().setAnswer("locationAlways", SimulatedUser::Answer::Deny);
     EXPECT_TRUE(Vorlane::openVorlaneDeepLink(NSURL::URLWithString("vorlane://location-yes")));
     phone().settle();
     EXPECT_EQ(Vorlane::locationAuthorisationStatus(), 2);

@@ -83,7 +83,7 @@ TEST_F(VorlaneNotificationsTest, AFetchRegistersChangedSettings) {
     fetch();
     phone().simulatedUserNotificationCenter().setNotificationSettings({1, 1, 1, 1, 1, 1, 1, 0});
     fetch();
-    EXPECT_EQ(results, (std::vector{UIBackgroundFetchResult::noData, UIBackgroundFetchResult::newData}));
+    EXPECT_EQ(results, (std::vector{UIBackgroundFetchResult::NoData, UIBackgroundFetchResult::NewData}));
     EXPECT_EQ(
         log().count("Register device triggered by Vorlane.performFetchWithCompletionHandler()", VLLogLevel::Debug), 2);
 }

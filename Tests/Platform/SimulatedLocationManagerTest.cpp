@@ -73,14 +73,14 @@ TEST_F(SimulatedLocationManagerTest, WhatTheUserAnswersIsTheStatusAndReachesTheD
 
 TEST_F(SimulatedLocationManagerTest, DenyingGivesStatus2AndOtherAnswersNothing) {
     auto& user = phone().simulatedUser();
-    for (const auto answer : {Answer::error, Answer::undetermined}) {
+    for (const auto answer : {Answer::Error, Answer::Undetermined}) {
         user.setAnswer("locationAlways", answer);
         manager.requestAlwaysAuthorization();
         phone().settle();
         EXPECT_EQ(manager.authorizationStatus(), CLAuthorizationStatus::NotDetermined);
         EXPECT_TRUE(delegate->calls().empty());
     }
-    user.setAnswer("locationWhenInUse", Answer::deny);
+    user.setAnswer("locationWhenInUse", Answer::Deny);
     manager.requestWhenInUseAuthorization();
     phone().settle();
     EXPECT_EQ(manager.authorizationStatus(), CLAuthorizationStatus::Denied);
@@ -88,11 +88,11 @@ TEST_F(SimulatedLocationManagerTest, DenyingGivesStatus2AndOtherAnswersNothing) 
 }
 
 TEST_F(SimulatedLocationManagerTest, OnceTheStatusIsDeterminedNobodyIsAskedAgain) {
-    phone().simulatedUser().setAnswer("locationAlways", Answer::later);
+    phone().simulatedUser().setAnswer("locationAlways", Answer::Later);
     manager.requestAlwaysAuthorization();
     phone().settle();
     ASSERT_EQ(phone().simulatedUser().openPrompts().size(), 1U);
-    EXPECT_TRUE(phone().simulatedUser().answer("locationAlways", Answer::deny));
+    EXPECT_TRUE(phone().simulatedUser().answer("locationAlways", Answer::Deny));
     manager.requestAlwaysAuthorization();
     manager.requestWhenInUseAuthorization();
     phone().settle();
@@ -144,8 +144,8 @@ TEST_F(SimulatedLocationManagerTest, WhatItIsToldIsPassedOn) {
 TEST_F(SimulatedLocationManagerTest, WhatHappensReachesTheDelegateOnTheMainQueue) {
     using RegionEvent = SimulatedLocationManager::RegionEvent;
     manager.deliverLocations({{{1, 2}, 3, 4}, {{5, 6}, 7, 8}});
-    for (const auto event : {RegionEvent::enter, RegionEvent::exit, RegionEvent::inside, RegionEvent::outside,
-                             RegionEvent::unknown, RegionEvent::failed}) {
+    for (const auto event : {RegionEvent::Enter, RegionEvent::Exit, RegionEvent::Inside, RegionEvent::Outside,
+                             RegionEvent::Unknown, RegionEvent::Failed}) {
         manager.deliverRegionEvent(event, circle);
     }
     manager.deliverRanging({{kUUID, 1, 2, CLProximity::Near, 1.5}}, shop);

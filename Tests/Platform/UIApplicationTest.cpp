@@ -86,10 +86,10 @@ TEST_F(UIApplicationTest, ByDefaultNoURLIsOpened) {
 }
 
 TEST_F(UIApplicationTest, AnApplicationIsInactiveAtFirst) {
-    EXPECT_EQ(application.applicationState(), UIApplicationState::inactive);
-    EXPECT_EQ(static_cast<int>(UIApplicationState::active), 0);
-    EXPECT_EQ(static_cast<int>(UIApplicationState::inactive), 1);
-    EXPECT_EQ(static_cast<int>(UIApplicationState::background), 2);
+    EXPECT_EQ(application.applicationState(), UIApplicationState::Inactive);
+    EXPECT_EQ(static_cast<int>(UIApplicationState::Active), 0);
+    EXPECT_EQ(static_cast<int>(UIApplicationState::Inactive), 1);
+    EXPECT_EQ(static_cast<int>(UIApplicationState::Background), 2);
 }
 
 TEST_F(UIApplicationTest, EachReportSetsTheStateAndThenPosts) {
@@ -106,15 +106,15 @@ TEST_F(UIApplicationTest, EachReportSetsTheStateAndThenPosts) {
     application.didEnterBackground();
     application.willEnterForeground();
     application.willTerminate();
-    application.setApplicationState(UIApplicationState::background);
+    application.setApplicationState(UIApplicationState::Background);
     application.willTerminate();
     const std::vector<std::pair<std::string, UIApplicationState>> expected = {
-        {"UIApplicationDidBecomeActiveNotification", UIApplicationState::active},
-        {"UIApplicationWillResignActiveNotification", UIApplicationState::inactive},
-        {"UIApplicationDidEnterBackgroundNotification", UIApplicationState::background},
-        {"UIApplicationWillEnterForegroundNotification", UIApplicationState::inactive},
-        {"UIApplicationWillTerminateNotification", UIApplicationState::inactive},
-        {"UIApplicationWillTerminateNotification", UIApplicationState::background}};
+        {"UIApplicationDidBecomeActiveNotification", UIApplicationState::Active},
+        {"UIApplicationWillResignActiveNotification", UIApplicationState::Inactive},
+        {"UIApplicationDidEnterBackgroundNotification", UIApplicationState::Background},
+        {"UIApplicationWillEnterForegroundNotification", UIApplicationState::Inactive},
+        {"UIApplicationWillTerminateNotification", UIApplicationState::Inactive},
+        {"UIApplicationWillTerminateNotification", UIApplicationState::Background}};
     EXPECT_EQ(posted, expected);
 }
 

@@ -45,20 +45,20 @@ protected:
 };
 
 TEST_F(UIViewControllerTest, ByDefaultAControllerCoversTheScreen) {
-    EXPECT_EQ(root->modalTransitionStyle(), UIModalTransitionStyle::coverVertical);
-    EXPECT_EQ(root->modalPresentationStyle(), UIModalPresentationStyle::fullScreen);
+    EXPECT_EQ(root->modalTransitionStyle(), UIModalTransitionStyle::CoverVertical);
+    EXPECT_EQ(root->modalPresentationStyle(), UIModalPresentationStyle::FullScreen);
     EXPECT_EQ(root->presentedViewController(), nullptr);
     EXPECT_EQ(root->presentingViewController(), nullptr);
     EXPECT_EQ(root->parentViewController(), nullptr);
 }
 
 TEST_F(UIViewControllerTest, TheStylesHaveTheirNumbers) {
-    EXPECT_EQ(static_cast<int>(UIModalTransitionStyle::crossDissolve), 2);
-    EXPECT_EQ(static_cast<int>(UIModalPresentationStyle::overCurrentContext), 6);
-    root->setModalTransitionStyle(UIModalTransitionStyle::crossDissolve);
-    root->setModalPresentationStyle(UIModalPresentationStyle::overCurrentContext);
-    EXPECT_EQ(root->modalTransitionStyle(), UIModalTransitionStyle::crossDissolve);
-    EXPECT_EQ(root->modalPresentationStyle(), UIModalPresentationStyle::overCurrentContext);
+    EXPECT_EQ(static_cast<int>(UIModalTransitionStyle::CrossDissolve), 2);
+    EXPECT_EQ(static_cast<int>(UIModalPresentationStyle::OverCurrentContext), 6);
+    root->setModalTransitionStyle(UIModalTransitionStyle::CrossDissolve);
+    root->setModalPresentationStyle(UIModalPresentationStyle::OverCurrentContext);
+    EXPECT_EQ(root->modalTransitionStyle(), UIModalTransitionStyle::CrossDissolve);
+    EXPECT_EQ(root->modalPresentationStyle(), UIModalPresentationStyle::OverCurrentContext);
 }
 
 TEST_F(UIViewControllerTest, PresentingShowsAndThenCompletes) {

@@ -92,7 +92,7 @@ TEST_F(ScriptedURLSessionTest, FailuresAreNSURLErrors) {
     EXPECT_EQ(offline->code(), -1009);
     EXPECT_EQ(offline->error->userInfo().at("NSErrorFailingURLStringKey"), Value("http://h/a"));
     const auto slow = start("http://h/b");
-    session().fail("/b", NSURLError::timedOut);
+    session().fail("/b", NSURLError::TimedOut);
     EXPECT_EQ(slow->code(), -1001);
 }
 
@@ -132,7 +132,7 @@ TEST_F(ScriptedURLSessionTest, RulesAnswerOpenAndLaterRequests) {
 TEST_F(ScriptedURLSessionTest, NewestMatchingRuleApplies) {
     session().alwaysAnswer("", 500);
     session().alwaysAnswer("/a", 200);
-    session().alwaysFail("/a/b", NSURLError::cannotFindHost);
+    session().alwaysFail("/a/b", NSURLError::CannotFindHost);
     const auto any = start("http://h/c");
     const auto narrower = start("http://h/a");
     const auto narrowest = start("http://h/a/b");

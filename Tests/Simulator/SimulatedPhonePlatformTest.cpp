@@ -89,8 +89,8 @@ TEST_F(SimulatedPhonePlatformTest, AccessorsReturnTheSameObjectEachTime) {
 
 TEST_F(SimulatedPhonePlatformTest, RecordsTheSystemLogAndTheConsole) {
     SimulatedPhone phone;
-    phone.makeOSLog("sub", "category")->log(OSLogType::error, "text");
-    phone.makeOSLog("sub", "other")->log(OSLogType::debug, "more");
+    phone.makeOSLog("sub", "category")->log(OSLogType::Error, "text");
+    phone.makeOSLog("sub", "other")->log(OSLogType::Debug, "more");
     phone.NSLog("line");
     const auto lines = phone.systemLog();
     ASSERT_EQ(lines.size(), 2U);
@@ -108,7 +108,7 @@ TEST_F(SimulatedPhonePlatformTest, LogsMayOutliveThePhone) {
         SimulatedPhone phone;
         log = phone.makeOSLog("sub", "category");
     }
-    log->log(OSLogType::info, "late");
+    log->log(OSLogType::Info, "late");
 }
 
 }  // namespace

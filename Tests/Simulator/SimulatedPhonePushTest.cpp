@@ -10,7 +10,7 @@ TEST_F(SimulatedPhonePushTest, OpenedPushesStartASessionWithTheirPhash) {
     launch();
     phone().simulatedApplication().didEnterBackground();
     phone().openPush({.alert = "Hello", .phash = "P"});
-    EXPECT_EQ(phone().application()->applicationState(), UIApplicationState::active);
+    EXPECT_EQ(phone().application()->applicationState(), UIApplicationState::Active);
     EXPECT_EQ(Vorlane::phash(), "P");
     EXPECT_EQ(session().lastRequest("/0.8/session").payload()["phash"], Value("P"));
 }

@@ -109,7 +109,7 @@ TEST_F(RealHTTPPhoneTest, SettleWaitsForRequestsInFlight) {
     EXPECT_EQ(failure, kNotEnded);
     server.close();
     EXPECT_TRUE(phone().settle(60));
-    EXPECT_EQ(failure, static_cast<std::int64_t>(NSURLError::networkConnectionLost));
+    EXPECT_EQ(failure, static_cast<std::int64_t>(NSURLError::NetworkConnectionLost));
 }
 
 TEST_F(RealHTTPPhoneTest, SettleQueuesDoesNotWaitForRequests) {
@@ -127,7 +127,7 @@ TEST_F(RealHTTPPhoneTest, SuspendedTasksAreNotInFlight) {
 TEST_F(RealHTTPPhoneTest, ShutdownCancelsRequestsAndRunsTheirHandlers) {
     startRequest();
     Platform::shutdown();
-    EXPECT_EQ(failure, static_cast<std::int64_t>(NSURLError::cancelled));
+    EXPECT_EQ(failure, static_cast<std::int64_t>(NSURLError::Cancelled));
 }
 
 }  // namespace

@@ -64,7 +64,7 @@ TEST_F(SimulatedSerialQueueTest, DelayedTasksCountOnlyWhileTheyRun) {
 
 TEST_F(SimulatedSerialQueueTest, DelaysMayRunOnThePhonesClock) {
     const auto inPhoneTime = std::make_shared<SimulatedSerialQueue>("another queue", mainQueue, activity,
-                                                                    SimulatedSerialQueue::Delays::phoneTime);
+                                                                    SimulatedSerialQueue::Delays::PhoneTime);
     std::atomic<bool> hasRun = false;
     inPhoneTime->postAfter(60, [&hasRun] { hasRun = true; });
     clock.setNow(1059);

@@ -86,9 +86,9 @@ TEST_F(VLConfigServiceTest, TheServiceNamesAreThoseOfTheConfiguration) {
 }
 
 TEST_F(VLConfigServiceTest, TheStatusesAre0To2) {
-    EXPECT_EQ(static_cast<std::int64_t>(LoadStatus::fetched), 0);
-    EXPECT_EQ(static_cast<std::int64_t>(LoadStatus::cached), 1);
-    EXPECT_EQ(static_cast<std::int64_t>(LoadStatus::unavailable), 2);
+    EXPECT_EQ(static_cast<std::int64_t>(LoadStatus::Fetched), 0);
+    EXPECT_EQ(static_cast<std::int64_t>(LoadStatus::Cached), 1);
+    EXPECT_EQ(static_cast<std::int64_t>(LoadStatus::Unavailable), 2);
 }
 
 TEST_F(VLConfigServiceTest, ALoadIsOneGetWithTheIdentities) {
@@ -103,7 +103,7 @@ TEST_F(VLConfigServiceTest, ALoadIsOneGetWithTheIdentities) {
 }
 
 TEST_F(VLConfigServiceTest, AFetchedConfigurationIsUsedAndCached) {
-    EXPECT_EQ(loadAnswered(kDocument), LoadStatus::fetched);
+    EXPECT_EQ(loadAnswered(kDocument), LoadStatus::Fetched);
     EXPECT_EQ(calls, 1);
     EXPECT_EQ(*service->configDictonary(), Value::parse(kDocument).get_ref<const Dictionary&>());
     EXPECT_EQ(cache(), *service->configDictonary());
@@ -112,7 +112,7 @@ TEST_F(VLConfigServiceTest, AFetchedConfigurationIsUsedAndCached) {
 }
 
 TEST_F(VLConfigServiceTest, AFirstLaunchOfflineEnablesNoService) {
-    EXPECT_EQ(loadOffline(), LoadStatus::unavailable);
+    EXPECT_EQ(loadOffline(), LoadStatus::Unavailable);
     for (const auto* name :
          {VLCONFIGSERVICEGEO, VLCONFIGSERVICEBEACON, VLCONFIGSERVICEPERMISSION, VLCONFIGSERVICEINBOX}) {
         EXPECT_FALSE(service->serviceEnabled(name));
@@ -126,7 +126,7 @@ TEST_F(VLConfigServiceTest, AFirstLaunchOfflineEnablesNoService) {
 TEST_F(VLConfigServiceTest, ALaterLaunchOfflineUsesTheCache) {
     loadAnswered(kDocument);
     service = makeService();
-    EXPECT_EQ(loadOffline(), LoadStatus::cached);
+    EXPECT_EQ(loadOffline(), LoadStatus::Cached);
     EXPECT_TRUE(service->serviceEnabled(VLCONFIGSERVICEGEO));
     EXPECT_EQ(service->integerForService(VLCONFIGSERVICEINBOX, "sync_time_limit_s", 5), 30);
     EXPECT_EQ(log().count("Couldn't fetch config from remote server, config loaded from local cache instead.",
@@ -165,10 +165,10 @@ TEST_F(VLConfigServiceTest, TheHandlerRunsBeforeTheMissingConfigurationIsLogged)
 }
 
 TEST_F(VLConfigServiceTest, AnEmptyObjectIsAConfiguration) {
-    EXPECT_EQ(loadAnswered("{}"), LoadStatus::fetched);
+    EXPECT_EQ(loadAnswered("{}"), LoadStatus::Fetched);
     ASSERT_TRUE(service->configDictonary());
     service = makeService();
-    EXPECT_EQ(loadOffline(), LoadStatus::cached);
+    EXPECT_EQ(loadOffline(), LoadStatus::Cached);
     ASSERT_TRUE(service->configDictonary());
     EXPECT_TRUE(service->configDictonary()->empty());
 }
@@ -192,14 +192,14 @@ TEST_F(VLConfigServiceTest, OfTwoConcurrentLoadsTheLastAnswerCounts) {
     }
     session().answer(kPath, 200, kDocument);
     session().answer(kPath, 200, R"({"services":{"beacon":true}})");
-    EXPECT_EQ(statuses, (std::vector{LoadStatus::fetched, LoadStatus::fetched}));
+    EXPECT_EQ(statuses, (std::vector{LoadStatus::Fetched, LoadStatus::Fetched}));
     EXPECT_TRUE(service->serviceEnabled(VLCONFIGSERVICEBEACON));
     EXPECT_FALSE(service->serviceEnabled(VLCONFIGSERVICEGEO));
 }
 
 TEST_F(VLConfigServiceTest, AServerErrorLeadsToTheCache) {
     loadAnswered(kDocument);
-    EXPECT_EQ(loadAnswered(kDocument, 500), LoadStatus::cached);
+    EXPECT_EQ(loadAnswered(kDocument, 500), LoadStatus::Cached);
 }
 
 TEST_F(VLConfigServiceTest, AFailedFetchNeverDeletesTheCache) {
@@ -229,11 +229,11 @@ TEST_F(VLConfigServiceTest, CharactersTheFileCannotHoldAreDropped) {
     for (const auto* entry :
          {R"("k":"\u0001")", R"("k":"a\u0000b")", R"("k":"\ufffe")", R"("\u0001":1)", R"("a\u0000b":1)",
           R"("\u0001":1,"\u0002":2)", R"("k":["\u0008",null,{"\u0008":null}])"}) {
-        EXPECT_EQ(loadAnswered(std::string("{") + entry + "}"), LoadStatus::fetched) << entry;
+        EXPECT_EQ(loadAnswered(std::string("{") + entry + "}"), LoadStatus::Fetched) << entry;
         const auto fetched = *service->configDictonary();
         EXPECT_EQ(cache(), fetched) << entry;
         service = makeService();
-        EXPECT_EQ(loadOffline(), LoadStatus::cached) << entry;
+        EXPECT_EQ(loadOffline(), LoadStatus::Cached) << entry;
         EXPECT_EQ(*service->configDictonary(), fetched) << entry;
     }
     loadAnswered(R"({"k":"a\u0000b"})");
@@ -250,7 +250,7 @@ TEST_F(VLConfigServiceTest, NumbersAndStringsSurviveTheFile) {
     const auto expected = Value::parse(document).get_ref<const Dictionary&>();
     EXPECT_EQ(*service->configDictonary(), expected);
     service = makeService();
-    EXPECT_EQ(loadOffline(), LoadStatus::cached);
+    EXPECT_EQ(loadOffline(), LoadStatus::Cached);
     EXPECT_EQ(*service->configDictonary(), expected);
 }
 
@@ -300,14 +300,14 @@ TEST_F(VLConfigServiceTest, ABodyThatIsNoObjectLeadsToTheCache) {
         service->loadConfigWithCompletion(handler());
         session().answerData(kPath, 200, body.bytes);
         EXPECT_EQ(calls, 1) << body.name;
-        EXPECT_EQ(loaded, LoadStatus::cached) << body.name;
+        EXPECT_EQ(loaded, LoadStatus::Cached) << body.name;
         EXPECT_TRUE(service->serviceEnabled(VLCONFIGSERVICEGEO)) << body.name;
     }
 }
 
 TEST_F(VLConfigServiceTest, SectionsOfAnotherKindReadAsAbsent) {
     for (const std::string value : {"[]", "7", "null", "\"text\"", "true", "[[{}]]"}) {
-        EXPECT_EQ(loadAnswered(R"({"services":)" + value + R"(,"configs":)" + value + "}"), LoadStatus::fetched);
+        EXPECT_EQ(loadAnswered(R"({"services":)" + value + R"(,"configs":)" + value + "}"), LoadStatus::Fetched);
         EXPECT_FALSE(service->serviceEnabled("beacon")) << value;
         EXPECT_FALSE(service->serviceConfig("beacon")) << value;
         EXPECT_EQ(service->objectForService("beacon", "key", "default"), Value("default")) << value;
@@ -317,7 +317,7 @@ TEST_F(VLConfigServiceTest, SectionsOfAnotherKindReadAsAbsent) {
 
 TEST_F(VLConfigServiceTest, AServicesConfigurationOfAnotherKindReadsAsAbsent) {
     for (const std::string value : {"[]", "7", "null", "\"text\"", "true", "[[{}]]"}) {
-        EXPECT_EQ(loadAnswered(R"({"configs":{"beacon":)" + value + "}}"), LoadStatus::fetched);
+        EXPECT_EQ(loadAnswered(R"({"configs":{"beacon":)" + value + "}}"), LoadStatus::Fetched);
         EXPECT_FALSE(service->serviceConfig("beacon")) << value;
         EXPECT_EQ(service->integerForService("beacon", "key", 5), 5) << value;
         EXPECT_EQ(cache(), *service->configDictonary()) << value;
@@ -326,7 +326,7 @@ TEST_F(VLConfigServiceTest, AServicesConfigurationOfAnotherKindReadsAsAbsent) {
 
 TEST_F(VLConfigServiceTest, AValueThatIsNoNumberIsTheDefault) {
     for (const std::string value : {"[]", "null", "\"7\"", "{}", "[[7]]"}) {
-        EXPECT_EQ(loadAnswered(R"({"configs":{"beacon":{"key":)" + value + "}}}"), LoadStatus::fetched);
+        EXPECT_EQ(loadAnswered(R"({"configs":{"beacon":{"key":)" + value + "}}}"), LoadStatus::Fetched);
         EXPECT_EQ(service->integerForService("beacon", "key", 5), 5) << value;
         EXPECT_EQ(service->numberForService("beacon", "key", 2.5), Value(2.5)) << value;
     }
@@ -342,9 +342,9 @@ TEST_F(VLConfigServiceTest, ANumberOutOfRangeIsClamped) {
 TEST_F(VLConfigServiceTest, ADeeplyNestedDocumentIsCachedWhole) {
     for (const int levels : {200, 510}) {
         const auto document = R"({"configs":{"beacon":)" + nestedJSON(levels, R"({"a":)", "1", "}") + "}}";
-        EXPECT_EQ(loadAnswered(document), LoadStatus::fetched) << levels;
+        EXPECT_EQ(loadAnswered(document), LoadStatus::Fetched) << levels;
         service = makeService();
-        EXPECT_EQ(loadOffline(), LoadStatus::cached) << levels;
+        EXPECT_EQ(loadOffline(), LoadStatus::Cached) << levels;
         EXPECT_EQ(*service->configDictonary(), Value::parse(document).get_ref<const Dictionary&>()) << levels;
     }
 }
@@ -352,7 +352,7 @@ TEST_F(VLConfigServiceTest, ADeeplyNestedDocumentIsCachedWhole) {
 TEST_F(VLConfigServiceTest, ADocumentNestedTooDeepLeadsToTheCache) {
     loadAnswered(kDocument);
     const auto document = R"({"configs":{"beacon":)" + nestedJSON(511, R"({"a":)", "1", "}") + "}}";
-    EXPECT_EQ(loadAnswered(document), LoadStatus::cached);
+    EXPECT_EQ(loadAnswered(document), LoadStatus::Cached);
     EXPECT_TRUE(service->serviceEnabled(VLCONFIGSERVICEGEO));
 }
 
@@ -364,7 +364,7 @@ TEST_F(VLConfigServiceTest, TheLastOfDuplicateKeysCounts) {
 TEST_F(VLConfigServiceTest, MalformedCacheCountsAsMissing) {
     for (const auto* text : {"", "garbage", "<plist><array/></plist>", "bplist00 and no more"}) {
         writeCache(text);
-        EXPECT_EQ(loadOffline(), LoadStatus::unavailable) << text;
+        EXPECT_EQ(loadOffline(), LoadStatus::Unavailable) << text;
         EXPECT_TRUE(NSFileManager::fileExistsAtPath(documentsPath("VLConfig.plist.corrupt")));
     }
 }
@@ -373,20 +373,20 @@ TEST_F(VLConfigServiceTest, OversizedConfigurationLeadsToTheCache) {
     loadAnswered(kDocument);
     std::string list = "1";
     for (int i = 1; i < 25'000; ++i) list += ",1";
-    EXPECT_EQ(loadAnswered("{\"list\":[" + list + "]}"), LoadStatus::cached);
+    EXPECT_EQ(loadAnswered("{\"list\":[" + list + "]}"), LoadStatus::Cached);
     EXPECT_TRUE(service->serviceEnabled(VLCONFIGSERVICEGEO));
 }
 
 TEST_F(VLConfigServiceTest, AConfigurationThatCannotBeCachedIsUsed) {
     ASSERT_TRUE(NSFileManager::createDirectoryAtPath(documentsPath("VLConfig.plist/occupied")));
-    EXPECT_EQ(loadAnswered(kDocument), LoadStatus::fetched);
+    EXPECT_EQ(loadAnswered(kDocument), LoadStatus::Fetched);
     EXPECT_TRUE(service->serviceEnabled(VLCONFIGSERVICEGEO));
 }
 
 TEST_F(VLConfigServiceTest, AFailedLoadWithoutACacheClearsTheConfiguration) {
     loadAnswered(kDocument);
     ASSERT_TRUE(NSFileManager::moveItemAtPath(documentsPath("VLConfig.plist"), documentsPath("away")));
-    EXPECT_EQ(loadOffline(), LoadStatus::unavailable);
+    EXPECT_EQ(loadOffline(), LoadStatus::Unavailable);
     EXPECT_EQ(service->configDictonary(), nullptr);
 }
 

@@ -140,7 +140,7 @@ TEST_F(VLTagsServiceTest, AnAnswerWithoutValueOrErrorIsNullopt) {
 
 TEST_F(VLTagsServiceTest, AFailedReadReturnsTheErrorOfTheRequest) {
     service->getTag("size", tagHandler());
-    session().fail("/tag/", NSURLError::timedOut);
+    session().fail("/tag/", NSURLError::TimedOut);
     phone().runMainQueue();
     ASSERT_TRUE(received.error);
     EXPECT_EQ(received.error->domain(), NSURLErrorDomain);

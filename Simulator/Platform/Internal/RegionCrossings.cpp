@@ -60,7 +60,7 @@ void RegionCrossings::cross(const std::shared_ptr<CLRegion>& region, bool isInsi
     } else {
         inside_.erase(region->identifier());
     }
-    locationManager_->deliverRegionEvent(isInside ? RegionEvent::enter : RegionEvent::exit, region);
+    locationManager_->deliverRegionEvent(isInside ? RegionEvent::Enter : RegionEvent::Exit, region);
     settle_();
 }
 

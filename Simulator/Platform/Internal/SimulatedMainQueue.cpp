@@ -14,7 +14,7 @@ void SimulatedMainQueue::post(std::function<void()> task) { postAfter(0, std::mo
 
 void SimulatedMainQueue::postAfter(TimeInterval delay, std::function<void()> task) {
     if (delay > 0) {
-        postAt(clock_.now() + delay, Kind::application, std::move(task));
+        postAt(clock_.now() + delay, Kind::Application, std::move(task));
         return;
     }
     const std::lock_guard lock(mutex_);
@@ -116,7 +116,7 @@ std::vector<double> SimulatedMainQueue::dueTimes() const {
     const std::lock_guard lock(mutex_);
     std::vector<double> times;
     for (const auto& [time, task] : delayed_) {
-        if (task.kind == Kind::application) times.push_back(time);
+        if (task.kind == Kind::Application) times.push_back(time);
     }
     return times;
 }

@@ -32,7 +32,7 @@ public:
     void post(std::function<void()> task) override;
     void postAfter(TimeInterval delay, std::function<void()> task) override;
     /// Who owns a delayed task: the application, whose tasks `dueTimes()` lists, or the phone itself.
-    enum class Kind { application, phone };
+    enum class Kind { Application, Phone };
     using Token = std::uint64_t;
     /// Runs `task` once the clock has reached `time`, unless it is cancelled first.
     Token postAt(double time, Kind kind, std::function<void()> task);

@@ -32,7 +32,7 @@ public:
     bool settle(Deadline deadline, const std::function<bool()>& isAtRest);
 
     /// Whether the clock advances while a thread waits.
-    bool clockMoves() const { return delays_ == SimulatedSerialQueue::Delays::realTime; }
+    bool clockMoves() const { return delays_ == SimulatedSerialQueue::Delays::RealTime; }
 
     /// Runs what is queued on the serial queues until the deadline, then drops what is left. Serial queues made later
     /// are stopped from the start.

@@ -15,7 +15,7 @@ void SimulatedSerialQueue::post(std::function<void()> task) { SimulatedSerialQue
 
 void SimulatedSerialQueue::postAfter(TimeInterval delay, std::function<void()> task) {
     if (!task) return;
-    if (delay > 0 && delays_ == Delays::phoneTime) return postInPhoneTime(delay, std::move(task));
+    if (delay > 0 && delays_ == Delays::PhoneTime) return postInPhoneTime(delay, std::move(task));
     ++*activity_;
     auto work = delay > 0 ? nullptr : mainQueue_->beginWorkElsewhere();
     SerialDispatchQueue::postAfter(delay,
@@ -29,7 +29,7 @@ void SimulatedSerialQueue::postAfter(TimeInterval delay, std::function<void()> t
 }
 
 void SimulatedSerialQueue::postInPhoneTime(TimeInterval delay, std::function<void()> task) {
-    mainQueue_->postAt(mainQueue_->now() + delay, SimulatedMainQueue::Kind::phone,
+    mainQueue_->postAt(mainQueue_->now() + delay, SimulatedMainQueue::Kind::Phone,
                        [weakSelf = weak_from_this(), task = std::move(task)] {
                            if (const auto self = weakSelf.lock()) self->post(task);
                        });

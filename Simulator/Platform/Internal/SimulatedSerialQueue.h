@@ -14,10 +14,10 @@ namespace vorlane {
 class SimulatedSerialQueue : public SerialDispatchQueue, public std::enable_shared_from_this<SimulatedSerialQueue> {
 public:
     /// The clock that delays run on: the machine's steady clock, or the phone's clock.
-    enum class Delays { realTime, phoneTime };
+    enum class Delays { RealTime, PhoneTime };
 
     SimulatedSerialQueue(std::string label, std::shared_ptr<SimulatedMainQueue> mainQueue,
-                         std::shared_ptr<ActivityCounter> activity, Delays delays = Delays::realTime);
+                         std::shared_ptr<ActivityCounter> activity, Delays delays = Delays::RealTime);
 
     void post(std::function<void()> task) override;
     void postAfter(TimeInterval delay, std::function<void()> task) override;

@@ -17,12 +17,12 @@ using namespace std::string_view_literals;
 
 using Kind = Fault::Kind;
 
-constexpr std::array<std::pair<std::string_view, Kind>, 6> kKinds = {{{"status", Kind::status},
-                                                                      {"delay", Kind::delay},
-                                                                      {"drop", Kind::drop},
-                                                                      {"truncate", Kind::truncate},
-                                                                      {"garbage", Kind::garbage},
-                                                                      {"body", Kind::body}}};
+constexpr std::array<std::pair<std::string_view, Kind>, 6> kKinds = {{{"status", Kind::Status},
+                                                                      {"delay", Kind::Delay},
+                                                                      {"drop", Kind::Drop},
+                                                                      {"truncate", Kind::Truncate},
+                                                                      {"garbage", Kind::Garbage},
+                                                                      {"body", Kind::Body}}};
 constexpr double kLongestDelay = 600;
 // Not HTTP, not JSON, and not UTF-8.
 constexpr std::string_view kGarbage = "\x16\x03\x01\xff\xfe<\x00{]]garbage\r\n\r\n"sv;
@@ -64,10 +64,10 @@ std::optional<std::string> bodyOf(const Dictionary& dictionary) {
 }
 
 void checkCompleteness(const Fault& fault) {
-    if (fault.kind == Kind::status && !fault.status) throw MalformedRequest("a \"status\" fault needs a \"status\"");
-    if (fault.kind == Kind::body && !fault.body)
+    if (fault.kind == Kind::Status && !fault.status) throw MalformedRequest("a \"status\" fault needs a \"status\"");
+    if (fault.kind == Kind::Body && !fault.body)
         throw MalformedRequest("a \"body\" fault needs a \"body\" or \"bytes\"");
-    if (fault.kind == Kind::delay && fault.seconds == 0) throw MalformedRequest("a \"delay\" fault needs \"seconds\"");
+    if (fault.kind == Kind::Delay && fault.seconds == 0) throw MalformedRequest("a \"delay\" fault needs \"seconds\"");
 }
 
 /// HTTP defines these answers to have no body.
@@ -99,15 +99,15 @@ Dictionary Fault::asDictionary() const {
 }
 
 void Fault::spoil(ServiceResponse& response) const {
-    if (kind == Kind::drop) {
-        response.delivery = ServiceResponse::Delivery::none;
+    if (kind == Kind::Drop) {
+        response.delivery = ServiceResponse::Delivery::None;
         return;
     }
     if (status) response.status = *status;
-    if (kind == Kind::status) response.body = jsonText({{"error", "a scripted fault"}});
-    if (kind == Kind::garbage) response.body = kGarbage;
-    if (kind == Kind::garbage && !status) response.delivery = ServiceResponse::Delivery::raw;
-    if (kind == Kind::truncate) response.delivery = ServiceResponse::Delivery::truncated;
+    if (kind == Kind::Status) response.body = jsonText({{"error", "a scripted fault"}});
+    if (kind == Kind::Garbage) response.body = kGarbage;
+    if (kind == Kind::Garbage && !status) response.delivery = ServiceResponse::Delivery::Raw;
+    if (kind == Kind::Truncate) response.delivery = ServiceResponse::Delivery::Truncated;
     if (body) response.body = *body;
     if (contentType) response.contentType = *contentType;
     if (isBodyless(response.status)) response.body.clear();

@@ -13,24 +13,24 @@ namespace vorlane::service {
 struct Fault {
     enum class Kind {
         /// Replaces the status; nothing is stored.
-        status,
+        Status,
         /// Delays the answer.
-        delay,
+        Delay,
         /// Closes the connection without an answer; nothing is stored.
-        drop,
+        Drop,
         /// Sends half of the answer, then closes the connection.
-        truncate,
+        Truncate,
         /// Sends bytes that are not HTTP, or, with a status, a body that is not JSON; nothing is stored.
-        garbage,
+        Garbage,
         /// Replaces the body; nothing is stored.
-        body,
+        Body,
     };
 
     /// Assigned by the FaultScript.
     std::int64_t id = 0;
     /// The name of an endpoint, or "*" for every endpoint.
     std::string endpoint;
-    Kind kind = Kind::status;
+    Kind kind = Kind::Status;
     std::optional<int> status;
     /// The delay of the answer, for every kind.
     double seconds = 0;
@@ -49,7 +49,7 @@ struct Fault {
     Dictionary asDictionary() const;
 
     /// Whether the endpoint still processes the request.
-    bool leavesEndpointAlone() const { return kind == Kind::delay || kind == Kind::truncate; }
+    bool leavesEndpointAlone() const { return kind == Kind::Delay || kind == Kind::Truncate; }
     /// Applies the fault to the endpoint's answer, or to an empty answer if the endpoint was not called.
     void spoil(ServiceResponse& response) const;
 };

@@ -11,13 +11,13 @@ namespace vorlane::service {
 struct ServiceResponse {
     enum class Delivery {
         /// Unchanged.
-        whole,
+        Whole,
         /// Announces the whole length, sends half of the body, then closes the connection.
-        truncated,
+        Truncated,
         /// Sends the body without an HTTP header, then closes the connection.
-        raw,
+        Raw,
         /// Closes the connection without an answer.
-        none,
+        None,
     };
 
     int status = 200;
@@ -25,7 +25,7 @@ struct ServiceResponse {
     std::string body;
     /// Further headers.
     std::map<std::string, std::string> headers;
-    Delivery delivery = Delivery::whole;
+    Delivery delivery = Delivery::Whole;
 
     static ServiceResponse json(const Value& value, int status = 200);
     /// The answer of an endpoint that has no data to return.

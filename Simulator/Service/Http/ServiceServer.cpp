@@ -63,8 +63,8 @@ void readBody(ServiceRequest& request, const httplib::Request& received, httplib
 
 void sendByHand(const ServiceResponse& answer, SocketConnection& connection) {
     using Delivery = ServiceResponse::Delivery;
-    if (answer.delivery == Delivery::raw) connection.writeAll(answer.body);
-    if (answer.delivery == Delivery::truncated) {
+    if (answer.delivery == Delivery::Raw) connection.writeAll(answer.body);
+    if (answer.delivery == Delivery::Truncated) {
         connection.writeAll(fmt::format("HTTP/1.1 {} \r\nContent-Type: {}\r\nContent-Length: {}\r\n\r\n", answer.status,
                                         answer.contentType, answer.body.size()));
         connection.writeAll(std::string_view(answer.body).substr(0, answer.body.size() / 2));
@@ -74,7 +74,7 @@ void sendByHand(const ServiceResponse& answer, SocketConnection& connection) {
 }
 
 void send(const ServiceResponse& answer, httplib::Response& response) {
-    if (answer.delivery != ServiceResponse::Delivery::whole) return sendByHand(answer, HTTPServer::currentConnection());
+    if (answer.delivery != ServiceResponse::Delivery::Whole) return sendByHand(answer, HTTPServer::currentConnection());
     response.status = answer.status;
     for (const auto& [name, text] : answer.headers) response.set_header(name, text);
     response.set_content(answer.body, answer.contentType);

@@ -22,13 +22,13 @@ std::shared_ptr<OSLog> createLog() {
 std::optional<OSLogType> typeOf(VLLogLevel level) {
     switch (level) {
         case VLLogLevel::Error:
-            return OSLogType::error;
+            return OSLogType::Error;
         case VLLogLevel::Warn:
-            return OSLogType::defaultType;
+            return OSLogType::DefaultType;
         case VLLogLevel::Info:
-            return OSLogType::info;
+            return OSLogType::Info;
         case VLLogLevel::Debug:
-            return OSLogType::debug;
+            return OSLogType::Debug;
         default:
             return std::nullopt;
     }

@@ -82,9 +82,9 @@ bool isSame(const Value& value, const Value& other) {
 
 VLLogLevel logLevelOf(StorageFaults::Level level) {
     switch (level) {
-        case StorageFaults::Level::error:
+        case StorageFaults::Level::Error:
             return VLLogLevel::Error;
-        case StorageFaults::Level::warning:
+        case StorageFaults::Level::Warning:
             return VLLogLevel::Warn;
         default:
             return VLLogLevel::Info;
@@ -99,7 +99,7 @@ VLSettings::VLSettings(std::shared_ptr<UIDevice> device)
     StorageFaults::shared().setHandler(
         [](StorageFaults::Level level, const std::string& line) { logMessage(logLevelOf(level), line); });
     auto reading = file_.read();
-    if (reading.status == PropertyListFile::Status::contents) {
+    if (reading.status == PropertyListFile::Status::Contents) {
         settingsFileDictionary_ = std::move(reading.contents.get_ref<Dictionary&>());
     } else {
         writeSettingsToFile();

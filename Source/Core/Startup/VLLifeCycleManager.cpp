@@ -99,7 +99,7 @@ void VLLifeCycleManager::initialiseSDKWithApplication(const std::shared_ptr<UIAp
     registerWithPlatform();
     loadConfig();
     const auto sessionService = sessionService_.lock();
-    const bool isActive = application && application->applicationState() == UIApplicationState::active;
+    const bool isActive = application && application->applicationState() == UIApplicationState::Active;
     if (sessionService && isActive) sessionService->startSessionIfNotActive();
 }
 
@@ -168,7 +168,7 @@ void VLLifeCycleManager::loadConfig() {
     configService->loadConfigWithCompletion(
         [weakConfig = configService_, weakPermissions = permissionService_, weakLocation = locationService_,
          providesSettings = options_.providesAppNotificationSettings()](VLConfigService::LoadStatus status) {
-            if (status == VLConfigService::LoadStatus::unavailable) {
+            if (status == VLConfigService::LoadStatus::Unavailable) {
                 return logMessage(VLLogLevel::Error, kNoConfigText);
             }
             const auto config = weakConfig.lock();
@@ -212,7 +212,7 @@ void VLLifeCycleManager::applicationWillTerminate() {
     isAppInForeground_ = false;
     const auto application = application_.lock();
     // In the background the session has ended already.
-    if (!application || application->applicationState() != UIApplicationState::background) endSession();
+    if (!application || application->applicationState() != UIApplicationState::Background) endSession();
     if (const auto settings = settings_.lock()) settings->setForceGeoConfigUpdate(false);
 }
 

@@ -47,7 +47,7 @@ std::string storageFolderOf(const std::string& path) {
 
 std::optional<Value> rootIn(const Data& bytes, PropertyListFile::Root kind) {
     auto root = NSPropertyListSerialization::propertyListWithData(bytes);
-    const bool isFit = root && (kind == PropertyListFile::Root::dictionary ? root->is_object() : root->is_array());
+    const bool isFit = root && (kind == PropertyListFile::Root::DictionaryRoot ? root->is_object() : root->is_array());
     return isFit ? std::move(root) : std::nullopt;
 }
 
@@ -93,9 +93,9 @@ struct PropertyListFile::State {
 
 PropertyListFile::Reading PropertyListFile::State::read() {
     const auto access = folder->access();
-    isUnread = access == StorageFolder::Access::foreign || access == StorageFolder::Access::refused;
-    if (access == StorageFolder::Access::refused) return {Status::unreadable, {}};
-    const bool isOwned = access == StorageFolder::Access::owned;
+    isUnread = access == StorageFolder::Access::Foreign || access == StorageFolder::Access::Refused;
+    if (access == StorageFolder::Access::Refused) return {Status::Unreadable, {}};
+    const bool isOwned = access == StorageFolder::Access::Owned;
     const std::lock_guard lock(known->mutex);
     known->bytes.reset();
     Data bytes;
@@ -103,18 +103,18 @@ PropertyListFile::Reading PropertyListFile::State::read() {
     if (error == ENOENT || error == ENOTDIR) {
         // The application has deleted the file: an earlier generation must not come back.
         if (isOwned) FlushedGeneration::forget(path);
-        return {Status::absent, {}};
+        return {Status::Absent, {}};
     }
     if (error != 0 && error != EINVAL) {
         StorageFaults::shared().failed(path, kRead, error);
         isUnread = true;
-        return {Status::unreadable, {}};
+        return {Status::Unreadable, {}};
     }
     StorageFaults::shared().succeeded(path, kRead);
     auto contents = error == 0 ? rootIn(bytes, root) : std::nullopt;
     if (!contents) return readDamaged(isOwned);
     known->bytes = std::move(bytes);
-    return {Status::contents, std::move(*contents)};
+    return {Status::Contents, std::move(*contents)};
 }
 
 /// The flushed generation takes the place of a damaged file, which is kept under another name. A kill at any instant
@@ -131,8 +131,8 @@ PropertyListFile::Reading PropertyListFile::State::readDamaged(bool isOwned) {
         if (!isKept) ::rename(path.c_str(), kept.c_str());
         if (contents) FlushedGeneration::restore(path);
     }
-    if (!contents) return {Status::malformed, {}};
-    return {Status::contents, std::move(*contents)};
+    if (!contents) return {Status::Malformed, {}};
+    return {Status::Contents, std::move(*contents)};
 }
 
 bool PropertyListFile::State::write(const Data& bytes) {
@@ -142,9 +142,9 @@ bool PropertyListFile::State::write(const Data& bytes) {
         return false;
     }
     const auto access = folder->make();
-    if (access != StorageFolder::Access::owned) {
+    if (access != StorageFolder::Access::Owned) {
         // Whoever has the folder may have changed the file.
-        isUnread = access == StorageFolder::Access::foreign;
+        isUnread = access == StorageFolder::Access::Foreign;
         return false;
     }
     {
@@ -176,9 +176,9 @@ PropertyListFile::Reading PropertyListFile::read() {
 }
 
 std::optional<Value> PropertyListFile::readAgain() {
-    if (!state_->isUnread || state_->folder->access() == StorageFolder::Access::foreign) return std::nullopt;
+    if (!state_->isUnread || state_->folder->access() == StorageFolder::Access::Foreign) return std::nullopt;
     auto reading = state_->read();
-    return reading.status == Status::contents ? std::optional(std::move(reading.contents)) : std::nullopt;
+    return reading.status == Status::Contents ? std::optional(std::move(reading.contents)) : std::nullopt;
 }
 
 bool PropertyListFile::write(const Dictionary& contents) {
@@ -210,7 +210,7 @@ bool PropertyListFile::remove() {
 bool PropertyListFile::isOwned() {
     if (state_->path.empty()) return false;
     const auto access = state_->folder->access();
-    return access == StorageFolder::Access::owned || access == StorageFolder::Access::missing;
+    return access == StorageFolder::Access::Owned || access == StorageFolder::Access::Missing;
 }
 
 }  // namespace vorlane

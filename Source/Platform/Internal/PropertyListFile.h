@@ -22,21 +22,21 @@ namespace vorlane {
 class VORLANE_EXPORT PropertyListFile {
 public:
     /// What the root of the list must be; any other root is malformed.
-    enum class Root { dictionary, array };
+    enum class Root { DictionaryRoot, ArrayRoot };
 
     enum class Status {
         /// No such file.
-        absent,
-        contents,
+        Absent,
+        Contents,
         /// The bytes are no property list and there is no earlier generation. They were moved aside.
-        malformed,
+        Malformed,
         /// The system could not read the file. It stays as it is, and nothing is written over it before a later
         /// `readAgain()` has succeeded.
-        unreadable
+        Unreadable
     };
 
     struct Reading {
-        Status status = Status::absent;
+        Status status = Status::Absent;
         /// The root; null unless the status is `contents`.
         Value contents;
     };
@@ -62,7 +62,7 @@ public:
     };
 
     /// An empty path: nothing is read or written.
-    explicit PropertyListFile(std::string path, Root root = Root::dictionary);
+    explicit PropertyListFile(std::string path, Root root = Root::DictionaryRoot);
     ~PropertyListFile();
     PropertyListFile(const PropertyListFile&) = delete;
     PropertyListFile& operator=(const PropertyListFile&) = delete;

@@ -34,7 +34,7 @@ void StorageFaults::failed(const std::string& path, const char* operation, int e
         const std::lock_guard lock(mutex_);
         if (!causes_[{path, operation}].insert(error).second) return;
     }
-    report(Level::warning,
+    report(Level::Warning,
            fmt::format("Storage: {} cannot be {}: {}. Its values stay in memory.", path, operation, messageOf(error)));
 }
 
@@ -43,7 +43,7 @@ void StorageFaults::succeeded(const std::string& path, const char* operation) {
         const std::lock_guard lock(mutex_);
         if (causes_.empty() || causes_.erase({path, operation}) == 0) return;
     }
-    report(Level::info, fmt::format("Storage: {} can be {} again.", path, operation));
+    report(Level::Info, fmt::format("Storage: {} can be {} again.", path, operation));
 }
 
 void StorageFaults::folderFailed(const std::string& folder, const std::string& reason) {
@@ -51,7 +51,7 @@ void StorageFaults::folderFailed(const std::string& folder, const std::string& r
         const std::lock_guard lock(mutex_);
         if (!failedFolders_.insert(folder).second) return;
     }
-    report(Level::error, fmt::format("Storage: nothing is stored in {}: {}.", folder, reason));
+    report(Level::Error, fmt::format("Storage: nothing is stored in {}: {}.", folder, reason));
 }
 
 void StorageFaults::folderIsMissing(const std::string& placeholder, const std::string& reason) {
@@ -59,11 +59,11 @@ void StorageFaults::folderIsMissing(const std::string& placeholder, const std::s
         const std::lock_guard lock(mutex_);
         if (!failedFolders_.insert(placeholder).second) return;
     }
-    report(Level::error, fmt::format("Storage: {}. Nothing is stored, and the identity will not persist.", reason));
+    report(Level::Error, fmt::format("Storage: {}. Nothing is stored, and the identity will not persist.", reason));
 }
 
 void StorageFaults::folderIsShortLived(const std::string& folder, const std::string& reason) {
-    report(Level::error, fmt::format("Storage: {}, so {} is used. The identity will not persist.", reason, folder));
+    report(Level::Error, fmt::format("Storage: {}, so {} is used. The identity will not persist.", reason, folder));
 }
 
 void StorageFaults::folderSucceeded(const std::string& folder) {
@@ -71,7 +71,7 @@ void StorageFaults::folderSucceeded(const std::string& folder) {
         const std::lock_guard lock(mutex_);
         if (failedFolders_.erase(folder) == 0) return;
     }
-    report(Level::info, fmt::format("Storage: {} can be used from now on.", folder));
+    report(Level::Info, fmt::format("Storage: {} can be used from now on.", folder));
 }
 
 void StorageFaults::report(Level level, std::string line) {

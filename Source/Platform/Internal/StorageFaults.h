@@ -19,7 +19,7 @@ namespace vorlane {
 /// The platform cannot log by itself: the log is built on it. Lines that come before there is a handler wait for it.
 class VORLANE_EXPORT StorageFaults {
 public:
-    enum class Level { error, warning, info };
+    enum class Level { Error, Warning, Info };
     /// Must only queue the line: the caller may hold the lock of the store that failed.
     using Handler = std::function<void(Level level, const std::string& line)>;
 

@@ -60,12 +60,12 @@ void StorageFolder::releaseAll() {
 
 StorageFolder::Access StorageFolder::access() {
     const std::lock_guard lock(mutex_);
-    return isStillThere() ? Access::owned : open(false);
+    return isStillThere() ? Access::Owned : open(false);
 }
 
 StorageFolder::Access StorageFolder::make() {
     const std::lock_guard lock(mutex_);
-    return isStillThere() ? Access::owned : open(true);
+    return isStillThere() ? Access::Owned : open(true);
 }
 
 bool StorageFolder::takeIsNew() {
@@ -84,7 +84,7 @@ bool StorageFolder::isStillThere() const {
 StorageFolder::Access StorageFolder::open(bool isMade) {
     folder_ = openFolder(path_);
     if (!folder_.isOpen() && errno == ENOENT) {
-        if (!isMade) return Access::missing;
+        if (!isMade) return Access::Missing;
         isNew_ = NSFileManager::createDirectoryAtPath(path_);
         const int error = errno;
         if (isNew_) folder_ = openFolder(path_);
@@ -106,16 +106,16 @@ StorageFolder::Access StorageFolder::lock() {
         folder_.close();
         StorageFaults::shared().folderFailed(
             path_, "another process uses the folder, so this one reads it, works in memory and schedules nothing");
-        return Access::foreign;
+        return Access::Foreign;
     }
     StorageFaults::shared().folderSucceeded(path_);
-    return Access::owned;
+    return Access::Owned;
 }
 
 StorageFolder::Access StorageFolder::refuse(const std::string& reason) {
     folder_.close();
     StorageFaults::shared().folderFailed(path_, reason);
-    return Access::refused;
+    return Access::Refused;
 }
 
 void StorageFolder::release() {

@@ -18,14 +18,14 @@ class VORLANE_EXPORT StorageFolder {
 public:
     enum class Access {
         /// This process has the folder.
-        owned,
+        Owned,
         /// There is no folder yet. Only `access()` returns this.
-        missing,
+        Missing,
         /// Another process has the folder: its files may be read.
-        foreign,
+        Foreign,
         /// Another user (root excepted) owns the folder or may write to it, or it cannot be opened: nothing in it may
         /// be trusted.
-        refused
+        Refused
     };
 
     /// The folder at that path. It need not exist.

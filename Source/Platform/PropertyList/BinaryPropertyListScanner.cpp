@@ -56,8 +56,8 @@ bool BinaryPropertyListScanner::walk() {
         if (member >= summaries_.size()) return false;
         const auto visit = summaries_[static_cast<std::size_t>(member)].visit;
         // One that is still under way contains itself.
-        if (visit == Visit::underWay) return false;
-        if (visit == Visit::none && !enter(static_cast<std::size_t>(member))) return false;
+        if (visit == Visit::UnderWay) return false;
+        if (visit == Visit::None && !enter(static_cast<std::size_t>(member))) return false;
     }
     return true;
 }
@@ -69,7 +69,7 @@ bool BinaryPropertyListScanner::enter(std::size_t number) {
     // Objects may overlap, so their lengths can add up to more than the file's.
     sizeVisited_ += kObjectCost + object->length;
     if (sizeVisited_ > kLargestSize) return false;
-    summaries_[number].visit = Visit::underWay;
+    summaries_[number].visit = Visit::UnderWay;
     path_.push_back({number, *object});
     return true;
 }
@@ -90,7 +90,7 @@ bool BinaryPropertyListScanner::leave() {
             return false;
     }
     if (object.isContainer) ++summary.depth;
-    summary.visit = Visit::done;
+    summary.visit = Visit::Done;
     path_.pop_back();
     return summary.depth <= DocumentLimits::kDeepestNesting;
 }

@@ -25,9 +25,9 @@ private:
         std::size_t memberCount = 0;
         bool isContainer = false;
     };
-    enum class Visit : std::uint8_t { none, underWay, done };
+    enum class Visit : std::uint8_t { None, UnderWay, Done };
     struct Summary {
-        Visit visit = Visit::none;
+        Visit visit = Visit::None;
         int depth = 0;
         std::uint64_t size = 0;
         std::uint64_t valueCount = 0;

@@ -263,7 +263,7 @@ TEST_F(VLLifeCycleManagerTest, WithAConfigurationNoErrorIsLogged) {
 }
 
 TEST_F(VLLifeCycleManagerTest, AnActiveApplicationStartsItsSessionAtLaunch) {
-    phone().simulatedApplication().setApplicationState(UIApplicationState::active);
+    phone().simulatedApplication().setApplicationState(UIApplicationState::Active);
     launch();
     EXPECT_EQ(sessionStarts(), 1U);
 }

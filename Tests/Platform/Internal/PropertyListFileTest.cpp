@@ -31,7 +31,7 @@ protected:
     /// What another object reads, as a process does when it starts.
     std::optional<Value> stored() const {
         auto reading = PropertyListFile(path("file.plist")).read();
-        return reading.status == Status::contents ? std::optional(std::move(reading.contents)) : std::nullopt;
+        return reading.status == Status::Contents ? std::optional(std::move(reading.contents)) : std::nullopt;
     }
 
     static void flush() {
@@ -59,22 +59,22 @@ protected:
 };
 
 TEST_F(PropertyListFileTest, ReadsWhatWasWritten) {
-    EXPECT_EQ(file.read().status, Status::absent);
+    EXPECT_EQ(file.read().status, Status::Absent);
     EXPECT_TRUE(file.write(version(1)));
     EXPECT_EQ(stored(), Value(version(1)));
 }
 
 TEST_F(PropertyListFileTest, ReadsAnArrayOnlyIfAskedFor) {
-    PropertyListFile list(path("list.plist"), PropertyListFile::Root::array);
+    PropertyListFile list(path("list.plist"), PropertyListFile::Root::ArrayRoot);
     EXPECT_TRUE(list.write(Array{1, 2}));
     EXPECT_EQ(list.read().contents, Value(Array{1, 2}));
-    EXPECT_EQ(PropertyListFile(path("list.plist")).read().status, Status::malformed);
-    EXPECT_EQ(list.read().status, Status::absent) << "moved aside";
+    EXPECT_EQ(PropertyListFile(path("list.plist")).read().status, Status::Malformed);
+    EXPECT_EQ(list.read().status, Status::Absent) << "moved aside";
 }
 
 TEST_F(PropertyListFileTest, WithoutAPathNothingIsStored) {
     PropertyListFile none("");
-    EXPECT_EQ(none.read().status, Status::absent);
+    EXPECT_EQ(none.read().status, Status::Absent);
     EXPECT_FALSE(none.write(version(1)));
     EXPECT_FALSE(none.isOwned());
 }
@@ -86,7 +86,7 @@ TEST_F(PropertyListFileTest, UnreadableFileIsKeptAndNotOverwritten) {
         {
             FailingSystemCalls calls;
             calls.failOpening(error);
-            EXPECT_EQ(other.read().status, Status::unreadable) << error;
+            EXPECT_EQ(other.read().status, Status::Unreadable) << error;
             EXPECT_EQ(other.readAgain(), std::nullopt);
             EXPECT_FALSE(other.write(version(2))) << error;
         }
@@ -104,7 +104,7 @@ TEST_F(PropertyListFileTest, FailingReadIsNoDamage) {
     {
         FailingSystemCalls calls;
         calls.failReads();
-        EXPECT_EQ(file.read().status, Status::unreadable);
+        EXPECT_EQ(file.read().status, Status::Unreadable);
     }
     EXPECT_EQ(file.readAgain(), std::optional<Value>(version(1)));
 }
@@ -112,15 +112,15 @@ TEST_F(PropertyListFileTest, FailingReadIsNoDamage) {
 TEST_F(PropertyListFileTest, OverlongFileIsUnreadable) {
     replace("x");
     std::filesystem::resize_file(path("file.plist"), (std::size_t{64} << 20U) + 1);
-    EXPECT_EQ(file.read().status, Status::unreadable);
+    EXPECT_EQ(file.read().status, Status::Unreadable);
     EXPECT_FALSE(file.write(version(1)));
 }
 
 TEST_F(PropertyListFileTest, KeepsThe3NewestDamagedFiles) {
     for (const auto* text : {"first", "second", "third", "fourth"}) {
         replace(text);
-        EXPECT_EQ(file.read().status, Status::malformed);
-        EXPECT_EQ(file.read().status, Status::absent);
+        EXPECT_EQ(file.read().status, Status::Malformed);
+        EXPECT_EQ(file.read().status, Status::Absent);
     }
     EXPECT_EQ(textOf(path("file.plist.corrupt")), "fourth");
     EXPECT_EQ(textOf(path("file.plist.corrupt.1")), "third");
@@ -130,10 +130,10 @@ TEST_F(PropertyListFileTest, KeepsThe3NewestDamagedFiles) {
 
 TEST_F(PropertyListFileTest, WhatIsNoFileIsMovedAside) {
     ASSERT_EQ(mkfifo(path("file.plist").c_str(), 0600), 0);
-    EXPECT_EQ(file.read().status, Status::malformed);
+    EXPECT_EQ(file.read().status, Status::Malformed);
     EXPECT_TRUE(file.write(version(1)));
     ASSERT_TRUE(NSFileManager::createDirectoryAtPath(path("folder.plist/occupied")));
-    EXPECT_EQ(PropertyListFile(path("folder.plist")).read().status, Status::malformed);
+    EXPECT_EQ(PropertyListFile(path("folder.plist")).read().status, Status::Malformed);
     EXPECT_THAT(names(), ::testing::UnorderedElementsAre("file.plist", "file.plist.corrupt", "folder.plist.corrupt"));
 }
 
@@ -178,9 +178,9 @@ TEST_F(PropertyListFileTest, DeletedFileIsNotResurrected) {
     file.write(version(1));
     flush();
     std::filesystem::remove(path("file.plist"));
-    EXPECT_EQ(file.read().status, Status::absent);
+    EXPECT_EQ(file.read().status, Status::Absent);
     replace("damaged");
-    EXPECT_EQ(file.read().status, Status::malformed);
+    EXPECT_EQ(file.read().status, Status::Malformed);
 }
 
 TEST_F(PropertyListFileTest, RemovedFileLosesItsFlushedGeneration) {

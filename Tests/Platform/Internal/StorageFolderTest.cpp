@@ -52,9 +52,9 @@ protected:
 
 TEST_F(StorageFolderTest, FolderIsMadeForTheFirstWrite) {
     const auto storage = StorageFolder::at(folder);
-    EXPECT_EQ(storage->access(), Access::missing);
+    EXPECT_EQ(storage->access(), Access::Missing);
     EXPECT_FALSE(NSFileManager::fileExistsAtPath(folder));
-    EXPECT_EQ(storage->make(), Access::owned);
+    EXPECT_EQ(storage->make(), Access::Owned);
     struct stat information {};
     ASSERT_EQ(stat(folder.c_str(), &information), 0);
     EXPECT_EQ(information.st_mode & 0777U, 0700U);
@@ -71,12 +71,12 @@ TEST_F(StorageFolderTest, FolderThatOthersMayWriteToIsRefused) {
     for (const unsigned mode : {0777U, 0770U, 0702U}) {
         std::filesystem::create_directory(folder);
         ASSERT_EQ(chmod(folder.c_str(), mode), 0);
-        EXPECT_EQ(StorageFolder::at(folder)->access(), Access::refused) << mode;
-        EXPECT_EQ(file.read().status, PropertyListFile::Status::unreadable);
+        EXPECT_EQ(StorageFolder::at(folder)->access(), Access::Refused) << mode;
+        EXPECT_EQ(file.read().status, PropertyListFile::Status::Unreadable);
         EXPECT_FALSE(file.write(Dictionary{{"k", 1}}));
         EXPECT_TRUE(std::filesystem::is_empty(folder));
         ASSERT_EQ(chmod(folder.c_str(), 0755), 0);
-        EXPECT_EQ(StorageFolder::at(folder)->access(), Access::owned);
+        EXPECT_EQ(StorageFolder::at(folder)->access(), Access::Owned);
         std::filesystem::remove(folder);
     }
     EXPECT_THAT(lines, Contains(AllOf(HasSubstr("ERROR"), HasSubstr(folder), HasSubstr("other users may write"))));
@@ -85,14 +85,14 @@ TEST_F(StorageFolderTest, FolderThatOthersMayWriteToIsRefused) {
 TEST_F(StorageFolderTest, FolderOfAnotherUserIsRefused) {
     if (geteuid() != 0) {
         // Only root can give a folder away; one of root's is trusted.
-        EXPECT_NE(StorageFolder::at("/usr")->access(), Access::refused);
+        EXPECT_NE(StorageFolder::at("/usr")->access(), Access::Refused);
         return;
     }
     std::filesystem::create_directory(folder);
     ASSERT_EQ(chmod(folder.c_str(), 0700), 0);
     ASSERT_EQ(chown(folder.c_str(), 65534, 65534), 0);
-    EXPECT_EQ(StorageFolder::at(folder)->make(), Access::refused);
-    EXPECT_EQ(StorageFolder::at(folder)->make(), Access::refused);
+    EXPECT_EQ(StorageFolder::at(folder)->make(), Access::Refused);
+    EXPECT_EQ(StorageFolder::at(folder)->make(), Access::Refused);
     EXPECT_THAT(lines, ElementsAre(AllOf(HasSubstr("ERROR"), HasSubstr("another user owns the folder"))));
 }
 
@@ -100,11 +100,11 @@ TEST_F(StorageFolderTest, LinkOfAnotherUserIsRefused) {
     std::filesystem::create_directory(path("target"));
     ASSERT_EQ(chmod(path("target").c_str(), 0700), 0);
     std::filesystem::create_directory_symlink(path("target"), folder);
-    EXPECT_EQ(StorageFolder::at(folder)->access(), Access::owned) << "this user's own link";
+    EXPECT_EQ(StorageFolder::at(folder)->access(), Access::Owned) << "this user's own link";
     StorageFolder::releaseAll();
     if (geteuid() != 0) return;
     ASSERT_EQ(lchown(folder.c_str(), 65534, 65534), 0);
-    EXPECT_EQ(StorageFolder::at(folder)->access(), Access::refused);
+    EXPECT_EQ(StorageFolder::at(folder)->access(), Access::Refused);
 }
 
 TEST_F(StorageFolderTest, SecondProcessReadsButDoesNotWrite) {
@@ -131,7 +131,7 @@ TEST_F(StorageFolderTest, SecondProcessReadsButDoesNotWrite) {
 TEST_F(StorageFolderTest, SecondProcessLeavesDamagedFilesAlone) {
     ASSERT_TRUE(NSFileManager::writeToFile({'x'}, folder + "/file.plist"));
     const auto other = lockOfAnother();
-    EXPECT_EQ(file.read().status, PropertyListFile::Status::malformed);
+    EXPECT_EQ(file.read().status, PropertyListFile::Status::Malformed);
     EXPECT_TRUE(NSFileManager::fileExistsAtPath(folder + "/file.plist"));
 }
 

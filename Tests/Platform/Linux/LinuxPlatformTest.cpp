@@ -209,7 +209,7 @@ TEST_F(LinuxPlatformTest, ShutdownCancelsRequestsAndRunsHandlers) {
     Platform::shutdown();
     for (auto& request : requests) {
         ASSERT_TRUE(request.hasEnded());
-        EXPECT_EQ(request.outcome().errorCode(), static_cast<std::int64_t>(NSURLError::cancelled));
+        EXPECT_EQ(request.outcome().errorCode(), static_cast<std::int64_t>(NSURLError::Cancelled));
     }
 }
 

@@ -54,8 +54,8 @@ protected:
     void note() {
         for (const auto* name : kFiles) {
             const auto reading = PropertyListFile(day + "/" + name).read();
-            const bool isThere = reading.status == PropertyListFile::Status::contents;
-            ASSERT_TRUE(isThere || reading.status == PropertyListFile::Status::absent);
+            const bool isThere = reading.status == PropertyListFile::Status::Contents;
+            ASSERT_TRUE(isThere || reading.status == PropertyListFile::Status::Absent);
             auto value = isThere ? reading.contents : Value();
             if (histories[name].back() != value) histories[name].push_back(std::move(value));
         }
@@ -91,8 +91,8 @@ protected:
         for (const bool isFirst : {true, false}) {
             PropertyListFile file(after + "/" + name);
             const auto reading = file.read();
-            ASSERT_NE(reading.status, PropertyListFile::Status::unreadable) << cut;
-            const auto value = reading.status == PropertyListFile::Status::contents ? reading.contents : Value();
+            ASSERT_NE(reading.status, PropertyListFile::Status::Unreadable) << cut;
+            const auto value = reading.status == PropertyListFile::Status::Contents ? reading.contents : Value();
             if (isFirst) {
                 first = value;
             } else {
@@ -107,12 +107,12 @@ protected:
 
     void cutEverywhere() {
         using Cut = RecordedDisk::Cut;
-        const Cut::Bytes kinds[] = {Cut::Bytes::all, Cut::Bytes::none, Cut::Bytes::half, Cut::Bytes::zeros};
+        const Cut::Bytes kinds[] = {Cut::Bytes::All, Cut::Bytes::None, Cut::Bytes::Half, Cut::Bytes::Zeros};
         for (std::size_t count = 0; count <= disk->operationCount(); ++count) {
             for (const auto bytes : kinds) {
-                std::vector<Cut> cuts{{Cut::Names::none, bytes, 0}, {Cut::Names::all, bytes, 0}};
+                std::vector<Cut> cuts{{Cut::Names::None, bytes, 0}, {Cut::Names::All, bytes, 0}};
                 for (unsigned seed = 0; seed < 2; ++seed) {
-                    cuts.push_back({Cut::Names::some, bytes, seed + 7 * static_cast<unsigned>(count)});
+                    cuts.push_back({Cut::Names::Some, bytes, seed + 7 * static_cast<unsigned>(count)});
                 }
                 for (const auto& cut : cuts) {
                     disk->restore(count, cut, after);

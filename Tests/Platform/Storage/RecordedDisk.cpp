@@ -61,15 +61,15 @@ void RecordedDisk::Disk::apply(const Change& change) {
 void RecordedDisk::Disk::perform(const Operation& operation) {
     const auto& [kind, file, path, target, written] = operation;
     switch (kind) {
-        case Operation::Kind::create:
+        case Operation::Kind::Create:
             return change({{folderOf(path)}, {}, path, file, false});
-        case Operation::Kind::write:
+        case Operation::Kind::Write:
             bytes[file] += written;
             return;
-        case Operation::Kind::flushFile:
+        case Operation::Kind::FlushFile:
             durableBytes[file] = bytes[file];
             return;
-        case Operation::Kind::flushFolder: {
+        case Operation::Kind::FlushFolder: {
             const auto first = std::stable_partition(pending.begin(), pending.end(), [&path = path](const auto& other) {
                 return !other.folders.contains(path);
             });
@@ -77,22 +77,22 @@ void RecordedDisk::Disk::perform(const Operation& operation) {
             pending.erase(first, pending.end());
             return;
         }
-        case Operation::Kind::move:
+        case Operation::Kind::Move:
             // Both names may stand for one file already; then the system does nothing.
             if (seen[path] == seen[target]) return;
             return change({{folderOf(path), folderOf(target)}, {path}, target, seen[path], false});
-        case Operation::Kind::link:
+        case Operation::Kind::Link:
             return change({{folderOf(target)}, {}, target, seen[path], false});
-        case Operation::Kind::remove:
+        case Operation::Kind::Remove:
             return change({{folderOf(path)}, {path}, {}, 0, false});
-        case Operation::Kind::makeFolder:
+        case Operation::Kind::MakeFolder:
             return change({{folderOf(path)}, {}, path, 0, true});
     }
 }
 
 void RecordedDisk::Disk::applyPending(const Cut& cut) {
-    if (cut.names == Cut::Names::none) return;
-    if (cut.names == Cut::Names::some) {
+    if (cut.names == Cut::Names::None) return;
+    if (cut.names == Cut::Names::Some) {
         std::mt19937 random(cut.seed);
         std::shuffle(pending.begin(), pending.end(), random);
         pending.resize(pending.empty() ? 0 : random() % pending.size() + 1);
@@ -104,9 +104,9 @@ std::string RecordedDisk::Disk::bytesOf(int file, Cut::Bytes kind) const {
     const auto whole = bytes.find(file);
     const auto durable = durableBytes.find(file);
     if (durable != durableBytes.end()) return durable->second;
-    if (whole == bytes.end() || kind == Cut::Bytes::none) return {};
-    if (kind == Cut::Bytes::half) return whole->second.substr(0, whole->second.size() / 2);
-    return kind == Cut::Bytes::zeros ? std::string(whole->second.size(), '\0') : whole->second;
+    if (whole == bytes.end() || kind == Cut::Bytes::None) return {};
+    if (kind == Cut::Bytes::Half) return whole->second.substr(0, whole->second.size() / 2);
+    return kind == Cut::Bytes::Zeros ? std::string(whole->second.size(), '\0') : whole->second;
 }
 
 RecordedDisk::RecordedDisk(std::string folder) : folder_(std::move(folder)) { inForce = this; }
@@ -157,7 +157,7 @@ void RecordedDisk::opened(int descriptor, const std::string& path, bool isNew) {
     foldersByDescriptor_.erase(descriptor);
     if (isNew) {
         filesByDescriptor_[descriptor] = ++newestFile_;
-        operations_.push_back({Operation::Kind::create, newestFile_, path, {}, {}});
+        operations_.push_back({Operation::Kind::Create, newestFile_, path, {}, {}});
     } else if (std::filesystem::is_directory(path)) {
         foldersByDescriptor_[descriptor] = path;
     } else {
@@ -175,32 +175,32 @@ void RecordedDisk::written(int descriptor, const void* bytes, std::size_t count)
     const auto found = filesByDescriptor_.find(descriptor);
     if (found == filesByDescriptor_.end()) return;
     operations_.push_back(
-        {Operation::Kind::write, found->second, {}, {}, std::string(static_cast<const char*>(bytes), count)});
+        {Operation::Kind::Write, found->second, {}, {}, std::string(static_cast<const char*>(bytes), count)});
 }
 
 void RecordedDisk::flushed(int descriptor) {
     const std::lock_guard lock(mutex_);
     if (const auto file = filesByDescriptor_.find(descriptor); file != filesByDescriptor_.end()) {
-        operations_.push_back({Operation::Kind::flushFile, file->second, {}, {}, {}});
+        operations_.push_back({Operation::Kind::FlushFile, file->second, {}, {}, {}});
     } else if (const auto folder = foldersByDescriptor_.find(descriptor); folder != foldersByDescriptor_.end()) {
-        operations_.push_back({Operation::Kind::flushFolder, 0, folder->second, {}, {}});
+        operations_.push_back({Operation::Kind::FlushFolder, 0, folder->second, {}, {}});
     }
 }
 
 void RecordedDisk::moved(const std::string& from, const std::string& to) {
-    if (isWithin(from)) add({Operation::Kind::move, 0, from, to, {}});
+    if (isWithin(from)) add({Operation::Kind::Move, 0, from, to, {}});
 }
 
 void RecordedDisk::linked(const std::string& from, const std::string& to) {
-    if (isWithin(from)) add({Operation::Kind::link, 0, from, to, {}});
+    if (isWithin(from)) add({Operation::Kind::Link, 0, from, to, {}});
 }
 
 void RecordedDisk::removed(const std::string& path) {
-    if (isWithin(path)) add({Operation::Kind::remove, 0, path, {}, {}});
+    if (isWithin(path)) add({Operation::Kind::Remove, 0, path, {}, {}});
 }
 
 void RecordedDisk::madeFolder(const std::string& path) {
-    if (isWithin(path)) add({Operation::Kind::makeFolder, 0, path, {}, {}});
+    if (isWithin(path)) add({Operation::Kind::MakeFolder, 0, path, {}, {}});
 }
 
 }  // namespace vorlane

@@ -20,10 +20,10 @@ class RecordedDisk {
 public:
     /// How much of what was not flushed the disk has taken.
     struct Cut {
-        enum class Names { none, all, some };
-        enum class Bytes { all, none, half, zeros };
-        Names names = Names::none;
-        Bytes bytes = Bytes::all;
+        enum class Names { None, All, Some };
+        enum class Bytes { All, None, Half, Zeros };
+        Names names = Names::None;
+        Bytes bytes = Bytes::All;
         /// Chooses the names that "some" stands for, in any order.
         unsigned seed = 0;
     };
@@ -59,7 +59,7 @@ public:
 
 private:
     struct Operation {
-        enum class Kind { create, write, flushFile, flushFolder, move, link, remove, makeFolder };
+        enum class Kind { Create, Write, FlushFile, FlushFolder, Move, Link, Remove, MakeFolder };
         Kind kind;
         int file = 0;
         std::string path, target, bytes;

@@ -47,12 +47,12 @@ void LinuxApplication::willEnterForeground() {
 }
 
 TimeInterval LinuxApplication::backgroundTimeRemaining() const {
-    if (applicationState() != UIApplicationState::background) return UIApplication::backgroundTimeRemaining();
+    if (applicationState() != UIApplicationState::Background) return UIApplication::backgroundTimeRemaining();
     return std::clamp(kBackgroundTime - (clock_->now() - stayBegan_), 0.0, kBackgroundTime);
 }
 
 void LinuxApplication::backgroundTimeEnded(std::uint64_t stay) {
-    if (stay != stay_ || applicationState() != UIApplicationState::background) return;
+    if (stay != stay_ || applicationState() != UIApplicationState::Background) return;
     expireBackgroundTasks();
 }
 
@@ -75,8 +75,8 @@ void LinuxApplication::setMinimumBackgroundFetchInterval(TimeInterval seconds) {
 }
 
 UIBackgroundRefreshStatus LinuxApplication::backgroundRefreshStatus() const {
-    return callbacks_.setMinimumBackgroundFetchInterval ? UIBackgroundRefreshStatus::available
-                                                        : UIBackgroundRefreshStatus::restricted;
+    return callbacks_.setMinimumBackgroundFetchInterval ? UIBackgroundRefreshStatus::Available
+                                                        : UIBackgroundRefreshStatus::Restricted;
 }
 
 void LinuxApplication::keepScheduledLocalNotifications(const std::string& path) {

@@ -31,24 +31,24 @@ CurlDataTask::CurlDataTask(std::shared_ptr<CurlMultiLoop> loop, NSURLRequest req
 CurlDataTask::~CurlDataTask() { loop_->releaseBytes(heldBytes_); }
 
 void CurlDataTask::resume() {
-    State expected = State::suspended;
-    if (state_.compare_exchange_strong(expected, State::resumed)) loop_->start(shared_from_this());
+    State expected = State::Suspended;
+    if (state_.compare_exchange_strong(expected, State::Resumed)) loop_->start(shared_from_this());
 }
 
 void CurlDataTask::cancel() {
     switch (state_) {
-        case State::suspended:
+        case State::Suspended:
             return loop_->deliver(endCancelled());
-        case State::resumed:
+        case State::Resumed:
             return loop_->cancel(shared_from_this());
-        case State::ended:
+        case State::Ended:
             return;
     }
 }
 
 std::optional<CurlCompletion> CurlDataTask::end(std::optional<Data> data, std::shared_ptr<const NSURLResponse> response,
                                                 std::optional<NSError> error) {
-    if (state_.exchange(State::ended) == State::ended) return std::nullopt;
+    if (state_.exchange(State::Ended) == State::Ended) return std::nullopt;
     return CurlCompletion{std::move(handler_), std::move(data), std::move(response), std::move(error)};
 }
 
@@ -57,7 +57,7 @@ std::optional<CurlCompletion> CurlDataTask::endWithError(NSError error) {
 }
 
 std::optional<CurlCompletion> CurlDataTask::endCancelled() {
-    return endWithError(makeURLError(NSURLError::cancelled, "The request was cancelled", request_.URL));
+    return endWithError(makeURLError(NSURLError::Cancelled, "The request was cancelled", request_.URL));
 }
 
 }  // namespace vorlane

@@ -38,14 +38,14 @@ public:
     std::optional<CurlCompletion> endWithError(NSError error);
     /// Ends the task with code -999.
     std::optional<CurlCompletion> endCancelled();
-    bool hasEnded() const { return state_ == State::ended; }
+    bool hasEnded() const { return state_ == State::Ended; }
 
     /// The transfer that performs the task, or null. Network thread only.
     CurlTransfer* transfer() const { return transfer_; }
     void setTransfer(CurlTransfer* transfer) { transfer_ = transfer; }
 
 private:
-    enum class State : std::uint8_t { suspended, resumed, ended };
+    enum class State : std::uint8_t { Suspended, Resumed, Ended };
 
     // Fixed at construction.
     const std::shared_ptr<CurlMultiLoop> loop_;
@@ -53,7 +53,7 @@ private:
     const std::size_t heldBytes_;
     // Only for the caller that changes the state to ended.
     NSURLSession::CompletionHandler handler_;
-    std::atomic<State> state_ = State::suspended;
+    std::atomic<State> state_ = State::Suspended;
     CurlTransfer* transfer_ = nullptr;
 };
 

@@ -11,24 +11,24 @@ namespace {
 NSURLError certificateError(long verification) {
     switch (verification) {
         case X509_V_ERR_CERT_HAS_EXPIRED:
-            return NSURLError::serverCertificateHasBadDate;
+            return NSURLError::ServerCertificateHasBadDate;
         case X509_V_ERR_CERT_NOT_YET_VALID:
-            return NSURLError::serverCertificateNotYetValid;
+            return NSURLError::ServerCertificateNotYetValid;
         case X509_V_ERR_UNABLE_TO_GET_ISSUER_CERT:
         case X509_V_ERR_UNABLE_TO_GET_ISSUER_CERT_LOCALLY:
         case X509_V_ERR_UNABLE_TO_VERIFY_LEAF_SIGNATURE:
         case X509_V_ERR_DEPTH_ZERO_SELF_SIGNED_CERT:
         case X509_V_ERR_SELF_SIGNED_CERT_IN_CHAIN:
-            return NSURLError::serverCertificateHasUnknownRoot;
+            return NSURLError::ServerCertificateHasUnknownRoot;
         // OpenSSL accepts a certificate for another host: libcurl compares the names.
         default:
-            return NSURLError::serverCertificateUntrusted;
+            return NSURLError::ServerCertificateUntrusted;
     }
 }
 
 NSURLError connectError(long systemError) {
     const bool isOffline = systemError == ENETUNREACH || systemError == ENETDOWN;
-    return isOffline ? NSURLError::notConnectedToInternet : NSURLError::cannotConnectToHost;
+    return isOffline ? NSURLError::NotConnectedToInternet : NSURLError::CannotConnectToHost;
 }
 
 }  // namespace
@@ -40,18 +40,18 @@ NSError makeURLError(NSURLError code, const std::string& description, const NSUR
 }
 
 NSURLError urlErrorCode(const CurlFailure& failure) {
-    if (failure.isTooLong) return NSURLError::dataLengthExceedsMaximum;
-    if (failure.isGarbage) return NSURLError::badServerResponse;
+    if (failure.isTooLong) return NSURLError::DataLengthExceedsMaximum;
+    if (failure.isGarbage) return NSURLError::BadServerResponse;
     switch (failure.code) {
         case CURLE_OPERATION_TIMEDOUT:
-            return NSURLError::timedOut;
+            return NSURLError::TimedOut;
         case CURLE_URL_MALFORMAT:
-            return NSURLError::badURL;
+            return NSURLError::BadURL;
         case CURLE_UNSUPPORTED_PROTOCOL:
-            return NSURLError::unsupportedURL;
+            return NSURLError::UnsupportedURL;
         case CURLE_COULDNT_RESOLVE_HOST:
         case CURLE_COULDNT_RESOLVE_PROXY:
-            return NSURLError::cannotFindHost;
+            return NSURLError::CannotFindHost;
         case CURLE_COULDNT_CONNECT:
             return connectError(failure.systemError);
         case CURLE_GOT_NOTHING:
@@ -60,15 +60,15 @@ NSURLError urlErrorCode(const CurlFailure& failure) {
         case CURLE_RECV_ERROR:
         case CURLE_HTTP2:
         case CURLE_HTTP2_STREAM:
-            return NSURLError::networkConnectionLost;
+            return NSURLError::NetworkConnectionLost;
         case CURLE_TOO_MANY_REDIRECTS:
-            return NSURLError::httpTooManyRedirects;
+            return NSURLError::HttpTooManyRedirects;
         case CURLE_WEIRD_SERVER_REPLY:
-            return NSURLError::badServerResponse;
+            return NSURLError::BadServerResponse;
         case CURLE_BAD_CONTENT_ENCODING:
-            return NSURLError::cannotDecodeContentData;
+            return NSURLError::CannotDecodeContentData;
         case CURLE_FILESIZE_EXCEEDED:
-            return NSURLError::dataLengthExceedsMaximum;
+            return NSURLError::DataLengthExceedsMaximum;
         case CURLE_PEER_FAILED_VERIFICATION:
             return certificateError(failure.verification);
         case CURLE_SSL_CONNECT_ERROR:
@@ -77,13 +77,13 @@ NSURLError urlErrorCode(const CurlFailure& failure) {
         case CURLE_SSL_ISSUER_ERROR:
         case CURLE_SSL_ENGINE_INITFAILED:
         case CURLE_USE_SSL_FAILED:
-            return NSURLError::secureConnectionFailed;
+            return NSURLError::SecureConnectionFailed;
         case CURLE_SSL_CERTPROBLEM:
-            return NSURLError::clientCertificateRejected;
+            return NSURLError::ClientCertificateRejected;
         case CURLE_SSL_CLIENTCERT:
-            return NSURLError::clientCertificateRequired;
+            return NSURLError::ClientCertificateRequired;
         default:
-            return NSURLError::unknown;
+            return NSURLError::Unknown;
     }
 }
 

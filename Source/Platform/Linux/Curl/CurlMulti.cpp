@@ -213,7 +213,7 @@ void CurlMulti::endOverdueWaiting(Host& host) {
 }
 
 void CurlMulti::endTimedOut(CurlDataTask& task, const NSURL& url) {
-    end(task.endWithError(makeURLError(NSURLError::timedOut, "The request timed out", url)));
+    end(task.endWithError(makeURLError(NSURLError::TimedOut, "The request timed out", url)));
 }
 
 void CurlMulti::expectProgress(TimePoint since) { nextCheck_ = std::min(nextCheck_, since + settings_.timeout); }

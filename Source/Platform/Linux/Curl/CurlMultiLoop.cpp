@@ -43,19 +43,19 @@ void CurlMultiLoop::start(std::shared_ptr<CurlDataTask> task) {
     // Without this task's own bytes: a single request may have any size.
     if (heldBytes_ - task->heldBytes() > kMostHeldBytes) return fail(*task, kNoMemory);
     std::unique_lock lock(mutex_);
-    std::thread ended = phase_ == Phase::unused ? startThread() : std::thread();
+    std::thread ended = phase_ == Phase::Unused ? startThread() : std::thread();
     const Phase phase = phase_;
-    if (phase == Phase::running) mail_.started.push_back(std::move(task));
+    if (phase == Phase::Running) mail_.started.push_back(std::move(task));
     wake(std::move(lock));
     joinEnded(std::move(ended));
     // At exit, halted, the task stays as it is.
-    if (phase == Phase::stopped) deliver(task->endCancelled());
-    if (phase == Phase::unused) fail(*task, kNoThread);
+    if (phase == Phase::Stopped) deliver(task->endCancelled());
+    if (phase == Phase::Unused) fail(*task, kNoThread);
 }
 
 void CurlMultiLoop::cancel(std::shared_ptr<CurlDataTask> task) {
     std::unique_lock lock(mutex_);
-    if (phase_ != Phase::running) return;
+    if (phase_ != Phase::Running) return;
     mail_.cancelled.push_back(std::move(task));
     wake(std::move(lock));
 }
@@ -68,18 +68,18 @@ void CurlMultiLoop::deliver(std::optional<CurlCompletion> completion) {
 }
 
 void CurlMultiLoop::fail(CurlDataTask& task, const char* description) {
-    deliver(task.endWithError(makeURLError(NSURLError::unknown, description, task.request().URL)));
+    deliver(task.endWithError(makeURLError(NSURLError::Unknown, description, task.request().URL)));
 }
 
-void CurlMultiLoop::stop(TimePoint deadline) { leave(std::unique_lock(mutex_), Phase::stopped, deadline); }
+void CurlMultiLoop::stop(TimePoint deadline) { leave(std::unique_lock(mutex_), Phase::Stopped, deadline); }
 
 void CurlMultiLoop::haltForExit() {
-    leave(std::unique_lock(mutex_), Phase::halted, std::chrono::steady_clock::now() + kLongestHalt);
+    leave(std::unique_lock(mutex_), Phase::Halted, std::chrono::steady_clock::now() + kLongestHalt);
 }
 
 void CurlMultiLoop::nameLookedUp(const CurlResolver::Answer& answer) {
     std::unique_lock lock(mutex_);
-    if (phase_ != Phase::running) return;
+    if (phase_ != Phase::Running) return;
     mail_.names.push_back(answer);
     wake(std::move(lock));
 }
@@ -87,13 +87,13 @@ void CurlMultiLoop::nameLookedUp(const CurlResolver::Answer& answer) {
 /// Leaves the phase as it is if the system has no thread left. Returns the thread before, which has ended.
 std::thread CurlMultiLoop::startThread() {
     if (!isWatched_ && !ExitGate::shared().watch(shared_from_this())) {
-        phase_ = Phase::halted;
+        phase_ = Phase::Halted;
         return {};
     }
     isWatched_ = true;
     std::thread ended = std::exchange(thread_, startQuietThread([self = shared_from_this()] { self->run(); }));
     hasThread_ = thread_.joinable();
-    if (hasThread_) phase_ = Phase::running;
+    if (hasThread_) phase_ = Phase::Running;
     return ended;
 }
 
@@ -106,7 +106,7 @@ void CurlMultiLoop::wake(std::unique_lock<std::mutex> lock) {
 }
 
 void CurlMultiLoop::leave(std::unique_lock<std::mutex> lock, Phase phase, TimePoint deadline) {
-    if (phase_ == Phase::unused || phase_ == Phase::running) phase_ = phase;
+    if (phase_ == Phase::Unused || phase_ == Phase::Running) phase_ = phase;
     if (std::exchange(isAsleep_, false)) event_->signal();
     const bool hasEnded = threadEnded_.wait_until(lock, deadline, [this] { return !hasThread_; });
     std::thread thread = std::move(thread_);
@@ -138,8 +138,8 @@ void CurlMultiLoop::failForWantOfDescriptors() {
     Mail mail;
     {
         const std::lock_guard lock(mutex_);
-        if (phase_ != Phase::halted) std::swap(mail, mail_);
-        if (phase_ == Phase::running) phase_ = Phase::unused;
+        if (phase_ != Phase::Halted) std::swap(mail, mail_);
+        if (phase_ == Phase::Running) phase_ = Phase::Unused;
         hasThread_ = false;
         threadEnded_.notify_all();
     }
@@ -157,7 +157,7 @@ void CurlMultiLoop::runMulti() {
     }
 
     std::unique_lock lock(mutex_);
-    if (phase_ == Phase::stopped) {
+    if (phase_ == Phase::Stopped) {
         lock.unlock();
         open(mail);
         multi_->cancelAll();
@@ -173,8 +173,8 @@ bool CurlMultiLoop::takeMail(Mail& mail) {
     const std::lock_guard lock(mutex_);
     isAsleep_ = false;
     // At exit everything stays where it is, above all the host's handlers.
-    if (phase_ != Phase::halted) std::swap(mail, mail_);
-    return phase_ == Phase::running;
+    if (phase_ != Phase::Halted) std::swap(mail, mail_);
+    return phase_ == Phase::Running;
 }
 
 void CurlMultiLoop::open(Mail& mail) {
@@ -188,7 +188,7 @@ void CurlMultiLoop::open(Mail& mail) {
 
 bool CurlMultiLoop::maySleep() {
     const std::lock_guard lock(mutex_);
-    isAsleep_ = phase_ == Phase::running && mail_.isEmpty();
+    isAsleep_ = phase_ == Phase::Running && mail_.isEmpty();
     return isAsleep_;
 }
 

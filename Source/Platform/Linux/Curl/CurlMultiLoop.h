@@ -59,7 +59,7 @@ public:
     void haltForExit() override;
 
 private:
-    enum class Phase : std::uint8_t { unused, running, stopped, halted };
+    enum class Phase : std::uint8_t { Unused, Running, Stopped, Halted };
     struct Mail {
         std::vector<std::shared_ptr<CurlDataTask>> started;
         std::vector<std::shared_ptr<CurlDataTask>> cancelled;
@@ -88,7 +88,7 @@ private:
     std::mutex mutex_;
     std::condition_variable threadEnded_;
     // Guarded by mutex_.
-    Phase phase_ = Phase::unused;
+    Phase phase_ = Phase::Unused;
     Mail mail_;
     bool isAsleep_ = false;
     bool isWatched_ = false;

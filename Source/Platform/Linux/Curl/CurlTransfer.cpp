@@ -225,13 +225,13 @@ std::optional<CurlCompletion> CurlTransfer::failed(CURLcode code) {
 std::optional<CurlCompletion> CurlTransfer::redirected(long status, const std::string& destination) {
     if (++redirects_ > kMostRedirects) {
         return task_->endWithError(
-            makeURLError(NSURLError::httpTooManyRedirects, "There were too many redirects", url()));
+            makeURLError(NSURLError::HttpTooManyRedirects, "There were too many redirects", url()));
     }
     const std::string& source = url().absoluteString();
     auto next = NSURL::URLWithString(destination);
     if (!next || !isWebURL(destination) || (isSecureURL(source) && !isSecureURL(destination))) {
         return task_->endWithError(makeURLError(
-            NSURLError::unsupportedURL, "The server redirects to " + destination + ", which is not followed", url()));
+            NSURLError::UnsupportedURL, "The server redirects to " + destination + ", which is not followed", url()));
     }
     if (originOfURL(source) != originOfURL(destination)) hasLeftOrigin_ = true;
     redirectedURL_ = std::move(next);

@@ -15,13 +15,13 @@ namespace {
 
 int priorityOf(OSLogType type) {
     switch (type) {
-        case OSLogType::error:
+        case OSLogType::Error:
             return LOG_ERR;
-        case OSLogType::defaultType:
+        case OSLogType::DefaultType:
             return LOG_WARNING;
-        case OSLogType::info:
+        case OSLogType::Info:
             return LOG_INFO;
-        case OSLogType::debug:
+        case OSLogType::Debug:
             return LOG_DEBUG;
     }
     return LOG_WARNING;

@@ -218,11 +218,11 @@ TEST_F(LinuxScheduledNotificationsTest, AnInvalidDateNeverComes) {
 }
 
 TEST_F(LinuxScheduledNotificationsTest, BackgroundRefreshIsAvailableWithACallback) {
-    EXPECT_EQ(application->backgroundRefreshStatus(), UIBackgroundRefreshStatus::restricted);
+    EXPECT_EQ(application->backgroundRefreshStatus(), UIBackgroundRefreshStatus::Restricted);
     LinuxApplication::Callbacks callbacks;
     callbacks.setMinimumBackgroundFetchInterval = [](TimeInterval) {};
     const LinuxApplication fetching(std::make_shared<NSNotificationCenter>(), queue, callbacks);
-    EXPECT_EQ(fetching.backgroundRefreshStatus(), UIBackgroundRefreshStatus::available);
+    EXPECT_EQ(fetching.backgroundRefreshStatus(), UIBackgroundRefreshStatus::Available);
 }
 
 TEST_F(LinuxScheduledNotificationsTest, ALaterPlatformDeliversStoredNotifications) {

@@ -30,7 +30,7 @@ TEST_F(CurlBurstTest, RequestBeyondTheByteLimitFailsAtOnce) {
     for (std::size_t i = 0; i < kPiecesWithinTheLimit; ++i) EXPECT_FALSE(resumePiece().hasEnded());
     // The allowance for each task puts the sum just above the limit.
     const auto outcome = resumePiece().outcome();
-    EXPECT_EQ(outcome.errorCode(), static_cast<std::int64_t>(NSURLError::unknown));
+    EXPECT_EQ(outcome.errorCode(), static_cast<std::int64_t>(NSURLError::Unknown));
     EXPECT_EQ(outcome.error->localizedDescription(), "Too many requests are waiting");
 }
 

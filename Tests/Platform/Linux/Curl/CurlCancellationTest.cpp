@@ -14,7 +14,7 @@ namespace {
 using Connection = LoopbackServer::Connection;
 using SteadyClock = std::chrono::steady_clock;
 
-constexpr std::int64_t kCancelled = static_cast<std::int64_t>(NSURLError::cancelled);
+constexpr std::int64_t kCancelled = static_cast<std::int64_t>(NSURLError::Cancelled);
 
 SteadyClock::time_point in(std::chrono::milliseconds time) { return SteadyClock::now() + time; }
 

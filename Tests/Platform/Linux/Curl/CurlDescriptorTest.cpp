@@ -36,7 +36,7 @@ protected:
 TEST_F(CurlDescriptorTest, RequestsWithoutDescriptorsFail) {
     const NoDescriptors none;
     for (int i = 0; i < 3; ++i) {
-        EXPECT_EQ(fetch(session, requestOf(server.url())).errorCode(), static_cast<std::int64_t>(NSURLError::unknown));
+        EXPECT_EQ(fetch(session, requestOf(server.url())).errorCode(), static_cast<std::int64_t>(NSURLError::Unknown));
     }
 }
 

@@ -17,44 +17,44 @@ NSURLError codeOf(CURLcode code, long verification = 0, long systemError = 0) {
 }
 
 TEST(CurlErrorTest, EachFailureHasItsCode) {
-    EXPECT_EQ(codeOf(CURLE_OPERATION_TIMEDOUT), NSURLError::timedOut);
-    EXPECT_EQ(codeOf(CURLE_URL_MALFORMAT), NSURLError::badURL);
-    EXPECT_EQ(codeOf(CURLE_UNSUPPORTED_PROTOCOL), NSURLError::unsupportedURL);
-    EXPECT_EQ(codeOf(CURLE_COULDNT_RESOLVE_HOST), NSURLError::cannotFindHost);
-    EXPECT_EQ(codeOf(CURLE_COULDNT_RESOLVE_PROXY), NSURLError::cannotFindHost);
-    EXPECT_EQ(codeOf(CURLE_GOT_NOTHING), NSURLError::networkConnectionLost);
-    EXPECT_EQ(codeOf(CURLE_PARTIAL_FILE), NSURLError::networkConnectionLost);
-    EXPECT_EQ(codeOf(CURLE_SEND_ERROR), NSURLError::networkConnectionLost);
-    EXPECT_EQ(codeOf(CURLE_RECV_ERROR), NSURLError::networkConnectionLost);
-    EXPECT_EQ(codeOf(CURLE_HTTP2), NSURLError::networkConnectionLost);
-    EXPECT_EQ(codeOf(CURLE_HTTP2_STREAM), NSURLError::networkConnectionLost);
-    EXPECT_EQ(codeOf(CURLE_TOO_MANY_REDIRECTS), NSURLError::httpTooManyRedirects);
-    EXPECT_EQ(codeOf(CURLE_WEIRD_SERVER_REPLY), NSURLError::badServerResponse);
-    EXPECT_EQ(codeOf(CURLE_BAD_CONTENT_ENCODING), NSURLError::cannotDecodeContentData);
-    EXPECT_EQ(codeOf(CURLE_FILESIZE_EXCEEDED), NSURLError::dataLengthExceedsMaximum);
-    EXPECT_EQ(codeOf(CURLE_SSL_CONNECT_ERROR), NSURLError::secureConnectionFailed);
-    EXPECT_EQ(codeOf(CURLE_SSL_CACERT_BADFILE), NSURLError::secureConnectionFailed);
-    EXPECT_EQ(codeOf(CURLE_SSL_CERTPROBLEM), NSURLError::clientCertificateRejected);
-    EXPECT_EQ(codeOf(CURLE_SSL_CLIENTCERT), NSURLError::clientCertificateRequired);
-    EXPECT_EQ(codeOf(CURLE_OUT_OF_MEMORY), NSURLError::unknown);
+    EXPECT_EQ(codeOf(CURLE_OPERATION_TIMEDOUT), NSURLError::TimedOut);
+    EXPECT_EQ(codeOf(CURLE_URL_MALFORMAT), NSURLError::BadURL);
+    EXPECT_EQ(codeOf(CURLE_UNSUPPORTED_PROTOCOL), NSURLError::UnsupportedURL);
+    EXPECT_EQ(codeOf(CURLE_COULDNT_RESOLVE_HOST), NSURLError::CannotFindHost);
+    EXPECT_EQ(codeOf(CURLE_COULDNT_RESOLVE_PROXY), NSURLError::CannotFindHost);
+    EXPECT_EQ(codeOf(CURLE_GOT_NOTHING), NSURLError::NetworkConnectionLost);
+    EXPECT_EQ(codeOf(CURLE_PARTIAL_FILE), NSURLError::NetworkConnectionLost);
+    EXPECT_EQ(codeOf(CURLE_SEND_ERROR), NSURLError::NetworkConnectionLost);
+    EXPECT_EQ(codeOf(CURLE_RECV_ERROR), NSURLError::NetworkConnectionLost);
+    EXPECT_EQ(codeOf(CURLE_HTTP2), NSURLError::NetworkConnectionLost);
+    EXPECT_EQ(codeOf(CURLE_HTTP2_STREAM), NSURLError::NetworkConnectionLost);
+    EXPECT_EQ(codeOf(CURLE_TOO_MANY_REDIRECTS), NSURLError::HttpTooManyRedirects);
+    EXPECT_EQ(codeOf(CURLE_WEIRD_SERVER_REPLY), NSURLError::BadServerResponse);
+    EXPECT_EQ(codeOf(CURLE_BAD_CONTENT_ENCODING), NSURLError::CannotDecodeContentData);
+    EXPECT_EQ(codeOf(CURLE_FILESIZE_EXCEEDED), NSURLError::DataLengthExceedsMaximum);
+    EXPECT_EQ(codeOf(CURLE_SSL_CONNECT_ERROR), NSURLError::SecureConnectionFailed);
+    EXPECT_EQ(codeOf(CURLE_SSL_CACERT_BADFILE), NSURLError::SecureConnectionFailed);
+    EXPECT_EQ(codeOf(CURLE_SSL_CERTPROBLEM), NSURLError::ClientCertificateRejected);
+    EXPECT_EQ(codeOf(CURLE_SSL_CLIENTCERT), NSURLError::ClientCertificateRequired);
+    EXPECT_EQ(codeOf(CURLE_OUT_OF_MEMORY), NSURLError::Unknown);
 }
 
 TEST(CurlErrorTest, UnreachableNetworkMeansOffline) {
-    EXPECT_EQ(codeOf(CURLE_COULDNT_CONNECT, 0, ECONNREFUSED), NSURLError::cannotConnectToHost);
-    EXPECT_EQ(codeOf(CURLE_COULDNT_CONNECT, 0, EHOSTUNREACH), NSURLError::cannotConnectToHost);
-    EXPECT_EQ(codeOf(CURLE_COULDNT_CONNECT, 0, ENETUNREACH), NSURLError::notConnectedToInternet);
-    EXPECT_EQ(codeOf(CURLE_COULDNT_CONNECT, 0, ENETDOWN), NSURLError::notConnectedToInternet);
+    EXPECT_EQ(codeOf(CURLE_COULDNT_CONNECT, 0, ECONNREFUSED), NSURLError::CannotConnectToHost);
+    EXPECT_EQ(codeOf(CURLE_COULDNT_CONNECT, 0, EHOSTUNREACH), NSURLError::CannotConnectToHost);
+    EXPECT_EQ(codeOf(CURLE_COULDNT_CONNECT, 0, ENETUNREACH), NSURLError::NotConnectedToInternet);
+    EXPECT_EQ(codeOf(CURLE_COULDNT_CONNECT, 0, ENETDOWN), NSURLError::NotConnectedToInternet);
 }
 
 TEST(CurlErrorTest, EachCertificateFaultHasItsCode) {
     EXPECT_EQ(codeOf(CURLE_PEER_FAILED_VERIFICATION, X509_V_ERR_CERT_HAS_EXPIRED),
-              NSURLError::serverCertificateHasBadDate);
+              NSURLError::ServerCertificateHasBadDate);
     EXPECT_EQ(codeOf(CURLE_PEER_FAILED_VERIFICATION, X509_V_ERR_CERT_NOT_YET_VALID),
-              NSURLError::serverCertificateNotYetValid);
+              NSURLError::ServerCertificateNotYetValid);
     EXPECT_EQ(codeOf(CURLE_PEER_FAILED_VERIFICATION, X509_V_ERR_SELF_SIGNED_CERT_IN_CHAIN),
-              NSURLError::serverCertificateHasUnknownRoot);
-    EXPECT_EQ(codeOf(CURLE_PEER_FAILED_VERIFICATION, X509_V_ERR_CERT_REVOKED), NSURLError::serverCertificateUntrusted);
-    EXPECT_EQ(codeOf(CURLE_PEER_FAILED_VERIFICATION), NSURLError::serverCertificateUntrusted);
+              NSURLError::ServerCertificateHasUnknownRoot);
+    EXPECT_EQ(codeOf(CURLE_PEER_FAILED_VERIFICATION, X509_V_ERR_CERT_REVOKED), NSURLError::ServerCertificateUntrusted);
+    EXPECT_EQ(codeOf(CURLE_PEER_FAILED_VERIFICATION), NSURLError::ServerCertificateUntrusted);
 }
 
 TEST(CurlErrorTest, EmptyDescriptionBecomesTheCodesName) {

@@ -55,7 +55,7 @@ TEST_F(CurlFaultTest, RefusedConnectionFails) {
         url = server.url("/path?q=1");
     }
     const auto outcome = fetch(session, requestOf(url));
-    EXPECT_EQ(outcome.errorCode(), codeOf(NSURLError::cannotConnectToHost));
+    EXPECT_EQ(outcome.errorCode(), codeOf(NSURLError::CannotConnectToHost));
     EXPECT_EQ(outcome.data, std::nullopt);
     EXPECT_EQ(outcome.response, nullptr);
     EXPECT_EQ(outcome.error->userInfo().at("NSErrorFailingURLStringKey"), url);
@@ -63,22 +63,22 @@ TEST_F(CurlFaultTest, RefusedConnectionFails) {
 }
 
 TEST_F(CurlFaultTest, UnknownHostIsNotFound) {
-    EXPECT_EQ(fetch(session, requestOf("http://nobody..knows/")).errorCode(), codeOf(NSURLError::cannotFindHost));
+    EXPECT_EQ(fetch(session, requestOf("http://nobody..knows/")).errorCode(), codeOf(NSURLError::CannotFindHost));
 }
 
 TEST_F(CurlFaultTest, OtherSchemesAreUnsupported) {
     const auto outcome = fetch(session, requestOf("ftp://127.0.0.1/"));
-    EXPECT_EQ(outcome.errorCode(), codeOf(NSURLError::unsupportedURL));
-    EXPECT_EQ(fetch(session, requestOf("file:///etc/passwd")).errorCode(), codeOf(NSURLError::unsupportedURL));
+    EXPECT_EQ(outcome.errorCode(), codeOf(NSURLError::UnsupportedURL));
+    EXPECT_EQ(fetch(session, requestOf("file:///etc/passwd")).errorCode(), codeOf(NSURLError::UnsupportedURL));
 }
 
 TEST_F(CurlFaultTest, ResetBeforeTheResponseLosesTheConnection) {
     const auto outcome = outcomeOf([](Connection& connection) { connection.reset(); });
-    EXPECT_EQ(outcome.errorCode(), codeOf(NSURLError::networkConnectionLost));
+    EXPECT_EQ(outcome.errorCode(), codeOf(NSURLError::NetworkConnectionLost));
 }
 
 TEST_F(CurlFaultTest, EndBeforeTheResponseLosesTheConnection) {
-    EXPECT_EQ(outcomeOf(std::string()).errorCode(), codeOf(NSURLError::networkConnectionLost));
+    EXPECT_EQ(outcomeOf(std::string()).errorCode(), codeOf(NSURLError::NetworkConnectionLost));
 }
 
 TEST_F(CurlFaultTest, ResetInTheBodyLosesTheConnection) {
@@ -86,28 +86,28 @@ TEST_F(CurlFaultTest, ResetInTheBodyLosesTheConnection) {
         connection.write("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nhalf");
         connection.reset();
     });
-    EXPECT_EQ(outcome.errorCode(), codeOf(NSURLError::networkConnectionLost));
+    EXPECT_EQ(outcome.errorCode(), codeOf(NSURLError::NetworkConnectionLost));
     EXPECT_EQ(outcome.data, std::nullopt);
 }
 
 TEST_F(CurlFaultTest, ShortBodyLosesTheConnection) {
     EXPECT_EQ(outcomeOf("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nhalf").errorCode(),
-              codeOf(NSURLError::networkConnectionLost));
+              codeOf(NSURLError::NetworkConnectionLost));
     EXPECT_EQ(outcomeOf("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n64\r\nhalf").errorCode(),
-              codeOf(NSURLError::networkConnectionLost));
+              codeOf(NSURLError::NetworkConnectionLost));
 }
 
 TEST_F(CurlFaultTest, ResponseThatIsNotHTTPIsBad) {
-    EXPECT_EQ(outcomeOf("220 mail.example ESMTP ready\r\n").errorCode(), codeOf(NSURLError::badServerResponse));
-    EXPECT_EQ(outcomeOf(std::string(100, '\0')).errorCode(), codeOf(NSURLError::badServerResponse));
-    EXPECT_EQ(outcomeOf("HTTP/9.7 200 OK\r\n\r\n").errorCode(), codeOf(NSURLError::badServerResponse));
+    EXPECT_EQ(outcomeOf("220 mail.example ESMTP ready\r\n").errorCode(), codeOf(NSURLError::BadServerResponse));
+    EXPECT_EQ(outcomeOf(std::string(100, '\0')).errorCode(), codeOf(NSURLError::BadServerResponse));
+    EXPECT_EQ(outcomeOf("HTTP/9.7 200 OK\r\n\r\n").errorCode(), codeOf(NSURLError::BadServerResponse));
 }
 
 TEST_F(CurlFaultTest, SilentServerTimesOut) {
     const LoopbackServer server([](Connection& connection) { connection.staySilent(); });
     const auto start = std::chrono::steady_clock::now();
     const auto outcome = fetch(hastySession, requestOf(server.url()));
-    EXPECT_EQ(outcome.errorCode(), codeOf(NSURLError::timedOut));
+    EXPECT_EQ(outcome.errorCode(), codeOf(NSURLError::TimedOut));
     EXPECT_EQ(outcome.error->localizedDescription(), "The request timed out");
     EXPECT_EQ(outcome.error->userInfo().at("NSErrorFailingURLStringKey"), server.url());
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(200));
@@ -119,20 +119,20 @@ TEST_F(CurlFaultTest, StalledResponseTimesOut) {
         connection.write("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nhalf");
         connection.staySilent();
     });
-    EXPECT_EQ(fetch(hastySession, requestOf(server.url())).errorCode(), codeOf(NSURLError::timedOut));
+    EXPECT_EQ(fetch(hastySession, requestOf(server.url())).errorCode(), codeOf(NSURLError::TimedOut));
 }
 
 TEST_F(CurlFaultTest, StalledHandshakeTimesOut) {
     const LoopbackServer server([](Connection& connection) { connection.staySilent(); });
     const std::string url = "https" + server.url().substr(4);
-    EXPECT_EQ(fetch(hastySession, requestOf(url)).errorCode(), codeOf(NSURLError::timedOut));
+    EXPECT_EQ(fetch(hastySession, requestOf(url)).errorCode(), codeOf(NSURLError::TimedOut));
 }
 
 TEST_F(CurlFaultTest, RequestsWaitingForAConnectionTimeOut) {
     const LoopbackServer server([](Connection& connection) { connection.staySilent(); });
     std::vector<PendingRequest> requests;
     for (int i = 0; i < 100; ++i) requests.emplace_back(hastySession, requestOf(server.url())).resume();
-    for (auto& request : requests) EXPECT_EQ(request.outcome().errorCode(), codeOf(NSURLError::timedOut));
+    for (auto& request : requests) EXPECT_EQ(request.outcome().errorCode(), codeOf(NSURLError::TimedOut));
 }
 
 TEST_F(CurlFaultTest, SlowResponseDoesNotTimeOut) {
@@ -170,7 +170,7 @@ TEST_F(CurlFaultTest, AcceptsAResponseOf32MiB) {
 
 TEST_F(CurlFaultTest, RefusesAnAnnouncedLengthAboveTheLimit) {
     const auto outcome = outcomeOf("HTTP/1.1 200 OK\r\nContent-Length: 41943040\r\n\r\n");
-    EXPECT_EQ(outcome.errorCode(), codeOf(NSURLError::dataLengthExceedsMaximum));
+    EXPECT_EQ(outcome.errorCode(), codeOf(NSURLError::DataLengthExceedsMaximum));
 }
 
 TEST_F(CurlFaultTest, AbortsAResponseAboveTheLimit) {
@@ -180,7 +180,7 @@ TEST_F(CurlFaultTest, AbortsAResponseAboveTheLimit) {
         for (int i = 0; i < 40 && connection.write(piece); ++i) {
         }
     });
-    EXPECT_EQ(outcome.errorCode(), codeOf(NSURLError::dataLengthExceedsMaximum));
+    EXPECT_EQ(outcome.errorCode(), codeOf(NSURLError::DataLengthExceedsMaximum));
     EXPECT_EQ(outcome.data, std::nullopt);
 }
 
@@ -188,7 +188,7 @@ TEST_F(CurlFaultTest, AbortsACompressedResponseAboveTheLimit) {
     const std::string packed = packedZeros(40 * kMebibyte);
     ASSERT_LT(packed.size(), kMebibyte);
     const auto outcome = outcomeOf(LoopbackServer::answer(200, packed, "Content-Encoding: gzip\r\n"));
-    EXPECT_EQ(outcome.errorCode(), codeOf(NSURLError::dataLengthExceedsMaximum));
+    EXPECT_EQ(outcome.errorCode(), codeOf(NSURLError::DataLengthExceedsMaximum));
 }
 
 TEST_F(CurlFaultTest, AbortsEndlessHeaders) {
@@ -198,14 +198,14 @@ TEST_F(CurlFaultTest, AbortsEndlessHeaders) {
         while (connection.write(line)) {
         }
     });
-    EXPECT_EQ(outcome.errorCode(), codeOf(NSURLError::dataLengthExceedsMaximum));
+    EXPECT_EQ(outcome.errorCode(), codeOf(NSURLError::DataLengthExceedsMaximum));
 }
 
 TEST_F(CurlFaultTest, UndecodableResponseFails) {
     EXPECT_EQ(outcomeOf(LoopbackServer::answer(200, "this is not gzip", "Content-Encoding: gzip\r\n")).errorCode(),
-              codeOf(NSURLError::cannotDecodeContentData));
+              codeOf(NSURLError::CannotDecodeContentData));
     EXPECT_EQ(outcomeOf(LoopbackServer::answer(200, "text", "Content-Encoding: unheard-of\r\n")).errorCode(),
-              codeOf(NSURLError::cannotDecodeContentData));
+              codeOf(NSURLError::CannotDecodeContentData));
 }
 
 TEST_F(CurlFaultTest, SessionIsUsableAfterAFailure) {

@@ -111,7 +111,7 @@ TEST_F(CurlRedirectChainTest, Follows20Redirects) { EXPECT_EQ(fetchRedirected(20
 
 TEST_F(CurlRedirectChainTest, Refuses21Redirects) {
     const auto outcome = fetchRedirected(21);
-    EXPECT_EQ(outcome.errorCode(), static_cast<std::int64_t>(NSURLError::httpTooManyRedirects));
+    EXPECT_EQ(outcome.errorCode(), static_cast<std::int64_t>(NSURLError::HttpTooManyRedirects));
     EXPECT_EQ(outcome.error->userInfo().at("NSErrorFailingURLStringKey"), server.url("/1"));
 }
 
@@ -150,13 +150,13 @@ TEST_F(CurlRedirectAwayTest, FollowsHTTPSToHTTPS) {
 
 TEST_F(CurlRedirectAwayTest, RefusesHTTPSToHTTP) {
     const LoopbackServer target(tellsHeaders);
-    EXPECT_EQ(fetchRedirectedTo(target.url(), true).errorCode(), static_cast<std::int64_t>(NSURLError::unsupportedURL));
+    EXPECT_EQ(fetchRedirectedTo(target.url(), true).errorCode(), static_cast<std::int64_t>(NSURLError::UnsupportedURL));
     EXPECT_EQ(target.connectionCount(), 0);
 }
 
 TEST_F(CurlRedirectAwayTest, RefusesOtherSchemes) {
     for (const char* const place : {"ftp://127.0.0.1/", "file:///etc/passwd", "myapp://open"}) {
-        EXPECT_EQ(fetchRedirectedTo(place).errorCode(), static_cast<std::int64_t>(NSURLError::unsupportedURL)) << place;
+        EXPECT_EQ(fetchRedirectedTo(place).errorCode(), static_cast<std::int64_t>(NSURLError::UnsupportedURL)) << place;
     }
 }
 

@@ -19,9 +19,9 @@ namespace {
 
 using SteadyClock = std::chrono::steady_clock;
 
-constexpr std::int64_t kCancelled = static_cast<std::int64_t>(NSURLError::cancelled);
-constexpr std::int64_t kTimedOut = static_cast<std::int64_t>(NSURLError::timedOut);
-constexpr std::int64_t kCannotFindHost = static_cast<std::int64_t>(NSURLError::cannotFindHost);
+constexpr std::int64_t kCancelled = static_cast<std::int64_t>(NSURLError::Cancelled);
+constexpr std::int64_t kTimedOut = static_cast<std::int64_t>(NSURLError::TimedOut);
+constexpr std::int64_t kCannotFindHost = static_cast<std::int64_t>(NSURLError::CannotFindHost);
 constexpr std::ptrdiff_t kMostLookUpThreads = 4;
 
 std::ptrdiff_t threadCount() {

@@ -32,23 +32,23 @@ TEST_F(CurlSecurityTest, TrustsAValidCertificate) { EXPECT_EQ(outcomeWith({}).te
 
 TEST_F(CurlSecurityTest, ReportsAnExpiredCertificate) {
     EXPECT_EQ(errorWith({.notBefore = -2 * kDay, .notAfter = -kDay}),
-              static_cast<std::int64_t>(NSURLError::serverCertificateHasBadDate));
+              static_cast<std::int64_t>(NSURLError::ServerCertificateHasBadDate));
 }
 
 TEST_F(CurlSecurityTest, ReportsACertificateNotYetValid) {
     EXPECT_EQ(errorWith({.notBefore = kDay, .notAfter = 2 * kDay}),
-              static_cast<std::int64_t>(NSURLError::serverCertificateNotYetValid));
+              static_cast<std::int64_t>(NSURLError::ServerCertificateNotYetValid));
 }
 
 TEST_F(CurlSecurityTest, RefusesACertificateForAnotherHost) {
     const auto outcome = outcomeWith({.address = "127.0.0.2"});
-    EXPECT_EQ(outcome.errorCode(), static_cast<std::int64_t>(NSURLError::serverCertificateUntrusted));
+    EXPECT_EQ(outcome.errorCode(), static_cast<std::int64_t>(NSURLError::ServerCertificateUntrusted));
     EXPECT_THAT(outcome.error->localizedDescription(), testing::HasSubstr("127.0.0.1"));
 }
 
 TEST_F(CurlSecurityTest, RefusesASelfSignedCertificate) {
     EXPECT_EQ(errorWith({.isSignedByAuthority = false}),
-              static_cast<std::int64_t>(NSURLError::serverCertificateHasUnknownRoot));
+              static_cast<std::int64_t>(NSURLError::ServerCertificateHasUnknownRoot));
 }
 
 TEST_F(CurlSecurityTest, RefusesAnUnknownAuthority) {
@@ -56,7 +56,7 @@ TEST_F(CurlSecurityTest, RefusesAnUnknownAuthority) {
     const auto context = others.serverContext();
     const LoopbackServer server(answers, context.get());
     EXPECT_EQ(fetch(session, requestOf(server.url())).errorCode(),
-              static_cast<std::int64_t>(NSURLError::serverCertificateHasUnknownRoot));
+              static_cast<std::int64_t>(NSURLError::ServerCertificateHasUnknownRoot));
 }
 
 TEST_F(CurlSecurityTest, SystemAuthoritiesExcludeTheTestAuthority) {
@@ -64,7 +64,7 @@ TEST_F(CurlSecurityTest, SystemAuthoritiesExcludeTheTestAuthority) {
     const auto context = certificates.serverContext();
     const LoopbackServer server(answers, context.get());
     EXPECT_EQ(fetch(plainSession, requestOf(server.url())).errorCode(),
-              static_cast<std::int64_t>(NSURLError::serverCertificateHasUnknownRoot));
+              static_cast<std::int64_t>(NSURLError::ServerCertificateHasUnknownRoot));
 }
 
 TEST_F(CurlSecurityTest, MissingCertificateFileTrustsNobody) {
@@ -72,7 +72,7 @@ TEST_F(CurlSecurityTest, MissingCertificateFileTrustsNobody) {
     const auto context = certificates.serverContext();
     const LoopbackServer server(answers, context.get());
     EXPECT_EQ(fetch(blindSession, requestOf(server.url())).errorCode(),
-              static_cast<std::int64_t>(NSURLError::secureConnectionFailed));
+              static_cast<std::int64_t>(NSURLError::SecureConnectionFailed));
 }
 
 TEST_F(CurlSecurityTest, PlainServerFailsTheHandshake) {
@@ -81,7 +81,7 @@ TEST_F(CurlSecurityTest, PlainServerFailsTheHandshake) {
         connection.write("HTTP/1.1 200 OK\r\n\r\n");
     });
     EXPECT_EQ(fetch(session, requestOf("https" + server.url().substr(4))).errorCode(),
-              static_cast<std::int64_t>(NSURLError::secureConnectionFailed));
+              static_cast<std::int64_t>(NSURLError::SecureConnectionFailed));
 }
 
 TEST_F(CurlSecurityTest, RefusesOldTLSVersions) {
@@ -91,7 +91,7 @@ TEST_F(CurlSecurityTest, RefusesOldTLSVersions) {
     SSL_CTX_set_max_proto_version(context.get(), TLS1_1_VERSION);
     const LoopbackServer server(answers, context.get());
     EXPECT_EQ(fetch(session, requestOf(server.url())).errorCode(),
-              static_cast<std::int64_t>(NSURLError::secureConnectionFailed));
+              static_cast<std::int64_t>(NSURLError::SecureConnectionFailed));
 }
 
 TEST_F(CurlSecurityTest, ReusesTLSConnections) {

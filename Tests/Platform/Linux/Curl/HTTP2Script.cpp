@@ -9,7 +9,7 @@ namespace vorlane {
 
 namespace {
 
-enum FrameType : std::uint8_t { data = 0, headers = 1, settings = 4, ping = 6 };
+enum FrameType : std::uint8_t { Data = 0, Headers = 1, Settings = 4, Ping = 6 };
 constexpr std::uint8_t kAcknowledgement = 1;
 constexpr std::uint8_t kEndOfStream = 1;
 constexpr std::uint8_t kEndOfHeaders = 4;
@@ -56,12 +56,12 @@ int chooseHTTP2(SSL*, const unsigned char** out, unsigned char* outLength, const
 std::string answerTo(const Frame& frame, const std::string& body) {
     const std::string noStream(4, '\0');
     const bool isAcknowledgement = (frame.flags & kAcknowledgement) != 0;
-    if (frame.type == settings && !isAcknowledgement) return encoded({settings, kAcknowledgement, noStream, {}});
-    if (frame.type == ping && !isAcknowledgement) return encoded({ping, kAcknowledgement, noStream, frame.payload});
-    const bool endsRequest = (frame.type == headers || frame.type == data) && (frame.flags & kEndOfStream) != 0;
+    if (frame.type == Settings && !isAcknowledgement) return encoded({Settings, kAcknowledgement, noStream, {}});
+    if (frame.type == Ping && !isAcknowledgement) return encoded({Ping, kAcknowledgement, noStream, frame.payload});
+    const bool endsRequest = (frame.type == Headers || frame.type == Data) && (frame.flags & kEndOfStream) != 0;
     if (!endsRequest) return {};
-    return encoded({headers, kEndOfHeaders, frame.stream, kStatus200}) +
-           encoded({data, kEndOfStream, frame.stream, body});
+    return encoded({Headers, kEndOfHeaders, frame.stream, kStatus200}) +
+           encoded({Data, kEndOfStream, frame.stream, body});
 }
 
 }  // namespace
@@ -72,7 +72,7 @@ LoopbackServer::Script http2Script(std::string body) {
     return [body = std::move(body)](LoopbackServer::Connection& connection) {
         constexpr std::size_t kPrefaceLength = 24;
         if (!connection.readBytes(kPrefaceLength)) return;
-        connection.write(encoded({settings, 0, std::string(4, '\0'), {}}));
+        connection.write(encoded({Settings, 0, std::string(4, '\0'), {}}));
         while (const auto frame = readFrame(connection)) {
             if (!connection.write(answerTo(*frame, body))) return;
         }

@@ -106,7 +106,7 @@ TEST_F(LinuxEnvironmentFolderTest, MissingHomeIsNotMade) {
     const auto folder = applicationDataFolder(lookupIn({}), missing, "app");
     EXPECT_TRUE(reported.contain(missing)) << "names the path";
     EXPECT_TRUE(reported.contain("the identity will not persist"));
-    EXPECT_EQ(StorageFolder::at(folder)->make(), StorageFolder::Access::refused);
+    EXPECT_EQ(StorageFolder::at(folder)->make(), StorageFolder::Access::Refused);
     EXPECT_FALSE(std::filesystem::exists(missing));
 }
 
@@ -117,7 +117,7 @@ TEST_F(LinuxEnvironmentFolderTest, RuntimeFolderStandsInForAHome) {
 
 TEST_F(LinuxEnvironmentFolderTest, UserWithoutAHomeStoresNothing) {
     const auto folder = applicationDataFolder(lookupIn({}), "", "app");
-    EXPECT_EQ(StorageFolder::at(folder)->make(), StorageFolder::Access::refused);
+    EXPECT_EQ(StorageFolder::at(folder)->make(), StorageFolder::Access::Refused);
     EXPECT_TRUE(reported.contain("the user has no home folder"));
 }
 

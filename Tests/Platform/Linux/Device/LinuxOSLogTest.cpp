@@ -16,23 +16,23 @@ using testing::ElementsAre;
 
 TEST(LinuxOSLogTest, EntryHasMessageSourceAndPriority) {
     const LinuxOSLog log("program", "vorlane.sdk", "VL");
-    EXPECT_THAT(log.fields(OSLogType::error, "text"),
+    EXPECT_THAT(log.fields(OSLogType::Error, "text"),
                 ElementsAre("MESSAGE=text", "PRIORITY=3", "SYSLOG_IDENTIFIER=program", "VORLANE_SUBSYSTEM=vorlane.sdk",
                             "VORLANE_CATEGORY=VL"));
 }
 
 TEST(LinuxOSLogTest, EachTypeHasItsPriority) {
     const LinuxOSLog log("program", "vorlane.sdk", "VL");
-    EXPECT_EQ(log.fields(OSLogType::defaultType, "text")[1], "PRIORITY=4");
-    EXPECT_EQ(log.fields(OSLogType::info, "text")[1], "PRIORITY=6");
-    EXPECT_EQ(log.fields(OSLogType::debug, "text")[1], "PRIORITY=7");
+    EXPECT_EQ(log.fields(OSLogType::DefaultType, "text")[1], "PRIORITY=4");
+    EXPECT_EQ(log.fields(OSLogType::Info, "text")[1], "PRIORITY=6");
+    EXPECT_EQ(log.fields(OSLogType::Debug, "text")[1], "PRIORITY=7");
     EXPECT_EQ(log.fields(static_cast<OSLogType>(99), "text")[1], "PRIORITY=4");
 }
 
 TEST(LinuxOSLogTest, LinesMayHoldAnyBytes) {
     const LinuxOSLog log("program", "vorlane.sdk", "VL");
     const std::string text("two\nlines = \0 %s \xff", 19);
-    EXPECT_EQ(log.fields(OSLogType::info, text)[0], "MESSAGE=" + text);
+    EXPECT_EQ(log.fields(OSLogType::Info, text)[0], "MESSAGE=" + text);
 }
 
 /// Starts a journal of its own in a private mount namespace, has the host write to it, and prints what it holds.

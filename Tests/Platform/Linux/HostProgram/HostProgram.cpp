@@ -146,7 +146,7 @@ int describe() {
 
 int writeToJournal(const std::string& text) {
     const auto log = LinuxPlatform().makeOSLog("vorlane.sdk", "VL");
-    for (const auto type : {OSLogType::error, OSLogType::defaultType, OSLogType::info, OSLogType::debug}) {
+    for (const auto type : {OSLogType::Error, OSLogType::DefaultType, OSLogType::Info, OSLogType::Debug}) {
         log->log(type, text);
     }
     return 0;
