@@ -2,6 +2,7 @@
 
 #include "Core/Base/VLLogLine.h"
 #include "Platform/Platform.h"
+#include "Public/VLValue.h"
 
 namespace vorlane {
 

@@ -45,7 +45,7 @@ void CurlMultiLoop::start(std::shared_ptr<CurlDataTask> task) {
     std::unique_lock lock(mutex_);
     std::thread ended = phase_ == Phase::Unused ? startThread() : std::thread();
     const Phase phase = phase_;
-    if (phase == Phase::Running) mail_.started.push_back(std::move(task));
+    if (phase == Phase::Running) mail_.started.push_back(task);
     wake(std::move(lock));
     joinEnded(std::move(ended));
     // At exit, halted, the task stays as it is.
