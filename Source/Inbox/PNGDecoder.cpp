@@ -46,7 +46,7 @@ std::optional<VLImageDecoder::Description> PNGDecoder::describe(const Data& data
     const VLImageDecoder::Description description{"image/png", image.width, image.height};
     if (!description.isWithin(mostMemory, kBytesOfPixel * description.pixels())) return std::nullopt;
     image.format = PNG_FORMAT_RGBA;
-    Data pixels(PNG_IMAGE_SIZE(image));
+    Data pixels(static_cast<std::size_t>(kBytesOfPixel * description.pixels()));
     if (PNGFunctions::shared().finish(&image, nullptr, pixels.data(), 0, nullptr) == 0) return std::nullopt;
     return description;
 }

@@ -74,12 +74,12 @@ void StorageFaults::folderSucceeded(const std::string& folder) {
     report(Level::Info, fmt::format("Storage: {} can be used from now on.", folder));
 }
 
-void StorageFaults::report(Level level, std::string line) {
+void StorageFaults::report(Level level, const std::string& line) {
     Handler handler;
     {
         const std::lock_guard lock(mutex_);
         handler = handler_;
-        if (!handler) waiting_.emplace_back(level, std::move(line));
+        if (!handler) waiting_.emplace_back(level, line);
     }
     if (handler) handler(level, line);
 }

@@ -45,7 +45,7 @@ public:
     void folderSucceeded(const std::string& folder);
 
 private:
-    void report(Level level, std::string line);
+    void report(Level level, const std::string& line);
 
     std::mutex mutex_;
     // Guarded by mutex_.
